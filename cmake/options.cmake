@@ -1,0 +1,23 @@
+# How everything here is compiled: link gfast::options.
+add_library(gfast_options INTERFACE)
+add_library(gfast::options ALIAS gfast_options)
+target_compile_options(gfast_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+target_compile_definitions(gfast_options INTERFACE _GNU_SOURCE)
+target_link_libraries(gfast_options INTERFACE Threads::Threads)
+if(GFAST_SANITIZE)
+  set(sanitize -fsanitize=${GFAST_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_compile_options(gfast_options INTERFACE ${sanitize})
+  target_link_options(gfast_options INTERFACE ${sanitize})
+endif()
+
+# The command interpreter. Only its archive is used, so the same code runs on a desk and on the board.
+find_library(LIBCLI_ARCHIVE NAMES libcli.a REQUIRED)
+find_path(LIBCLI_INCLUDE libcli.h REQUIRED)
+find_library(CRYPT_LIBRARY crypt)
+add_library(gfast_libcli INTERFACE)
+add_library(gfast::libcli ALIAS gfast_libcli)
+target_include_directories(gfast_libcli SYSTEM INTERFACE ${LIBCLI_INCLUDE})
+target_link_libraries(gfast_libcli INTERFACE ${LIBCLI_ARCHIVE})
+if(CRYPT_LIBRARY)
+  target_link_libraries(gfast_libcli INTERFACE ${CRYPT_LIBRARY})
+endif()

@@ -1,0 +1,64 @@
+#include "clock/clock.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <thread>
+
+namespace {
+
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+class SystemClock final : public Clock {
+ public:
+  time_t now() override { return ::time(nullptr); }
+
+  void sleep(microseconds duration) override { std::this_thread::sleep_for(duration); }
+
+  int waitReadable(fd_set& descriptors, int limit, microseconds duration) override {
+    timeval timeout{};
+    timeout.tv_sec = static_cast<time_t>(duration.count() / 1000000);
+    timeout.tv_usec = static_cast<suseconds_t>(duration.count() % 1000000);
+    const int ready = ::select(limit, &descriptors, nullptr, nullptr, &timeout);
+    if (ready > 0) {
+      return ready;
+    }
+    FD_ZERO(&descriptors);
+    if (ready < 0 && errno != EINTR) {
+      // A descriptor went bad under the wait: keep the caller's rhythm instead of spinning.
+      std::this_thread::sleep_for(duration);
+    }
+    return 0;
+  }
+
+  bool sleepWhileConnected(int descriptor, microseconds duration) override {
+    const auto end = steady_clock::now() + duration;
+    for (;;) {
+      const auto left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
+      if (left.count() <= 0) {
+        return true;
+      }
+      constexpr long long longest = std::numeric_limits<int>::max();
+      pollfd peer{descriptor, 0, 0};  // no events: a hang-up is reported all the same
+      if (::poll(&peer, 1, static_cast<int>(std::min<long long>(left.count(), longest))) > 0) {
+        return false;
+      }
+    }
+  }
+};
+
+// Never destroyed: the notification thread may still be asking while the process exits.
+Clock*& installed() {
+  static Clock* clock = new SystemClock;
+  return clock;
+}
+
+}  // namespace
+
+void installClock(Clock& clock) { installed() = &clock; }
+
+Clock& clockSource() { return *installed(); }

@@ -1,0 +1,34 @@
+// The seam between the library and time: what time it is, and waiting. A test installs a clock of its own and
+// is at one second to midnight at once.
+#pragma once
+
+#include <sys/select.h>
+
+#include <chrono>
+#include <ctime>
+
+class Clock {
+ public:
+  Clock() = default;
+  Clock(const Clock&) = delete;
+  Clock& operator=(const Clock&) = delete;
+  virtual ~Clock() = default;
+
+  // Wall-clock time, seconds since the epoch.
+  virtual time_t now() = 0;
+
+  virtual void sleep(std::chrono::microseconds duration) = 0;
+
+  // Waits until one of the descriptors below `limit` in `descriptors` is readable or the duration has passed,
+  // as select: the number of ready descriptors, which are left set, or 0.
+  virtual int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) = 0;
+
+  // Sleeps like sleep, but wakes when the peer behind `descriptor` hangs up: false if it did.
+  virtual bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) = 0;
+};
+
+// Time comes from this clock from now on; it is never destroyed while the process runs.
+void installClock(Clock& clock);
+
+// The installed clock; the system's unless another was installed.
+Clock& clockSource();

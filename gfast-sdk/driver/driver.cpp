@@ -1,0 +1,33 @@
+#include "driver/driver.h"
+
+#include <cerrno>
+
+namespace {
+
+class NoDriver final : public Driver {
+ public:
+  int open(int /*device*/) override { return fail(ENODEV); }
+  int request(int /*descriptor*/, uint32_t /*code*/, gfast_iocreq& /*request*/) override {
+    return fail(EBADF);
+  }
+  void close(int /*descriptor*/) override {}
+  void rediscover() override {}
+
+ private:
+  static int fail(int error) {
+    errno = error;
+    return -1;
+  }
+};
+
+// Never destroyed: the notification thread may still be asking while the process exits.
+Driver*& installed() {
+  static Driver* driver = new NoDriver;
+  return driver;
+}
+
+}  // namespace
+
+void installDriver(Driver& driver) { installed() = &driver; }
+
+Driver& driver() { return *installed(); }

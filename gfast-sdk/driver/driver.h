@@ -1,0 +1,33 @@
+// The seam between the library and whatever carries its requests: a kernel driver on the board, a virtual board
+// on a developer's machine, a list of expected requests in a test. The program's entry installs one of them
+// before anything else runs.
+#pragma once
+
+#include <gfast_api.h>
+
+class Driver {
+ public:
+  Driver() = default;
+  Driver(const Driver&) = delete;
+  Driver& operator=(const Driver&) = delete;
+  virtual ~Driver() = default;
+
+  // A descriptor for the device, usable with request and readable while events or log records are pending; -1
+  // with errno when the device cannot be opened.
+  virtual int open(int device) = 0;
+
+  // One request on an open descriptor, as ioctl: negative with errno on failure. Both the command thread and
+  // the notification thread call this, at the same time and on the same descriptor.
+  virtual int request(int descriptor, uint32_t code, gfast_iocreq& request) = 0;
+
+  virtual void close(int descriptor) = 0;
+
+  // Has the driver search for chips again.
+  virtual void rediscover() = 0;
+};
+
+// Requests go to this driver from now on; it is never destroyed while the process runs.
+void installDriver(Driver& driver);
+
+// The installed driver. Without one, a driver on which no device can be opened.
+Driver& driver();

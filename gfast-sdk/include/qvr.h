@@ -1,0 +1,363 @@
+// The device-management library's public face: types, limits, result codes and every QVR_ operation.
+//
+// The library manages one or two G.fast (Recommendation ITU-T G.9701) modem chips, the "devices", one line each.
+// Operations answer a QVR_retval_t and write warnings to the trace log; they never print to a session. A device
+// or line id out of range is a mistake of the caller and ends the process through DoAssert: check ids first.
+// Parameters carry their direction: xi_ in, xo_ out, xio_ both.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+
+#include "gfast_api.h"
+
+// ---- Results ----
+
+using QVR_retval_t = uint32_t;
+
+enum : QVR_retval_t {
+  QVR_E_STATUS_OK = 0,
+  QVR_E_ERROR = 1,
+  QVR_E_TIMEOUT_ERROR = 2,
+  QVR_E_REINIT_ALL_LINES = 3,
+  QVR_E_INVALID_LINE_ID = 4,
+  QVR_E_REINIT_LINE = 5,
+  QVR_E_LINE_NOT_ACTIVE = 6,
+  QVR_E_LINE_RESET_ERROR = 7,
+  QVR_E_FAILED_GETTING_FE_DATA = 8,
+  QVR_E_INVALID_EVENT_FOR_LINK_STATE = 9,
+  QVR_E_DATA_NOT_AVAILABLE = 10,
+  QVR_E_INVALID_OPERATION = 11,
+  QVR_E_MEMREAD_ERROR = 12,
+  QVR_E_MEMWRITE_ERROR = 13,
+  QVR_E_IMAGE_ACTIVATE_ERROR = 14,
+  QVR_E_IMAGE_DOWNLOAD_ERROR = 15,
+  QVR_E_ERASE_ERROR = 16,
+  QVR_E_NO_DEVICE_FOR_LINE = 17,
+  QVR_E_DEVICE_NOT_EXISTS = 18,
+  QVR_E_NOT_CURRENTLY_SUPPORTED = 19,
+  QVR_E_FAILED_TO_OPEN_FILE = 20,
+  QVR_E_FAILED_CREATING_THREAD = 21,
+  QVR_E_THREAD_FAILED = 22,
+  QVR_E_UNKNOWN_EVENT_TYPE = 23,
+  QVR_E_UNDEFINED_FW_STATE = 24,
+  QVR_E_INVALID_FW_STATE_B0 = 25,
+  QVR_E_INVALID_FW_STATE_FW = 26,
+  QVR_E_FLASH_PROGRAM_ERROR = 27,
+  QVR_E_FAILED_TO_OPEN_IMAGE_FILE = 28,
+  QVR_E_INVALID_FW_STATE = 29,
+  QVR_E_UNSUPPORTED_PARAMETER = 30,
+  QVR_E_FAILED_TO_ALLOCATE_MEMORY = 31,
+  QVR_E_FAILED_SENDING_FAR_END_MSG = 32,
+  QVR_E_HISTORY_INTERVAL_OUT_OF_RANGE = 33,
+  QVR_E_FAILED_REGISTERING_CALLBACK = 34,
+  QVR_E_NO_CHANGE_IN_PARAM_VALUE = 35,
+  QVR_E_RESTART_SYSTEM_CONFIG_STATE = 36,
+  QVR_E_DEACTIVATE_LINE_STATE = 37,
+  QVR_E_INVALID_CONFIG_STATE = 38,
+  QVR_E_FAILED_STARTING_LOGGING = 39,
+  QVR_E_FAREND_EOC_NACK = 40,
+};
+
+constexpr bool QVR_STATUS_OK(QVR_retval_t status) { return status == QVR_E_STATUS_OK; }
+constexpr bool QVR_STATUS_ERROR(QVR_retval_t status) { return status != QVR_E_STATUS_OK; }
+
+// ---- Limits and identifiers ----
+
+using BOOL = uint8_t;
+constexpr BOOL FALSE = 0;
+constexpr BOOL TRUE = 1;
+
+using QVR_deviceId_t = int32_t;  // 0 .. QVR_K_MAX_DEVICES-1
+using QVR_lineId_t = int32_t;    // 0 .. QVR_K_MAX_LINES-1; a logical line id unless called internal
+
+constexpr int QVR_K_MAX_DEVICES = 2;
+constexpr int QVR_K_MAX_LINES = 2;
+constexpr int QVR_K_MAX_LINES_PER_DEVICE = 1;
+constexpr QVR_deviceId_t QVR_K_DEVICE_ID_FIRST = 0;
+constexpr QVR_deviceId_t QVR_K_DEVICE_ID_LAST = QVR_K_MAX_DEVICES - 1;
+constexpr QVR_deviceId_t QVR_K_DEVICE_NULL = -1;
+constexpr QVR_lineId_t QVR_K_LINE_ID_LAST = QVR_K_MAX_LINES - 1;
+constexpr QVR_lineId_t QVR_K_UNDEFINED_LINE = -1;
+
+// ---- Trace log ----
+
+enum QVR_logSeverity_t : uint32_t {
+  QVRLOG_CRIT = 0,
+  QVRLOG_ERR = 1,
+  QVRLOG_WARNING = 2,
+  QVRLOG_INFO = 3,
+  QVRLOG_DEBUG = 4
+};
+
+using QVR_traceLogHandlerCB = void (*)(QVR_logSeverity_t xi_severity, const char* xi_message);
+
+// Marks the trace log as started. Always QVR_E_STATUS_OK.
+QVR_retval_t QVR_initTraceLogModule();
+
+// Sends every message that passes the level to the handler, instead of standard output. The handler runs on the
+// thread that wrote the message. nullptr restores standard output.
+void QVR_registerTraceLogHandlerCB(QVR_traceLogHandlerCB xi_handler);
+
+// Messages of this severity and the more severe (lower) ones pass. At start: QVRLOG_ERR. Not range-checked.
+void QVR_setTraceLogLevel(QVR_logSeverity_t xi_level);
+QVR_logSeverity_t QVR_traceLogLevel();
+
+// "LOG_CRIT" .. "LOG_DEBUG"; of a level outside 0..4, "LOG_UNKNOWN".
+const char* QVR_traceLogLevelString(QVR_logSeverity_t xi_level);
+
+// ---- Devices ----
+
+// The firmware that runs on a chip (bits 23-24 of the software boot register).
+enum QVR_fwState_t : uint32_t {
+  FW_UNDEFINED = 0,
+  FW_B0 = 1,  // ROM boot stage
+  FW_B1 = 2,  // boot loader, from flash or downloaded
+  FW_APP = 3  // application firmware
+};
+
+enum QVR_deviceState_t : uint32_t {
+  SS_INACTIVE_STATE = 0,  // absent or lost
+  SS_IDLE_STATE = 1,
+  SS_CONFIG_STATE = 2,
+  SS_RUN_STATE = 3,  // the device has answered
+  SS_RESTARTING = 4
+};
+
+enum eConfigState : uint32_t { CONFIG_STATE_SYSTEM = 0, CONFIG_STATE_LINE = 1 };
+
+// Link state of a line (ITU-T G.9701 clause 12.1). A line is up only in LS_SHOWTIME.
+enum G9701_linkState_t : uint32_t {
+  LS_SELFTEST = 0,
+  LS_UNIT_FAIL = 1,
+  LS_IDLE = 2,
+  LS_SILENT = 3,
+  LS_INIT_HS = 4,
+  LS_INIT_TRAIN = 5,
+  LS_SHOWTIME = 6,
+  LS_DEACTIVATING1 = 7,
+  LS_DEACTIVATING2 = 8,
+  LS_PRE_DEACTIVATING1_E = 9
+};
+using QVR_lineState_t = G9701_linkState_t;
+using QVR_linkStateEventMask_t = G9701_linkState_t;
+
+using QVR_lineFailureReason_t = LINK_FAILURE_TYPE_E;
+
+// Initialisation success/failure cause (ITU-T G.997.2 clause 7.20.1.1).
+using G9972_initSuccessFailureCause_t = uint32_t;
+
+struct QVR_versionNumber_t {
+  uint8_t versionProfile;
+  uint8_t versionRc;
+  uint8_t versionGa;
+  uint8_t versionChipset;
+};
+
+using QVR_dateStr_t = char[12];  // 11 characters
+using QVR_timeStr_t = char[9];
+using QVR_macAddress_t = uint8_t[6];
+using QVR_temperature_t = uint32_t;  // degrees Celsius
+using G9972_vendorID_t = char[8];    // ITU-T G.994.1 vendor id bytes, in chip order
+
+struct QVR_counterCollectionInterval_t {
+  uint32_t startOfCollectionPeriodInInterval;  // seconds before the end of the interval, 0: not set
+  uint32_t endOfCollectionPeriodInInterval;
+};
+
+struct QVR_deviceInfo_t {
+  QVR_fwState_t fwState;
+  QVR_deviceState_t deviceState;
+  uint32_t devInfVersion;               // of the device-information image
+  QVR_versionNumber_t firmwareVersion;
+  QVR_dateStr_t date;                   // build date of the firmware
+  QVR_timeStr_t time;                   // build time; the chip gives its first two characters only
+  QVR_macAddress_t mainDFEMacAddress;
+  uint8_t numberOfLines;                // always 1
+  BOOL isDPdevice;                      // TRUE: network (distribution point) side, chipset 1 or 3
+  QVR_lineState_t lineState[QVR_K_MAX_LINES_PER_DEVICE];
+  QVR_lineFailureReason_t lineFailureReason[QVR_K_MAX_LINES_PER_DEVICE];
+  uint32_t lineStartupTime[QVR_K_MAX_LINES_PER_DEVICE];  // milliseconds
+  uint8_t lineIDs[QVR_K_MAX_LINES_PER_DEVICE];  // internal ids in the table, logical ids in a caller's copy
+  G9972_initSuccessFailureCause_t initsFcause[QVR_K_MAX_LINES_PER_DEVICE];
+  uint8_t initLastSignalds[QVR_K_MAX_LINES_PER_DEVICE];
+  uint8_t initLastSignalus[QVR_K_MAX_LINES_PER_DEVICE];
+  QVR_temperature_t temperatureInCelcius;
+  G9972_vendorID_t vendorId;
+  QVR_counterCollectionInterval_t counterCollectionInterval[QVR_K_MAX_LINES_PER_DEVICE];
+  eConfigState configState;             // line state when bit 15 of the SBR is clear
+};
+
+// Starts the device layer: reads device 0 (mandatory) and device 1 (optional) and starts the notification
+// thread. With xi_waitForDevice it tries device 0 once a second until it answers. Called again after success it
+// does nothing.
+//   QVR_E_ERROR                   device 0 does not answer (without waiting)
+//   QVR_E_FAILED_CREATING_THREAD  the notification thread could not be started
+QVR_retval_t QVR_initDeviceModule(BOOL xi_waitForDevice);
+
+// Closes every device, has the driver search for chips, and reads both devices afresh. Always QVR_E_STATUS_OK,
+// whatever was found.
+QVR_retval_t QVR_rediscoverDevices();
+
+// The device's descriptor, opened on first use and kept until rediscovery; -1 when it cannot be opened, in which
+// case the device's record becomes inactive.
+int QVR_deviceHandle(QVR_deviceId_t xi_deviceId);
+
+// The device's record in the table, as last read; its lineIDs are internal ids. The notification thread changes
+// lineState behind it: a caller that may run beside that thread takes a copy with QVR_getDeviceInfo.
+const QVR_deviceInfo_t* QVR_deviceInfoForDevice(QVR_deviceId_t xi_deviceId);
+
+// TRUE once the device has answered and until it is lost.
+BOOL QVR_isDeviceActive(QVR_deviceId_t xi_deviceId);
+
+// Devices found since start or since the last rediscovery; a device lost and found again counts once more.
+uint32_t QVR_numberOfDevices();
+
+// Lines per device, 0 until the first device has answered.
+uint32_t QVR_numberOfLinesInDevice();
+
+// Reads the device's identity and state from the chip into its record and, unless nullptr, into *xo_deviceInfo
+// (with logical line ids). On failure the record stays as it was.
+//   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
+//   QVR_E_MEMREAD_ERROR      a read failed
+QVR_retval_t QVR_getDeviceInfo(QVR_deviceId_t xi_deviceId, QVR_deviceInfo_t* xo_deviceInfo);
+
+// Whether the chip runs the expected firmware, asked of the chip.
+//   QVR_E_INVALID_FW_STATE   it runs another
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR  as QVR_readmem
+QVR_retval_t QVR_isValidFWState(QVR_deviceId_t xi_deviceId, QVR_fwState_t xi_expected);
+
+// Prints "Reset detected...resetCounter=%d\n" on standard output when device 0 has counted resets.
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR  as QVR_readmem
+QVR_retval_t QVR_checkDeviceReset();
+
+// ---- Chip memory ----
+
+// Reads bytes of chip memory (chip words are little-endian) in requests of at most 900 bytes. A count of 0 still
+// makes one request. On failure the bytes already read stay in the buffer. An odd count is assertion 101.
+//   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
+//   QVR_E_MEMREAD_ERROR      a request failed
+QVR_retval_t QVR_readmem(QVR_deviceId_t xi_deviceId, uint32_t xi_address, void* xo_buffer, uint32_t xi_numBytes);
+
+// Writes bytes to chip memory in requests of at most 128 bytes; otherwise as QVR_readmem.
+//   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
+//   QVR_E_MEMWRITE_ERROR     a request failed
+QVR_retval_t QVR_writemem(QVR_deviceId_t xi_deviceId, uint32_t xi_address, const void* xi_buffer,
+                          uint32_t xi_numBytes);
+
+// Clears the bits of xi_mask in the chip's software boot register and sets those of xi_value (not masked). Not
+// atomic against the chip.
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  the first failing access
+QVR_retval_t QVR_readModifyWriteSBR(QVR_deviceId_t xi_deviceId, uint32_t xi_mask, uint32_t xi_value);
+
+// ---- Firmware ----
+
+// Downloads an image file (read by the driver; names of up to 127 characters) into the chip's RAM.
+//   QVR_E_DEVICE_NOT_EXISTS     the device cannot be opened
+//   QVR_E_IMAGE_DOWNLOAD_ERROR  the driver refused; errno says why
+QVR_retval_t QVR_loadImageFile(QVR_deviceId_t xi_deviceId, const char* xi_filename);
+
+// Starts a downloaded image at a chip address. A failure is also printed with perror.
+//   QVR_E_DEVICE_NOT_EXISTS     the device cannot be opened
+//   QVR_E_IMAGE_ACTIVATE_ERROR  the driver refused
+QVR_retval_t QVR_activateImage(QVR_deviceId_t xi_deviceId, uint32_t xi_startAddress);
+
+// Downloads a boot loader into a chip in its ROM boot stage and starts it at the ROM entry point.
+//   QVR_E_INVALID_FW_STATE  the chip is not in FW_B0
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_IMAGE_DOWNLOAD_ERROR, QVR_E_IMAGE_ACTIVATE_ERROR
+QVR_retval_t QVR_loadBootloader(QVR_deviceId_t xi_deviceId, const char* xi_filename);
+
+// Erases one flash sector to 0xFF (or all of flash: FLASHERASE_ALL ignores the address). No state check.
+//   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
+//   QVR_E_ERASE_ERROR        the driver refused
+QVR_retval_t QVR_eraseFlashSector(QVR_deviceId_t xi_deviceId, int xi_eraseType, uint32_t xi_address);
+QVR_retval_t QVR_eraseFlash(QVR_deviceId_t xi_deviceId);
+
+// Erase a region of flash, 64 KiB sectors in ascending order, stopping at the first failure: application
+// firmware 0x20000-0xFFFFF, boot loader 0x00000-0x0FFFF, manufacturer block 0x10000-0x1FFFF.
+//   QVR_E_INVALID_FW_STATE  the chip is not in FW_B1
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_ERASE_ERROR
+QVR_retval_t QVR_eraseAppFirmware(QVR_deviceId_t xi_deviceId);
+QVR_retval_t QVR_eraseBootloader(QVR_deviceId_t xi_deviceId);
+QVR_retval_t QVR_eraseManufacturerBlock(QVR_deviceId_t xi_deviceId);
+
+// Erase a region and program it from a file (read by the driver).
+//   as the erasures, and QVR_E_FLASH_PROGRAM_ERROR when the driver could not program
+QVR_retval_t QVR_upgradeAppFirmware(QVR_deviceId_t xi_deviceId, const char* xi_filename);
+QVR_retval_t QVR_upgradeBootloader(QVR_deviceId_t xi_deviceId, const char* xi_filename);
+QVR_retval_t QVR_upgradeManufactureBlock(QVR_deviceId_t xi_deviceId, const char* xi_filename);
+
+// Resets the chip into a firmware stage (FW_B0, FW_B1 or FW_APP).
+//   QVR_E_ERROR  another state was asked for; nothing is written
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  the boot register could not be changed
+QVR_retval_t QVR_rebootDevice(QVR_deviceId_t xi_deviceId, QVR_fwState_t xi_nextState);
+
+// QVR_rebootDevice into FW_APP when xi_reboot is TRUE, into FW_B0 otherwise.
+QVR_retval_t QVR_reset(QVR_deviceId_t xi_deviceId, BOOL xi_reboot);
+
+// Moves the whole system between line state and system configuration state.
+// From line state it resets the device and waits, without limit, until it answers again (and, with
+// xi_waitForConfig, until its line is idle), then rediscovers all devices. From configuration state it ends
+// configuration, waiting up to 41 reads of 250 ms for each device; with xi_waitForConfig there is nothing to do.
+//   QVR_E_ERROR  a device did not reach line state in time
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  a boot register could not be changed
+QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, BOOL xi_waitForConfig);
+
+// ---- Far end ----
+
+// Exchanges one management message with the modem at the far end of a line (ITU-T G.9701 clause 11.2.2, eoc).
+// xio_message holds xi_requestLength bytes of request and receives up to xi_responseLength bytes of response;
+// *xo_responseLength says how many (0 on failure). xi_narrowLineId is the line's index within the device.
+//   QVR_E_DEVICE_NOT_EXISTS           the device cannot be opened
+//   QVR_E_LINE_NOT_ACTIVE             the line is not in showtime; no request is made
+//   QVR_E_FAILED_SENDING_FAR_END_MSG  the driver refused
+QVR_retval_t QVR_sendMsgToFarEnd(QVR_deviceId_t xi_deviceId, uint16_t xi_narrowLineId, MGMT_FAR_END_REQ_TYPE xi_type,
+                                 void* xio_message, uint32_t xi_requestLength, uint32_t xi_responseLength,
+                                 uint32_t* xo_responseLength);
+
+// ---- Notifications ----
+
+constexpr int QVR_K_NULL_HANDLE = -1;
+constexpr uint32_t QVR_K_SECS_IN_15MIN_INTERVAL = 900;
+
+using QVR_15minCounterEventCB = void (*)(time_t xi_boundary);
+
+// Two slots for callbacks that run on the notification thread at each quarter-hour boundary.
+// Handle -1 takes the first free slot and answers its index, or -1 when both are taken. Handle 0 or 1 replaces
+// that slot (nullptr frees it) and answers 0; any other handle changes nothing and answers 0.
+int QVR_register15minCounterEventCB(int xi_handle, QVR_15minCounterEventCB xi_callback);
+
+// Seconds left to the next quarter-hour boundary of local time, 1 to 900 (900 at a boundary). Unless nullptr,
+// *xo_now receives the time this was computed from.
+uint32_t QVR_secsTo15minBoundary(time_t* xo_now);
+
+// ---- Lines ----
+
+// Starts the library in one call. Called again after success it does nothing.
+//   as QVR_initDeviceModule
+QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice);
+
+// The device that carries a line; QVR_K_DEVICE_NULL is never answered on this board. A line id out of range is
+// assertion 200.
+QVR_deviceId_t QVR_deviceIdforLine(QVR_lineId_t xi_lineId);
+
+// Map between the line numbers callers see and positions in the line table. Not range-checked.
+QVR_lineId_t QVR_log2int(QVR_lineId_t xi_logicalId);
+QVR_lineId_t QVR_int2log(QVR_lineId_t xi_internalId);
+
+// Re-initialises a line that is in showtime; in any other state nothing is written.
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR
+QVR_retval_t QVR_resetLine(QVR_lineId_t xi_lineId);
+
+// QVR_resetLine of every line; the last failure, or QVR_E_STATUS_OK.
+QVR_retval_t QVR_resetLines();
+
+// Lets a line train (TRUE) or takes it down and keeps it down (FALSE).
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMWRITE_ERROR  of the last write made
+QVR_retval_t QVR_activateLine(QVR_lineId_t xi_lineId, BOOL xi_activate);
+
+// Reads memory of the far-end modem of a line.
+//   QVR_E_NOT_CURRENTLY_SUPPORTED
+QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void* xo_buffer,
+                               uint32_t xi_numBytes);

@@ -1,0 +1,57 @@
+#include "qvrlog/qvrlog.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+std::atomic<bool> initialized{false};
+std::atomic<uint32_t> log_level{QVRLOG_ERR};
+std::atomic<QVR_traceLogHandlerCB> trace_log_handler{nullptr};
+
+constexpr const char* kSeverityNames[] = {"LOG_CRIT", "LOG_ERR", "LOG_WARNING", "LOG_INFO", "LOG_DEBUG"};
+
+}  // namespace
+
+QVR_retval_t QVR_initTraceLogModule() {
+  initialized = true;
+  return QVR_E_STATUS_OK;
+}
+
+void QVR_registerTraceLogHandlerCB(QVR_traceLogHandlerCB xi_handler) { trace_log_handler = xi_handler; }
+
+void QVR_setTraceLogLevel(QVR_logSeverity_t xi_level) { log_level = static_cast<uint32_t>(xi_level); }
+
+QVR_logSeverity_t QVR_traceLogLevel() { return static_cast<QVR_logSeverity_t>(log_level.load()); }
+
+const char* QVR_traceLogLevelString(QVR_logSeverity_t xi_level) {
+  const auto level = static_cast<uint32_t>(xi_level);
+  return level < std::size(kSeverityNames) ? kSeverityNames[level] : "LOG_UNKNOWN";
+}
+
+void QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function, int xi_line, const char* xi_format,
+                         ...) {
+  if (static_cast<uint32_t>(xi_severity) > log_level) {
+    return;
+  }
+  va_list arguments;
+  va_start(arguments, xi_format);
+  const char* severity = QVR_traceLogLevelString(xi_severity);
+  if (const QVR_traceLogHandlerCB handler = trace_log_handler) {
+    char message[QVR_K_MAX_LOG_MESSAGE];
+    const int written = std::snprintf(message, sizeof message, "[%s] %s:%d ", severity, xi_function, xi_line);
+    const size_t used = written < 0 ? 0 : static_cast<size_t>(written);
+    if (used < sizeof message) {
+      std::vsnprintf(message + used, sizeof message - used, xi_format, arguments);
+    }
+    handler(xi_severity, message);
+  } else {
+    flockfile(stdout);  // one message stays in one piece, whichever threads write
+    std::printf("[%s] %s:%d ", severity, xi_function, xi_line);
+    std::vprintf(xi_format, arguments);
+    funlockfile(stdout);
+  }
+  va_end(arguments);
+}
