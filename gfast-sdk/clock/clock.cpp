@@ -59,6 +59,10 @@ Clock*& installed() {
 
 }  // namespace
 
-void installClock(Clock& clock) { installed() = &clock; }
+void installClock(Clock& clock) {
+  installed() = &clock;
+}
 
-Clock& clockSource() { return *installed(); }
+Clock& clockSource() {
+  return *installed();
+}

@@ -28,6 +28,10 @@ Driver*& installed() {
 
 }  // namespace
 
-void installDriver(Driver& driver) { installed() = &driver; }
+void installDriver(Driver& driver) {
+  installed() = &driver;
+}
 
-Driver& driver() { return *installed(); }
+Driver& driver() {
+  return *installed();
+}

@@ -1,6 +1,6 @@
-// The seam between the library and whatever carries its requests: a kernel driver on the board, a virtual board
-// on a developer's machine, a list of expected requests in a test. The program's entry installs one of them
-// before anything else runs.
+// The seam between the library and whatever carries its requests: a kernel driver on the board, a virtual
+// board on a developer's machine, a list of expected requests in a test. The program's entry installs one of
+// them before anything else runs.
 #pragma once
 
 #include <gfast_api.h>

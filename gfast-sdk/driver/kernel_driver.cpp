@@ -17,7 +17,9 @@ int KernelDriver::request(int descriptor, uint32_t code, gfast_iocreq& request) 
   return ::ioctl(descriptor, code, &request);
 }
 
-void KernelDriver::close(int descriptor) { ::close(descriptor); }
+void KernelDriver::close(int descriptor) {
+  ::close(descriptor);
+}
 
 void KernelDriver::rediscover() {
   // What the driver finds shows in the reads that follow; the shell's own result says nothing about it.

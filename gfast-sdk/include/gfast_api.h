@@ -1,8 +1,8 @@
 // The kernel driver's contract: request codes, the request envelope and what the driver fills in.
 //
-// One ioctl on a device's descriptor carries one envelope. The envelope and its records are in host order; the
-// buffers they point to hold chip bytes, which are little-endian (std/byte_order.h). The stated offsets are
-// those of a processor with 32-bit pointers, the only one the driver runs on.
+// One ioctl on a device's descriptor carries one envelope. The envelope and its records are in host order;
+// the buffers they point to hold chip bytes, which are little-endian (std/byte_order.h). The stated offsets
+// are those of a processor with 32-bit pointers, the only one the driver runs on.
 #pragma once
 
 #include <cstddef>
@@ -15,10 +15,10 @@ constexpr uint32_t DFEIOC_MAXLEN = 20;
 constexpr char DFEIOC_BLOCKING = 0;
 constexpr char DFEIOC_NONBLOCKING = 1;
 
-constexpr size_t MAX_FW_FN_SIZE = 128;          // bytes of a firmware file name field
-constexpr size_t GFAST_LOGCFG_BODY_SIZE = 16;   // bytes of a log configuration
-constexpr uint16_t MAX_DFE_PORTNUM = 16;        // highest port index the driver accepts
-constexpr uint32_t IOCTL_MAX_READ_BYTES = 900;  // most bytes of one memory read
+constexpr size_t MAX_FW_FN_SIZE = 128;           // bytes of a firmware file name field
+constexpr size_t GFAST_LOGCFG_BODY_SIZE = 16;    // bytes of a log configuration
+constexpr uint16_t MAX_DFE_PORTNUM = 16;         // highest port index the driver accepts
+constexpr uint32_t IOCTL_MAX_READ_BYTES = 900;   // most bytes of one memory read
 constexpr uint32_t IOCTL_MAX_WRITE_BYTES = 128;  // most bytes of one memory write
 constexpr uint32_t QVR_K_MAX_EVT_BUFFER_LEN = 1024;
 
@@ -194,9 +194,9 @@ constexpr size_t GFAST_EVENT_TYPE = 8;     // EVENTS_TYPE_E
 constexpr size_t GFAST_EVENT_PARAMS = 12;  // 4 bytes each
 
 enum EVENTS_TYPE_E : uint32_t {
-  EVENT_TYPE_LINKS_STATUS_CHANGED = 0,   // old link states, new link states: a nibble a line, line 0 lowest
+  EVENT_TYPE_LINKS_STATUS_CHANGED = 0,  // old link states, new link states: a nibble a line, line 0 lowest
   EVENT_TYPE_15_MINUTES_COUNTERS = 1,
-  EVENT_TYPE_LINE_FAILURE = 2,           // LINK_FAILURE_TYPE_E, line
+  EVENT_TYPE_LINE_FAILURE = 2,  // LINK_FAILURE_TYPE_E, line
   EVENT_TYPE_MODEM_IS_READY = 3,
   EVENT_TYPE_BOOT_SUCCEEDED = 4,
   EVENT_TYPE_DTA_UNSUPPORTIVE_LINK = 5,  // line index within the device
@@ -237,8 +237,8 @@ constexpr uint32_t RESET_REGISTER_VALUE = 0x80000000;
 constexpr uint32_t SBR_REG_ADDRESS = 0xE0000238;
 constexpr uint32_t VIRT_ADDR_B0_REGS = 0xE1000000;  // 64 bytes
 constexpr size_t B0_REGS_SIZE = 64;
-constexpr size_t B0_REGS_MAC_ADDRESS = 10;   // 6 bytes
-constexpr size_t B0_REGS_LINK_STATES = 36;   // little-endian word, a nibble a line
+constexpr size_t B0_REGS_MAC_ADDRESS = 10;  // 6 bytes
+constexpr size_t B0_REGS_LINK_STATES = 36;  // little-endian word, a nibble a line
 constexpr uint32_t VIRT_ADDR_DEVICE_INFO_READ = 0xE3100000;
 constexpr uint32_t VIRT_ADDR_DEVICE_INFO_READ_AND_CLEAR = 0xE3000000;
 constexpr uint32_t ROM_DEFAULT_ENTRY_POINT = 0xFFFFFFF0;
@@ -247,7 +247,8 @@ constexpr uint32_t CONFIGURE_PARAMS_UAS_OFFSET = 0x00100000;
 constexpr uint32_t CONFIGURE_PARAMS_REINIT_OFFSET = 0x00200000;
 constexpr uint32_t CONFIGURE_PARAMS_LINKS_PROVISION = 0x00300000;
 constexpr uint32_t VIRT_CONFIGURE_PARAMS_LINK_ID_OFFSET = 16;
-constexpr uint32_t VIRT_ADDR_USER_ACTIVATION = VIRT_BASE_ADDR_CONFIGURATION_PARAMS + CONFIGURE_PARAMS_UAS_OFFSET;
+constexpr uint32_t VIRT_ADDR_USER_ACTIVATION =
+    VIRT_BASE_ADDR_CONFIGURATION_PARAMS + CONFIGURE_PARAMS_UAS_OFFSET;
 constexpr uint32_t VIRT_ADDR_REINIT(uint32_t linkId) {
   return (VIRT_BASE_ADDR_CONFIGURATION_PARAMS + CONFIGURE_PARAMS_REINIT_OFFSET) |
          (linkId << VIRT_CONFIGURE_PARAMS_LINK_ID_OFFSET);
@@ -258,7 +259,7 @@ constexpr uint32_t VIRT_ADDR_LINKS_PROVISION(uint32_t linkId) {
 }
 
 // The software boot register (SBR), field by field from bit 0.
-#define SBR_FIELD(name, size, offset)           \
+#define SBR_FIELD(name, size, offset)            \
   constexpr uint32_t SBR_##name##_SIZE = (size); \
   constexpr uint32_t SBR_##name##_OFFSET = (offset)
 #define SBR_END(name) (SBR_##name##_OFFSET + SBR_##name##_SIZE)
@@ -286,8 +287,12 @@ SBR_FIELD(WD_INDICATOR, 1, SBR_END(BOOT_RESET_COUNTER));
 #undef SBR_END
 #undef SBR_FIELD
 
-constexpr uint32_t SBR_FW_STATE(uint32_t sbr) { return (sbr >> SBR_FW_STATE_OFFSET) & 0x3U; }
-constexpr uint32_t SBR_RESET_COUNTER(uint32_t sbr) { return (sbr >> SBR_RESET_COUNTER_OFFSET) & 0x7U; }
+constexpr uint32_t SBR_FW_STATE(uint32_t sbr) {
+  return (sbr >> SBR_FW_STATE_OFFSET) & 0x3U;
+}
+constexpr uint32_t SBR_RESET_COUNTER(uint32_t sbr) {
+  return (sbr >> SBR_RESET_COUNTER_OFFSET) & 0x7U;
+}
 constexpr uint32_t SBR_BOOT_RESET_COUNTER(uint32_t sbr) {
   return (sbr >> SBR_BOOT_RESET_COUNTER_OFFSET) & 0x7U;
 }
@@ -295,12 +300,12 @@ constexpr uint32_t SBR_BOOT_RESET_COUNTER(uint32_t sbr) {
 // DEV_INF_S, the device-information image: 260 bytes of little-endian words at these offsets.
 constexpr size_t DEV_INF_SIZE = 260;
 constexpr size_t DEV_INF_VERSION = 0;
-constexpr size_t DEV_INF_FIRMWARE_VERSION = 4;  // profile, rc, ga, chipset from bit 0 up, 8 bits each
-constexpr size_t DEV_INF_DATE = 8;              // six words, characters in bits 0-7 and 16-23
-constexpr size_t DEV_INF_TIME = 32;             // one word, likewise
+constexpr size_t DEV_INF_FIRMWARE_VERSION = 4;    // profile, rc, ga, chipset from bit 0 up, 8 bits each
+constexpr size_t DEV_INF_DATE = 8;                // six words, characters in bits 0-7 and 16-23
+constexpr size_t DEV_INF_TIME = 32;               // one word, likewise
 constexpr size_t DEV_INF_LINK_STARTUP_TIME = 36;  // milliseconds
 constexpr size_t DEV_INF_LINK_ASSERT_INFO = 40;
-constexpr size_t DEV_INF_GHS_TIMES = 128;  // four words
+constexpr size_t DEV_INF_GHS_TIMES = 128;    // four words
 constexpr size_t DEV_INF_LAST_SIGNAL = 144;  // downstream in byte 0, upstream in byte 2
 constexpr size_t DEV_INF_INIT_FAILURE_CAUSE = 148;
 constexpr size_t DEV_INF_TEMPERATURE = 152;  // degrees Celsius

@@ -1,9 +1,9 @@
 // The device-management library's public face: types, limits, result codes and every QVR_ operation.
 //
-// The library manages one or two G.fast (Recommendation ITU-T G.9701) modem chips, the "devices", one line each.
-// Operations answer a QVR_retval_t and write warnings to the trace log; they never print to a session. A device
-// or line id out of range is a mistake of the caller and ends the process through DoAssert: check ids first.
-// Parameters carry their direction: xi_ in, xo_ out, xio_ both.
+// The library manages one or two G.fast (Recommendation ITU-T G.9701) modem chips, the "devices", one line
+// each. Operations answer a QVR_retval_t and write warnings to the trace log; they never print to a session.
+// A device or line id out of range is a mistake of the caller and ends the process through DoAssert: check
+// ids first. Parameters carry their direction: xi_ in, xo_ out, xio_ both.
 #pragma once
 
 #include <cstddef>
@@ -60,8 +60,12 @@ enum : QVR_retval_t {
   QVR_E_FAREND_EOC_NACK = 40,
 };
 
-constexpr bool QVR_STATUS_OK(QVR_retval_t status) { return status == QVR_E_STATUS_OK; }
-constexpr bool QVR_STATUS_ERROR(QVR_retval_t status) { return status != QVR_E_STATUS_OK; }
+constexpr bool QVR_STATUS_OK(QVR_retval_t status) {
+  return status == QVR_E_STATUS_OK;
+}
+constexpr bool QVR_STATUS_ERROR(QVR_retval_t status) {
+  return status != QVR_E_STATUS_OK;
+}
 
 // ---- Limits and identifiers ----
 
@@ -96,8 +100,8 @@ using QVR_traceLogHandlerCB = void (*)(QVR_logSeverity_t xi_severity, const char
 // Marks the trace log as started. Always QVR_E_STATUS_OK.
 QVR_retval_t QVR_initTraceLogModule();
 
-// Sends every message that passes the level to the handler, instead of standard output. The handler runs on the
-// thread that wrote the message. nullptr restores standard output.
+// Sends every message that passes the level to the handler, instead of standard output. The handler runs on
+// the thread that wrote the message. nullptr restores standard output.
 void QVR_registerTraceLogHandlerCB(QVR_traceLogHandlerCB xi_handler);
 
 // Messages of this severity and the more severe (lower) ones pass. At start: QVRLOG_ERR. Not range-checked.
@@ -169,13 +173,13 @@ struct QVR_counterCollectionInterval_t {
 struct QVR_deviceInfo_t {
   QVR_fwState_t fwState;
   QVR_deviceState_t deviceState;
-  uint32_t devInfVersion;               // of the device-information image
+  uint32_t devInfVersion;  // of the device-information image
   QVR_versionNumber_t firmwareVersion;
-  QVR_dateStr_t date;                   // build date of the firmware
-  QVR_timeStr_t time;                   // build time; the chip gives its first two characters only
+  QVR_dateStr_t date;  // build date of the firmware
+  QVR_timeStr_t time;  // build time; the chip gives its first two characters only
   QVR_macAddress_t mainDFEMacAddress;
-  uint8_t numberOfLines;                // always 1
-  BOOL isDPdevice;                      // TRUE: network (distribution point) side, chipset 1 or 3
+  uint8_t numberOfLines;  // always 1
+  BOOL isDPdevice;        // TRUE: network (distribution point) side, chipset 1 or 3
   QVR_lineState_t lineState[QVR_K_MAX_LINES_PER_DEVICE];
   QVR_lineFailureReason_t lineFailureReason[QVR_K_MAX_LINES_PER_DEVICE];
   uint32_t lineStartupTime[QVR_K_MAX_LINES_PER_DEVICE];  // milliseconds
@@ -186,26 +190,26 @@ struct QVR_deviceInfo_t {
   QVR_temperature_t temperatureInCelcius;
   G9972_vendorID_t vendorId;
   QVR_counterCollectionInterval_t counterCollectionInterval[QVR_K_MAX_LINES_PER_DEVICE];
-  eConfigState configState;             // line state when bit 15 of the SBR is clear
+  eConfigState configState;  // line state when bit 15 of the SBR is clear
 };
 
 // Starts the device layer: reads device 0 (mandatory) and device 1 (optional) and starts the notification
-// thread. With xi_waitForDevice it tries device 0 once a second until it answers. Called again after success it
-// does nothing.
+// thread. With xi_waitForDevice it tries device 0 once a second until it answers. Called again after success
+// it does nothing.
 //   QVR_E_ERROR                   device 0 does not answer (without waiting)
 //   QVR_E_FAILED_CREATING_THREAD  the notification thread could not be started
 QVR_retval_t QVR_initDeviceModule(BOOL xi_waitForDevice);
 
-// Closes every device, has the driver search for chips, and reads both devices afresh. Always QVR_E_STATUS_OK,
-// whatever was found.
+// Closes every device, has the driver search for chips, and reads both devices afresh. Always
+// QVR_E_STATUS_OK, whatever was found.
 QVR_retval_t QVR_rediscoverDevices();
 
-// The device's descriptor, opened on first use and kept until rediscovery; -1 when it cannot be opened, in which
-// case the device's record becomes inactive.
+// The device's descriptor, opened on first use and kept until rediscovery; -1 when it cannot be opened, in
+// which case the device's record becomes inactive.
 int QVR_deviceHandle(QVR_deviceId_t xi_deviceId);
 
-// The device's record in the table, as last read; its lineIDs are internal ids. The notification thread changes
-// lineState behind it: a caller that may run beside that thread takes a copy with QVR_getDeviceInfo.
+// The device's record in the table, as last read; its lineIDs are internal ids. The notification thread
+// changes lineState behind it: a caller that may run beside that thread takes a copy with QVR_getDeviceInfo.
 const QVR_deviceInfo_t* QVR_deviceInfoForDevice(QVR_deviceId_t xi_deviceId);
 
 // TRUE once the device has answered and until it is lost.
@@ -217,8 +221,8 @@ uint32_t QVR_numberOfDevices();
 // Lines per device, 0 until the first device has answered.
 uint32_t QVR_numberOfLinesInDevice();
 
-// Reads the device's identity and state from the chip into its record and, unless nullptr, into *xo_deviceInfo
-// (with logical line ids). On failure the record stays as it was.
+// Reads the device's identity and state from the chip into its record and, unless nullptr, into
+// *xo_deviceInfo (with logical line ids). On failure the record stays as it was.
 //   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
 //   QVR_E_MEMREAD_ERROR      a read failed
 QVR_retval_t QVR_getDeviceInfo(QVR_deviceId_t xi_deviceId, QVR_deviceInfo_t* xo_deviceInfo);
@@ -234,11 +238,13 @@ QVR_retval_t QVR_checkDeviceReset();
 
 // ---- Chip memory ----
 
-// Reads bytes of chip memory (chip words are little-endian) in requests of at most 900 bytes. A count of 0 still
-// makes one request. On failure the bytes already read stay in the buffer. An odd count is assertion 101.
+// Reads bytes of chip memory (chip words are little-endian) in requests of at most 900 bytes. A count of 0
+// still makes one request. On failure the bytes already read stay in the buffer. An odd count is assertion
+// 101.
 //   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
 //   QVR_E_MEMREAD_ERROR      a request failed
-QVR_retval_t QVR_readmem(QVR_deviceId_t xi_deviceId, uint32_t xi_address, void* xo_buffer, uint32_t xi_numBytes);
+QVR_retval_t QVR_readmem(QVR_deviceId_t xi_deviceId, uint32_t xi_address, void* xo_buffer,
+                         uint32_t xi_numBytes);
 
 // Writes bytes to chip memory in requests of at most 128 bytes; otherwise as QVR_readmem.
 //   QVR_E_DEVICE_NOT_EXISTS  the device cannot be opened
@@ -246,8 +252,8 @@ QVR_retval_t QVR_readmem(QVR_deviceId_t xi_deviceId, uint32_t xi_address, void* 
 QVR_retval_t QVR_writemem(QVR_deviceId_t xi_deviceId, uint32_t xi_address, const void* xi_buffer,
                           uint32_t xi_numBytes);
 
-// Clears the bits of xi_mask in the chip's software boot register and sets those of xi_value (not masked). Not
-// atomic against the chip.
+// Clears the bits of xi_mask in the chip's software boot register and sets those of xi_value (not masked).
+// Not atomic against the chip.
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  the first failing access
 QVR_retval_t QVR_readModifyWriteSBR(QVR_deviceId_t xi_deviceId, uint32_t xi_mask, uint32_t xi_value);
 
@@ -290,7 +296,8 @@ QVR_retval_t QVR_upgradeManufactureBlock(QVR_deviceId_t xi_deviceId, const char*
 
 // Resets the chip into a firmware stage (FW_B0, FW_B1 or FW_APP).
 //   QVR_E_ERROR  another state was asked for; nothing is written
-//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  the boot register could not be changed
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  the boot register could not be
+//   changed
 QVR_retval_t QVR_rebootDevice(QVR_deviceId_t xi_deviceId, QVR_fwState_t xi_nextState);
 
 // QVR_rebootDevice into FW_APP when xi_reboot is TRUE, into FW_B0 otherwise.
@@ -299,7 +306,8 @@ QVR_retval_t QVR_reset(QVR_deviceId_t xi_deviceId, BOOL xi_reboot);
 // Moves the whole system between line state and system configuration state.
 // From line state it resets the device and waits, without limit, until it answers again (and, with
 // xi_waitForConfig, until its line is idle), then rediscovers all devices. From configuration state it ends
-// configuration, waiting up to 41 reads of 250 ms for each device; with xi_waitForConfig there is nothing to do.
+// configuration, waiting up to 41 reads of 250 ms for each device; with xi_waitForConfig there is nothing to
+// do.
 //   QVR_E_ERROR  a device did not reach line state in time
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  a boot register could not be changed
 QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, BOOL xi_waitForConfig);
@@ -312,9 +320,9 @@ QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, BOOL xi_waitForConfig
 //   QVR_E_DEVICE_NOT_EXISTS           the device cannot be opened
 //   QVR_E_LINE_NOT_ACTIVE             the line is not in showtime; no request is made
 //   QVR_E_FAILED_SENDING_FAR_END_MSG  the driver refused
-QVR_retval_t QVR_sendMsgToFarEnd(QVR_deviceId_t xi_deviceId, uint16_t xi_narrowLineId, MGMT_FAR_END_REQ_TYPE xi_type,
-                                 void* xio_message, uint32_t xi_requestLength, uint32_t xi_responseLength,
-                                 uint32_t* xo_responseLength);
+QVR_retval_t QVR_sendMsgToFarEnd(QVR_deviceId_t xi_deviceId, uint16_t xi_narrowLineId,
+                                 MGMT_FAR_END_REQ_TYPE xi_type, void* xio_message, uint32_t xi_requestLength,
+                                 uint32_t xi_responseLength, uint32_t* xo_responseLength);
 
 // ---- Notifications ----
 
@@ -324,8 +332,8 @@ constexpr uint32_t QVR_K_SECS_IN_15MIN_INTERVAL = 900;
 using QVR_15minCounterEventCB = void (*)(time_t xi_boundary);
 
 // Two slots for callbacks that run on the notification thread at each quarter-hour boundary.
-// Handle -1 takes the first free slot and answers its index, or -1 when both are taken. Handle 0 or 1 replaces
-// that slot (nullptr frees it) and answers 0; any other handle changes nothing and answers 0.
+// Handle -1 takes the first free slot and answers its index, or -1 when both are taken. Handle 0 or 1
+// replaces that slot (nullptr frees it) and answers 0; any other handle changes nothing and answers 0.
 int QVR_register15minCounterEventCB(int xi_handle, QVR_15minCounterEventCB xi_callback);
 
 // Seconds left to the next quarter-hour boundary of local time, 1 to 900 (900 at a boundary). Unless nullptr,
@@ -338,8 +346,8 @@ uint32_t QVR_secsTo15minBoundary(time_t* xo_now);
 //   as QVR_initDeviceModule
 QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice);
 
-// The device that carries a line; QVR_K_DEVICE_NULL is never answered on this board. A line id out of range is
-// assertion 200.
+// The device that carries a line; QVR_K_DEVICE_NULL is never answered on this board. A line id out of range
+// is assertion 200.
 QVR_deviceId_t QVR_deviceIdforLine(QVR_lineId_t xi_lineId);
 
 // Map between the line numbers callers see and positions in the line table. Not range-checked.

@@ -20,19 +20,25 @@ QVR_retval_t QVR_initTraceLogModule() {
   return QVR_E_STATUS_OK;
 }
 
-void QVR_registerTraceLogHandlerCB(QVR_traceLogHandlerCB xi_handler) { trace_log_handler = xi_handler; }
+void QVR_registerTraceLogHandlerCB(QVR_traceLogHandlerCB xi_handler) {
+  trace_log_handler = xi_handler;
+}
 
-void QVR_setTraceLogLevel(QVR_logSeverity_t xi_level) { log_level = static_cast<uint32_t>(xi_level); }
+void QVR_setTraceLogLevel(QVR_logSeverity_t xi_level) {
+  log_level = static_cast<uint32_t>(xi_level);
+}
 
-QVR_logSeverity_t QVR_traceLogLevel() { return static_cast<QVR_logSeverity_t>(log_level.load()); }
+QVR_logSeverity_t QVR_traceLogLevel() {
+  return static_cast<QVR_logSeverity_t>(log_level.load());
+}
 
 const char* QVR_traceLogLevelString(QVR_logSeverity_t xi_level) {
   const auto level = static_cast<uint32_t>(xi_level);
   return level < std::size(kSeverityNames) ? kSeverityNames[level] : "LOG_UNKNOWN";
 }
 
-void QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function, int xi_line, const char* xi_format,
-                         ...) {
+void QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function, int xi_line,
+                         const char* xi_format, ...) {
   if (static_cast<uint32_t>(xi_severity) > log_level) {
     return;
   }

@@ -18,8 +18,8 @@ constexpr T max(T a, T b) {
   return a < b ? b : a;
 }
 
-// The distance from b to a on a 32-bit counter that may have wrapped in between; equal values are a full turn,
-// which 32 bits show as 0.
+// The distance from b to a on a 32-bit counter that may have wrapped in between; equal values are a full
+// turn, which 32 bits show as 0.
 constexpr uint32_t WA32bSUBTRACT(uint32_t a, uint32_t b) {
   return a > b ? a - b : (0xFFFFFFFFU - b + 1U) + a;
 }

@@ -1,0 +1,45 @@
+#include "qvrcli/arguments.h"
+#include "qvrcli/device_commands.h"
+
+namespace {
+
+// Parses a line number, or says what it must be.
+bool parseLine(cli_def* cli, const char* word, int* lineId) {
+  if (isValidLineId(word, lineId)) {
+    return true;
+  }
+  cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
+  return false;
+}
+
+int setActivation(cli_def* cli, const char* word, BOOL activate) {
+  int lineId = 0;
+  if (isKeyword(word, "all")) {
+    for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
+      QVR_activateLine(line, activate);
+    }
+  } else if (parseLine(cli, word, &lineId)) {
+    QVR_activateLine(lineId, activate);
+  }
+  return CLI_OK;
+}
+
+}  // namespace
+
+int CLI_resetLine(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
+  int lineId = 0;
+  if (isKeyword(argv[0], "all")) {
+    QVR_resetLines();
+  } else if (parseLine(cli, argv[0], &lineId)) {
+    QVR_resetLine(lineId);
+  }
+  return CLI_OK;
+}
+
+int CLI_activateLine(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
+  return setActivation(cli, argv[0], TRUE);
+}
+
+int CLI_deactivateLine(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  return argc > 0 ? setActivation(cli, argv[0], FALSE) : CLI_OK;
+}
