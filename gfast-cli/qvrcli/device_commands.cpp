@@ -5,6 +5,7 @@
 #include "clock/clock.h"
 #include "qvrcli/arguments.h"
 #include "qvrcli/output.h"
+#include "std/bits.h"
 
 namespace {
 
