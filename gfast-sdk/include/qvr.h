@@ -329,7 +329,33 @@ QVR_retval_t QVR_sendMsgToFarEnd(QVR_deviceId_t xi_deviceId, uint16_t xi_narrowL
 constexpr int QVR_K_NULL_HANDLE = -1;
 constexpr uint32_t QVR_K_SECS_IN_15MIN_INTERVAL = 900;
 
+// Callbacks run on the notification thread, without any lock held, and must not block for long: while one runs,
+// events, quarter-hour boundaries and the liveness watch of every device wait.
+using QVR_deviceLinkStateChangeCB = void (*)(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState,
+                                             G9701_linkState_t xi_newState);  // internal line id
 using QVR_15minCounterEventCB = void (*)(time_t xi_boundary);
+using QVR_linkFailureNotificationCB = void (*)(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason,
+                                               time_t xi_time);  // the line as the chip numbers it
+using QVR_rebootNotificationCB = void (*)();
+using QVR_commFailureNotificationCB = void (*)(QVR_deviceId_t xi_deviceId);
+using QVR_logMessageCB = void (*)(QVR_deviceId_t xi_deviceId, const char* xi_text);
+using QVR_nonCdtaCpeJoinNotificationCB = void (*)(QVR_lineId_t xi_lineId);  // internal line id
+
+// Each keeps one callback, replacing the one before; nullptr clears it. Safe at any time, from any thread.
+void QVR_registerDeviceLinkStateChangeCB(QVR_deviceLinkStateChangeCB xi_callback);  // a line changed its state
+void QVR_registerLinkFailureNotificationCB(QVR_linkFailureNotificationCB xi_callback);  // a line went down
+void QVR_registerRebootEventCB(QVR_rebootNotificationCB xi_callback);                   // a chip started anew
+
+// A chip did not answer four liveness checks (5 s apart) in a row; called again at every further failed check.
+void QVR_registerCommFailureNotificationCB(QVR_commFailureNotificationCB xi_callback);
+
+// A CPE without coordinated dynamic time assignment (cDTA) joined a line that uses it.
+void QVR_registerNonCdtaCpeJoinNotificationCB(QVR_nonCdtaCpeJoinNotificationCB xi_callback);
+
+// Starts (a callback while none is registered) or ends (nullptr) the delivery of the chips' own log messages,
+// one call a message. Replacing one callback by another does nothing: end the delivery first. The device id is
+// ignored, both devices deliver. Always QVR_E_STATUS_OK: a device that refuses stays silent.
+QVR_retval_t QVR_registerLogMessageCB(QVR_deviceId_t xi_deviceId, QVR_logMessageCB xi_callback);
 
 // Two slots for callbacks that run on the notification thread at each quarter-hour boundary.
 // Handle -1 takes the first free slot and answers its index, or -1 when both are taken. Handle 0 or 1

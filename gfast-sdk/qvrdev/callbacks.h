@@ -1,0 +1,52 @@
+// What the upper layers registered to be told. A slot holds one function; registering while the notification
+// thread runs is safe, and a callback runs without any lock held.
+#pragma once
+
+#include <qvr.h>
+
+#include <array>
+#include <atomic>
+
+// One registered function, or none.
+template <typename Callback>
+class CallbackSlot {
+ public:
+  void store(Callback callback) { callback_.store(callback); }
+  Callback load() const { return callback_.load(); }
+
+  // Takes the slot if it is empty: whether it was.
+  bool claim(Callback callback) {
+    Callback empty = nullptr;
+    return callback_.compare_exchange_strong(empty, callback);
+  }
+
+  // Calls what is registered at this moment.
+  template <typename... Arguments>
+  void notify(Arguments... arguments) const {
+    if (const Callback callback = load()) {
+      callback(arguments...);
+    }
+  }
+
+ private:
+  std::atomic<Callback> callback_{nullptr};
+};
+
+constexpr size_t kQuarterHourSlots = 2;
+
+struct Callbacks {
+  CallbackSlot<QVR_deviceLinkStateChangeCB> deviceLinkStateChangeCB;
+  std::array<CallbackSlot<QVR_15minCounterEventCB>, kQuarterHourSlots> periodicCounterEventCB;
+  CallbackSlot<QVR_linkFailureNotificationCB> linkFailureCB;
+  CallbackSlot<QVR_rebootNotificationCB> rebootCB;
+  CallbackSlot<QVR_commFailureNotificationCB> commFailureCB;
+  CallbackSlot<QVR_logMessageCB> logMessageCB;
+  CallbackSlot<QVR_nonCdtaCpeJoinNotificationCB> nonCdtaCpeJoinNotificationCB;
+  CallbackSlot<QVR_rebootNotificationCB> lineRebootHandler;
+};
+
+// The process's one registry.
+Callbacks& callbacks();
+
+// The line room's own handling of a reboot, which runs before the registered reboot callback.
+void registerLineRebootHandler(QVR_rebootNotificationCB handler);

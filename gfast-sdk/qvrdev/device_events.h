@@ -1,0 +1,16 @@
+// A device's event queue: what the chip reports about its lines and itself, turned into callbacks.
+#pragma once
+
+#include <qvr.h>
+
+// Events taken from one device in one go: a chip that floods its queue does not keep the thread from the
+// other.
+constexpr int kMostEventsInOneGo = 64;
+
+// Dispatches the device's pending events, oldest first, until none is pending or kMostEventsInOneGo were
+// taken; in the latter case *xo_more, unless nullptr, becomes true. Always QVR_E_STATUS_OK: a request that
+// fails ends the draining.
+QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more = nullptr);
+
+// A chip has started anew: the line room's handler, then the registered callback.
+void QVR_handleRebootEvent();

@@ -1,0 +1,136 @@
+#include "qvrdev/notification.h"
+
+#include <algorithm>
+#include <chrono>
+#include <system_error>
+#include <thread>
+
+#include "clock/clock.h"
+#include "qvrdev/device_events.h"
+#include "qvrdev/device_table.h"
+#include "qvrdev/log_records.h"
+
+namespace {
+
+constexpr std::chrono::microseconds kPollingInterval{QVR_K_POLLING_INTERVAL};
+
+// After the quarter-hour callbacks, so that the boundary's own second has passed before the next look.
+constexpr std::chrono::seconds kBoundaryPause{1};
+
+}  // namespace
+
+NotificationRound::NotificationRound() : secondsLeft_(QVR_secsTo15minBoundary(nullptr)) {
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    limit_ = std::max(limit_, std::min(openDescriptor(device) + 1, FD_SETSIZE));
+  }
+  checksLeft_.fill(QVR_K_DEVICE_COMM_WATCHDOG_COUNT);
+}
+
+void NotificationRound::step() {
+  const bool continued = hasUnfinished();
+  const bool readable = waitForDevices(continued ? std::chrono::microseconds{0} : kPollingInterval);
+  watchBoundary();
+  if (readable || continued) {
+    drainDevices();
+  }
+  // A step that only continues the draining is part of the round before: a flood of events does not bring the
+  // liveness checks closer together.
+  if (!continued && --roundsLeft_ == 0) {
+    checkDevices();
+    roundsLeft_ = QVR_K_DEVICE_COMM_WATCHDOG_PERIOD;
+  }
+}
+
+bool NotificationRound::hasUnfinished() const {
+  return std::ranges::find(unfinished_, true) != unfinished_.end();
+}
+
+bool NotificationRound::waitForDevices(std::chrono::microseconds duration) {
+  fd_set descriptors;
+  FD_ZERO(&descriptors);
+  std::array<int, QVR_K_MAX_DEVICES> waitedFor;
+  waitedFor.fill(-1);
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    const int descriptor = openDescriptor(device);
+    if (descriptor >= 0 && descriptor < limit_) {
+      waitedFor[static_cast<size_t>(device)] = descriptor;
+      FD_SET(descriptor, &descriptors);
+    }
+  }
+  const int readable = clockSource().waitReadable(descriptors, limit_, duration);
+  for (size_t i = 0; i < ready_.size(); i++) {
+    ready_[i] = readable > 0 && waitedFor[i] >= 0 && FD_ISSET(waitedFor[i], &descriptors);
+  }
+  return readable > 0;
+}
+
+void NotificationRound::watchBoundary() {
+  time_t now = 0;
+  const uint32_t secondsLeft = QVR_secsTo15minBoundary(&now);
+  if (secondsLeft == 0 || secondsLeft_ < secondsLeft) {
+    for (const auto& slot : callbacks().periodicCounterEventCB) {
+      slot.notify(now);
+    }
+    clockSource().sleep(kBoundaryPause);
+  }
+  secondsLeft_ = secondsLeft;
+}
+
+void NotificationRound::drainDevices() {
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    const auto i = static_cast<size_t>(device);
+    const int descriptor = openDescriptor(device);
+    const bool drain = descriptor >= 0 && (ready_[i] || unfinished_[i]);
+    unfinished_[i] = false;
+    if (drain) {
+      QVR_handleAlarm(descriptor, device, &unfinished_[i]);
+    }
+  }
+  if (callbacks().logMessageCB.load() == nullptr) {
+    return;
+  }
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    const int descriptor = openDescriptor(device);
+    bool more = false;
+    if (descriptor >= 0) {
+      QVR_handleLogEvents(descriptor, device, &more);
+    }
+    unfinished_[static_cast<size_t>(device)] |= more;
+  }
+}
+
+void NotificationRound::checkDevices() {
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    if (deviceRecord(device).deviceState != SS_INACTIVE_STATE) {
+      checkDevice(device);
+    }
+  }
+}
+
+void NotificationRound::checkDevice(QVR_deviceId_t device) {
+  uint32_t& left = checksLeft_[static_cast<size_t>(device)];
+  uint8_t sbr[4];
+  if (QVR_STATUS_OK(QVR_readmem(device, SBR_REG_ADDRESS, sbr, sizeof sbr))) {
+    left = QVR_K_DEVICE_COMM_WATCHDOG_COUNT;
+  } else if (left > 0) {
+    left--;
+  } else {
+    callbacks().commFailureCB.notify(device);
+  }
+}
+
+void* QVR_asyncNotificationHandler(void* /*xi_unused*/) {
+  NotificationRound round;
+  for (;;) {
+    round.step();
+  }
+}
+
+QVR_retval_t startNotificationThread() {
+  try {
+    std::thread(QVR_asyncNotificationHandler, nullptr).detach();
+  } catch (const std::system_error&) {
+    return QVR_E_FAILED_CREATING_THREAD;
+  }
+  return QVR_E_STATUS_OK;
+}

@@ -1,0 +1,51 @@
+// The background thread on which the chips speak first: their events, their log messages, the quarter-hour
+// boundary, and the watch that each chip still answers.
+#pragma once
+
+#include <sys/select.h>
+
+#include <array>
+#include <chrono>
+
+#include "qvrdev/callbacks.h"
+
+constexpr uint32_t QVR_K_POLLING_INTERVAL = 500000;  // microseconds, the wait of one round
+constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_PERIOD =
+    5 * (1000000 / QVR_K_POLLING_INTERVAL);  // rounds between two liveness checks
+constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_COUNT =
+    3;  // failed checks tolerated before the failure callback
+
+// What the thread does over and over, one round a step. The highest descriptor is fixed when the first round
+// is prepared: a descriptor that is opened later and is higher is not waited for.
+class NotificationRound {
+ public:
+  NotificationRound();
+
+  // Waits up to QVR_K_POLLING_INTERVAL for the devices, then: quarter-hour callbacks when a boundary has
+  // passed (and a second of sleep), pending events and log records, and every
+  // QVR_K_DEVICE_COMM_WATCHDOG_PERIOD rounds the liveness check. A queue that was left with more to drain is
+  // continued in the next step, which does not wait and does not count as a round.
+  void step();
+
+ private:
+  bool hasUnfinished() const;
+  bool waitForDevices(std::chrono::microseconds duration);
+  void watchBoundary();
+  void drainDevices();
+  void checkDevices();
+  void checkDevice(QVR_deviceId_t device);
+
+  int limit_ = 0;         // one above the highest descriptor at start
+  uint32_t secondsLeft_;  // to the quarter-hour boundary, as of the last round
+  uint32_t roundsLeft_ = QVR_K_DEVICE_COMM_WATCHDOG_PERIOD;
+  std::array<uint32_t, QVR_K_MAX_DEVICES> checksLeft_;  // failures still tolerated
+  std::array<bool, QVR_K_MAX_DEVICES> ready_{};         // whose events are to be drained in this round
+  std::array<bool, QVR_K_MAX_DEVICES> unfinished_{};    // whose queues were left with more to drain
+};
+
+// The thread's body; it never returns.
+void* QVR_asyncNotificationHandler(void* xi_unused);
+
+// Starts the thread, which runs until the process ends.
+//   QVR_E_FAILED_CREATING_THREAD  the system has no thread to give
+QVR_retval_t startNotificationThread();
