@@ -1,0 +1,51 @@
+# What the project takes from the distribution. On a desk its packages are used as they are; for the board the
+# header-only ones serve as well, and libcli and GoogleTest are built from the distribution's sources.
+find_package(Threads REQUIRED)
+
+add_library(gfast_libcli INTERFACE)
+add_library(gfast::libcli ALIAS gfast_libcli)
+
+if(NOT CMAKE_CROSSCOMPILING)
+  find_package(fmt REQUIRED)
+
+  # Only libcli's archive is used, so the same code runs on a desk and on the board.
+  find_library(LIBCLI_ARCHIVE NAMES libcli.a REQUIRED)
+  find_library(CRYPT_LIBRARY crypt REQUIRED)
+  if(BUILD_TESTING)
+    find_package(GTest REQUIRED)
+  endif()
+  target_link_libraries(gfast_libcli INTERFACE ${LIBCLI_ARCHIVE} ${CRYPT_LIBRARY})
+  return()
+endif()
+
+# The compiler for the board must not see the desk's /usr/include, so what is needed of it is linked elsewhere.
+set(shared_headers ${CMAKE_BINARY_DIR}/shared-headers)
+file(MAKE_DIRECTORY ${shared_headers})
+foreach(library fmt toml++ CLI)
+  if(NOT EXISTS /usr/include/${library})
+    message(FATAL_ERROR "/usr/include/${library} is missing: install libfmt-dev, libtomlplusplus-dev, libcli11-dev")
+  endif()
+  file(CREATE_LINK /usr/include/${library} ${shared_headers}/${library} SYMBOLIC)
+endforeach()
+
+add_library(fmt::fmt-header-only INTERFACE IMPORTED)
+target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1)
+add_library(tomlplusplus::tomlplusplus INTERFACE IMPORTED)
+add_library(CLI11::CLI11 INTERFACE IMPORTED)
+foreach(library fmt::fmt-header-only tomlplusplus::tomlplusplus CLI11::CLI11)
+  target_include_directories(${library} SYSTEM INTERFACE ${shared_headers})
+endforeach()
+
+set(LIBCLI_SOURCE ${CMAKE_BINARY_DIR}/libcli CACHE PATH "libcli's source; fetched when there is none")
+if(NOT EXISTS ${LIBCLI_SOURCE}/libcli.c)
+  execute_process(COMMAND ${CMAKE_SOURCE_DIR}/tools/fetch-libcli-source ${LIBCLI_SOURCE} COMMAND_ERROR_IS_FATAL ANY)
+endif()
+# No password exists on this console, so nothing of crypt is needed: see no_crypt.c.
+add_library(libcli_board STATIC ${LIBCLI_SOURCE}/libcli.c ${CMAKE_SOURCE_DIR}/cmake/no_crypt.c)
+target_include_directories(libcli_board SYSTEM PUBLIC ${LIBCLI_SOURCE})
+target_link_libraries(gfast_libcli INTERFACE libcli_board)
+
+if(BUILD_TESTING)
+  set(INSTALL_GTEST OFF)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+endif()
