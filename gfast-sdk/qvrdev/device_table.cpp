@@ -1,0 +1,151 @@
+#include "qvrdev/device_table.h"
+
+#include <array>
+#include <atomic>
+#include <mutex>
+#include <type_traits>
+
+#include "driver/driver.h"
+#include "qvrdev/device_lines.h"
+#include "qvrdev/require.h"
+
+namespace {
+
+struct DeviceTable {
+  std::mutex mutex;
+  std::array<QVR_deviceInfo_t, QVR_K_MAX_DEVICES> deviceInfoTable{};
+  std::array<std::array<uint8_t, B0_REGS_SIZE>, QVR_K_MAX_DEVICES> b0Regs{};
+  uint32_t numberOfDevices = 0;
+  uint32_t numberOfLinesInDevice = 0;
+  std::array<std::atomic<int>, QVR_K_MAX_DEVICES> fds{-1, -1};  // outside the lock: each is one word
+};
+
+// Trivially destructible, so the notification thread may use it for as long as the process lives.
+constinit DeviceTable table;
+static_assert(std::is_trivially_destructible_v<DeviceTable>);
+
+constexpr size_t at(QVR_deviceId_t device) {
+  return static_cast<size_t>(device);
+}
+
+using Locked = std::lock_guard<std::mutex>;
+
+void setInactive(QVR_deviceId_t device) {
+  const Locked locked(table.mutex);
+  table.deviceInfoTable[at(device)].fwState = FW_UNDEFINED;
+  table.deviceInfoTable[at(device)].deviceState = SS_INACTIVE_STATE;
+}
+
+// A thread that also found the device closed may have been faster: its descriptor stays, the other goes.
+int rememberDescriptor(QVR_deviceId_t device, int opened) {
+  int remembered = -1;
+  if (table.fds[at(device)].compare_exchange_strong(remembered, opened)) {
+    return opened;
+  }
+  driver().close(opened);
+  return remembered;
+}
+
+bool closeDevice(QVR_deviceId_t device) {
+  const int descriptor = table.fds[at(device)].exchange(-1);
+  if (descriptor >= 0) {
+    driver().close(descriptor);
+  }
+  return descriptor >= 0;
+}
+
+}  // namespace
+
+QVR_deviceInfo_t deviceRecord(QVR_deviceId_t device) {
+  const Locked locked(table.mutex);
+  return table.deviceInfoTable[at(device)];
+}
+
+int openDescriptor(QVR_deviceId_t device) {
+  return isDeviceId(device) ? table.fds[at(device)].load() : -1;
+}
+
+void setLineState(QVR_deviceId_t device, int narrowLine, QVR_lineState_t state) {
+  const Locked locked(table.mutex);
+  QVR_deviceInfo_t& record = table.deviceInfoTable[at(device)];
+  if (narrowLine >= 0 && narrowLine < linesOfRecord(record)) {
+    record.lineState[narrowLine] = state;
+  }
+}
+
+void setStartOfCollection(QVR_deviceId_t device, int narrowLine, uint32_t secondsLeft) {
+  const Locked locked(table.mutex);
+  table.deviceInfoTable[at(device)].counterCollectionInterval[narrowLine].startOfCollectionPeriodInInterval =
+      secondsLeft;
+}
+
+QVR_deviceInfo_t storeDeviceImages(QVR_deviceId_t device, const DeviceImages& images) {
+  const Locked locked(table.mutex);
+  QVR_deviceInfo_t& record = table.deviceInfoTable[at(device)];
+  if (record.deviceState == SS_INACTIVE_STATE) {
+    table.numberOfDevices++;
+  }
+  table.b0Regs[at(device)] = images.b0Regs;
+  fillRecord(record, device, images);
+  if (table.numberOfLinesInDevice == 0) {
+    table.numberOfLinesInDevice = record.numberOfLines;
+  }
+  return record;
+}
+
+void clearDeviceTable() {
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    closeDevice(device);
+  }
+  const Locked locked(table.mutex);
+  table.deviceInfoTable = {};
+}
+
+void closeDevices() {
+  for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
+    if (closeDevice(device)) {
+      setInactive(device);
+    }
+  }
+}
+
+void clearDeviceCounts() {
+  const Locked locked(table.mutex);
+  table.numberOfDevices = 0;
+  table.numberOfLinesInDevice = 0;
+}
+
+int QVR_deviceHandle(QVR_deviceId_t xi_deviceId) {
+  if (!isDeviceId(xi_deviceId)) {
+    return -1;
+  }
+  if (const int descriptor = openDescriptor(xi_deviceId); descriptor >= 0) {
+    return descriptor;
+  }
+  const int opened = driver().open(xi_deviceId);
+  if (opened < 0) {
+    setInactive(xi_deviceId);
+    return -1;
+  }
+  return rememberDescriptor(xi_deviceId, opened);
+}
+
+const QVR_deviceInfo_t* QVR_deviceInfoForDevice(QVR_deviceId_t xi_deviceId) {
+  requireDevice(xi_deviceId, kInvalidDeviceIdentifier);
+  return &table.deviceInfoTable[at(xi_deviceId)];
+}
+
+BOOL QVR_isDeviceActive(QVR_deviceId_t xi_deviceId) {
+  requireDevice(xi_deviceId, kInvalidDeviceIdentifier);
+  return deviceRecord(xi_deviceId).deviceState != SS_INACTIVE_STATE ? TRUE : FALSE;
+}
+
+uint32_t QVR_numberOfDevices() {
+  const Locked locked(table.mutex);
+  return table.numberOfDevices;
+}
+
+uint32_t QVR_numberOfLinesInDevice() {
+  const Locked locked(table.mutex);
+  return table.numberOfLinesInDevice;
+}

@@ -1,0 +1,30 @@
+// What callers of the device layer must have checked; otherwise the process ends here, in an assertion.
+#pragma once
+
+#include <qvr.h>
+
+#include <source_location>
+
+#include "qvrassert/qvrassert.h"
+
+constexpr const char* kDeviceLayer = "../qvrdev.c";  // the device layer's name in assertions
+
+// Messages of the assertion on a device id: of requests, of readings, of the table.
+constexpr const char* kUnknownDeviceHandle = "Unknown device handle";
+constexpr const char* kInvalidDeviceId = "Invalid device id";
+constexpr const char* kInvalidDeviceIdentifier = "Invalid Device Identifier";
+
+inline void requireDevice(QVR_deviceId_t device, const char* message,
+                          std::source_location where = std::source_location::current()) {
+  if (device < QVR_K_DEVICE_ID_FIRST || device > QVR_K_DEVICE_ID_LAST) {
+    DoAssert(QVR_K_ASSERT_DEVICE_ID, kDeviceLayer, static_cast<int>(where.line()), message, 1, device);
+  }
+}
+
+inline void requireEvenLength(uint32_t numBytes,
+                              std::source_location where = std::source_location::current()) {
+  if (numBytes % 2 != 0) {
+    DoAssert(QVR_K_ASSERT_ODD_LENGTH, kDeviceLayer, static_cast<int>(where.line()),
+             "Length must be an even number of bytes", 1, static_cast<int>(numBytes));
+  }
+}
