@@ -54,12 +54,25 @@ std::string formatOf(const Conversion& c, char type) {
   return format + type;
 }
 
+// What printf leaves of a zero that is asked for with no digits: its sign, or the leading zero of "%#o".
+std::string renderNothing(const Conversion& c) {
+  const bool isSigned = isOneOf(c.type, kSigned);
+  const bool plus = isSigned && isOneOf('+', c.flags);
+  const bool blank = isSigned && isOneOf(' ', c.flags);
+  const bool octal = c.type == 'o' && isOneOf('#', c.flags);
+  return fmt::sprintf(formatOf(c, 's'), plus ? "+" : blank ? " " : octal ? "0" : "");
+}
+
 std::string renderNumber(const Conversion& c, uint32_t word) {
   const int dropped = c.halvings == 0 ? 0 : c.halvings == 1 ? 16 : 24;
-  if (isOneOf(c.type, kSigned)) {
-    return fmt::sprintf(formatOf(c, 'd'), static_cast<int32_t>(word << dropped) >> dropped);
+  const uint32_t bits = word << dropped;
+  if (bits == 0 && c.precision == 0) {
+    return renderNothing(c);
   }
-  return fmt::sprintf(formatOf(c, c.type), (word << dropped) >> dropped);
+  if (isOneOf(c.type, kSigned)) {
+    return fmt::sprintf(formatOf(c, 'd'), static_cast<int32_t>(bits) >> dropped);
+  }
+  return fmt::sprintf(formatOf(c, c.type), bits >> dropped);
 }
 
 class LogText {
