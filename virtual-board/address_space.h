@@ -1,0 +1,41 @@
+// A chip's 32-bit memory, seen from the host: areas that the chip computes when they are read, registers that
+// act when they are written, stored bytes everywhere else, and over all of it what a board file laid there.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "sparse_memory.h"
+
+using Bytes = std::vector<uint8_t>;
+
+// A stretch of memory that the chip makes up. Partial reads and writes are taken care of: both functions deal
+// in the whole area.
+struct Area {
+  uint32_t address;
+  uint32_t length;
+  std::function<Bytes()> read;
+  std::function<void(const Bytes&)> written;                    // none: what is written has no effect
+  std::function<void(uint32_t offset, uint32_t length)> taken;  // after a read of that part; none: nothing
+};
+
+class AddressSpace {
+ public:
+  void add(Area area) { areas_.push_back(std::move(area)); }
+
+  // The bytes as the host sees them now.
+  void read(uint32_t address, std::span<uint8_t> out);
+
+  // 0, or ENOMEM when the chip's memory is full (SparseMemory::kMaxPages).
+  int write(uint32_t address, std::span<const uint8_t> bytes);
+
+  // What a board file lays over everything else. A later write changes it, as it changes memory.
+  SparseMemory& overlay() { return overlay_; }
+
+ private:
+  std::vector<Area> areas_;
+  SparseMemory stored_;
+  SparseMemory overlay_;
+};

@@ -1,0 +1,123 @@
+// What a board is made of, as a board file says it or as it is without one.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "firmware_image.h"
+
+constexpr int kMaxDevices = 2;
+
+// The firmware that runs on a chip, as bits 23-24 of its boot register.
+enum class Stage : uint32_t { None = 0, B0 = 1, B1 = 2, App = 3 };
+
+// Link states as a chip reports them, a nibble each (ITU-T G.9701 clause 12.1).
+enum class LineState : uint32_t {
+  SelfTest = 0,
+  UnitFail = 1,
+  Idle = 2,
+  Silent = 3,
+  Handshake = 4,
+  Training = 5,
+  Showtime = 6,
+  Deactivating1 = 7,
+  Deactivating2 = 8,
+  PreDeactivating1E = 9
+};
+
+using MacAddress = std::array<uint8_t, 6>;
+
+struct DeviceConfig {
+  FirmwareVersion firmware;
+  Stage boot = Stage::App;
+  MacAddress mac{};
+  int temperature_c = 47;
+  std::optional<LineState> line;  // none: the line trains by itself
+  std::map<std::string, int64_t> params;
+  // What flash holds at power-up; a region without is erased.
+  bool bootloaderInFlash = true;
+  bool applicationInFlash = true;
+  bool manufacturerInFlash = true;
+};
+
+struct BridgedTap {
+  double at_m;
+  double length_m;
+};
+
+struct LoopConfig {
+  std::string cable = "CAD55";
+  double length_m = 100.0;
+  double noise_dbm_hz = -140.0;
+  std::vector<BridgedTap> taps;
+  bool cut = false;
+};
+
+// Bytes laid over what the board computes, from power-up on.
+struct MemoryOverlay {
+  int device;
+  uint32_t address;
+  std::vector<uint8_t> bytes;
+};
+
+// The answer to one kind of far-end message: bytes, or an error.
+struct FarEndReplacement {
+  int line;
+  uint32_t request;
+  std::vector<uint8_t> response;
+  int error = 0;
+};
+
+struct TimedEvent {
+  int device;
+  double at_s;
+  uint32_t type;
+  std::vector<uint32_t> params;
+};
+
+struct TimedLog {
+  int device;
+  double at_s;
+  uint8_t core;  // LOG_CORE_TYPE_E
+  uint8_t line;
+  std::string text;
+  std::vector<uint32_t> params;
+};
+
+struct FaultConfig {
+  int device;
+  std::string request;
+  std::optional<uint32_t> address;
+  uint32_t skip = 0;
+  uint32_t count = 1;  // 0: all that follow
+  int error = 0;
+};
+
+struct BoardConfig {
+  BoardConfig();
+
+  int devices = kMaxDevices;
+  uint32_t seed = 1;
+  LoopConfig loop;
+  // With one chip on the board, the second entry is the remote modem that the host cannot open.
+  std::array<DeviceConfig, kMaxDevices> device;
+  std::vector<MemoryOverlay> memory;
+  std::vector<FarEndReplacement> farEnd;
+  std::vector<TimedEvent> events;
+  std::vector<TimedLog> logs;
+  std::vector<FaultConfig> faults;
+};
+
+constexpr FirmwareVersion kNetworkFirmware{1, 9, 4, 106};
+constexpr FirmwareVersion kSubscriberFirmware{2, 9, 4, 106};
+
+inline BoardConfig::BoardConfig() {
+  device[0].firmware = kNetworkFirmware;
+  device[0].mac = {0x02, 0x00, 0x5E, 0x00, 0x00, 0x01};
+  device[1].firmware = kSubscriberFirmware;
+  device[1].mac = {0x02, 0x00, 0x5E, 0x00, 0x00, 0x02};
+}

@@ -1,0 +1,15 @@
+// The tables of a board file that may be repeated, one entry each.
+#pragma once
+
+#include <vector>
+
+#include "board_config.h"
+#include "toml_reader.h"
+
+// Bytes, or the words of a memory dump: lines "address: word" as `read memory` prints them, up to four words
+// a line. Neighbouring words become one overlay.
+std::vector<MemoryOverlay> readMemoryTable(TomlReader& table, int devices);
+FarEndReplacement readFarEndTable(TomlReader& table);
+TimedEvent readEventTable(TomlReader& table, int devices);
+TimedLog readLogTable(TomlReader& table, int devices);
+FaultConfig readFaultTable(TomlReader& table, int devices);

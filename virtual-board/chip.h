@@ -1,0 +1,88 @@
+// One G.fast chip: boot stages, registers, memory, flash, and its end of the line as the host sees it.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+
+#include "address_space.h"
+#include "agenda.h"
+#include "board_config.h"
+#include "device_info.h"
+#include "flash.h"
+#include "pending_records.h"
+
+class Chip {
+ public:
+  // Called when something changed that decides whether the line may be up, and when the host asks the chip to
+  // initialise its line again.
+  struct LineControl {
+    std::function<void()> conditionsChanged;
+    std::function<void()> reinitialise;
+  };
+
+  Chip(const DeviceConfig& config, Agenda& agenda);
+  Chip(const Chip&) = delete;
+  Chip& operator=(const Chip&) = delete;
+
+  void attachLine(LineControl control) { lineControl_ = std::move(control); }
+
+  // ---- Requests: 0 or an errno. A chip in reset answers none of these (EIO). ----
+
+  int read(uint32_t address, std::span<uint8_t> out);
+  int write(uint32_t address, std::span<const uint8_t> bytes);
+  // Into the ROM stage's memory. EBUSY: another stage runs.
+  int download(std::span<const uint8_t> image);
+  // Starts the downloaded boot loader. EBUSY: not in the ROM stage; EFAULT: not its entry point; ENOEXEC:
+  // what was downloaded is no boot loader.
+  int activate(uint32_t address);
+  int eraseFlash(uint16_t type, uint32_t address);
+  int programFlash(uint32_t address, std::span<const uint8_t> image);
+  int readFlash(uint32_t address, std::span<uint8_t> out) const;
+
+  // ---- The line's view ----
+
+  bool running() const { return !inReset_; }
+  Stage stage() const { return stage_; }
+  bool networkSide() const { return identity_.firmware.version.networkSide(); }
+  // Application firmware, in line state, with its line provisioned.
+  bool lineWanted() const;
+  LineState lineState() const { return identity_.lineState; }
+  // Announces the change to the host.
+  void setLineState(LineState state);
+  // As setLineState, but nobody hears of it: at power-up and when the chip itself goes down.
+  void resetLineState(LineState state) { identity_.lineState = state; }
+  void setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause);
+
+  void raiseEvent(uint32_t type, std::span<const uint32_t> params);
+  PendingRecords& pending() { return pending_; }
+  AddressSpace& memory() { return memory_; }
+
+ private:
+  void mapRegisters();
+  void mapIdentity();
+  void sbrWritten(uint32_t value);
+  void setFwState(Stage stage);
+  void activateUser();
+  void provision(bool wanted);
+  void reset();
+  void bootFinished(Stage selected);
+  Stage selectedStage() const;
+  bool load(Stage stage);
+  void enter(Stage stage);
+  void lineConditionsChanged();
+
+  const DeviceConfig config_;
+  Agenda& agenda_;
+  AddressSpace memory_;
+  Flash flash_;
+  std::vector<uint8_t> downloaded_;
+  PendingRecords pending_;
+  DeviceIdentity identity_;
+  LineControl lineControl_;
+  Stage stage_ = Stage::None;
+  bool inReset_ = false;
+  bool lineProvisioned_ = true;
+  uint32_t sbr_ = 0;
+  Agenda::Ticket activation_ = Agenda::kNone;
+};

@@ -1,0 +1,50 @@
+#include "device_info.h"
+
+#include <gfast_api.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "std/byte_order.h"
+
+namespace {
+
+constexpr uint32_t kDevInfVersion = 4;
+// ITU-T G.994.1 vendor id: country code, four letters of the vendor's code, two bytes of its own.
+constexpr uint8_t kVendorId[] = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
+
+// Two characters a word, in bits 0-7 and 16-23.
+void storeText(uint8_t* to, size_t words, std::string_view text) {
+  const auto at = [text](size_t i) { return i < text.size() ? static_cast<uint8_t>(text[i]) : uint32_t{0}; };
+  for (size_t i = 0; i < words; ++i) {
+    store_le32(to + 4 * i, at(2 * i) | (at(2 * i + 1) << 16));
+  }
+}
+
+}  // namespace
+
+std::vector<uint8_t> deviceInfoImage(const DeviceIdentity& identity) {
+  std::vector<uint8_t> image(DEV_INF_SIZE);
+  uint8_t* const p = image.data();
+  const FirmwareVersion& version = identity.firmware.version;
+  store_le32(p + DEV_INF_VERSION, kDevInfVersion);
+  p[DEV_INF_FIRMWARE_VERSION] = version.profile;
+  p[DEV_INF_FIRMWARE_VERSION + 1] = version.rc;
+  p[DEV_INF_FIRMWARE_VERSION + 2] = version.ga;
+  p[DEV_INF_FIRMWARE_VERSION + 3] = version.chipset;
+  storeText(p + DEV_INF_DATE, 6, identity.firmware.date);
+  storeText(p + DEV_INF_TIME, 1, identity.firmware.time);
+  store_le32(p + DEV_INF_LINK_STARTUP_TIME, identity.startupTime_ms);
+  store_le32(p + DEV_INF_GHS_TIMES, identity.handshakeTime_ms);
+  store_le32(p + DEV_INF_INIT_FAILURE_CAUSE, identity.initFailureCause);
+  store_le32(p + DEV_INF_TEMPERATURE, static_cast<uint32_t>(identity.temperature_c));
+  std::copy(std::begin(kVendorId), std::end(kVendorId), p + DEV_INF_VENDOR_ID);
+  return image;
+}
+
+std::vector<uint8_t> bootStageBlock(const DeviceIdentity& identity) {
+  std::vector<uint8_t> block(B0_REGS_SIZE);
+  std::copy(identity.mac.begin(), identity.mac.end(), block.begin() + B0_REGS_MAC_ADDRESS);
+  store_le32(block.data() + B0_REGS_LINK_STATES, static_cast<uint32_t>(identity.lineState));
+  return block;
+}

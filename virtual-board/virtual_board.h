@@ -1,0 +1,100 @@
+// Two G.fast chips made of software, joined by a pair of wires, behind the driver seam.
+#pragma once
+
+#include <driver/driver.h>
+
+#include <array>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <random>
+#include <span>
+#include <thread>
+
+#include "agenda.h"
+#include "board_config.h"
+#include "chip.h"
+#include "copper_line.h"
+#include "far_end.h"
+#include "faults.h"
+#include "request_trace.h"
+
+class VirtualBoard final : public Driver {
+ public:
+  // Seconds since power-up, never falling.
+  using TimeSource = std::function<double()>;
+
+  // A board that has just been switched on. Without a time source its clock runs with real time, and what
+  // happens later happens by itself; with one, a test drives the clock and calls advance.
+  explicit VirtualBoard(const BoardConfig& config, TimeSource time = {});
+  ~VirtualBoard() override;
+
+  // Requests are written there from now on. 0, or the errno that kept the file from being created. Called
+  // before the first request.
+  int traceRequests(const std::string& path) { return trace_.open(path); }
+
+  // ENODEV: no such chip on the board; otherwise a descriptor of the chip's own, or why there is none left.
+  int open(int device) override;
+
+  // A failure's errno: EBADF, not a descriptor of this board; ENOTTY, no such request; EOPNOTSUPP, a request
+  // that the board does not serve; EINVAL, a length or address out of range; EFAULT, no buffer; EIO, the chip
+  // is in reset; else as the chip, the flash or the far end says.
+  int request(int descriptor, uint32_t code, gfast_iocreq& request) override;
+
+  void close(int descriptor) override;
+
+  // Chips are where they always were; one that was reset answers as soon as it has booted.
+  void rediscover() override {}
+
+  // Does what is due by now.
+  void advance();
+
+  // Cuts the pair of wires, or joins it again.
+  void cutLoop(bool cut);
+
+ private:
+  struct Exchange;
+  struct Handler;
+
+  void scheduleConfigured(const BoardConfig& config);
+  void runClock();
+  void advanceLocked();
+  void showPending();
+  std::optional<int> deviceOf(int descriptor);
+  int serve(const Handler& handler, Exchange& exchange);
+
+  static const Handler* handlerFor(uint32_t code);
+  int memRead(Exchange& exchange);
+  int memWrite(Exchange& exchange);
+  int activate(Exchange& exchange);
+  int imgDnld(Exchange& exchange);
+  int flashErase(Exchange& exchange);
+  int flashProg(Exchange& exchange);
+  int flashRead(Exchange& exchange);
+  int logCfg(Exchange& exchange);
+  int logRead(Exchange& exchange);
+  int eventRead(Exchange& exchange);
+  int farEnd(Exchange& exchange);
+  int notServed(Exchange& exchange);
+
+  const int devices_;
+  TimeSource time_;
+  RequestTrace trace_;
+  std::mutex mutex_;  // guards everything below
+  std::condition_variable changed_;
+  bool ending_ = false;
+  Agenda agenda_;
+  std::array<std::unique_ptr<Chip>, kMaxDevices> chips_;
+  std::unique_ptr<CopperLine> line_;
+  std::array<std::unique_ptr<FarEnd>, kMaxDevices> farEnds_;
+  Faults faults_;
+  struct Descriptor {
+    int device;
+    bool readable;
+  };
+  std::map<int, Descriptor> descriptors_;
+  std::thread clock_;
+};
