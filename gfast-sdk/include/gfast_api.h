@@ -187,6 +187,15 @@ constexpr size_t MGMT_HEADER_LEN = 2;      // 2 bytes
 constexpr size_t MGMT_HEADER_SN = 4;       // 2 bytes, sequence number; 2 reserved bytes follow
 constexpr size_t MGMT_HEADER_ADDRESS = 8;  // 4 bytes
 
+// Reading far-end memory (MGMT_FAR_END_REQ_TYPE_READMEM): the request is a header whose len is the number of
+// bytes wanted, at most MGMT_MAX_DATA; the response is the same header, its opcode marked as a response,
+// followed by that many bytes. A far end that refuses answers with a header of MGMT_OPCODE_NACK.
+constexpr uint16_t MGMT_OPCODE_READMEM = 2;
+constexpr uint16_t MGMT_OPCODE_WRITEMEM = 3;
+constexpr uint16_t MGMT_OPCODE_RESPONSE = 0x8000;
+constexpr uint16_t MGMT_OPCODE_NACK = 0xFFFF;
+constexpr size_t MGMT_MAX_DATA = 512;  // bytes one exchange carries
+
 // GFAST_EVENT_S, the event record that DFEIOCALMRD returns: little-endian words at these offsets.
 constexpr size_t GFAST_EVENT_TIMESTAMP0 = 0;
 constexpr size_t GFAST_EVENT_TIMESTAMP1 = 4;

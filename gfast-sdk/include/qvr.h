@@ -11,6 +11,7 @@
 #include <ctime>
 
 #include "gfast_api.h"
+#include "gfast_counters.h"
 
 // ---- Results ----
 
@@ -329,8 +330,8 @@ QVR_retval_t QVR_sendMsgToFarEnd(QVR_deviceId_t xi_deviceId, uint16_t xi_narrowL
 constexpr int QVR_K_NULL_HANDLE = -1;
 constexpr uint32_t QVR_K_SECS_IN_15MIN_INTERVAL = 900;
 
-// Callbacks run on the notification thread, without any lock held, and must not block for long: while one runs,
-// events, quarter-hour boundaries and the liveness watch of every device wait.
+// Callbacks run on the notification thread, without any lock held, and must not block for long: while one
+// runs, events, quarter-hour boundaries and the liveness watch of every device wait.
 using QVR_deviceLinkStateChangeCB = void (*)(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState,
                                              G9701_linkState_t xi_newState);  // internal line id
 using QVR_15minCounterEventCB = void (*)(time_t xi_boundary);
@@ -342,19 +343,21 @@ using QVR_logMessageCB = void (*)(QVR_deviceId_t xi_deviceId, const char* xi_tex
 using QVR_nonCdtaCpeJoinNotificationCB = void (*)(QVR_lineId_t xi_lineId);  // internal line id
 
 // Each keeps one callback, replacing the one before; nullptr clears it. Safe at any time, from any thread.
-void QVR_registerDeviceLinkStateChangeCB(QVR_deviceLinkStateChangeCB xi_callback);  // a line changed its state
+void QVR_registerDeviceLinkStateChangeCB(
+    QVR_deviceLinkStateChangeCB xi_callback);  // a line changed its state
 void QVR_registerLinkFailureNotificationCB(QVR_linkFailureNotificationCB xi_callback);  // a line went down
 void QVR_registerRebootEventCB(QVR_rebootNotificationCB xi_callback);                   // a chip started anew
 
-// A chip did not answer four liveness checks (5 s apart) in a row; called again at every further failed check.
+// A chip did not answer four liveness checks (5 s apart) in a row; called again at every further failed
+// check.
 void QVR_registerCommFailureNotificationCB(QVR_commFailureNotificationCB xi_callback);
 
 // A CPE without coordinated dynamic time assignment (cDTA) joined a line that uses it.
 void QVR_registerNonCdtaCpeJoinNotificationCB(QVR_nonCdtaCpeJoinNotificationCB xi_callback);
 
 // Starts (a callback while none is registered) or ends (nullptr) the delivery of the chips' own log messages,
-// one call a message. Replacing one callback by another does nothing: end the delivery first. The device id is
-// ignored, both devices deliver. Always QVR_E_STATUS_OK: a device that refuses stays silent.
+// one call a message. Replacing one callback by another does nothing: end the delivery first. The device id
+// is ignored, both devices deliver. Always QVR_E_STATUS_OK: a device that refuses stays silent.
 QVR_retval_t QVR_registerLogMessageCB(QVR_deviceId_t xi_deviceId, QVR_logMessageCB xi_callback);
 
 // Two slots for callbacks that run on the notification thread at each quarter-hour boundary.
@@ -368,17 +371,41 @@ uint32_t QVR_secsTo15minBoundary(time_t* xo_now);
 
 // ---- Lines ----
 
-// Starts the library in one call. Called again after success it does nothing.
-//   as QVR_initDeviceModule
+// Starts the library in one call: devices, lines. Called again after success it does nothing.
+//   as QVR_initLineModule
 QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice);
+
+// Does nothing: what a restart needs, the notifications do. Always QVR_E_STATUS_OK.
+QVR_retval_t QVR_reInitFastModule();
+
+// The library's revision, as a fixed text.
+const char* QVR_versionIdent();
+
+// Starts the device layer and builds the line table from the devices that answer; it is never built again.
+// Called again after success it does nothing.
+//   QVR_E_FAILED_REGISTERING_CALLBACK  both quarter-hour slots are taken
+//   otherwise as QVR_initDeviceModule
+QVR_retval_t QVR_initLineModule(BOOL xi_waitForDevice);
 
 // The device that carries a line; QVR_K_DEVICE_NULL is never answered on this board. A line id out of range
 // is assertion 200.
 QVR_deviceId_t QVR_deviceIdforLine(QVR_lineId_t xi_lineId);
 
-// Map between the line numbers callers see and positions in the line table. Not range-checked.
+// Map between the line numbers callers see and positions in the line table. Not range-checked. Until the line
+// table is built every internal number maps to 0.
 QVR_lineId_t QVR_log2int(QVR_lineId_t xi_logicalId);
 QVR_lineId_t QVR_int2log(QVR_lineId_t xi_internalId);
+
+// Asks the device whether the line is in showtime. A device that does not answer is logged as a warning:
+// FALSE.
+BOOL QVR_isLineUp(QVR_lineId_t xi_lineId);
+
+using QVR_LinkStateChangeCB = void (*)(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState,
+                                       G9701_linkState_t xi_newState);
+
+// Keeps one observer, replacing the one before, which sees every transition of every line whatever the mask.
+// Runs on the notification thread.
+void QVR_registerlinkStateChangeCB(QVR_LinkStateChangeCB xi_callback, QVR_linkStateEventMask_t xi_mask);
 
 // Re-initialises a line that is in showtime; in any other state nothing is written.
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR
@@ -391,7 +418,58 @@ QVR_retval_t QVR_resetLines();
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMWRITE_ERROR  of the last write made
 QVR_retval_t QVR_activateLine(QVR_lineId_t xi_lineId, BOOL xi_activate);
 
-// Reads memory of the far-end modem of a line.
-//   QVR_E_NOT_CURRENTLY_SUPPORTED
+constexpr uint32_t QVR_K_MAX_FAR_END_READ = 65536;  // bytes
+
+// Reads memory of the modem at the far end of a line in exchanges of at most MGMT_MAX_DATA (512) bytes, each
+// a header of 12 bytes out and a header with the data back (gfast_api.h). Between two exchanges others may
+// use the line's eoc. On failure the bytes already read stay in the buffer. More than QVR_K_MAX_FAR_END_READ
+// bytes is assertion 200.
+//   QVR_E_FAREND_EOC_NACK             the far end refused
+//   QVR_E_FAILED_GETTING_FE_DATA      the response is not the piece that was asked for
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_LINE_NOT_ACTIVE, QVR_E_FAILED_SENDING_FAR_END_MSG  as QVR_sendMsgToFarEnd
 QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void* xo_buffer,
                                uint32_t xi_numBytes);
+
+// ---- Counter blocks (records: gfast_counters.h) ----
+
+// Turns little-endian chip words into values, in place.
+void QVR_NTOHGfastCounters(void* xio_block, uint32_t xi_lengthInBytes);
+
+// A line's counter blocks at the near end. Each block is converted even when its read failed, the PM block
+// only after a success (it is zero before).
+//   QVR_E_NO_DEVICE_FOR_LINE                      the line has no device
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR  as QVR_readmem
+QVR_retval_t QVR_readGfastFramerInitCounters(QVR_lineId_t xi_lineId,
+                                             GFAST_FRAMER_INIT_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastFduInitCounters(QVR_lineId_t xi_lineId, GFAST_FDU_INIT_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastFramerRawCounters(QVR_lineId_t xi_lineId, GFAST_FRAMER_RAW_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastFduRawCounters(QVR_lineId_t xi_lineId, GFAST_FDU_RAW_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastDerivedCounters(QVR_lineId_t xi_lineId, GFAST_DERIVED_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastETRdbCounters(QVR_lineId_t xi_lineId, ETR_DB_S* xo_counters);
+QVR_retval_t QVR_readPerformanceMonitoringCounters(QVR_lineId_t xi_lineId, G9972_PM_COUNTERS_S* xo_counters);
+
+// A line's counter blocks at the far end. A block that could not be read whole stays zero.
+//   QVR_E_NO_DEVICE_FOR_LINE  the line has no device
+//   QVR_E_ERROR               the line is not up
+//   otherwise as QVR_readmemFarEnd
+QVR_retval_t QVR_readGfastFramerInitCountersFE(QVR_lineId_t xi_lineId,
+                                               GFAST_FRAMER_INIT_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastFduInitCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_INIT_COUNTERS_S* xo_counters);
+
+// These blocks are completed by what the far end only tells when asked (and, of the framer, by the exchanges
+// that the near end counted). Each of those steps stands for itself; the result is that of the last one.
+//   QVR_E_NO_DEVICE_FOR_LINE          the line has no device
+//   QVR_E_ERROR                       the line is not up
+//   QVR_E_FAILED_SENDING_FAR_END_MSG  the last exchange failed
+QVR_retval_t QVR_readGfastFramerRawCountersFE(QVR_lineId_t xi_lineId,
+                                              GFAST_FRAMER_RAW_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastFduRawCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_RAW_COUNTERS_S* xo_counters);
+QVR_retval_t QVR_readGfastDerivedCountersFE(QVR_lineId_t xi_lineId, GFAST_DERIVED_COUNTERS_S* xo_counters);
+
+// What the FTU at the far end counts and measures (ITU-T G.9701 clause 11.2.2.4). Zero on failure.
+//   QVR_E_NO_DEVICE_FOR_LINE          the line has no device
+//   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange, or a response shorter than the record
+QVR_retval_t QVR_readFarEndFTUmanagementCounters(QVR_lineId_t xi_lineId,
+                                                 G9701_ManagementCounters_t* xo_counters);
+QVR_retval_t QVR_readFarEndPMDTestParameters(QVR_lineId_t xi_lineId,
+                                             G9701_PMDTestParameters_t* xo_parameters);

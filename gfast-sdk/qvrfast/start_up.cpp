@@ -11,7 +11,18 @@ QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice) {
   if (initialized) {
     return QVR_E_STATUS_OK;
   }
-  const QVR_retval_t status = QVR_initDeviceModule(xi_waitForDevice);
+  QVR_retval_t status = QVR_initDeviceModule(xi_waitForDevice);
+  if (QVR_STATUS_OK(status)) {
+    status = QVR_initLineModule(xi_waitForDevice);
+  }
   initialized = QVR_STATUS_OK(status);
   return status;
+}
+
+QVR_retval_t QVR_reInitFastModule() {
+  return QVR_E_STATUS_OK;
+}
+
+const char* QVR_versionIdent() {
+  return "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $";
 }

@@ -4,6 +4,7 @@
 
 #include <qvr.h>
 
+#include "qvrline/eoc.h"
 #include "qvrline/line_table.h"
 #include "std/byte_order.h"
 
@@ -37,12 +38,14 @@ QVR_retval_t readFarEndBlock(QVR_lineId_t lineId, uint32_t core, uint32_t type, 
 
 // One request without a body, answered by a record of a fixed size. The line's eoc is held for this exchange.
 QVR_retval_t askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response, uint32_t size) {
+  const QVR_deviceId_t deviceId = QVR_deviceIdforLine(lineId);
+  if (deviceId == QVR_K_DEVICE_NULL) {
+    return QVR_E_NO_DEVICE_FOR_LINE;
+  }
+  const EocExchange exchange(lineId);
   uint32_t received = 0;
-  QVR_EOC_CaptureLine(lineId);
-  const QVR_retval_t status =
-      QVR_sendMsgToFarEnd(QVR_deviceIdforLine(lineId), static_cast<uint16_t>(narrowLineId(lineId)), type,
-                          response, 0, size, &received);
-  QVR_EOC_ReleaseLine(lineId);
+  const QVR_retval_t status = QVR_sendMsgToFarEnd(deviceId, static_cast<uint16_t>(narrowLineId(lineId)), type,
+                                                  response, 0, size, &received);
   return QVR_STATUS_OK(status) && received >= size ? QVR_E_STATUS_OK : QVR_E_FAILED_SENDING_FAR_END_MSG;
 }
 

@@ -16,7 +16,7 @@ QVR_retval_t writeWord(QVR_deviceId_t device, uint32_t address, uint32_t value) 
 }  // namespace
 
 QVR_retval_t QVR_resetLine(QVR_lineId_t xi_lineId) {
-  const QVR_lineDescriptor_t& line = QVR_lineDescriptorForLine(xi_lineId);
+  const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(xi_lineId);
   QVR_deviceInfo_t info;
   const QVR_retval_t status = QVR_getDeviceInfo(line.deviceId, &info);
   if (QVR_STATUS_ERROR(status) || info.lineState[line.narrowLineID] != LS_SHOWTIME) {
@@ -37,7 +37,7 @@ QVR_retval_t QVR_resetLines() {
 }
 
 QVR_retval_t QVR_activateLine(QVR_lineId_t xi_lineId, BOOL xi_activate) {
-  const QVR_lineDescriptor_t& line = QVR_lineDescriptorForLine(xi_lineId);
+  const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(xi_lineId);
   const QVR_retval_t status =
       writeWord(line.deviceId, VIRT_ADDR_LINKS_PROVISION(line.narrowLineID), xi_activate == TRUE ? 1 : 0);
   // Without re-initialisation a line that is already up would stay up.

@@ -1,6 +1,9 @@
 #include "qvrline/line_table.h"
 
 #include <array>
+#include <atomic>
+#include <mutex>
+#include <type_traits>
 
 #include "qvrassert/qvrassert.h"
 
@@ -9,17 +12,80 @@ namespace {
 constexpr const char* kLineLayer = "../qvrline";  // the line layer's name in assertions
 
 constexpr std::array<QVR_lineId_t, QVR_K_MAX_LINES> logicalToInternalPortMappingTable{0, 1};
-constexpr std::array<QVR_lineId_t, QVR_K_MAX_LINES> internalToLogicalPortMappingTable{0, 1};
+constinit std::array<std::atomic<QVR_lineId_t>, QVR_K_MAX_LINES> internalToLogicalPortMappingTable{};
 
-constexpr std::array<QVR_lineDescriptor_t, QVR_K_MAX_LINES> lineTable{{{0, 0}, {1, 0}}};
+struct LineTable {
+  std::mutex mutex;
+  std::array<QVR_lineDescriptor_t, QVR_K_MAX_LINES> lineTable{};
+  uint32_t numberOfLines = 0;
+};
+
+// Trivially destructible, so the notification thread may use it for as long as the process lives.
+constinit LineTable table;
+static_assert(std::is_trivially_destructible_v<LineTable>);
+
+using Locked = std::lock_guard<std::mutex>;
+
+QVR_lineDescriptor_t& descriptor(QVR_lineId_t lineId) {
+  return table.lineTable[static_cast<size_t>(QVR_log2int(lineId))];
+}
 
 }  // namespace
 
-const QVR_lineDescriptor_t& QVR_lineDescriptorForLine(QVR_lineId_t xi_lineId) {
-  if (xi_lineId < 0 || xi_lineId > QVR_K_LINE_ID_LAST) {
-    DoAssert(QVR_K_ASSERT_LINE, kLineLayer, __LINE__, "Invalid Line Identifier", 1, xi_lineId);
+void requireLine(QVR_lineId_t lineId) {
+  if (lineId < 0 || lineId > QVR_K_LINE_ID_LAST) {
+    DoAssert(QVR_K_ASSERT_LINE, kLineLayer, __LINE__, "Invalid Line Identifier", 1, lineId);
   }
-  return lineTable[static_cast<size_t>(QVR_log2int(xi_lineId))];
+}
+
+QVR_lineDescriptor_t QVR_lineDescriptorForLine(QVR_lineId_t lineId) {
+  requireLine(lineId);
+  const Locked locked(table.mutex);
+  return descriptor(lineId);
+}
+
+uint32_t narrowLineId(QVR_lineId_t lineId) {
+  return QVR_lineDescriptorForLine(lineId).narrowLineID;
+}
+
+void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLine, BOOL isDPside) {
+  const Locked locked(table.mutex);
+  QVR_lineDescriptor_t& line = table.lineTable[static_cast<size_t>(internalId)];
+  line.deviceId = deviceId;
+  line.narrowLineID = narrowLine;
+  line.broadLineID = static_cast<uint32_t>(internalId);
+  line.isDPsideLink = isDPside;
+  table.numberOfLines++;
+}
+
+uint32_t numberOfLines() {
+  const Locked locked(table.mutex);
+  return table.numberOfLines;
+}
+
+void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing) {
+  const Locked locked(table.mutex);
+  QVR_lineDescriptor_t& line = descriptor(lineId);
+  line.phyParams = {framing.firstTone, framing.numProcessedTones};
+  line.dsCodeWordSize = framing.dsCodeWordSize;
+  line.dsNumCodeWords = framing.dsNumCodeWords;
+  line.dsRsRedundancy = framing.dsRsRedundancy;
+  line.usCodeWordSize = framing.usCodeWordSize;
+  line.usNumCodeWords = framing.usNumCodeWords;
+  line.usRsRedundancy = framing.usRsRedundancy;
+  line.txLogicalFrameNumSym = framing.txLogicalFrameNumSym;
+  line.rxLogicalFrameNumSym = framing.rxLogicalFrameNumSym;
+}
+
+void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters) {
+  const Locked locked(table.mutex);
+  descriptor(lineId).counters = counters;
+}
+
+void buildLineNumberMap() {
+  for (QVR_lineId_t logical = 0; logical <= QVR_K_LINE_ID_LAST; logical++) {
+    internalToLogicalPortMappingTable[static_cast<size_t>(QVR_log2int(logical))] = logical;
+  }
 }
 
 QVR_deviceId_t QVR_deviceIdforLine(QVR_lineId_t xi_lineId) {

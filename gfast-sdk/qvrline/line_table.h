@@ -1,12 +1,58 @@
-// The lines of the system: which device carries each, and under which index.
+// The lines of the system: which device carries each, under which index, and how it is framed. The command
+// thread and the notification thread both use the table; one lock guards it, and never across a driver
+// request.
 #pragma once
 
 #include <qvr.h>
 
+struct QVR_linePhyParams_t {
+  uint32_t firstTone;  // first processed subcarrier
+  uint32_t numProcessedTones;
+};
+
+struct QVR_intervalCounterDB_t {
+  G9972_PM_COUNTERS_S curr15minSnapshot;  // the latest read
+  G9972_PM_COUNTERS_S prev15minSnapshot;  // at the start of the running quarter hour
+};
+
 struct QVR_lineDescriptor_t {
   QVR_deviceId_t deviceId;
   uint32_t narrowLineID;  // index of the line within its device
+  uint32_t broadLineID;   // number of the line in the system
+  BOOL isDPsideLink;      // the device is at the network side
+  // Framing, meaningful once the line has been in showtime.
+  QVR_linePhyParams_t phyParams;
+  uint32_t dsCodeWordSize;  // Reed-Solomon framing, bytes
+  uint32_t dsNumCodeWords;
+  uint32_t dsRsRedundancy;
+  uint32_t usCodeWordSize;
+  uint32_t usNumCodeWords;
+  uint32_t usRsRedundancy;
+  uint32_t txLogicalFrameNumSym;  // symbols a logical frame
+  uint32_t rxLogicalFrameNumSym;
+  QVR_intervalCounterDB_t counters;
 };
 
-// The line's descriptor. A line id out of range is assertion 200.
-const QVR_lineDescriptor_t& QVR_lineDescriptorForLine(QVR_lineId_t xi_lineId);
+// A copy of the line's descriptor as it is at this moment. A line id out of range is assertion 200.
+QVR_lineDescriptor_t QVR_lineDescriptorForLine(QVR_lineId_t lineId);
+
+// The line's index within its device.
+uint32_t narrowLineId(QVR_lineId_t lineId);
+
+// Ends the process in assertion 200 when the line id is out of range.
+void requireLine(QVR_lineId_t lineId);
+
+// Puts a line that a device carries into the table, at its internal number.
+void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLine, BOOL isDPside);
+
+// Lines found on present devices.
+uint32_t numberOfLines();
+
+// What the line's framer says of its framing becomes the descriptor's.
+void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing);
+
+// The line's snapshots of its performance counters.
+void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters);
+
+// Fills the map from internal to logical line numbers, the inverse of the fixed one.
+void buildLineNumberMap();

@@ -1,0 +1,42 @@
+#include "qvrline/interval_counters.h"
+
+#include <atomic>
+
+#include "qvrlog/qvrlog.h"
+
+namespace {
+
+constinit std::atomic<QVR_15minCounterUpdateNotificationCB> counter_update{nullptr};
+
+void endQuarterHour(QVR_lineId_t line, time_t boundary) {
+  G9972_PM_COUNTERS_S snapshot;
+  if (QVR_STATUS_ERROR(QVR_readPerformanceMonitoringCounters(line, &snapshot))) {
+    QVR_traceLogMessage(QVRLOG_ERR, "QVR_15minCounterEventHandler", __LINE__,
+                        "Failed reading performance monitoring counters for line %d\n", line);
+    return;
+  }
+  QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
+  counters.curr15minSnapshot = snapshot;
+  storeCounters(line, counters);
+  if (const auto callback = counter_update.load()) {
+    callback(line, boundary);
+  }
+  QVR_resetIntervalCounters(&counters);
+  storeCounters(line, counters);
+}
+
+}  // namespace
+
+void QVR_resetIntervalCounters(QVR_intervalCounterDB_t* xio_counters) {
+  xio_counters->prev15minSnapshot = xio_counters->curr15minSnapshot;
+}
+
+void QVR_register15minCounterUpdateNotificationCB(QVR_15minCounterUpdateNotificationCB xi_callback) {
+  counter_update = xi_callback;
+}
+
+void QVR_15minCounterEventHandler(time_t xi_boundary) {
+  for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
+    endQuarterHour(line, xi_boundary);
+  }
+}
