@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "driver/driver.h"
+#include "driver/envelope.h"
 
 namespace {
 
@@ -19,7 +20,7 @@ void enableLogDelivery() {
       continue;
     }
     char body[GFAST_LOGCFG_BODY_SIZE] = {};
-    gfast_iocreq request{};
+    gfast_iocreq request = emptyRequest();
     request.req_u.logcfg.buf = body;
     request.req_u.logcfg.bufsize = sizeof body;
     driver().request(descriptor, DFEIOCLOGCFG, request);

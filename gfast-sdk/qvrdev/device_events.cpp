@@ -4,6 +4,7 @@
 
 #include "clock/clock.h"
 #include "driver/driver.h"
+#include "driver/envelope.h"
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_lines.h"
 #include "qvrdev/device_table.h"
@@ -79,7 +80,7 @@ void dispatch(QVR_deviceId_t device, const Event& event) {
 
 QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more) {
   char event[QVR_K_MAX_EVT_BUFFER_LEN] = {};
-  gfast_iocreq request{};
+  gfast_iocreq request = emptyRequest();
   request.req_u.logalm_read.buf = event;
   request.req_u.logalm_read.bufsize = sizeof event;
   for (int taken = 0; taken < kMostEventsInOneGo; taken++) {

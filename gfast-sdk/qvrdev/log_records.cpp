@@ -8,6 +8,7 @@
 
 #include "clock/clock.h"
 #include "driver/driver.h"
+#include "driver/envelope.h"
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_lines.h"
 #include "qvrdev/device_table.h"
@@ -110,7 +111,7 @@ void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_reque
 
 QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more) {
   char records[QVR_K_MAX_EVT_BUFFER_LEN] = {};
-  gfast_iocreq request{};
+  gfast_iocreq request = emptyRequest();
   request.req_u.logalm_read.buf = records;
   request.req_u.logalm_read.bufsize = sizeof records;
   for (int taken = 0; taken < kMostLogBuffersInOneGo; taken++) {

@@ -163,18 +163,23 @@ class StandingClock final : public Clock {
   std::vector<int> waitedFor;  // in the last wait
 };
 
-// What the bench replaced, kept so that no leak is reported of it.
-inline Driver* former_driver = nullptr;
-inline Clock* former_clock = nullptr;
+// Keeps an object for as long as the process lives, for the notification thread's sake, and findable, so that
+// no leak is reported of it.
+template <typename T>
+T& forever(T* object) {
+  static auto& kept = *new std::vector<T*>;
+  kept.push_back(object);
+  return *object;
+}
 
 // The chips and the clock, in place; they outlive whatever still runs when the process exits.
 struct Bench {
-  Chips& chips = *new Chips;
-  StandingClock& clock = *new StandingClock;
+  Chips& chips = forever(new Chips);
+  StandingClock& clock = forever(new StandingClock);
 
   Bench() {
-    former_driver = &driver();
-    former_clock = &clockSource();
+    forever(&driver());
+    forever(&clockSource());
     installDriver(chips);
     installClock(clock);
   }
