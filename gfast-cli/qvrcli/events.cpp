@@ -39,6 +39,8 @@ std::shared_ptr<FILE> terminal() {
 }  // namespace
 
 void registerEventHandlers() {
+  constexpr auto kEveryChange = static_cast<QVR_linkStateEventMask_t>(0);
+  QVR_registerlinkStateChangeCB(handleLinkStateChange, kEveryChange);
   QVR_registerRebootEventCB(handleRebootEvent);
   QVR_registerLinkFailureNotificationCB(handlelinkFailureNotificationEvent);
   QVR_registerCommFailureNotificationCB(handleCommFailureNotificationEvent);

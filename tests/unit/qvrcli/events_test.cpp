@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "driver/driver.h"
+#include "qvrdev/callbacks.h"
+#include "qvrlog/qvrlog.h"
 #include "std/byte_order.h"
 
 namespace {
@@ -245,6 +247,37 @@ TEST(Reboot, IsCounted) {
     handleRebootEvent();
   });
   EXPECT_EQ(rebootCount(), 2);
+}
+
+// ---- Registration ----
+
+TEST(RegisteredHandlers, PrintWhatTheLibraryTells) {
+  rebooted(kConfigurationState);
+  ASSERT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
+  registerEventHandlers();
+  const auto& library = callbacks();
+  EXPECT_EQ(printedBy([&] { library.deviceLinkStateChangeCB.notify(1, LS_IDLE, LS_SILENT); }),
+            "Link [1] state changed from idle            to silent         \n");
+  EXPECT_EQ(printedBy([&] { library.rebootCB.notify(); }), "Reboot notification...\n");
+  EXPECT_THAT(printedBy([&] { library.linkFailureCB.notify(0, LF_REASON_HIGH_BER, time_t{0}); }),
+              testing::StartsWith("Line failure event on line=0 reason=8 at time 1970-01-01T"));
+  EXPECT_EQ(printedBy([&] { library.commFailureCB.notify(0); }), "Communication failure with DFE0\n");
+  EXPECT_EQ(printedBy([&] { library.nonCdtaCpeJoinNotificationCB.notify(0); }),
+            "non-cDTA CPE joined on line 0\n");
+}
+
+// Only what goes through a handler is cut to the trace log's buffer.
+TEST(RegisteredHandlers, PrintTraceMessages) {
+  registerEventHandlers();
+  const std::string text(400, 'x');
+  EXPECT_EQ(printedBy([&] { QVR_traceLogMessage(QVRLOG_ERR, "f", 1, "%s", text.c_str()); }).size(),
+            QVR_K_MAX_LOG_MESSAGE - 1);
+}
+
+// Nobody asked for chip log lines or download reports yet.
+TEST(RegisteredHandlers, LeaveChipLogsToTheLoggingCommand) {
+  registerEventHandlers();
+  EXPECT_EQ(callbacks().logMessageCB.load(), nullptr);
 }
 
 }  // namespace

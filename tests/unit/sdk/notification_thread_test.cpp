@@ -158,7 +158,7 @@ TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
   }
 }
 
-#ifdef __GLIBC__
+#if defined(__GLIBC__) && !defined(__UCLIBC__)
 // A stack that no address space holds makes every further thread fail.
 TEST(ThreadThatTheSystemRefuses, IsReported) {
   pthread_attr_t attributes;
