@@ -1,6 +1,8 @@
 // Running the console: a script file, or telnet sessions one after the other.
 #pragma once
 
+#include <libcli.h>
+
 #include <cstdint>
 
 constexpr uint16_t kConsolePort = 9000;
@@ -9,3 +11,10 @@ constexpr uint16_t kConsolePort = 9000;
 // answers 0; otherwise listens on the port (0: any free one) and serves sessions, answering 1 when it cannot
 // listen. The result is the process's exit status.
 int runConsole(const char* script, uint16_t port);
+
+// A socket that listens on the port, on every IPv4 address; -1 when it cannot, after saying why on standard
+// error.
+int openListener(uint16_t port);
+
+// Serves one connection after the other, each to its end, until accept answers descriptor 0.
+void serveSessions(cli_def* interpreter, int listener);

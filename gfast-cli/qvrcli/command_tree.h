@@ -1,5 +1,5 @@
-// The console's vocabulary: one table row a command, in registration order. The order is the order of the rows,
-// and help lists the commands in it.
+// The console's vocabulary: one table row a command, in registration order. The order is the order of the
+// rows, and help lists the commands in it.
 #pragma once
 
 #include <libcli.h>
@@ -7,8 +7,8 @@
 #include <span>
 
 // A handler checks, calls, prints. It has libcli's signature: interpreter, the command's full name, the words
-// after the keyword path, their count. It answers CLI_OK, failures included (they are printed), unless its own
-// comment says otherwise.
+// after the keyword path, their count. It answers CLI_OK, failures included (they are printed), unless its
+// own comment says otherwise.
 using Handler = int (*)(cli_def* cli, const char* command, char* argv[], int argc);
 
 // Whether a command takes this many words.
@@ -26,7 +26,9 @@ template <int Least>
 constexpr bool atLeast(int argc) {
   return argc >= Least;
 }
-constexpr bool anyNumber(int /*argc*/) { return true; }
+constexpr bool anyNumber(int /*argc*/) {
+  return true;
+}
 
 struct Command {
   const char* path;       // keyword path, words separated by one blank
@@ -40,7 +42,8 @@ struct Command {
 // Every registration, parents directly before their children.
 std::span<const Command> commandTable();
 
-// Registers the table with libcli, each handler behind dispatchCommand, and `configure` in place of libcli's own.
+// Registers the table with libcli, each handler behind dispatchCommand, and `configure` in place of libcli's
+// own.
 void registerCommandTree(cli_def* cli);
 
 // What libcli calls for every command of the table. The usage convention lives here, once: a last word that

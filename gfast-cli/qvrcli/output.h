@@ -1,4 +1,5 @@
-// Building lines: the column buffer for tables, fill text for labels, hexadecimal text; and the session's stream.
+// Building lines: the column buffer for tables, fill text for labels, hexadecimal text; and the session's
+// stream.
 #pragma once
 
 #include <libcli.h>
@@ -28,8 +29,8 @@ void toHexNumber(const char* xi_text, uint32_t xi_count, uint8_t* xo_bytes);
 // That many fill characters (at most 79), in one buffer that every call reuses.
 const char* filler(char xi_fillCharacter, uint8_t xi_width);
 
-// Buffers the session's stream for the length of a command; without a session it does nothing. Nested commands
-// share the outermost buffer.
+// Buffers the session's stream for the length of a command; without a session it does nothing. A command that
+// a script runs shares the buffer of the command that runs the script, and is sent when it ends.
 class BufferedSession {
  public:
   explicit BufferedSession(cli_def* cli);
@@ -45,5 +46,17 @@ class BufferedSession {
 // Sends what is buffered: before anything that waits, so the operator sees what happened so far.
 void flushSession(cli_def* cli);
 
-// Whether the peer of the session has gone; without a session, false.
+// Whether the session's peer can no longer be reached; without a session, false. A peer that only has nothing
+// more to say is still there.
 bool sessionLost(const cli_def* cli);
+
+// Has the command thread print a line to the session: for every other thread, because the interpreter prints
+// on one thread only. Lines wait for the end of the running command or for the idle interpreter's next look,
+// a few seconds at most; a flood is cut at 100.
+void printLater(const char* text);
+
+// Prints what printLater was given; on the command thread. False when there was nothing.
+bool printWaiting(cli_def* cli);
+
+// Drops what printLater was given: it was meant for those who were there.
+void forgetWaiting();

@@ -7,7 +7,7 @@
 // The interpreter QVR_cliInit was given; every handler and event display handler prints through it.
 extern cli_def* cli;
 
-// Dresses the interpreter (banner, prompt, no passwords), registers the vocabulary, starts the library and hooks
-// the console's event handlers. Called once. Always QVR_E_STATUS_OK: without devices it prints a warning, and
-// commands answer with their own messages.
+// Dresses the interpreter (banner, prompt, no passwords), registers the vocabulary, starts the library and
+// hooks the console's event handlers. Called once. Always QVR_E_STATUS_OK: without devices it prints a
+// warning, and commands answer with their own messages.
 QVR_retval_t QVR_cliInit(cli_def* xi_cli);

@@ -1,0 +1,53 @@
+#include "qvrcli/qvrcli.h"
+
+#include <cstdio>
+
+#include "qvrcli/command_tree.h"
+#include "qvrcli/events.h"
+#include "qvrcli/interpreter_guard.h"
+#include "qvrcli/output.h"
+
+cli_def* cli = nullptr;
+
+namespace {
+
+constexpr int kRegularInterval = 5;  // seconds
+
+// What the idle interpreter does now and then. What it prints lands behind a line that is being typed, so the
+// prompt and that line are shown again.
+int showWaiting(cli_def* interpreter) {
+  if (printWaiting(interpreter)) {
+    cli_reprompt(interpreter);
+  }
+  return CLI_OK;
+}
+
+void warn(cli_def* interpreter, const char* text) {
+  if (interpreter->client == nullptr && interpreter->print_callback == nullptr) {
+    std::puts(text);
+  } else {
+    cli_print(interpreter, "%s", text);
+  }
+}
+
+}  // namespace
+
+QVR_retval_t QVR_cliInit(cli_def* xi_cli) {
+  cli = xi_cli;
+  guardInterpreter(xi_cli);
+  cli_set_banner(xi_cli, "Welcome to Quelvor G.fast CLI environment (build: " __DATE__ " " __TIME__ ")");
+  cli_set_hostname(xi_cli, "(gfast-cli)");
+  cli_telnet_protocol(xi_cli, 1);
+  cli_regular_interval(xi_cli, kRegularInterval);
+  cli_regular(xi_cli, showWaiting);
+  cli_set_auth_callback(xi_cli, nullptr);
+  cli_set_enable_callback(xi_cli, nullptr);
+  registerCommandTree(xi_cli);
+  if (QVR_STATUS_ERROR(QVR_initFastModule(FALSE))) {
+    warn(xi_cli, "Warning: Failed to connect to DFEs");
+  }
+  QVR_initTraceLogModule();
+  QVR_setTraceLogLevel(QVRLOG_DEBUG);
+  registerEventHandlers();
+  return QVR_E_STATUS_OK;
+}
