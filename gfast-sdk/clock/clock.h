@@ -23,7 +23,9 @@ class Clock {
   // as select: the number of ready descriptors, which are left set, or 0.
   virtual int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) = 0;
 
-  // Sleeps like sleep, but wakes when the peer behind `descriptor` hangs up: false if it did.
+  // Sleeps like sleep, but wakes when the connection behind `descriptor` is gone: false if it is. A peer that
+  // has only finished sending (a script piped into a session) is still there. Without a descriptor (-1) it
+  // just sleeps.
   virtual bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) = 0;
 };
 

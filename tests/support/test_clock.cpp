@@ -1,0 +1,66 @@
+#include "support/test_clock.h"
+
+#include <unistd.h>
+
+TestClock::TestClock() {
+  installClock(*this);
+}
+
+void TestClock::setNow(time_t seconds) {
+  const std::lock_guard guard(lock_);
+  now_ = std::chrono::seconds(seconds);
+}
+
+void TestClock::setPeerGone(bool gone) {
+  const std::lock_guard guard(lock_);
+  peerGone_ = gone;
+}
+
+void TestClock::onSleep(std::function<void()> action) {
+  const std::lock_guard guard(lock_);
+  onSleep_ = std::move(action);
+}
+
+std::vector<std::chrono::microseconds> TestClock::sleeps() {
+  const std::lock_guard guard(lock_);
+  return sleeps_;
+}
+
+time_t TestClock::now() {
+  const std::lock_guard guard(lock_);
+  return std::chrono::duration_cast<std::chrono::seconds>(now_).count();
+}
+
+void TestClock::sleep(std::chrono::microseconds duration) {
+  std::function<void()> action;
+  {
+    const std::lock_guard guard(lock_);
+    now_ += duration;
+    sleeps_.push_back(duration);
+    action = onSleep_;
+  }
+  if (action) {
+    action();
+  }
+}
+
+int TestClock::waitReadable(fd_set& descriptors, int /*limit*/, std::chrono::microseconds duration) {
+  while (std::this_thread::get_id() != owner_) {
+    pause();
+  }
+  FD_ZERO(&descriptors);
+  const std::lock_guard guard(lock_);
+  now_ += duration;
+  return 0;
+}
+
+bool TestClock::sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) {
+  sleep(duration);
+  const std::lock_guard guard(lock_);
+  return !peerGone_;
+}
+
+TestClock& testClock() {
+  static TestClock* clock = new TestClock;
+  return *clock;
+}
