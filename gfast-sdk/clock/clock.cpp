@@ -3,6 +3,7 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <limits>
 #include <thread>
@@ -52,8 +53,9 @@ class SystemClock final : public Clock {
 };
 
 // Never destroyed: the notification thread may still be asking while the process exits.
-Clock*& installed() {
-  static Clock* clock = new SystemClock;
+std::atomic<Clock*>& installed() {
+  static auto* system = new SystemClock;
+  static std::atomic<Clock*> clock{system};
   return clock;
 }
 

@@ -1,5 +1,6 @@
 #include "driver/driver.h"
 
+#include <atomic>
 #include <cerrno>
 
 namespace {
@@ -21,8 +22,9 @@ class NoDriver final : public Driver {
 };
 
 // Never destroyed: the notification thread may still be asking while the process exits.
-Driver*& installed() {
-  static Driver* driver = new NoDriver;
+std::atomic<Driver*>& installed() {
+  static auto* none = new NoDriver;
+  static std::atomic<Driver*> driver{none};
   return driver;
 }
 

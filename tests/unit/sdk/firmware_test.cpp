@@ -1,4 +1,6 @@
 // Images and flash.
+#include <ostream>
+
 #include "seams.h"
 
 namespace {
@@ -143,6 +145,10 @@ struct Region {
   const char* upgradeName;
   const char* failedErasing;
 };
+
+void PrintTo(const Region& region, std::ostream* out) {
+  *out << region.name;
+}
 
 class FlashRegion : public testing::TestWithParam<Region> {
  protected:

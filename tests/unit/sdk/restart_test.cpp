@@ -1,5 +1,6 @@
 // Resetting chips, and moving the system between line state and configuration state.
 #include <chrono>
+#include <ostream>
 
 #include "seams.h"
 #include "support/test_clock.h"
@@ -27,6 +28,10 @@ struct Reboot {
   uint32_t before;
   uint32_t after;
 };
+
+void PrintTo(const Reboot& reboot, std::ostream* out) {
+  *out << reboot.name;
+}
 
 class RebootDevice : public testing::TestWithParam<Reboot> {};
 
