@@ -422,8 +422,8 @@ constexpr uint32_t QVR_K_MAX_FAR_END_READ = 65536;  // bytes
 
 // Reads memory of the modem at the far end of a line in exchanges of at most MGMT_MAX_DATA (512) bytes, each
 // a header of 12 bytes out and a header with the data back (gfast_api.h). Between two exchanges others may
-// use the line's eoc. On failure the bytes already read stay in the buffer. More than QVR_K_MAX_FAR_END_READ
-// bytes is assertion 200.
+// use the line's eoc. On failure the bytes already read stay in the buffer. No bytes are no exchange; more than
+// QVR_K_MAX_FAR_END_READ is assertion 200.
 //   QVR_E_FAREND_EOC_NACK             the far end refused
 //   QVR_E_FAILED_GETTING_FE_DATA      the response is not the piece that was asked for
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_LINE_NOT_ACTIVE, QVR_E_FAILED_SENDING_FAR_END_MSG  as QVR_sendMsgToFarEnd
@@ -432,11 +432,11 @@ QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void
 
 // ---- Counter blocks (records: gfast_counters.h) ----
 
-// Turns little-endian chip words into values, in place.
+// Turns little-endian chip words into values, in place. Bytes behind the last whole word stay as they are.
 void QVR_NTOHGfastCounters(void* xio_block, uint32_t xi_lengthInBytes);
 
-// A line's counter blocks at the near end. Each block is converted even when its read failed, the PM block
-// only after a success (it is zero before).
+// A line's counter blocks at the near end. Each block is converted even when its read failed, but the PM
+// block, which is zero then.
 //   QVR_E_NO_DEVICE_FOR_LINE                      the line has no device
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR  as QVR_readmem
 QVR_retval_t QVR_readGfastFramerInitCounters(QVR_lineId_t xi_lineId,
@@ -448,7 +448,7 @@ QVR_retval_t QVR_readGfastDerivedCounters(QVR_lineId_t xi_lineId, GFAST_DERIVED_
 QVR_retval_t QVR_readGfastETRdbCounters(QVR_lineId_t xi_lineId, ETR_DB_S* xo_counters);
 QVR_retval_t QVR_readPerformanceMonitoringCounters(QVR_lineId_t xi_lineId, G9972_PM_COUNTERS_S* xo_counters);
 
-// A line's counter blocks at the far end. A block that could not be read whole stays zero.
+// A line's counter blocks at the far end. A block that was not read whole is zero.
 //   QVR_E_NO_DEVICE_FOR_LINE  the line has no device
 //   QVR_E_ERROR               the line is not up
 //   otherwise as QVR_readmemFarEnd

@@ -15,8 +15,10 @@ constexpr uint32_t farEndAddress(uint32_t core, uint32_t type) {
   return VIRT_ADDR_GFAST_COUNTERS(core, 0, type);
 }
 
-// Whether there is a far end to ask.
-QVR_retval_t farEndReachable(QVR_lineId_t lineId) {
+// Clears the block, then asks whether there is a far end to read it from.
+template <typename Block>
+QVR_retval_t clearAndReach(QVR_lineId_t lineId, Block* block) {
+  *block = {};
   if (QVR_deviceIdforLine(lineId) == QVR_K_DEVICE_NULL) {
     return QVR_E_NO_DEVICE_FOR_LINE;
   }
@@ -26,7 +28,6 @@ QVR_retval_t farEndReachable(QVR_lineId_t lineId) {
 // Reads and converts a block; one that came only in part is no block and stays zero.
 template <typename Block>
 QVR_retval_t readFarEndBlock(QVR_lineId_t lineId, uint32_t core, uint32_t type, Block* block) {
-  *block = {};
   const QVR_retval_t status = QVR_readmemFarEnd(lineId, farEndAddress(core, type), block, sizeof *block);
   if (QVR_STATUS_OK(status)) {
     QVR_NTOHGfastCounters(block, sizeof *block);
@@ -38,14 +39,14 @@ QVR_retval_t readFarEndBlock(QVR_lineId_t lineId, uint32_t core, uint32_t type, 
 
 // One request without a body, answered by a record of a fixed size. The line's eoc is held for this exchange.
 QVR_retval_t askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response, uint32_t size) {
-  const QVR_deviceId_t deviceId = QVR_deviceIdforLine(lineId);
-  if (deviceId == QVR_K_DEVICE_NULL) {
+  const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);
+  if (line.deviceId == QVR_K_DEVICE_NULL) {
     return QVR_E_NO_DEVICE_FOR_LINE;
   }
   const EocExchange exchange(lineId);
   uint32_t received = 0;
-  const QVR_retval_t status = QVR_sendMsgToFarEnd(deviceId, static_cast<uint16_t>(narrowLineId(lineId)), type,
-                                                  response, 0, size, &received);
+  const QVR_retval_t status = QVR_sendMsgToFarEnd(line.deviceId, static_cast<uint16_t>(line.narrowLineID),
+                                                  type, response, 0, size, &received);
   return QVR_STATUS_OK(status) && received >= size ? QVR_E_STATUS_OK : QVR_E_FAILED_SENDING_FAR_END_MSG;
 }
 
@@ -95,7 +96,7 @@ QVR_retval_t QVR_readFarEndPMDTestParameters(QVR_lineId_t xi_lineId,
 
 QVR_retval_t QVR_readGfastFramerInitCountersFE(QVR_lineId_t xi_lineId,
                                                GFAST_FRAMER_INIT_COUNTERS_S* xo_counters) {
-  const QVR_retval_t reachable = farEndReachable(xi_lineId);
+  const QVR_retval_t reachable = clearAndReach(xi_lineId, xo_counters);
   if (QVR_STATUS_ERROR(reachable)) {
     return reachable;
   }
@@ -103,7 +104,7 @@ QVR_retval_t QVR_readGfastFramerInitCountersFE(QVR_lineId_t xi_lineId,
 }
 
 QVR_retval_t QVR_readGfastFduInitCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_INIT_COUNTERS_S* xo_counters) {
-  const QVR_retval_t reachable = farEndReachable(xi_lineId);
+  const QVR_retval_t reachable = clearAndReach(xi_lineId, xo_counters);
   if (QVR_STATUS_ERROR(reachable)) {
     return reachable;
   }
@@ -115,22 +116,21 @@ QVR_retval_t QVR_readGfastFduInitCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_IN
 
 QVR_retval_t QVR_readGfastFramerRawCountersFE(QVR_lineId_t xi_lineId,
                                               GFAST_FRAMER_RAW_COUNTERS_S* xo_counters) {
-  *xo_counters = {};
-  const QVR_retval_t reachable = farEndReachable(xi_lineId);
+  const QVR_retval_t reachable = clearAndReach(xi_lineId, xo_counters);
   if (QVR_STATUS_ERROR(reachable)) {
     return reachable;
   }
   readFarEndBlock(xi_lineId, VIRT_GFAST_CNTR_FRAMER_CORE, VIRT_GFAST_CNTR_RAW, xo_counters);
-  G9701_ManagementCounters_t management;
+  G9701_ManagementCounters_t management{};
   if (QVR_STATUS_OK(QVR_readFarEndFTUmanagementCounters(xi_lineId, &management))) {
     xo_counters->rtxuc = management.rtxUc;
     xo_counters->numOfRetTxDTUs = management.rtxTx;
   }
-  GFAST_FRAMER_RAW_COUNTERS_S near;
+  GFAST_FRAMER_RAW_COUNTERS_S near{};
   if (QVR_STATUS_OK(QVR_readGfastFramerRawCounters(xi_lineId, &near))) {
     mirrorExchanges(near, xo_counters);
   }
-  G9701_PMDTestParameters_t pmd;
+  G9701_PMDTestParameters_t pmd{};
   const QVR_retval_t status = QVR_readFarEndPMDTestParameters(xi_lineId, &pmd);
   if (QVR_STATUS_OK(status)) {
     xo_counters->snrMargin = pmd.SNRM;
@@ -141,13 +141,12 @@ QVR_retval_t QVR_readGfastFramerRawCountersFE(QVR_lineId_t xi_lineId,
 }
 
 QVR_retval_t QVR_readGfastFduRawCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_RAW_COUNTERS_S* xo_counters) {
-  *xo_counters = {};
-  const QVR_retval_t reachable = farEndReachable(xi_lineId);
+  const QVR_retval_t reachable = clearAndReach(xi_lineId, xo_counters);
   if (QVR_STATUS_ERROR(reachable)) {
     return reachable;
   }
   readFarEndBlock(xi_lineId, VIRT_GFAST_CNTR_FDU_CORE, VIRT_GFAST_CNTR_RAW, xo_counters);
-  G9701_PMDTestParameters_t pmd;
+  G9701_PMDTestParameters_t pmd{};
   const QVR_retval_t status = QVR_readFarEndPMDTestParameters(xi_lineId, &pmd);
   if (QVR_STATUS_OK(status)) {
     xo_counters->ACTATPds = pmd.nearEnd_ACTATP;
@@ -156,13 +155,12 @@ QVR_retval_t QVR_readGfastFduRawCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_RAW
 }
 
 QVR_retval_t QVR_readGfastDerivedCountersFE(QVR_lineId_t xi_lineId, GFAST_DERIVED_COUNTERS_S* xo_counters) {
-  *xo_counters = {};
-  const QVR_retval_t reachable = farEndReachable(xi_lineId);
+  const QVR_retval_t reachable = clearAndReach(xi_lineId, xo_counters);
   if (QVR_STATUS_ERROR(reachable)) {
     return reachable;
   }
   readFarEndBlock(xi_lineId, VIRT_GFAST_CNTR_CP_CORE, VIRT_GFAST_CNTR_DERIVED, xo_counters);
-  G9701_ManagementCounters_t management;
+  G9701_ManagementCounters_t management{};
   const QVR_retval_t status = QVR_readFarEndFTUmanagementCounters(xi_lineId, &management);
   if (QVR_STATUS_OK(status)) {
     xo_counters->erroredSeconds = management.erroredSeconds;

@@ -30,7 +30,8 @@ void writeRequest(Message& message, const Piece& piece) {
   store_le32(&message[MGMT_HEADER_ADDRESS], piece.address);
 }
 
-// Whether the response is the piece asked for, whole: a far end may send anything.
+// Whether the response is the piece asked for, whole: a far end may send anything. One that refuses need not
+// have understood what it refuses, so nothing else of its header counts.
 QVR_retval_t judgeResponse(const Message& message, uint32_t received, const Piece& piece) {
   if (received < MGMT_HEADER_SIZE || received > message.size()) {
     return QVR_E_FAILED_GETTING_FE_DATA;
@@ -74,8 +75,7 @@ QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void
                                uint32_t xi_numBytes) {
   requireLine(xi_lineId);
   if (xi_numBytes > QVR_K_MAX_FAR_END_READ) {
-    DoAssert(QVR_K_ASSERT_LINE, "../qvrline", __LINE__, "Response message too large", 1,
-             static_cast<int>(xi_numBytes));
+    DoAssert(QVR_K_ASSERT_LINE, kLineLayer, __LINE__, "Response message too large", 0);
   }
   auto* bytes = static_cast<uint8_t*>(xo_buffer);
   for (uint32_t done = 0; done < xi_numBytes;) {

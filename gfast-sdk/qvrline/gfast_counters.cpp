@@ -8,15 +8,14 @@
 
 namespace {
 
-// The device and the index within it that carry a line; no device for a line without one.
+// Reads a block of the line from where it lies on the line's device.
 QVR_retval_t readBlock(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t linkId), void* block,
                        uint32_t size) {
-  const QVR_deviceId_t deviceId = QVR_deviceIdforLine(lineId);
-  if (deviceId == QVR_K_DEVICE_NULL) {
+  const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);
+  if (line.deviceId == QVR_K_DEVICE_NULL) {
     return QVR_E_NO_DEVICE_FOR_LINE;
   }
-  const uint32_t address = addressOf(narrowLineId(lineId));
-  return QVR_readmem(deviceId, address, block, size);
+  return QVR_readmem(line.deviceId, addressOf(line.narrowLineID), block, size);
 }
 
 template <uint32_t Core, uint32_t Type>
@@ -79,6 +78,8 @@ QVR_retval_t QVR_readPerformanceMonitoringCounters(QVR_lineId_t xi_lineId, G9972
       readBlock(xi_lineId, VIRT_ADDR_15MIN_24HRS_COUNTERS, xo_counters, sizeof *xo_counters);
   if (QVR_STATUS_OK(status)) {
     QVR_NTOHGfastCounters(xo_counters, sizeof *xo_counters);
+  } else {
+    *xo_counters = {};  // the part of a failed read is no count of anything
   }
   return status;
 }

@@ -9,18 +9,17 @@ namespace {
 constinit std::atomic<QVR_15minCounterUpdateNotificationCB> counter_update{nullptr};
 
 void endQuarterHour(QVR_lineId_t line, time_t boundary) {
-  G9972_PM_COUNTERS_S snapshot;
-  if (QVR_STATUS_ERROR(QVR_readPerformanceMonitoringCounters(line, &snapshot))) {
+  QVR_intervalCounterDB_t counters{};
+  if (QVR_STATUS_ERROR(QVR_readPerformanceMonitoringCounters(line, &counters.curr15minSnapshot))) {
     QVR_traceLogMessage(QVRLOG_ERR, "QVR_15minCounterEventHandler", __LINE__,
                         "Failed reading performance monitoring counters for line %d\n", line);
     return;
   }
-  QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
-  counters.curr15minSnapshot = snapshot;
-  storeCounters(line, counters);
+  storeLatestCounters(line, counters.curr15minSnapshot);
   if (const auto callback = counter_update.load()) {
     callback(line, boundary);
   }
+  // From what the callback has accounted for, whatever was read since: nothing falls between two intervals.
   QVR_resetIntervalCounters(&counters);
   storeCounters(line, counters);
 }

@@ -2,8 +2,10 @@
 #include "qvrline/line_module.h"
 
 #include <atomic>
+#include <vector>
 
 #include "qvrdev/callbacks.h"
+#include "qvrdev/device_lines.h"
 #include "qvrdev/device_table.h"
 #include "qvrline/interval_counters.h"
 #include "qvrline/line_table.h"
@@ -24,7 +26,7 @@ void restartCounters(QVR_lineId_t lineId) {
 }
 
 QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters) {
-  GFAST_FRAMER_INIT_COUNTERS_S framing;
+  GFAST_FRAMER_INIT_COUNTERS_S framing{};
   const QVR_retval_t status = QVR_readGfastFramerInitCounters(lineId, &framing);
   if (QVR_STATUS_ERROR(status)) {
     return status;
@@ -36,20 +38,24 @@ QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters) {
   return QVR_E_STATUS_OK;
 }
 
-// The lines of the devices that answer, in device order. Lines of an absent device keep their numbers.
-void buildLineTable() {
-  uint32_t line = 0;
+// Enters the lines of the devices that answer, in device order, and answers their numbers. Lines of an absent
+// device keep theirs.
+std::vector<QVR_lineId_t> buildLineTable() {
+  std::vector<QVR_lineId_t> present;
+  clearNumberOfLines();
+  QVR_lineId_t line = 0;
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     const QVR_deviceInfo_t record = deviceRecord(device);
     if (record.deviceState == SS_INACTIVE_STATE) {
-      line += QVR_numberOfLinesInDevice();
+      line += static_cast<QVR_lineId_t>(QVR_numberOfLinesInDevice());
       continue;
     }
-    for (uint32_t narrow = 0; narrow < record.numberOfLines && line < QVR_K_MAX_LINES; narrow++, line++) {
-      addLine(static_cast<QVR_lineId_t>(line), device, narrow, record.isDPdevice);
-      QVR_refreshLineInfo(static_cast<QVR_lineId_t>(line), TRUE);
+    for (int narrow = 0; narrow < linesOfRecord(record) && line <= QVR_K_LINE_ID_LAST; narrow++, line++) {
+      addLine(line, device, static_cast<uint32_t>(narrow), record.isDPdevice);
+      present.push_back(line);
     }
   }
+  return present;
 }
 
 }  // namespace
@@ -61,10 +67,14 @@ QVR_retval_t QVR_initLineModule(BOOL xi_waitForDevice) {
   if (const QVR_retval_t status = QVR_initDeviceModule(xi_waitForDevice); QVR_STATUS_ERROR(status)) {
     return status;
   }
-  buildLineTable();
   buildLineNumberMap();
+  const std::vector<QVR_lineId_t> lines = buildLineTable();
+  // The handlers come before the first reading: a line that reaches showtime meanwhile is then read again.
   QVR_registerDeviceLinkStateChangeCB(QVR_linkStateChangeEventHandler);
   registerLineRebootHandler(QVR_rebootNotificationHandler);
+  for (const QVR_lineId_t line : lines) {
+    QVR_refreshLineInfo(line, TRUE);
+  }
   if (QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, QVR_15minCounterEventHandler) == QVR_K_NULL_HANDLE) {
     return QVR_E_FAILED_REGISTERING_CALLBACK;
   }

@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr const char* kLineLayer = "../qvrline";  // the line layer's name in assertions
-
 constexpr std::array<QVR_lineId_t, QVR_K_MAX_LINES> logicalToInternalPortMappingTable{0, 1};
 constinit std::array<std::atomic<QVR_lineId_t>, QVR_K_MAX_LINES> internalToLogicalPortMappingTable{};
 
@@ -44,10 +42,6 @@ QVR_lineDescriptor_t QVR_lineDescriptorForLine(QVR_lineId_t lineId) {
   return descriptor(lineId);
 }
 
-uint32_t narrowLineId(QVR_lineId_t lineId) {
-  return QVR_lineDescriptorForLine(lineId).narrowLineID;
-}
-
 void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLine, BOOL isDPside) {
   const Locked locked(table.mutex);
   QVR_lineDescriptor_t& line = table.lineTable[static_cast<size_t>(internalId)];
@@ -61,6 +55,11 @@ void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLi
 uint32_t numberOfLines() {
   const Locked locked(table.mutex);
   return table.numberOfLines;
+}
+
+void clearNumberOfLines() {
+  const Locked locked(table.mutex);
+  table.numberOfLines = 0;
 }
 
 void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing) {
@@ -80,6 +79,11 @@ void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& frami
 void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters) {
   const Locked locked(table.mutex);
   descriptor(lineId).counters = counters;
+}
+
+void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
+  const Locked locked(table.mutex);
+  descriptor(lineId).counters.curr15minSnapshot = latest;
 }
 
 void buildLineNumberMap() {

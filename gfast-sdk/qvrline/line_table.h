@@ -36,8 +36,7 @@ struct QVR_lineDescriptor_t {
 // A copy of the line's descriptor as it is at this moment. A line id out of range is assertion 200.
 QVR_lineDescriptor_t QVR_lineDescriptorForLine(QVR_lineId_t lineId);
 
-// The line's index within its device.
-uint32_t narrowLineId(QVR_lineId_t lineId);
+constexpr const char* kLineLayer = "../qvrline";  // the line layer's name in assertions
 
 // Ends the process in assertion 200 when the line id is out of range.
 void requireLine(QVR_lineId_t lineId);
@@ -48,11 +47,16 @@ void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLi
 // Lines found on present devices.
 uint32_t numberOfLines();
 
+// The counting starts afresh, and with it the building of the table.
+void clearNumberOfLines();
+
 // What the line's framer says of its framing becomes the descriptor's.
 void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing);
 
-// The line's snapshots of its performance counters.
+// The line's snapshots of its performance counters: both, where a quarter hour starts; the latest read alone,
+// where it must not move the start that another thread may be setting.
 void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters);
+void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
 
 // Fills the map from internal to logical line numbers, the inverse of the fixed one.
 void buildLineNumberMap();
