@@ -2,6 +2,7 @@
 // scripts look for them.
 #include "qvrcli/command_tree.h"
 #include "qvrcli/device_commands.h"
+#include "qvrcli/gfast_counter_commands.h"
 #include "qvrcli/scripts.h"
 
 namespace {
@@ -39,17 +40,18 @@ constexpr Command kCommands[] = {
     exec("write memory", "Write to device memory", CLI_writeMemory, atLeast<4>,
          "write memory <device-id> <address> <length> <data> : data either at xx:xx:xx... or hex value"),
     keyword("show"),
-    exec("show gfast-counters", "Show G.fast counters for line", unavailable, between<1, 2>,
+    exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>,
          "show gfast-counters <line-id> [(ne | fe)]"),
     exec("show network-info", "Show network information", unavailable, exactly<0>, "show network-info"),
     exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>,
          "show device-info [<device-id>]"),
     exec("show inventory", "Show inventory information for line", unavailable, between<0, 1>,
          "show inventory [<line-id>] : { 0 }"),
-    exec("show remote-management-counters", "Show remote FTU management counters for line", unavailable,
-         between<0, 1>, "show remote-management-counters [<line-id>] : { 0 }"),
-    exec("show pmd-test-parameters", "Show PMD test parameters for line", unavailable, between<0, 1>,
-         "show pmd-test-parameters [<line-id>] : { 0 }"),
+    exec("show remote-management-counters", "Show remote FTU management counters for line",
+         CLI_showRemoteManagementCounters, between<0, 1>,
+         "show remote-management-counters [<line-id>] : { 0 }"),
+    exec("show pmd-test-parameters", "Show PMD test parameters for line", CLI_showPMDTestParameters,
+         between<0, 1>, "show pmd-test-parameters [<line-id>] : { 0 }"),
     exec("show ETR", "Show Expected ThRoughput (ETR) for line", unavailable, exactly<1>, "show ETR <lineId>"),
     exec("show dictionary", "Show parameter dictionary", unavailable, exactly<0>, "show dictionary"),
     exec("show params", "Show device parameter values", unavailable, between<0, 1>, "show params [<lineId>]"),
