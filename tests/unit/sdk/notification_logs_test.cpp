@@ -1,7 +1,9 @@
 // Given these log buffers from a chip, these lines are delivered.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <string_view>
 
 #include "notification_chips.h"
@@ -18,10 +20,11 @@ using testing::IsEmpty;
 Record logRecord(uint8_t coreId, uint8_t coreType, std::string_view text,
                  std::initializer_list<uint32_t> params = {}) {
   Record record = {coreId, coreType, static_cast<uint8_t>(params.size()), static_cast<uint8_t>(text.size())};
-  record.insert(record.end(), text.begin(), text.end());
-  const Record bytes = words(params);
-  record.insert(record.end(), bytes.begin(), bytes.end());
-  record.resize(record.size() + (text.size() & 1));
+  std::ranges::copy(text, std::back_inserter(record));
+  std::ranges::copy(words(params), std::back_inserter(record));
+  if (text.size() % 2 != 0) {
+    record.push_back(0);
+  }
   return record;
 }
 
@@ -38,7 +41,7 @@ std::string wide(std::string_view text) {
 Record joined(std::initializer_list<Record> records) {
   Record all;
   for (const Record& record : records) {
-    all.insert(all.end(), record.begin(), record.end());
+    std::ranges::copy(record, std::back_inserter(all));
   }
   return all;
 }
