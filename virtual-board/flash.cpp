@@ -34,7 +34,8 @@ int Flash::erase(uint16_t type, uint32_t address) {
   if (size == 0 || within >= FLASH_SIZE) {
     return EINVAL;
   }
-  std::fill_n(bytes_.begin() + within / size * size, size, uint8_t{0xFF});
+  const uint32_t start = within - within % size;
+  std::fill_n(bytes_.begin() + start, size, uint8_t{0xFF});
   return 0;
 }
 

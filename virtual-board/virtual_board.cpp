@@ -116,7 +116,7 @@ const VirtualBoard::Handler* VirtualBoard::handlerFor(uint32_t code) {
   return found == std::end(handlers) ? nullptr : found;
 }
 
-VirtualBoard::VirtualBoard(const BoardConfig& config, TimeSource time)
+VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
     : devices_(config.devices), time_(time ? time : realTime()), faults_(config.faults) {
   for (size_t i = 0; i < chips_.size(); ++i) {
     chips_[i] = std::make_unique<Chip>(config.device[i], agenda_);
@@ -166,12 +166,12 @@ void VirtualBoard::scheduleConfigured(const BoardConfig& config) {
 void VirtualBoard::runClock() {
   std::unique_lock lock(mutex_);
   while (!ending_) {
-    const auto next = agenda_.next();
-    if (!next) {
+    clockWakes_ = agenda_.next();
+    if (!clockWakes_) {
       changed_.wait(lock);
       continue;
     }
-    const double left = *next - time_();
+    const double left = *clockWakes_ - time_();
     if (left > 0) {
       // A board file may look years ahead.
       constexpr double longest_s = 3600;
@@ -179,6 +179,14 @@ void VirtualBoard::runClock() {
       continue;
     }
     advanceLocked();
+  }
+}
+
+// Not on every request: at an idle prompt the clock sleeps on.
+void VirtualBoard::wakeClock() {
+  const auto next = agenda_.next();
+  if (next && (!clockWakes_ || *next < *clockWakes_)) {
+    changed_.notify_one();
   }
 }
 
@@ -192,7 +200,7 @@ void VirtualBoard::cutLoop(bool cut) {
   advanceLocked();
   line_->setCut(cut);
   showPending();
-  changed_.notify_one();
+  wakeClock();
 }
 
 void VirtualBoard::advanceLocked() {
@@ -273,7 +281,7 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
     traced.time = agenda_.now();
     traced.error = handler == nullptr ? ENOTTY : serve(chosen, exchange);
     showPending();
-    changed_.notify_one();
+    wakeClock();
   }
   traced.device = *device;
   traced.kind = chosen.kind;

@@ -29,7 +29,7 @@ class VirtualBoard final : public Driver {
 
   // A board that has just been switched on. Without a time source its clock runs with real time, and what
   // happens later happens by itself; with one, a test drives the clock and calls advance.
-  explicit VirtualBoard(const BoardConfig& config, TimeSource time = {});
+  explicit VirtualBoard(const BoardConfig& config, const TimeSource& time = {});
   ~VirtualBoard() override;
 
   // Requests are written there from now on. 0, or the errno that kept the file from being created. Called
@@ -62,6 +62,7 @@ class VirtualBoard final : public Driver {
   void scheduleConfigured(const BoardConfig& config);
   void runClock();
   void advanceLocked();
+  void wakeClock();
   void showPending();
   std::optional<int> deviceOf(int descriptor);
   int serve(const Handler& handler, Exchange& exchange);
@@ -86,6 +87,7 @@ class VirtualBoard final : public Driver {
   std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;
   bool ending_ = false;
+  std::optional<double> clockWakes_;  // when the clock's thread means to wake; none: not by itself
   Agenda agenda_;
   std::array<std::unique_ptr<Chip>, kMaxDevices> chips_;
   std::unique_ptr<CopperLine> line_;
