@@ -422,8 +422,8 @@ constexpr uint32_t QVR_K_MAX_FAR_END_READ = 65536;  // bytes
 
 // Reads memory of the modem at the far end of a line in exchanges of at most MGMT_MAX_DATA (512) bytes, each
 // a header of 12 bytes out and a header with the data back (gfast_api.h). Between two exchanges others may
-// use the line's eoc. On failure the bytes already read stay in the buffer. No bytes are no exchange; more than
-// QVR_K_MAX_FAR_END_READ is assertion 200.
+// use the line's eoc. On failure the bytes already read stay in the buffer. No bytes make no exchange; more
+// than QVR_K_MAX_FAR_END_READ are assertion 200.
 //   QVR_E_FAREND_EOC_NACK             the far end refused
 //   QVR_E_FAILED_GETTING_FE_DATA      the response is not the piece that was asked for
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_LINE_NOT_ACTIVE, QVR_E_FAILED_SENDING_FAR_END_MSG  as QVR_sendMsgToFarEnd
