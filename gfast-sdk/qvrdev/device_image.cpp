@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr uint32_t kWordSize = 4;
+constexpr size_t kWordSize = 4;
 constexpr uint32_t kBitsOfLinkState = 4;
 constexpr size_t kDateWords = 6;
 constexpr size_t kDateLength = sizeof(QVR_dateStr_t) - 1;
@@ -47,13 +47,13 @@ void fillIdentity(QVR_deviceInfo_t& record, const DeviceImages& images) {
   std::memcpy(record.vendorId, info + DEV_INF_VENDOR_ID, sizeof record.vendorId);
 }
 
-void fillLine(QVR_deviceInfo_t& record, QVR_deviceId_t device, uint32_t line, const DeviceImages& images) {
+void fillLine(QVR_deviceInfo_t& record, QVR_deviceId_t device, uint8_t line, const DeviceImages& images) {
   const uint8_t* info = images.info.data() + line * kWordSize;
   const uint32_t linkStates = load_le32(images.b0Regs.data() + B0_REGS_LINK_STATES);
   const uint32_t lastSignal = load_le32(info + DEV_INF_LAST_SIGNAL);
   record.lineState[line] = static_cast<QVR_lineState_t>((linkStates >> (line * kBitsOfLinkState)) & 0xFU);
   record.lineStartupTime[line] = load_le32(info + DEV_INF_LINK_STARTUP_TIME);
-  record.lineIDs[line] = static_cast<uint8_t>(static_cast<uint32_t>(device) + line);
+  record.lineIDs[line] = static_cast<uint8_t>(device + line);
   record.initsFcause[line] = load_le32(info + DEV_INF_INIT_FAILURE_CAUSE);
   record.initLastSignalds[line] = static_cast<uint8_t>(lastSignal);
   record.initLastSignalus[line] = static_cast<uint8_t>(lastSignal >> 16);
@@ -68,7 +68,7 @@ void fillRecord(QVR_deviceInfo_t& record, QVR_deviceId_t device, const DeviceIma
   record.fwState = static_cast<QVR_fwState_t>(SBR_FW_STATE(images.sbr));
   fillIdentity(record, images);
   record.numberOfLines = kLinesOfChip;
-  for (uint32_t line = 0; line < kLinesOfChip; line++) {
+  for (uint8_t line = 0; line < kLinesOfChip; line++) {
     fillLine(record, device, line, images);
   }
   record.temperatureInCelcius = load_le32(images.info.data() + DEV_INF_TEMPERATURE);

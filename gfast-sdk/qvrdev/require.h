@@ -3,8 +3,6 @@
 
 #include <qvr.h>
 
-#include <source_location>
-
 #include "qvrassert/qvrassert.h"
 
 constexpr const char* kDeviceLayer = "../qvrdev.c";  // the device layer's name in assertions
@@ -14,17 +12,15 @@ constexpr const char* kUnknownDeviceHandle = "Unknown device handle";
 constexpr const char* kInvalidDeviceId = "Invalid device id";
 constexpr const char* kInvalidDeviceIdentifier = "Invalid Device Identifier";
 
-inline void requireDevice(QVR_deviceId_t device, const char* message,
-                          std::source_location where = std::source_location::current()) {
+inline void requireDevice(QVR_deviceId_t device, const char* message, int line = __builtin_LINE()) {
   if (device < QVR_K_DEVICE_ID_FIRST || device > QVR_K_DEVICE_ID_LAST) {
-    DoAssert(QVR_K_ASSERT_DEVICE_ID, kDeviceLayer, static_cast<int>(where.line()), message, 1, device);
+    DoAssert(QVR_K_ASSERT_DEVICE_ID, kDeviceLayer, line, message, 1, device);
   }
 }
 
-inline void requireEvenLength(uint32_t numBytes,
-                              std::source_location where = std::source_location::current()) {
+inline void requireEvenLength(uint32_t numBytes, int line = __builtin_LINE()) {
   if (numBytes % 2 != 0) {
-    DoAssert(QVR_K_ASSERT_ODD_LENGTH, kDeviceLayer, static_cast<int>(where.line()),
-             "Length must be an even number of bytes", 1, static_cast<int>(numBytes));
+    DoAssert(QVR_K_ASSERT_ODD_LENGTH, kDeviceLayer, line, "Length must be an even number of bytes", 1,
+             static_cast<int>(numBytes));
   }
 }

@@ -288,7 +288,7 @@ Script readsIdentity(int device, const ChipIdentity& chip) {
          reads(device, VIRT_ADDR_B0_REGS, chip.b0Regs);
 }
 
-ExpectedRequests::ExpectedRequests(Script script) : left_(script.calls()) {
+ExpectedRequests::ExpectedRequests(const Script& script) : left_(script.calls()) {
   installDriver(*this);
 }
 

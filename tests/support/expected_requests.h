@@ -88,7 +88,7 @@ Script readsIdentity(int device, const ChipIdentity& chip);
 // Installs itself. Its destructor fails the test when a call of the script was not made.
 class ExpectedRequests final : public Driver {
  public:
-  explicit ExpectedRequests(Script script);
+  explicit ExpectedRequests(const Script& script);
   ~ExpectedRequests() override;
 
   // Further calls, expected behind those not made yet.

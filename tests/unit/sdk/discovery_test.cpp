@@ -110,7 +110,7 @@ TEST_F(Discovery, WithoutItsThreadTheModuleIsNotStarted) {
   pthread_attr_t absurd;
   ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
   ASSERT_EQ(pthread_attr_init(&absurd), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&absurd, std::numeric_limits<size_t>::max() / 4), 0);
+  ASSERT_EQ(pthread_attr_setstacksize(&absurd, std::numeric_limits<size_t>::max() / 2), 0);
   ASSERT_EQ(pthread_setattr_default_np(&absurd), 0);
   driver_.expect(startsWith({}, isAbsent(1)));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_FAILED_CREATING_THREAD);
