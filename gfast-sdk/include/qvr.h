@@ -270,7 +270,8 @@ QVR_retval_t QVR_loadImageFile(QVR_deviceId_t xi_deviceId, const char* xi_filena
 //   QVR_E_IMAGE_ACTIVATE_ERROR  the driver refused
 QVR_retval_t QVR_activateImage(QVR_deviceId_t xi_deviceId, uint32_t xi_startAddress);
 
-// Downloads a boot loader into a chip in its ROM boot stage and starts it at the ROM entry point.
+// Downloads a boot loader into a chip in its ROM boot stage and starts it at the ROM entry point. Of a
+// refused request errno says why.
 //   QVR_E_INVALID_FW_STATE  the chip is not in FW_B0
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_IMAGE_DOWNLOAD_ERROR, QVR_E_IMAGE_ACTIVATE_ERROR
 QVR_retval_t QVR_loadBootloader(QVR_deviceId_t xi_deviceId, const char* xi_filename);

@@ -1,6 +1,7 @@
 // Images and flash: downloading and starting, erasing and programming.
 #include <qvr.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 
@@ -87,7 +88,9 @@ QVR_retval_t QVR_activateImage(QVR_deviceId_t xi_deviceId, uint32_t xi_startAddr
   request.req_u.activate.hw_mem_addr = xi_startAddress;
   const QVR_retval_t status = sendRequest(xi_deviceId, DFEIOCIMGACT, request, QVR_E_IMAGE_ACTIVATE_ERROR);
   if (status == QVR_E_IMAGE_ACTIVATE_ERROR) {
+    const int reason = errno;
     std::perror("QVR_activateImage: Activate image ERROR");
+    errno = reason;  // callers show it too
   }
   return status;
 }

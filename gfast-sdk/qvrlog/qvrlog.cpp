@@ -1,6 +1,7 @@
 #include "qvrlog/qvrlog.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <iterator>
@@ -42,6 +43,7 @@ void QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function,
   if (static_cast<uint32_t>(xi_severity) > log_level) {
     return;
   }
+  const int reason = errno;  // a message about a failure must not hide why it failed
   va_list arguments;
   va_start(arguments, xi_format);
   const char* severity = QVR_traceLogLevelString(xi_severity);
@@ -60,4 +62,5 @@ void QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function,
     funlockfile(stdout);
   }
   va_end(arguments);
+  errno = reason;
 }

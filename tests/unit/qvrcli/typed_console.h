@@ -1,0 +1,43 @@
+// The console's interpreter in front of a driver that expects a list of requests: what is typed, what the
+// chip is asked, what is printed.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "captured_console.h"
+#include "qvrcli/qvrcli.h"
+#include "support/expected_requests.h"
+#include "support/test_clock.h"
+
+using Lines = std::vector<std::string>;
+
+// The library behind it is not started: a test states the requests of its commands and no others.
+class TypedConsole : public testing::Test {
+ protected:
+  TypedConsole() {
+    cli = console_.cli();
+    testClock().setNow(1700000100);
+  }
+
+  // What one line prints.
+  Lines typed(const std::string& line) { return console_.run(line); }
+
+  // What the last line told libcli.
+  int result() const { return console_.result(); }
+
+  // The requests that the next lines make.
+  void expect(const Script& script) { driver_.expect(script); }
+
+  // Every expected request was made so far.
+  void verify() { driver_.verify(); }
+
+  cli_def* interpreter() { return console_.cli(); }
+
+ private:
+  CapturedConsole console_;
+  ExpectedRequests driver_{Script()};
+};
