@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <exception>
 #include <optional>
 #include <string>
 
@@ -88,14 +89,14 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  Options options;
-  if (const auto status = parseOptions(argc, argv, options)) {
-    return *status;
-  }
   try {
-    return run(options);
+    Options options;
+    const auto status = parseOptions(argc, argv, options);
+    return status ? *status : run(options);
   } catch (const BoardFileError& error) {
     std::fprintf(stderr, "%s\n", error.what());
-    return kUsageError;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "gfast-lab: %s\n", error.what());
   }
+  return kUsageError;
 }

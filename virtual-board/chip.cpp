@@ -71,7 +71,7 @@ Firmware romFirmware(uint8_t chipset) {
 
 Chip::Chip(const DeviceConfig& config, Agenda& agenda) : config_(config), agenda_(agenda) {
   constexpr size_t bootloaderSize = 24000;
-  constexpr size_t applicationSize = 640000;
+  constexpr size_t applicationSize = 100000;
   constexpr size_t manufacturerSize = 1024;
   if (config.bootloaderInFlash) {
     flash_.program(FLASH_BOOTLOADER_START,

@@ -292,7 +292,8 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
 }
 
 int VirtualBoard::serve(const Handler& handler, Exchange& exchange) {
-  const int fault = faults_.match(exchange.device, handler.kind, exchange.where, exchange.length);
+  const uint32_t touched = handler.kind == RequestKind::FarEnd ? 1 : exchange.length;
+  const int fault = faults_.match(exchange.device, handler.kind, exchange.where, touched);
   return fault != 0 ? fault : (this->*handler.serve)(exchange);
 }
 

@@ -43,7 +43,7 @@ TEST(GfastLab, MistakesOnTheCommandLineAreOneLineAndStatus2) {
     const char* line;
   } mistakes[] = {
       {"--boards x", "gfast-lab: The following argument was not expected: --boards (--help explains)\n"},
-      {"--port", "gfast-lab: --port: 1 required TEXT missing (--help explains)\n"},
+      {"--port", "gfast-lab: --port: 1 required N missing (--help explains)\n"},
       {"--port 65536", "gfast-lab: Could not convert: --port = 65536 (--help explains)\n"},
       {"--port -1", "gfast-lab: Could not convert: --port = -1 (--help explains)\n"},
       {"a b", "gfast-lab: The following argument was not expected: b (--help explains)\n"},

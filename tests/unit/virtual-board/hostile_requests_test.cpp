@@ -10,7 +10,7 @@ char buffer[2048];
 std::string memRead(Bench& bench, uint32_t address, uint16_t length, char* to, uint32_t size) {
   bench.request = {};
   bench.request.req_u.memread = {address, length, to, size, 77, 77};
-  const std::string result = bench.send(0, DFEIOCMEMRD);
+  std::string result = bench.send(0, DFEIOCMEMRD);
   if (result != "ok") {
     EXPECT_EQ(bench.request.req_u.memread.datalen_copied_to_user, 0U);
   }
