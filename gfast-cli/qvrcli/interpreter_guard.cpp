@@ -177,6 +177,9 @@ class PatternMeter {
       next_++;
       most = max(number(), least + 1);
     }
+    if (next_ < pattern_.size() && pattern_[next_] == '}') {
+      next_++;
+    }
     repeat(add(most, 1));
   }
 

@@ -1,0 +1,117 @@
+// Types at the real program: starts it, reads what it prints, opens sessions to it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Nothing that a test waits for takes this long unless it never comes.
+constexpr auto kPatience = std::chrono::seconds(60);
+
+// A directory of its own for files that a test writes; gone with it.
+class ScratchDirectory {
+ public:
+  ScratchDirectory();
+  ~ScratchDirectory();
+  ScratchDirectory(const ScratchDirectory&) = delete;
+  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+  const std::string& path() const { return path_; }
+
+  // Writes a file and answers its full name.
+  std::string write(const std::string& name, std::string_view content) const;
+
+ private:
+  std::string path_;
+};
+
+// One running program. Killed when it goes out of scope.
+class ConsoleProgram {
+ public:
+  // The program and its arguments; a launcher, blank-separated, may come before it (an emulator).
+  ConsoleProgram(const std::string& launcher, const std::vector<std::string>& command,
+                 const std::string& directory = ".");
+  ~ConsoleProgram();
+  ConsoleProgram(const ConsoleProgram&) = delete;
+  ConsoleProgram& operator=(const ConsoleProgram&) = delete;
+
+  pid_t pid() const { return pid_; }
+
+  // The port it says it listens on, waiting until it does.
+  uint16_t port();
+
+  // Everything on standard output so far, read until the text has come `times` times; without it, as far as
+  // it got within kPatience.
+  const std::string& awaitOutput(std::string_view text, int times = 1);
+
+  // Reads what is there now without waiting.
+  const std::string& output();
+
+  // Waits for the end: the exit status, or minus the signal that ended it. What it printed is then complete.
+  int wait();
+
+  const std::string& errors() const { return errors_; }
+  bool running();
+
+ private:
+  bool readSome(std::chrono::milliseconds patience);
+
+  pid_t pid_ = -1;
+  int outputPipe_ = -1;
+  int errorPipe_ = -1;
+  std::string output_;
+  std::string errors_;
+};
+
+// A telnet client. Telnet commands are not part of what it reads.
+class ConsoleSession {
+ public:
+  explicit ConsoleSession(uint16_t port);
+  ~ConsoleSession();
+  ConsoleSession(const ConsoleSession&) = delete;
+  ConsoleSession& operator=(const ConsoleSession&) = delete;
+
+  int socket() const { return socket_; }
+
+  void send(std::string_view bytes);
+
+  // Reads up to and including the text; what came until the connection ended or kPatience was over without
+  // it.
+  std::string readUntil(std::string_view text);
+
+  // Reads to the end of the connection.
+  std::string readToEnd();
+
+  // What comes within the time, possibly nothing.
+  std::string readFor(std::chrono::milliseconds time);
+
+  // Reads the banner and the first prompt.
+  void awaitPrompt();
+
+  // Types a line and returns what it printed, every line with its "\r\n", without echo and prompt.
+  std::string type(std::string_view line);
+
+  // Types something that is answered at once, a '?' or a TAB, and returns all that is written up to the
+  // prompt.
+  std::string typeKeys(std::string_view keys);
+
+  // Ends without a word: what the peer would send is answered by a reset.
+  void reset();
+  void close();
+  void endInput();
+
+ private:
+  bool receiveSome(std::chrono::milliseconds patience);
+
+  int socket_ = -1;
+  bool ended_ = false;
+  int telnet_ = 0;  // bytes of a telnet command still to skip
+  std::string received_;
+};
+
+constexpr std::string_view kPrompt = "\r\n(gfast-cli)> ";
+constexpr std::string_view kConfigPrompt = "\r\n(gfast-cli)(config)> ";
