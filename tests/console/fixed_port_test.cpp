@@ -1,0 +1,55 @@
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "console/programs.h"
+
+namespace {
+
+ConsoleProgram gfastCli(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), GFAST_CLI);
+  return ConsoleProgram(LAUNCHER, arguments);
+}
+
+constexpr uint16_t kPort = 9000;
+
+TEST(GfastCli, ListensOnPort9000) {
+  ConsoleProgram program = gfastCli({});
+  EXPECT_EQ(program.port(), kPort);
+  OpenSession session(kPort);
+  EXPECT_EQ(session.type("show device-info"), "Could not refresh the data\r\n");
+}
+
+TEST(GfastCli, ListensWhenItsScriptIsMissing) {
+  ConsoleProgram program = gfastCli({"/no/such/script.txt", "ignored"});
+  EXPECT_EQ(program.port(), kPort);
+}
+
+TEST(GfastCli, SaysThatThePortIsTakenAndExitsWith1) {
+  const int taken = socket(AF_INET, SOCK_STREAM, 0);
+  const int yes = 1;
+  setsockopt(taken, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(kPort);
+  ASSERT_EQ(bind(taken, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+  ASSERT_EQ(listen(taken, 1), 0);
+  ConsoleProgram program = gfastCli({});
+  EXPECT_EQ(program.wait(), 1);
+  EXPECT_EQ(program.errors(), "bind: Address already in use\n");
+  close(taken);
+}
+
+TEST(GfastCli, RunsAScriptAndExitsWith0) {
+  ScratchDirectory directory;
+  ConsoleProgram program = gfastCli({directory.write("a.txt", "sleep ?\n"), "ignored"});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\nsleep <seconds>\n");
+}
+
+}  // namespace

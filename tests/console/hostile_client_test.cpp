@@ -1,0 +1,205 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+
+#include "console/programs.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+
+constexpr const char* kMuch = "read memory 0 d0000000 65536\r";
+
+void expectAlive(LabServer& lab) {
+  OpenSession next(lab.port());
+  EXPECT_EQ(next.type("show version"), kUnavailable);
+  EXPECT_TRUE(lab.program().running());
+}
+
+std::string repeat(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; i++) {
+    all += text;
+  }
+  return all;
+}
+
+TEST(HostileClient, CompletesBehindAFilter) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  for (const std::string filter : {"include", "exclude", "begin", "between a", "between", "grep", "egrep",
+                                   "grep -v", "egrep -i", "count"}) {
+    for (const std::string key : {"\t", "\t\t", "?"}) {
+      session.send("show version | " + filter + " x " + key);
+      session.send("\x15show version | " + filter + " " + key);
+      session.send("\x15show version | " + filter + key + "\x15");
+    }
+  }
+  session.send("show version | \t\x15show version |?\x15|\t|?\x15|||\t?\x15\r");
+  session.send("\r  \r\t?\rshow version |\r\tshow version | include x \t\x15\r");
+  session.close();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, CompletesAtTheEndOfALongLine) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  for (const size_t length :
+       {4000U, 4070U, 4080U, 4087U, 4088U, 4089U, 4090U, 4093U, 4094U, 4095U, 4096U, 5000U}) {
+    session.send(std::string(length - 3, ' ') + "sho\t\t\x15\r");
+    session.readUntil(kPrompt);
+    session.send(std::string(length - 11, 'x') + " | re\t | in\t\t\x15\r");
+    session.readUntil(kPrompt);
+  }
+  EXPECT_EQ(session.type("show version"), kUnavailable);
+}
+
+TEST(HostileClient, CompletesLinesThatComeBack) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  session.send(std::string(4087, ' ') + "sho\r");
+  for (const std::string key : {"\x10", "\x0e", "\x1b[A", "\x1b[B"}) {
+    session.send(key + "\t" + key + "\t\t\x15");
+  }
+  session.send(repeat("show ve\t", 2000) + "\x15\r");
+  session.close();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, HidesLineEndsInTelnetCommands) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  session.send(std::string(4090, ' ') + "sho\xFF\xFB\r\t\t\x1b\r\t\t\xFF\xFA\r\t\xFF\xF0\t\x15\r");
+  session.close();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, TypesEveryByteThereIs) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  std::string all;
+  for (int first = 0; first < 256; first++) {
+    if (first == 4) {
+      continue;  // the end of the session
+    }
+    all += "show "s + static_cast<char>(first) + "x\x10\x01y\x05\x02z\x17\x0b\r";
+  }
+  session.send(all);
+  session.send("\xFF\xF0\x1b[A\r");
+  session.close();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, TypesQuotesPipesAndWordsWithoutEnd) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  for (const std::string& line : {"\""s,
+                                  "'"s,
+                                  "\"\""s,
+                                  "\\"s,
+                                  "\\\\"s,
+                                  "\"|\" x"s,
+                                  "|"s,
+                                  "| | |"s,
+                                  "show \"\" \"\""s,
+                                  "show version \""s,
+                                  "show version | \"include\" \"x"s,
+                                  repeat("a ", 2000),
+                                  repeat("|", 4000),
+                                  repeat("\"\" ", 1300),
+                                  repeat("\\x", 2000),
+                                  "show version " + repeat("| include n ", 300),
+                                  "show version | egrep " + repeat("(", 4000),
+                                  "show version | egrep ((((a{99}){99}){99}){99})"s,
+                                  "show version | egrep " + repeat("a{255}", 600),
+                                  "show version | egrep " + repeat("(", 30) + "a" + repeat("+)", 30),
+                                  "show version | grep ["s,
+                                  "run x | count y"s}) {
+    session.send(line + "\t\t?\r");
+  }
+  session.send("\x15\r");
+  session.close();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, LeavesInTheMiddleOfOutput) {
+  LabServer lab;
+  for (int i = 0; i < 5; i++) {
+    OpenSession session(lab.port());
+    session.send(repeat(kMuch, 20));
+    session.readUntil("d0000100");
+  }
+  expectAlive(lab);
+}
+
+TEST(HostileClient, ResetsInTheMiddleOfOutput) {
+  LabServer lab;
+  for (int i = 0; i < 5; i++) {
+    OpenSession session(lab.port());
+    session.send(repeat(kMuch, 20));
+    session.readUntil("d0000100");
+    session.reset();
+  }
+  expectAlive(lab);
+}
+
+TEST(HostileClient, ResetsAtOnce) {
+  LabServer lab;
+  for (int i = 0; i < 20; i++) {
+    ConsoleSession session(lab.port());
+    session.reset();
+  }
+  expectAlive(lab);
+}
+
+TEST(HostileClient, ResetsWhileACommandWaits) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  session.send("sleep 86400\r");
+  EXPECT_EQ(session.readUntil("\n"), "sleep 86400\r\n");
+  session.reset();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
+  LabServer lab;
+  ScratchDirectory directory;
+  const std::string script = directory.write("a.txt", "sleep ?\n");
+  OpenSession session(lab.port());
+  session.send("run " + script + " 4294967295\r");
+  session.readUntil("100 of");
+  session.reset();
+  expectAlive(lab);
+}
+
+TEST(HostileClient, NeverReadsAndSendsMuch) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  const timeval timeout{2, 0};
+  setsockopt(session.socket(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+  const std::string input = repeat(kMuch, 200);
+  while (send(session.socket(), input.data(), input.size(), MSG_NOSIGNAL) > 0) {
+  }
+  expectAlive(lab);  // while this client still holds its connection
+}
+
+TEST(HostileClient, LeavesTheServerWithoutDescriptors) {
+  LabServer lab;
+  lab.port();
+  rlimit before{};
+  ASSERT_EQ(prlimit(lab.program().pid(), RLIMIT_NOFILE, nullptr, &before), 0);
+  const rlimit none{3, before.rlim_max};
+  ASSERT_EQ(prlimit(lab.program().pid(), RLIMIT_NOFILE, &none, nullptr), 0);
+  ConsoleSession client(lab.port());
+  lab.program().awaitOutput("Listening on port", 4);
+  ASSERT_EQ(prlimit(lab.program().pid(), RLIMIT_NOFILE, &before, nullptr), 0);
+  client.awaitPrompt();
+  EXPECT_EQ(client.type("show version"), kUnavailable);
+}
+
+}  // namespace

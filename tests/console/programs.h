@@ -1,0 +1,33 @@
+// The programs that the tests type at.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/console_session.h"
+
+inline constexpr const char* kUnavailable = "not available in this build\r\n";
+
+// gfast-lab with these arguments.
+inline ConsoleProgram lab(std::vector<std::string> arguments, const std::string& directory = ".") {
+  arguments.insert(arguments.begin(), GFAST_LAB);
+  return ConsoleProgram(LAUNCHER, arguments, directory);
+}
+
+// gfast-lab serving sessions on a port of its own.
+class LabServer {
+ public:
+  explicit LabServer(const std::string& directory = ".") : program_(lab({"--port", "0"}, directory)) {}
+
+  ConsoleProgram& program() { return program_; }
+  uint16_t port() { return program_.port(); }
+
+ private:
+  ConsoleProgram program_;
+};
+
+// A session at its first prompt.
+class OpenSession : public ConsoleSession {
+ public:
+  explicit OpenSession(uint16_t port) : ConsoleSession(port) { awaitPrompt(); }
+};

@@ -1,0 +1,85 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "console/programs.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+TEST(Script, PrintsOnStandardOutputAndExitsWith0) {
+  ScratchDirectory directory;
+  ConsoleProgram program = lab({directory.write("a.txt", "show version\nsleep ?\n")});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(), "not available in this build\nsleep <seconds>\n");
+  EXPECT_EQ(program.errors(), "");
+}
+
+TEST(Script, ExitsWith0WhateverItsCommandsAnswer) {
+  ScratchDirectory directory;
+  ConsoleProgram program =
+      lab({directory.write("a.txt", "no such command\nread memory 0 zz 4\nshow device-info 9\n")});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(),
+            "Invalid command \"no\"\n"
+            "readmem invalid memaddr (zz)\n"
+            "invalid device number 9\n");
+}
+
+TEST(Script, MayBeEmpty) {
+  ScratchDirectory directory;
+  ConsoleProgram program = lab({directory.write("a.txt", "")});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(), "");
+}
+
+TEST(Script, MayHoldAnything) {
+  ScratchDirectory directory;
+  std::string text("\0\xFF\x80|\"'\\\t\n| | |\n\"|\" x\nshow version | egrep \"", 37);
+  text += std::string(10000, '(') + "\n" + std::string(9000, 'x') + "\nshow version\n";
+  ConsoleProgram program = lab({directory.write("a.txt", text)});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_THAT(program.output(), HasSubstr("not available in this build\n"));
+}
+
+TEST(Script, ThatIsMissingLeavesTheServer) {
+  ConsoleProgram program = lab({"--port", "0", "/no/such/script.txt"});
+  OpenSession session(program.port());
+  EXPECT_EQ(session.type("show version"), kUnavailable);
+}
+
+TEST(Script, ThatRunsItselfEnds) {
+  ScratchDirectory directory;
+  directory.write("self.txt", "run self.txt\nrun self.txt\nshow version\n");
+  ConsoleProgram program = lab({"self.txt"}, directory.path());
+  EXPECT_EQ(program.wait(), 0);
+  const std::string stopped = "Scripts run each other more than 10 deep, stopped at [self.txt]\n";
+  EXPECT_EQ(program.output(), stopped + stopped + "not available in this build\n");
+}
+
+TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
+  ScratchDirectory directory;
+  const std::string board = directory.write("none.toml", "[board]\ndevices = 0\n");
+  ConsoleProgram program =
+      lab({"--board", board, directory.write("a.txt", "show device-info\nread sbr\nsleep ?\n")});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(),
+            "Warning: Failed to connect to DFEs\n"
+            "Could not refresh the data\n"
+            "Failed reading SBR for device 0\n"
+            "sleep <seconds>\n");
+}
+
+TEST(Server, WarnsOnceWithoutDevicesAndStillPrompts) {
+  ScratchDirectory directory;
+  const std::string board = directory.write("none.toml", "[board]\ndevices = 0\n");
+  ConsoleProgram program = lab({"--board", board, "--port", "0"});
+  const std::string listening = "Listening on port " + std::to_string(program.port()) + "\n";
+  EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\n" + listening);
+  OpenSession session(program.port());
+  EXPECT_EQ(session.type("show device-info"), "Could not refresh the data\r\n");
+}
+
+}  // namespace

@@ -1,0 +1,162 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+
+#include "console/programs.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::MatchesRegex;
+
+TEST(ConsoleSessions, BeginsWithTheBannerAndThePrompt) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  EXPECT_THAT(
+      session.readUntil(kPrompt),
+      MatchesRegex("Welcome to Quelvor G\\.fast CLI environment \\(build: [A-Z][a-z][a-z] [ 0-9][0-9] "
+                   "[0-9]+ [0-9:]+\\)\r\n\r\n\\(gfast-cli\\)> "));
+}
+
+TEST(ConsoleSessions, NegotiatesTelnet) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  char negotiation[12];
+  ASSERT_EQ(recv(session.socket(), negotiation, sizeof negotiation, MSG_WAITALL), 12);
+  EXPECT_EQ(std::string(negotiation, 12), "\xFF\xFB\x03\xFF\xFB\x01\xFF\xFD\x03\xFF\xFD\x01");
+}
+
+TEST(ConsoleSessions, AnswersTheUsageForAQuestionMark) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.typeKeys("show version now?"), "show version now\r\nshow version\r\n");
+}
+
+TEST(ConsoleSessions, AnswersTheUsageForTooManyWords) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.type("sleep 1 2"), "sleep <seconds>\r\n");
+}
+
+TEST(ConsoleSessions, EndsWithQuitLogoutAndExit) {
+  LabServer lab;
+  for (const std::string word : {"quit", "logout", "exit"}) {
+    OpenSession session(lab.port());
+    session.send(word + "\r");
+    EXPECT_EQ(session.readToEnd(), word + "\r\n");
+  }
+}
+
+TEST(ConsoleSessions, FiltersOutput) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.type("show device-info 0 | include State"),
+            "FW State                                  APP\r\n"
+            "Config State                       LINE (LCS)\r\n");
+  EXPECT_EQ(session.type("show device-info 0 | count"), "10\r\n");
+  EXPECT_EQ(session.type("show device-info 0 | include State | count"), "2\r\n");
+  EXPECT_EQ(session.type("show device-info 0 | egrep \"(State|Version)\" | exclude Config | count"), "3\r\n");
+  EXPECT_EQ(session.type("show device-info 0 | egrep ("), "Invalid pattern \"(\"\r\n");
+}
+
+TEST(ConsoleSessions, AnnouncesItselfAndTheNextOne) {
+  LabServer lab;
+  const std::string listening = "Listening on port " + std::to_string(lab.port()) + "\n";
+  {
+    OpenSession session(lab.port());
+    EXPECT_EQ(lab.program().awaitOutput("127.0.0.1\n"),
+              listening + " * accepted connection from 127.0.0.1\n");
+  }
+  EXPECT_EQ(lab.program().awaitOutput(listening, 2),
+            listening + " * accepted connection from 127.0.0.1\n" + listening);
+}
+
+TEST(ConsoleSessions, StartsAfreshOnTheSameInterpreter) {
+  LabServer lab;
+  {
+    OpenSession first(lab.port());
+    first.type("write memory 0 d0000000 4 12345678");
+    first.type("configure");
+  }
+  OpenSession second(lab.port());
+  EXPECT_EQ(second.type("read memory 0 d0000000 4"), "d0000000: 78563412\r\n");
+  EXPECT_EQ(second.type("history"), "\r\nCommand history:\r\n  0. read memory 0 d0000000 4\r\n");
+}
+
+TEST(ConsoleSessions, WaitsForTheOneBefore) {
+  LabServer lab;
+  OpenSession first(lab.port());
+  ConsoleSession second(lab.port());
+  EXPECT_EQ(second.readFor(300ms), "");
+  EXPECT_EQ(first.type("show version"), kUnavailable);
+  first.send("quit\r");
+  first.readToEnd();
+  EXPECT_NE(second.readUntil(kPrompt).find("Welcome"), std::string::npos);
+}
+
+TEST(ConsoleSessions, RunsWhatWasSentBeforeThePeerEndedItsInput) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  session.send("show version ?x\rsleep 1\rread sbr ?x\r");
+  session.endInput();
+  const std::string all = session.readToEnd();
+  EXPECT_NE(all.find("show version\r\n"), std::string::npos);
+  EXPECT_NE(all.find("read sbr <device-id> [ 0 ]\r\n"), std::string::npos);
+}
+
+TEST(ConsoleSessions, SeesWhatWasPrintedBeforeAWait) {
+  LabServer lab;
+  ScratchDirectory directory;
+  const std::string script = directory.write("wait.txt", "show version\nsleep 86400\n");
+  OpenSession session(lab.port());
+  session.send("run " + script + "\r");
+  EXPECT_NE(session.readUntil(kUnavailable).find(kUnavailable), std::string::npos);
+}
+
+TEST(ConsoleSessions, SeesEachCommandOfAScriptWhenItEnds) {
+  LabServer lab;
+  ScratchDirectory directory;
+  const std::string script =
+      directory.write("order.txt", "show version\nshow device-info 0 | count\nread sbr ?\nhelp | count\n");
+  OpenSession session(lab.port());
+  const std::string answer = session.type("run " + script + " 2");
+  const std::string once =
+      std::string(kUnavailable) + "10\r\nread sbr <device-id> [ 0 ]\r\n" + "\r\nCommands available:\r\n";
+  EXPECT_TRUE(answer.starts_with(">run " + script + " 1 of 2\r\n" + once)) << answer;
+  EXPECT_NE(answer.find("0\r\n>run " + script + " 2 of 2\r\n" + once), std::string::npos) << answer;
+}
+
+TEST(ConsoleSessions, FiltersWhatAScriptPrints) {
+  LabServer lab;
+  ScratchDirectory directory;
+  const std::string inner = directory.write("inner.txt", "show device-info 0 | include State\nread sbr ?\n");
+  const std::string outer = directory.write("outer.txt", "run " + inner + " | exclude Config\nsleep ?\n");
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.type("run " + outer + " | exclude sbr"),
+            "FW State                                  APP\r\nsleep <seconds>\r\n");
+  EXPECT_EQ(session.type("run " + outer + " | count"), "3\r\n");
+  EXPECT_EQ(session.type("show version"), kUnavailable);
+}
+
+TEST(ConsoleSessions, GoesOnAfterAScriptThatRunsItself) {
+  ScratchDirectory directory;
+  LabServer lab(directory.path());
+  directory.write("self.txt", "run self.txt\n");
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.type("run self.txt"),
+            "Scripts run each other more than 10 deep, stopped at [self.txt]\r\n");
+  EXPECT_EQ(session.type("show version"), kUnavailable);
+}
+
+TEST(ConsoleSessions, SurvivesBrokenPipesOfTheProcess) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  kill(lab.program().pid(), SIGPIPE);
+  EXPECT_EQ(session.type("show version"), kUnavailable);
+}
+
+}  // namespace
