@@ -78,20 +78,21 @@ void dispatch(QVR_deviceId_t device, const Event& event) {
 
 }  // namespace
 
-QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more) {
+QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken) {
   char event[QVR_K_MAX_EVT_BUFFER_LEN] = {};
   gfast_iocreq request = emptyRequest();
   request.req_u.logalm_read.buf = event;
   request.req_u.logalm_read.bufsize = sizeof event;
-  for (int taken = 0; taken < kMostEventsInOneGo; taken++) {
+  int taken = 0;
+  for (; taken < kMostEventsInOneGo; taken++) {
     if (driver().request(xi_descriptor, DFEIOCALMRD, request) < 0 ||
         request.req_u.logalm_read.datalen_copied_to_user == 0) {
-      return QVR_E_STATUS_OK;
+      break;
     }
     dispatch(xi_deviceId, readEvent(event));
   }
-  if (xo_more != nullptr) {
-    *xo_more = true;
+  if (xo_taken != nullptr) {
+    *xo_taken = taken;
   }
   return QVR_E_STATUS_OK;
 }

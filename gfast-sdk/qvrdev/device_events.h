@@ -8,9 +8,9 @@
 constexpr int kMostEventsInOneGo = 64;
 
 // Dispatches the device's pending events, oldest first, until none is pending or kMostEventsInOneGo were
-// taken; in the latter case *xo_more, unless nullptr, becomes true. Always QVR_E_STATUS_OK: a request that
-// fails ends the draining.
-QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more = nullptr);
+// taken; *xo_taken, unless nullptr, is how many. Always QVR_E_STATUS_OK: a request that fails ends the
+// draining.
+QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken = nullptr);
 
 // A chip has started anew: the line room's handler, then the registered callback.
 void QVR_handleRebootEvent();

@@ -109,22 +109,23 @@ void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_reque
   }
 }
 
-QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more) {
+QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken) {
   char records[QVR_K_MAX_EVT_BUFFER_LEN] = {};
   gfast_iocreq request = emptyRequest();
   request.req_u.logalm_read.buf = records;
   request.req_u.logalm_read.bufsize = sizeof records;
-  for (int taken = 0; taken < kMostLogBuffersInOneGo; taken++) {
+  int taken = 0;
+  for (; taken < kMostLogBuffersInOneGo; taken++) {
     if (driver().request(xi_descriptor, DFEIOCLOGRD, request) < 0 ||
         request.req_u.logalm_read.datalen_copied_to_user == 0) {
-      return QVR_E_STATUS_OK;
+      break;
     }
     if (callbacks().logMessageCB.load() != nullptr) {
       QVR_sendLogMessage(xi_deviceId, request);
     }
   }
-  if (xo_more != nullptr) {
-    *xo_more = true;
+  if (xo_taken != nullptr) {
+    *xo_taken = taken;
   }
   return QVR_E_STATUS_OK;
 }

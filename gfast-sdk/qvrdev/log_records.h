@@ -9,9 +9,9 @@ constexpr size_t QVR_K_MAX_LOG_STRING_LEN = 1024;  // bytes of a rendered line, 
 constexpr int kMostLogBuffersInOneGo = 16;
 
 // Fetches the device's pending log records and delivers them, until none is pending or kMostLogBuffersInOneGo
-// buffers were taken; in the latter case *xo_more, unless nullptr, becomes true. Always QVR_E_STATUS_OK: a
-// request that fails ends the draining.
-QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, bool* xo_more = nullptr);
+// buffers were taken; *xo_taken, unless nullptr, is how many. Always QVR_E_STATUS_OK: a request that fails
+// ends the draining.
+QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken = nullptr);
 
 // Delivers the records of a completed log read, in order: "<time> CP - <text>" of the control processor,
 // "<time> <core><line> - <text>" of the others. A record whose lengths reach past what the driver copied ends

@@ -52,11 +52,12 @@ bool NotificationRound::waitForDevices(std::chrono::microseconds duration) {
   waitedFor.fill(-1);
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     const int descriptor = openDescriptor(device);
-    if (descriptor >= 0 && descriptor < limit_) {
+    if (descriptor >= 0 && descriptor < limit_ && !fruitless_[static_cast<size_t>(device)]) {
       waitedFor[static_cast<size_t>(device)] = descriptor;
       FD_SET(descriptor, &descriptors);
     }
   }
+  fruitless_.fill(false);
   const int readable = clockSource().waitReadable(descriptors, limit_, duration);
   for (size_t i = 0; i < ready_.size(); i++) {
     ready_[i] = readable > 0 && waitedFor[i] >= 0 && FD_ISSET(waitedFor[i], &descriptors);
@@ -77,26 +78,37 @@ void NotificationRound::watchBoundary() {
 }
 
 void NotificationRound::drainDevices() {
+  std::array<int, QVR_K_MAX_DEVICES> taken;
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
-    const auto i = static_cast<size_t>(device);
-    const int descriptor = openDescriptor(device);
-    const bool drain = descriptor >= 0 && (ready_[i] || unfinished_[i]);
-    unfinished_[i] = false;
-    if (drain) {
-      QVR_handleAlarm(descriptor, device, &unfinished_[i]);
-    }
-  }
-  if (callbacks().logMessageCB.load() == nullptr) {
-    return;
+    taken[static_cast<size_t>(device)] = drainEvents(device);
   }
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
-    const int descriptor = openDescriptor(device);
-    bool more = false;
-    if (descriptor >= 0) {
-      QVR_handleLogEvents(descriptor, device, &more);
-    }
-    unfinished_[static_cast<size_t>(device)] |= more;
+    taken[static_cast<size_t>(device)] += drainLogs(device);
   }
+  for (size_t i = 0; i < taken.size(); i++) {
+    fruitless_[i] = ready_[i] && taken[i] == 0;
+  }
+}
+
+int NotificationRound::drainEvents(QVR_deviceId_t device) {
+  const auto i = static_cast<size_t>(device);
+  const int descriptor = openDescriptor(device);
+  int taken = 0;
+  if (descriptor >= 0 && (ready_[i] || unfinished_[i])) {
+    QVR_handleAlarm(descriptor, device, &taken);
+  }
+  unfinished_[i] = taken == kMostEventsInOneGo;
+  return taken;
+}
+
+int NotificationRound::drainLogs(QVR_deviceId_t device) {
+  const int descriptor = openDescriptor(device);
+  int taken = 0;
+  if (descriptor >= 0 && callbacks().logMessageCB.load() != nullptr) {
+    QVR_handleLogEvents(descriptor, device, &taken);
+  }
+  unfinished_[static_cast<size_t>(device)] |= taken == kMostLogBuffersInOneGo;
+  return taken;
 }
 
 void NotificationRound::checkDevices() {

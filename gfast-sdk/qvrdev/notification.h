@@ -24,7 +24,9 @@ class NotificationRound {
   // Waits up to QVR_K_POLLING_INTERVAL for the devices, then: quarter-hour callbacks when a boundary has
   // passed (and a second of sleep), pending events and log records, and every
   // QVR_K_DEVICE_COMM_WATCHDOG_PERIOD rounds the liveness check. A queue that was left with more to drain is
-  // continued in the next step, which does not wait and does not count as a round.
+  // continued in the next step, which does not wait and does not count as a round. A device that was ready
+  // but had nothing for this thread (log records that nobody takes) is not waited for in the next step: it
+  // would keep the thread awake for nothing.
   void step();
 
  private:
@@ -32,6 +34,8 @@ class NotificationRound {
   bool waitForDevices(std::chrono::microseconds duration);
   void watchBoundary();
   void drainDevices();
+  int drainEvents(QVR_deviceId_t device);
+  int drainLogs(QVR_deviceId_t device);
   void checkDevices();
   void checkDevice(QVR_deviceId_t device);
 
@@ -41,6 +45,7 @@ class NotificationRound {
   std::array<uint32_t, QVR_K_MAX_DEVICES> checksLeft_;  // failures still tolerated
   std::array<bool, QVR_K_MAX_DEVICES> ready_{};         // whose events are to be drained in this round
   std::array<bool, QVR_K_MAX_DEVICES> unfinished_{};    // whose queues were left with more to drain
+  std::array<bool, QVR_K_MAX_DEVICES> fruitless_{};     // who was ready for nothing
 };
 
 // The thread's body; it never returns.

@@ -175,9 +175,9 @@ TEST_F(Events, OfOneDeviceLeaveTheOther) {
 
 TEST_F(Events, EndWithARequestThatFails) {
   chip(0).events = {event(EVENT_TYPE_BOOT_SUCCEEDED)};
-  bool more = false;
-  EXPECT_EQ(QVR_handleAlarm(99, 0, &more), QVR_E_STATUS_OK);
-  EXPECT_FALSE(more);
+  int taken = -1;
+  EXPECT_EQ(QVR_handleAlarm(99, 0, &taken), QVR_E_STATUS_OK);
+  EXPECT_EQ(taken, 0);
   EXPECT_THAT(told(), IsEmpty());
 }
 
@@ -201,13 +201,12 @@ TEST_F(Events, LongerThanTheBufferAreReadWithinIt) {
 
 TEST_F(Events, AreLeftForTheNextGoWhenTheyAreAFlood) {
   chip(0).events.assign(kMostEventsInOneGo + 1, event(EVENT_TYPE_BOOT_SUCCEEDED));
-  bool more = false;
-  QVR_handleAlarm(kDescriptor0, 0, &more);
-  EXPECT_TRUE(more);
+  int taken = 0;
+  QVR_handleAlarm(kDescriptor0, 0, &taken);
+  EXPECT_EQ(taken, kMostEventsInOneGo);
   EXPECT_EQ(chip(0).events.size(), 1U);
-  more = false;
-  QVR_handleAlarm(kDescriptor0, 0, &more);
-  EXPECT_FALSE(more);
+  QVR_handleAlarm(kDescriptor0, 0, &taken);
+  EXPECT_EQ(taken, 1);
   EXPECT_EQ(told().size(), 2U * (kMostEventsInOneGo + 1));
 }
 

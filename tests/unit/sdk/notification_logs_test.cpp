@@ -253,16 +253,16 @@ TEST_F(Logs, StopWhenTheListenerLeaves) {
 }
 
 TEST_F(Logs, EndWithARequestThatFails) {
-  bool more = false;
-  EXPECT_EQ(QVR_handleLogEvents(99, 0, &more), QVR_E_STATUS_OK);
-  EXPECT_FALSE(more);
+  int taken = -1;
+  EXPECT_EQ(QVR_handleLogEvents(99, 0, &taken), QVR_E_STATUS_OK);
+  EXPECT_EQ(taken, 0);
 }
 
 TEST_F(Logs, AreLeftForTheNextGoWhenTheyAreAFlood) {
   chip(0).logs.assign(kMostLogBuffersInOneGo + 1, logRecord(0, FDU_CORE, "again"));
-  bool more = false;
-  QVR_handleLogEvents(10, 0, &more);
-  EXPECT_TRUE(more);
+  int taken = 0;
+  QVR_handleLogEvents(10, 0, &taken);
+  EXPECT_EQ(taken, kMostLogBuffersInOneGo);
   EXPECT_EQ(chip(0).logs.size(), 1U);
 }
 

@@ -89,6 +89,18 @@ TEST_F(Round, LeavesLogsInTheDriverWhileNobodyListens) {
   EXPECT_EQ(chip(0).logs.size(), 1U);
 }
 
+// Its descriptor stays readable for as long as nobody takes them, and would keep the thread awake.
+TEST_F(Round, WaitsWithoutADeviceThatWasReadyForNothing) {
+  chip(0).logs = {Record(8, 0)};
+  onlyReadable(10);
+  NotificationRound round;
+  round.step();
+  round.step();
+  EXPECT_THAT(clock().waitedFor, ElementsAre(12));
+  round.step();
+  EXPECT_THAT(clock().waitedFor, ElementsAre(10, 12));
+}
+
 TEST_F(Round, DrainsDeviceZeroBeforeDeviceOneAndEventsBeforeLogs) {
   QVR_registerLinkFailureNotificationCB([](QVR_lineId_t line, LINK_FAILURE_TYPE_E, time_t) {
     told().push_back("event " + std::to_string(line));
