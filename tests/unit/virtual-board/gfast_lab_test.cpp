@@ -16,7 +16,7 @@ struct Outcome {
 };
 
 Outcome lab(const std::string& arguments) {
-  std::FILE* pipe = ::popen((std::string(GFAST_LAB) + ' ' + arguments + " 2>&1").c_str(), "r");
+  std::FILE* pipe = ::popen((std::string(LAUNCHER " " GFAST_LAB) + ' ' + arguments + " 2>&1").c_str(), "r");
   Outcome outcome;
   char buffer[4096];
   for (size_t got = 0; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
