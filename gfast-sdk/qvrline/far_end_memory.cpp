@@ -33,7 +33,7 @@ void writeRequest(Message& message, const Piece& piece) {
 // Whether the response is the piece asked for, whole: a far end may send anything. One that refuses need not
 // have understood what it refuses, so nothing else of its header counts.
 QVR_retval_t judgeResponse(const Message& message, uint32_t received, const Piece& piece) {
-  if (received < MGMT_HEADER_SIZE || received > message.size()) {
+  if (received < MGMT_HEADER_SIZE) {
     return QVR_E_FAILED_GETTING_FE_DATA;
   }
   const uint16_t opcode = load_le16(&message[MGMT_HEADER_OPCODE]);

@@ -200,6 +200,7 @@ TEST(EocThreads, ExchangesOfManyThreadsNeverOverlap) {
   AnsweringFarEnds farEnds;
   farEnds.duringExchange = [](int) { std::this_thread::yield(); };
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; i++) {
     threads.emplace_back([i] {
       Bytes bytes(2048);
