@@ -28,7 +28,7 @@ std::vector<std::chrono::microseconds> TestClock::sleeps() {
 
 time_t TestClock::now() {
   const std::lock_guard guard(lock_);
-  return std::chrono::duration_cast<std::chrono::seconds>(now_).count();
+  return static_cast<time_t>(std::chrono::duration_cast<std::chrono::seconds>(now_).count());
 }
 
 void TestClock::sleep(std::chrono::microseconds duration) {
