@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "console/programs.h"
 
@@ -59,11 +60,18 @@ TEST(Script, ThatRunsItselfEnds) {
   EXPECT_EQ(program.output(), stopped + stopped + "not available in this build\n");
 }
 
+// gfast-lab on a board without chips.
+ConsoleProgram emptyLab(const ScratchDirectory& directory, const std::vector<std::string>& arguments) {
+  std::vector<std::string> command = {GFAST_LAB, "--board",
+                                      directory.write("none.toml", "[board]\ndevices = 0\n")};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return ConsoleProgram(LAUNCHER, command);
+}
+
 TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
   ScratchDirectory directory;
-  const std::string board = directory.write("none.toml", "[board]\ndevices = 0\n");
   ConsoleProgram program =
-      lab({"--board", board, directory.write("a.txt", "show device-info\nread sbr\nsleep ?\n")});
+      emptyLab(directory, {directory.write("a.txt", "show device-info\nread sbr\nsleep ?\n")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(),
             "Warning: Failed to connect to DFEs\n"
@@ -74,8 +82,7 @@ TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
 
 TEST(Server, WarnsOnceWithoutDevicesAndStillPrompts) {
   ScratchDirectory directory;
-  const std::string board = directory.write("none.toml", "[board]\ndevices = 0\n");
-  ConsoleProgram program = lab({"--board", board, "--port", "0"});
+  ConsoleProgram program = emptyLab(directory, {"--port", "0"});
   const std::string listening = "Listening on port " + std::to_string(program.port()) + "\n";
   EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\n" + listening);
   OpenSession session(program.port());

@@ -227,11 +227,13 @@ TEST_F(Session, IsThereUntilThePeerHangsUp) {
 
 TEST(NoSession, IsNotLostAndNeedsNoBuffer) {
   cli_def* const cli = interpreter();
-  const BufferedSession buffered(cli);
-  EXPECT_EQ(cli->client, nullptr);
-  EXPECT_FALSE(sessionLost(cli));
-  flushSession(cli);
-  cli_print(cli, "line");
+  {
+    const BufferedSession buffered(cli);
+    EXPECT_EQ(cli->client, nullptr);
+    EXPECT_FALSE(sessionLost(cli));
+    flushSession(cli);
+    cli_print(cli, "line");
+  }
   EXPECT_EQ(printed.back(), "line");
   cli_done(cli);
 }

@@ -110,11 +110,12 @@ TEST_F(Server, TakesAFailedAcceptAsASessionThatEndsAtOnceAndPauses) {
   const rlimit none{static_cast<rlim_t>(client.socket()) + 1, limit.rlim_max};
   testing::internal::CaptureStdout();
   testClock().onSleep([&] {
-    if (testClock().sleeps().size() == 3) {
+    if (testClock().sleeps().size() == 4) {
       setrlimit(RLIMIT_NOFILE, &limit);
       close(STDIN_FILENO);
     }
   });
+  clockSource().sleep({});  // UBSan needs a descriptor to look at an object's type the first time
   setrlimit(RLIMIT_NOFILE, &none);
   serveSessions(cli_, listener_);
   std::string expected;
@@ -122,10 +123,11 @@ TEST_F(Server, TakesAFailedAcceptAsASessionThatEndsAtOnceAndPauses) {
     expected += announcement_;
   }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
-  EXPECT_EQ(testClock().sleeps().size(), 3U);
-  for (const auto pause : testClock().sleeps()) {
-    EXPECT_GT(pause.count(), 0);
-    EXPECT_LE(pause, std::chrono::seconds(1));
+  const auto sleeps = testClock().sleeps();
+  ASSERT_EQ(sleeps.size(), 4U);
+  for (size_t i = 1; i < sleeps.size(); i++) {
+    EXPECT_GT(sleeps[i].count(), 0);
+    EXPECT_LE(sleeps[i], std::chrono::seconds(1));
   }
 }
 
