@@ -9,7 +9,7 @@
 
 namespace {
 
-// The blocks last read. What a read left out keeps what an earlier one found.
+// The blocks of the line and the end last shown.
 GFAST_DERIVED_COUNTERS_S derivedCounters;
 GFAST_FRAMER_INIT_COUNTERS_S framerInitCounters;
 GFAST_FRAMER_RAW_COUNTERS_S framerRawCounters;
@@ -18,8 +18,18 @@ GFAST_FDU_RAW_COUNTERS_S fduRawCounters;
 
 enum class Side { kNear, kFar };
 
+// Zero is what a block shows that cannot be read: what was there before may be another line's.
+void clearBlocks() {
+  derivedCounters = {};
+  framerInitCounters = {};
+  framerRawCounters = {};
+  fduInitCounters = {};
+  fduRawCounters = {};
+}
+
 // All five are tried; the last read's result is the result.
 QVR_retval_t readBlocks(QVR_lineId_t line, Side side) {
+  clearBlocks();
   if (side == Side::kNear) {
     QVR_readGfastDerivedCounters(line, &derivedCounters);
     QVR_readGfastFramerInitCounters(line, &framerInitCounters);
