@@ -1,0 +1,215 @@
+// What a lab's standard output shows while its chips speak: every line whole, trailing blanks included. The
+// two chips tell their events side by side, so the order is that of each chip.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "console/programs.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::MatchesRegex;
+
+using Lines = std::vector<std::string>;
+
+const std::string kBothInShowtime =
+    "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
+    "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n";
+const std::string kBothIdle =
+    "[[device]]\nside = \"dp\"\nline = \"idle\"\n"
+    "[[device]]\nside = \"cpe\"\nline = \"idle\"\n";
+
+// A lab in front of a board of the test's own, and a session at its prompt.
+class LabEvents : public testing::Test {
+ protected:
+  void start(const std::string& board) {
+    setenv("TZ", "LAB-3", 1);  // three hours ahead of UTC
+    const std::string file = directory_.write("board.toml", board);
+    const std::vector<std::string> command{GFAST_LAB, "--board", file, "--port", "0"};
+    program_ = std::make_unique<ConsoleProgram>(LAUNCHER, command);
+    session_ = std::make_unique<OpenSession>(program_->port());
+  }
+
+  void await(const std::string& text, int times = 1) { program_->awaitOutput(text, times); }
+
+  // What was printed so far but for the server's own lines.
+  Lines events() {
+    std::istringstream printed(program_->output());
+    Lines lines;
+    for (std::string line; std::getline(printed, line);) {
+      if (!line.starts_with("Listening on port ") && !line.starts_with(" * accepted connection ")) {
+        lines.push_back(line);
+      }
+    }
+    return lines;
+  }
+
+  // Those of a line; what concerns no single line is device 0's, which is the one that the tests reboot.
+  Lines eventsOf(int line) {
+    const std::string other = "Link [" + std::to_string(1 - line) + "] ";
+    Lines lines = events();
+    std::erase_if(lines, [&](const std::string& text) {
+      return text.starts_with(other) || (line == 1 && !text.starts_with("Link "));
+    });
+    return lines;
+  }
+
+  OpenSession& session() { return *session_; }
+
+ private:
+  ScratchDirectory directory_;
+  std::unique_ptr<ConsoleProgram> program_;
+  std::unique_ptr<OpenSession> session_;
+};
+
+// The time as the console writes it.
+std::string timeText(time_t time) {
+  char text[32];
+  const time_t local = time + 3L * 60 * 60;
+  tm fields{};
+  std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S+LAB", gmtime_r(&local, &fields));
+  return text;
+}
+
+TEST_F(LabEvents, ATrainingFromPowerUp) {
+  start("");
+  await("to show time      \n", 2);
+  EXPECT_THAT(eventsOf(0), ElementsAre("Link [0] state changed from silent          to init hs        ",
+                                       "Link [0] state changed from init hs         to init train     ",
+                                       "Link [0] state changed from init train      to show time      "));
+  EXPECT_THAT(eventsOf(1), ElementsAre("Link [1] state changed from silent          to init hs        ",
+                                       "Link [1] state changed from init hs         to init train     ",
+                                       "Link [1] state changed from init train      to show time      "));
+  EXPECT_EQ(session().readFor(0ms), "");
+}
+
+TEST_F(LabEvents, ARestartedLineEndsInOrderAndTrainsAgain) {
+  start(kBothInShowtime);
+  EXPECT_EQ(session().type("restart line 0"), "");
+  await("to show time      \n", 2);
+  EXPECT_THAT(eventsOf(0), ElementsAre("Link [0] state changed from show time       to deactivating 1 ",
+                                       "Link [0] state changed from deactivating 1  to deactivating 2 ",
+                                       "Link [0] state changed from deactivating 2  to silent         ",
+                                       "Link [0] state changed from silent          to init hs        ",
+                                       "Link [0] state changed from init hs         to init train     ",
+                                       "Link [0] state changed from init train      to show time      "));
+  EXPECT_THAT(eventsOf(1), ElementsAre("Link [1] state changed from show time       to pre-deactivating 1",
+                                       "Link [1] state changed from pre-deactivating 1 to deactivating 2 ",
+                                       "Link [1] state changed from deactivating 2  to silent         ",
+                                       "Link [1] state changed from silent          to init hs        ",
+                                       "Link [1] state changed from init hs         to init train     ",
+                                       "Link [1] state changed from init train      to show time      "));
+}
+
+TEST_F(LabEvents, ADeactivatedLineStaysDownUntilItIsActivated) {
+  start(kBothInShowtime);
+  EXPECT_EQ(session().type("deactivate line 1"), "");
+  await("to idle           \n");
+  EXPECT_THAT(eventsOf(0), ElementsAre("Link [0] state changed from show time       to pre-deactivating 1",
+                                       "Link [0] state changed from pre-deactivating 1 to deactivating 2 ",
+                                       "Link [0] state changed from deactivating 2  to silent         "));
+  EXPECT_THAT(eventsOf(1), ElementsAre("Link [1] state changed from show time       to deactivating 1 ",
+                                       "Link [1] state changed from deactivating 1  to deactivating 2 ",
+                                       "Link [1] state changed from deactivating 2  to idle           "));
+  const size_t before = events().size();
+  EXPECT_EQ(session().readFor(1s), "");
+  EXPECT_EQ(events().size(), before);
+  EXPECT_EQ(session().type("activate line 1"), "");
+  await("to init hs        \n", 2);
+  EXPECT_EQ(eventsOf(0).back(), "Link [0] state changed from silent          to init hs        ");
+  const Lines down = eventsOf(1);
+  ASSERT_EQ(down.size(), 5U);
+  EXPECT_EQ(down[3], "Link [1] state changed from idle            to silent         ");
+  EXPECT_EQ(down[4], "Link [1] state changed from silent          to init hs        ");
+}
+
+TEST_F(LabEvents, ARebootDropsTheLineAndBringsItBack) {
+  start(kBothInShowtime);
+  const time_t before = std::time(nullptr);
+  EXPECT_EQ(session().type("reboot"), "");
+  await("to show time      \n", 2);
+  const time_t after = std::time(nullptr);
+  Lines first = eventsOf(0);
+  ASSERT_EQ(first.size(), 6U);
+  // The other end tells the failure, and numbers its own line 0; a chip in reset tells nothing.
+  const std::string begin = "Line failure event on line=0 reason=6 at time ";
+  EXPECT_GE(first[0], begin + timeText(before) + " ...");
+  EXPECT_LE(first[0], begin + timeText(after) + " ...");
+  EXPECT_EQ(first[0].size(), begin.size() + timeText(before).size() + 4);
+  first.erase(first.begin());
+  EXPECT_THAT(first, ElementsAre("Reboot notification...",
+                                 "Link [0] state changed from idle            to silent         ",
+                                 "Link [0] state changed from silent          to init hs        ",
+                                 "Link [0] state changed from init hs         to init train     ",
+                                 "Link [0] state changed from init train      to show time      "));
+  EXPECT_THAT(eventsOf(1), ElementsAre("Link [1] state changed from show time       to deactivating 1 ",
+                                       "Link [1] state changed from deactivating 1  to silent         ",
+                                       "Link [1] state changed from silent          to init hs        ",
+                                       "Link [1] state changed from init hs         to init train     ",
+                                       "Link [1] state changed from init train      to show time      "));
+}
+
+// Bit 1 of the boot register leaves the activation after a reset to the host.
+TEST_F(LabEvents, ARebootActivatesBothLines) {
+  start(kBothIdle);
+  EXPECT_EQ(session().type("write memory 0 e0000238 4 02:00:80:01"), "");
+  EXPECT_EQ(session().type("reboot"), "");
+  await("to init hs        \n", 2);
+  EXPECT_THAT(eventsOf(0), ElementsAre("Reboot notification...",
+                                       "Link [0] state changed from idle            to silent         ",
+                                       "Link [0] state changed from silent          to init hs        "));
+  EXPECT_THAT(eventsOf(1), ElementsAre("Link [1] state changed from idle            to silent         ",
+                                       "Link [1] state changed from silent          to init hs        "));
+}
+
+// Bit 15 of the boot register keeps the chip in configuration state.
+TEST_F(LabEvents, ARebootInConfigurationStateActivatesNothing) {
+  start(kBothIdle);
+  EXPECT_EQ(session().type("write memory 0 e0000238 4 02:80:80:01"), "");
+  EXPECT_EQ(session().type("reboot"), "");
+  await("Reboot notification...\n");
+  EXPECT_EQ(session().readFor(1s), "");
+  EXPECT_THAT(events(), ElementsAre("Reboot notification..."));
+}
+
+TEST_F(LabEvents, TheBoardFilesEvents) {
+  start(kBothInShowtime +
+        "[[event]]\ndevice = 0\nat_s = 0.3\ntype = 2\nparams = [3, 1]\n"  //
+        "[[event]]\ndevice = 0\nat_s = 0.4\ntype = 5\nparams = [0]\n"     //
+        "[[event]]\ndevice = 1\nat_s = 0.5\ntype = 5\nparams = [0]\n"     //
+        "[[event]]\ndevice = 1\nat_s = 0.6\ntype = 2\nparams = [8, 5]\n"  //
+        "[[event]]\ndevice = 0\nat_s = 0.7\ntype = 0\nparams = [5, 6]\n"  //
+        "[[event]]\ndevice = 1\nat_s = 0.8\ntype = 0\nparams = [15, 9]\n");
+  await("to pre-deactivating 1\n");
+  const std::string time =
+      "at time 2[0-9]+-[0-9][0-9]-[0-9][0-9]T[0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\+LAB \\.\\.\\.";
+  EXPECT_THAT(events(), ElementsAre(MatchesRegex("Line failure event on line=1 reason=3 " + time),
+                                    "non-cDTA CPE joined on line 0",  //
+                                    "non-cDTA CPE joined on line 1",
+                                    MatchesRegex("Line failure event on line=5 reason=8 " + time),
+                                    "Link [0] state changed from init train      to show time      ",
+                                    "Link [1] state changed from Unknown         to pre-deactivating 1"));
+}
+
+TEST_F(LabEvents, OfWhichNothingIsShown) {
+  start(kBothInShowtime +
+        "[[event]]\ndevice = 0\nat_s = 0.3\ntype = 1\n"
+        "[[event]]\ndevice = 1\nat_s = 0.3\ntype = 3\n"
+        "[[event]]\ndevice = 0\nat_s = 0.3\ntype = 77\nparams = [1, 2]\n"
+        "[[event]]\ndevice = 1\nat_s = 0.3\ntype = 0\nparams = [6, 6]\n"
+        "[[event]]\ndevice = 1\nat_s = 0.3\ntype = 5\nparams = [1]\n"
+        "[[event]]\ndevice = 1\nat_s = 0.6\ntype = 5\nparams = [0]\n");
+  await("non-cDTA CPE joined on line 1\n");
+  EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
+}
+
+}  // namespace
