@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr size_t kChunk = 16 * 1024;
+constexpr size_t kChunk = size_t{16} * 1024;
 
 ssize_t receiveSome(int socket, char* buffer, size_t size) {
   ssize_t received;
@@ -110,8 +110,10 @@ void SessionRelay::relayOutput() {
 }
 
 // A connection that is closed with unread input is reset, and the peer may lose output it has not read yet.
+// So a little input is thrown away for its sake; a peer that sends much is better off with the reset, because
+// it may be waiting for room.
 void SessionRelay::discardInput() {
-  constexpr int most = 64;  // chunks; the peer may never stop
+  constexpr int most = 2;  // chunks
   char received[kChunk];
   for (int i = 0; i < most && receiveSome(connection_, received, sizeof received) > 0; i++) {
   }

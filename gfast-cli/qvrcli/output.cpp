@@ -47,9 +47,9 @@ void AddMessage(const char* xi_text, uint32_t xi_column) {
   while (mDisplayBufIdx < min(xi_column, kLineSize)) {
     mDisplayBuf[mDisplayBufIdx++] = ' ';
   }
-  const auto length = static_cast<uint32_t>(min<size_t>(std::strlen(xi_text), kLineSize - mDisplayBufIdx));
-  std::memcpy(mDisplayBuf + mDisplayBufIdx, xi_text, length);
-  mDisplayBufIdx += length;
+  while (mDisplayBufIdx < kLineSize && *xi_text != '\0') {
+    mDisplayBuf[mDisplayBufIdx++] = *xi_text++;
+  }
 }
 
 void PrintMessage(cli_def* xi_cli) {

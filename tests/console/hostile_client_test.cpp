@@ -35,9 +35,13 @@ TEST(HostileClient, CompletesBehindAFilter) {
   for (const std::string filter : {"include", "exclude", "begin", "between a", "between", "grep", "egrep",
                                    "grep -v", "egrep -i", "count"}) {
     for (const std::string key : {"\t", "\t\t", "?"}) {
-      session.send("show version | " + filter + " x " + key);
-      session.send("\x15show version | " + filter + " " + key);
-      session.send("\x15show version | " + filter + key + "\x15");
+      for (const char* const behind : {" x ", " ", ""}) {
+        session.send("show version | ");
+        session.send(filter);
+        session.send(behind);
+        session.send(key);
+        session.send("\x15");
+      }
     }
   }
   session.send("show version | \t\x15show version |?\x15|\t|?\x15|||\t?\x15\r");
@@ -64,7 +68,10 @@ TEST(HostileClient, CompletesLinesThatComeBack) {
   OpenSession session(lab.port());
   session.send(std::string(4087, ' ') + "sho\r");
   for (const std::string key : {"\x10", "\x0e", "\x1b[A", "\x1b[B"}) {
-    session.send(key + "\t" + key + "\t\t\x15");
+    session.send(key);
+    session.send("\t");
+    session.send(key);
+    session.send("\t\t\x15");
   }
   session.send(repeat("show ve\t", 2000) + "\x15\r");
   session.close();

@@ -86,7 +86,7 @@ ScratchDirectory::~ScratchDirectory() {
 }
 
 std::string ScratchDirectory::write(const std::string& name, std::string_view content) const {
-  const std::string full = path_ + "/" + name;
+  std::string full = path_ + "/" + name;
   FILE* const file = std::fopen(full.c_str(), "w");
   if (file == nullptr) {
     throw systemError(full);

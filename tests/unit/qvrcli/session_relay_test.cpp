@@ -29,12 +29,12 @@ Connection connectLoopback() {
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   socklen_t length = sizeof address;
-  bind(listener, reinterpret_cast<sockaddr*>(&address), length);
+  EXPECT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), length), 0);
   listen(listener, 1);
   getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
   Connection connection;
   connection.peer = socket(AF_INET, SOCK_STREAM, 0);
-  connect(connection.peer, reinterpret_cast<sockaddr*>(&address), length);
+  EXPECT_EQ(connect(connection.peer, reinterpret_cast<sockaddr*>(&address), length), 0);
   connection.server = accept(listener, nullptr, nullptr);
   close(listener);
   return connection;
