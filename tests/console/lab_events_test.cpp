@@ -212,4 +212,16 @@ TEST_F(LabEvents, OfWhichNothingIsShown) {
   EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
 }
 
+// The start reads the boot register twice; then the chip answers everything but the look every five seconds
+// whether it is there. The fourth look in vain is reported.
+TEST_F(LabEvents, AChipThatStopsAnswering) {
+  start(kBothInShowtime +
+        "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0xE0000238\nskip = 2\ncount = 4\n");
+  const auto begin = std::chrono::steady_clock::now();
+  await("Communication failure with DFE0\n");
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, 18s);
+  EXPECT_EQ(session().readFor(500ms), "");
+  EXPECT_THAT(events(), ElementsAre("Communication failure with DFE0"));
+}
+
 }  // namespace
