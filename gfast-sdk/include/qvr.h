@@ -10,8 +10,11 @@
 #include <cstdint>
 #include <ctime>
 
+#include "config_params.h"
 #include "gfast_api.h"
 #include "gfast_counters.h"
+#include "line_config.h"
+#include "qvr_bool.h"
 
 // ---- Results ----
 
@@ -69,10 +72,6 @@ constexpr bool QVR_STATUS_ERROR(QVR_retval_t status) {
 }
 
 // ---- Limits and identifiers ----
-
-using BOOL = uint8_t;
-constexpr BOOL FALSE = 0;
-constexpr BOOL TRUE = 1;
 
 using QVR_deviceId_t = int32_t;  // 0 .. QVR_K_MAX_DEVICES-1
 using QVR_lineId_t = int32_t;    // 0 .. QVR_K_MAX_LINES-1; a logical line id unless called internal
@@ -474,3 +473,90 @@ QVR_retval_t QVR_readFarEndFTUmanagementCounters(QVR_lineId_t xi_lineId,
                                                  G9701_ManagementCounters_t* xo_counters);
 QVR_retval_t QVR_readFarEndPMDTestParameters(QVR_lineId_t xi_lineId,
                                              G9701_PMDTestParameters_t* xo_parameters);
+
+// ---- Parameters (ids and dictionary: config_params.h) ----
+
+// The dictionary is read from device 0 by the first of these operations and then kept, also across a reboot
+// of the device. When that reading failed, each operation answers its failure from then on. What is wrong in
+// a dictionary is logged as warnings and left out: an entry that leaves the startup-parameters area, an id
+// that comes twice (the later entry counts), words behind the highest id. Of the area, sizes beyond 64 KiB
+// are cut to what entries can reach.
+//
+// The library keeps a copy of the startup-parameters area, through which every value passes.
+
+// Loads the dictionary unless it has been loaded.
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR  it could not be read
+//   QVR_E_FAILED_TO_ALLOCATE_MEMORY               no memory for it or for the copy of the area
+QVR_retval_t QVR_initParams();
+
+// A parameter's value for callers: a uint16_t when its length is 2, a uint32_t when it is 4, otherwise its
+// bytes as the chip has them. At most QVR_K_MAX_PARAM_LEN bytes.
+using QVR_getConfigParam_t = QVR_retval_t (*)(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xo_value);
+using QVR_setConfigParam_t = QVR_retval_t (*)(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xi_value);
+
+// Reads a parameter from the startup-parameters area of the line's device, trying twice; that of a line, too.
+// When both readings fail *xo_value is what the library last knew.
+//   QVR_E_UNSUPPORTED_PARAMETER                   the dictionary does not have it; a warning says so
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR  of the second reading
+//   otherwise as QVR_initParams
+QVR_retval_t QVR_getConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xo_value);
+
+// Writes a parameter, unless it is what the library last knew: a parameter per line in line state to the
+// line's own area, any other to both devices, which then must be restarted (QVR_systemRestartRequired). When
+// that fails it is written to the startup-parameters area of the line's device.
+//   QVR_E_UNSUPPORTED_PARAMETER  the dictionary does not have it; a warning says so
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  of the last writing
+//   otherwise as QVR_initParams
+QVR_retval_t QVR_setConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xi_value);
+
+// Read the whole startup-parameters area of device 0 into the library's copy, and write it back. The line id
+// does not matter.
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  the area could not be transferred
+//   otherwise as QVR_initParams
+QVR_retval_t QVR_loadConfigParams(QVR_lineId_t xi_lineId);
+QVR_retval_t QVR_saveConfigParams(QVR_lineId_t xi_lineId);
+
+// What the dictionary says of a parameter, for the life of the process; nullptr when it has no such parameter
+// or could not be loaded.
+const QVR_paramInfo_t* QVR_getParamDictionaryEntry(eConstParams xi_id);
+
+// Whether a parameter is set in system configuration state or in line state; CONFIG_STATE_SYSTEM when the
+// dictionary does not have it.
+eConfigState QVR_paramConfigState(eConstParams xi_id);
+
+// Answers FALSE to end the listing.
+using QVR_dictionaryEntryHandlerCB = BOOL (*)(uint32_t xi_index, const QVR_paramInfo_t* xi_entry);
+
+// Calls the handler for every parameter of the dictionary in ascending order of ids; xi_index is the id.
+//   QVR_E_ERROR  the dictionary could not be loaded
+QVR_retval_t QVR_listDictionary(QVR_dictionaryEntryHandlerCB xi_handler);
+
+// Slots of the dictionary, the highest id plus one; 0 until it has been loaded.
+uint32_t QVR_numberOfDictionaryEntries();
+
+// The display name of a parameter, such as "bandStart_0"; "???" of one that has none, whose id is
+// QVR_K_PARAM_NAMES-1 or higher.
+const char* QVR_paramName(eConstParams xi_id);
+
+// TRUE when a system parameter has changed since device 0 started, and when device 0 cannot be asked.
+BOOL QVR_systemRestartRequired();
+
+// ---- Line configuration (record: line_config.h) ----
+
+// Reads the configuration of a line from the chip's parameters: MF, Mds, CE, RFIBANDS, IARBANDS, TARSNRM,
+// FEXT_CANCEL_ENABLE, SRA_ENABLE, INPMIN_REIN, IAT_REIN (the rate in Hz), SHINERATIO and BLUPPERLIMIT. All
+// other fields stay as they were, and so does a field that cannot be read, which a warning says.
+//   as QVR_loadConfigParams
+QVR_retval_t QVR_getLineConfig(QVR_lineId_t xi_lineId, QVR_lineConfig_t* xo_config);
+
+// Reads the configuration of the line; the chip takes none of it back, so nothing is written.
+//   as QVR_getLineConfig
+QVR_retval_t QVR_setLineConfig(QVR_lineId_t xi_lineId, const QVR_lineConfig_t* xi_config);
+
+// Keeps state and configuration of every line as they are now, up to the first that cannot be read.
+//   as QVR_getLineConfig
+QVR_retval_t QVR_saveLineConfigState();
+
+// Do nothing. Always QVR_E_STATUS_OK.
+QVR_retval_t QVR_restoreSystemConfigState();
+QVR_retval_t QVR_restoreLineConfigState();
