@@ -183,12 +183,12 @@ TEST_F(LabEvents, ARebootInConfigurationStateActivatesNothing) {
 
 TEST_F(LabEvents, TheBoardFilesEvents) {
   start(kBothInShowtime +
-        "[[event]]\ndevice = 0\nat_s = 0.3\ntype = 2\nparams = [3, 1]\n"  //
-        "[[event]]\ndevice = 0\nat_s = 0.4\ntype = 5\nparams = [0]\n"     //
-        "[[event]]\ndevice = 1\nat_s = 0.5\ntype = 5\nparams = [0]\n"     //
-        "[[event]]\ndevice = 1\nat_s = 0.6\ntype = 2\nparams = [8, 5]\n"  //
-        "[[event]]\ndevice = 0\nat_s = 0.7\ntype = 0\nparams = [5, 6]\n"  //
-        "[[event]]\ndevice = 1\nat_s = 0.8\ntype = 0\nparams = [15, 9]\n");
+        "[[event]]\ndevice = 0\nat_s = 1.0\ntype = 2\nparams = [3, 1]\n"  //
+        "[[event]]\ndevice = 0\nat_s = 1.1\ntype = 5\nparams = [0]\n"     //
+        "[[event]]\ndevice = 1\nat_s = 1.2\ntype = 5\nparams = [0]\n"     //
+        "[[event]]\ndevice = 1\nat_s = 1.3\ntype = 2\nparams = [8, 5]\n"  //
+        "[[event]]\ndevice = 0\nat_s = 1.4\ntype = 0\nparams = [5, 6]\n"  //
+        "[[event]]\ndevice = 1\nat_s = 1.5\ntype = 0\nparams = [15, 9]\n");
   await("to pre-deactivating 1\n");
   const std::string time =
       "at time 2[0-9]+-[0-9][0-9]-[0-9][0-9]T[0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\+LAB \\.\\.\\.";
@@ -202,12 +202,12 @@ TEST_F(LabEvents, TheBoardFilesEvents) {
 
 TEST_F(LabEvents, OfWhichNothingIsShown) {
   start(kBothInShowtime +
-        "[[event]]\ndevice = 0\nat_s = 0.3\ntype = 1\n"
-        "[[event]]\ndevice = 1\nat_s = 0.3\ntype = 3\n"
-        "[[event]]\ndevice = 0\nat_s = 0.3\ntype = 77\nparams = [1, 2]\n"
-        "[[event]]\ndevice = 1\nat_s = 0.3\ntype = 0\nparams = [6, 6]\n"
-        "[[event]]\ndevice = 1\nat_s = 0.3\ntype = 5\nparams = [1]\n"
-        "[[event]]\ndevice = 1\nat_s = 0.6\ntype = 5\nparams = [0]\n");
+        "[[event]]\ndevice = 0\nat_s = 1.0\ntype = 1\n"
+        "[[event]]\ndevice = 1\nat_s = 1.0\ntype = 3\n"
+        "[[event]]\ndevice = 0\nat_s = 1.0\ntype = 77\nparams = [1, 2]\n"
+        "[[event]]\ndevice = 1\nat_s = 1.0\ntype = 0\nparams = [6, 6]\n"
+        "[[event]]\ndevice = 1\nat_s = 1.0\ntype = 5\nparams = [1]\n"
+        "[[event]]\ndevice = 1\nat_s = 1.3\ntype = 5\nparams = [0]\n");
   await("non-cDTA CPE joined on line 1\n");
   EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
 }
