@@ -492,7 +492,8 @@ QVR_retval_t QVR_initParams();
 // A parameter's value for callers: a uint16_t when its length is 2, a uint32_t when it is 4, otherwise its
 // bytes as the chip has them. At most QVR_K_MAX_PARAM_LEN bytes.
 using QVR_getConfigParam_t = QVR_retval_t (*)(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xo_value);
-using QVR_setConfigParam_t = QVR_retval_t (*)(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xi_value);
+using QVR_setConfigParam_t = QVR_retval_t (*)(QVR_lineId_t xi_lineId, eConstParams xi_id,
+                                              const void* xi_value);
 
 // Reads a parameter from the startup-parameters area of the line's device, trying twice; that of a line, too.
 // When both readings fail *xo_value is what the library last knew.
@@ -507,7 +508,7 @@ QVR_retval_t QVR_getConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void
 //   QVR_E_UNSUPPORTED_PARAMETER  the dictionary does not have it; a warning says so
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  of the last writing
 //   otherwise as QVR_initParams
-QVR_retval_t QVR_setConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xi_value);
+QVR_retval_t QVR_setConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, const void* xi_value);
 
 // Read the whole startup-parameters area of device 0 into the library's copy, and write it back. The line id
 // does not matter.
@@ -531,14 +532,12 @@ using QVR_dictionaryEntryHandlerCB = BOOL (*)(uint32_t xi_index, const QVR_param
 //   QVR_E_ERROR  the dictionary could not be loaded
 QVR_retval_t QVR_listDictionary(QVR_dictionaryEntryHandlerCB xi_handler);
 
-// Slots of the dictionary, the highest id plus one; 0 until it has been loaded.
-uint32_t QVR_numberOfDictionaryEntries();
-
 // The display name of a parameter, such as "bandStart_0"; "???" of one that has none, whose id is
 // QVR_K_PARAM_NAMES-1 or higher.
 const char* QVR_paramName(eConstParams xi_id);
 
-// TRUE when a system parameter has changed since device 0 started, and when device 0 cannot be asked.
+// TRUE when a system parameter has changed since device 0 started, and when device 0 cannot be asked. Needs
+// no dictionary.
 BOOL QVR_systemRestartRequired();
 
 // ---- Line configuration (record: line_config.h) ----

@@ -1,0 +1,47 @@
+// What the dictionary says of the parameters, and what they are called.
+#include <qvr.h>
+
+#include <array>
+
+#include "qvrparams/dictionary.h"
+
+namespace {
+
+#define PARAM_NAME(name) #name,
+constexpr std::array<const char*, QVR_K_PARAM_NAMES> paramNameTable{
+    QVR_NAMED_CONFIG_PARAMS(PARAM_NAME) "???"};
+#undef PARAM_NAME
+
+}  // namespace
+
+QVR_retval_t QVR_initParams() {
+  return paramsDictionary().loadStatus;
+}
+
+const QVR_paramInfo_t* QVR_getParamDictionaryEntry(eConstParams xi_id) {
+  return paramsDictionary().slotOf(xi_id);
+}
+
+eConfigState QVR_paramConfigState(eConstParams xi_id) {
+  const QVR_paramInfo_t* slot = QVR_getParamDictionaryEntry(xi_id);
+  return slot != nullptr && slot->param_config_state == CONFIG_STATE_LINE ? CONFIG_STATE_LINE
+                                                                          : CONFIG_STATE_SYSTEM;
+}
+
+QVR_retval_t QVR_listDictionary(QVR_dictionaryEntryHandlerCB xi_handler) {
+  const QVR_paramsDictionary_t& dictionary = paramsDictionary();
+  if (QVR_STATUS_ERROR(dictionary.loadStatus)) {
+    return QVR_E_ERROR;
+  }
+  for (uint32_t id = 0; id < dictionary.param_info.size(); id++) {
+    const QVR_paramInfo_t* slot = dictionary.slotOf(id);
+    if (slot != nullptr && xi_handler(id, slot) == FALSE) {
+      break;
+    }
+  }
+  return QVR_E_STATUS_OK;
+}
+
+const char* QVR_paramName(eConstParams xi_id) {
+  return xi_id < paramNameTable.size() ? paramNameTable[xi_id] : paramNameTable.back();
+}
