@@ -4,22 +4,12 @@
 
 #include <libcli.h>
 
-#include <string_view>
-
 // libcli's filters, made safe:
 //  - A filter that takes the rest of the line joins its words while a line is only being completed, when
-//  there
-//    may be no last word yet, and reads through a null pointer. It takes one word here, and is given the rest
-//    of the line when the line runs.
+//    there may be no last word yet, and reads through a null pointer. It takes one word here, and is given
+//    the rest of the line when the line runs.
 //  - A filter recognises itself by its full name only, so an abbreviated one searches for what it never
-//  stored.
-//    It is called by its full name here.
+//    stored. It is called by its full name here.
 //  - egrep's repetitions multiply ("((a{99}){99}){99}"), and the compiled pattern with them: a pattern larger
 //    than kLargestPattern is refused.
 void guardInterpreter(cli_def* cli);
-
-constexpr size_t kLargestPattern = 1000;  // pieces, each matching one character at most
-
-// How many pieces an extended regular expression has once its repetitions are written out; any number above
-// kLargestPattern when it has more than that.
-size_t patternSize(std::string_view pattern);

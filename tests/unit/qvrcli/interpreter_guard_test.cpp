@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "qvrcli/pattern_size.h"
 namespace {
 
 using testing::ElementsAre;
