@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "qvrcli/pattern_size.h"
+
 namespace {
 
 using testing::ElementsAre;
