@@ -31,6 +31,9 @@ class AddressSpace {
   // 0, or ENOMEM when the chip's memory is full (SparseMemory::kMaxPages).
   int write(uint32_t address, std::span<const uint8_t> bytes);
 
+  // The stored bytes are lost; areas and the overlay stay.
+  void forgetStored() { stored_ = {}; }
+
   // What a board file lays over everything else. A later write changes it, as it changes memory.
   SparseMemory& overlay() { return overlay_; }
 

@@ -88,6 +88,23 @@ struct TimedLog {
   std::vector<uint32_t> params;
 };
 
+// What happens to the loop: a cut or its repair, or else a burst of errors.
+struct LoopEvent {
+  double at_s;
+  std::optional<bool> cut;
+  double errors = 0;  // share of what is sent that arrives corrupted
+  double for_s = 0;
+};
+
+// What happens to a modem, the remote one included.
+struct DeviceEvent {
+  enum class Kind { Hang, PowerOff };
+  int device;
+  double at_s;
+  Kind kind;
+  std::optional<double> for_s;  // none: for good
+};
+
 struct FaultConfig {
   int device;
   std::string request;
@@ -109,6 +126,8 @@ struct BoardConfig {
   std::vector<FarEndReplacement> farEnd;
   std::vector<TimedEvent> events;
   std::vector<TimedLog> logs;
+  std::vector<LoopEvent> loopEvents;
+  std::vector<DeviceEvent> deviceEvents;
   std::vector<FaultConfig> faults;
 };
 

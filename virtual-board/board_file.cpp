@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "board_tables.h"
+#include "loop_budget.h"
 #include "sparse_memory.h"
 #include "toml_reader.h"
 
@@ -164,6 +165,9 @@ void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config)
     if (config.loop.cut) {
       tables[i].failAt("line", "\"line\" needs a loop that is not cut");
     }
+    if (!loopBudget(config.loop).trainable) {
+      tables[i].failAt("line", "\"line\" needs a loop that is not too long to train");
+    }
   }
 }
 
@@ -208,6 +212,12 @@ BoardConfig readRoot(TomlReader root) {
   }
   for (TomlReader& table : root.tables("log", "[[log]]")) {
     config.logs.push_back(readLogTable(table, config.devices));
+  }
+  for (TomlReader& table : root.tables("loop_event", "[[loop_event]]")) {
+    config.loopEvents.push_back(readLoopEventTable(table));
+  }
+  for (TomlReader& table : root.tables("device_event", "[[device_event]]")) {
+    config.deviceEvents.push_back(readDeviceEventTable(table));
   }
   for (TomlReader& table : root.tables("fault", "[[fault]]")) {
     config.faults.push_back(readFaultTable(table, config.devices));

@@ -183,6 +183,34 @@ TimedLog readLogTable(TomlReader& table, int devices) {
   return log;
 }
 
+LoopEvent readLoopEventTable(TomlReader& table) {
+  LoopEvent event{};
+  event.at_s = readTime(table);
+  event.cut = table.boolean("cut");
+  if (event.cut.has_value() == table.has("errors")) {
+    table.failHere("[[loop_event]] needs either \"cut\" or \"errors\"");
+  }
+  if (!event.cut) {
+    event.errors = table.required("errors", table.number("errors", 0, 1));
+    event.for_s = table.required("for_s", table.number("for_s", 0, kLatest_s));
+  }
+  table.finish();
+  return event;
+}
+
+DeviceEvent readDeviceEventTable(TomlReader& table) {
+  using Kind = DeviceEvent::Kind;
+  DeviceEvent event{};
+  event.device = static_cast<int>(table.required("device", table.integer("device", 0, kMaxDevices - 1)));
+  event.at_s = readTime(table);
+  event.kind = static_cast<Kind>(
+      table.required("kind", table.choice("kind", {{"hang", static_cast<int>(Kind::Hang)},
+                                                   {"power_off", static_cast<int>(Kind::PowerOff)}})));
+  event.for_s = table.number("for_s", 0, kLatest_s);
+  table.finish();
+  return event;
+}
+
 FaultConfig readFaultTable(TomlReader& table, int devices) {
   FaultConfig fault{};
   fault.device = readDevice(table, devices);

@@ -12,4 +12,6 @@ std::vector<MemoryOverlay> readMemoryTable(TomlReader& table, int devices);
 FarEndReplacement readFarEndTable(TomlReader& table);
 TimedEvent readEventTable(TomlReader& table, int devices);
 TimedLog readLogTable(TomlReader& table, int devices);
+LoopEvent readLoopEventTable(TomlReader& table);
+DeviceEvent readDeviceEventTable(TomlReader& table);
 FaultConfig readFaultTable(TomlReader& table, int devices);

@@ -56,6 +56,17 @@ Bytes factoryPayload(size_t length, uint32_t seed) {
   return payload;
 }
 
+uint32_t sbrAtPowerUp(Stage boot) {
+  switch (boot) {
+    case Stage::B0:
+      return bit(SBR_DISABLE_FLASH_OFFSET);
+    case Stage::B1:
+      return bit(SBR_DISABLE_FLASH_OVERRIDE_OFFSET);
+    default:
+      return 0;
+  }
+}
+
 Bytes word(uint32_t value) {
   Bytes bytes(4);
   store_le32(bytes.data(), value);
@@ -87,11 +98,7 @@ Chip::Chip(const DeviceConfig& config, Agenda& agenda) : config_(config), agenda
   }
   identity_.mac = config.mac;
   identity_.temperature_c = config.temperature_c;
-  if (config.boot == Stage::B0) {
-    sbr_ |= bit(SBR_DISABLE_FLASH_OFFSET);
-  } else if (config.boot == Stage::B1) {
-    sbr_ |= bit(SBR_DISABLE_FLASH_OVERRIDE_OFFSET);
-  }
+  sbr_ = sbrAtPowerUp(config.boot);
   lineProvisioned_ = config.line != LineState::Idle;
   mapRegisters();
   mapIdentity();
@@ -99,20 +106,21 @@ Chip::Chip(const DeviceConfig& config, Agenda& agenda) : config_(config), agenda
 }
 
 int Chip::read(uint32_t address, std::span<uint8_t> out) {
-  if (inReset_) {
-    return EIO;
+  if (const int error = unreachable(); error != 0) {
+    return error;
   }
   memory_.read(address, out);
   return 0;
 }
 
 int Chip::write(uint32_t address, std::span<const uint8_t> bytes) {
-  return inReset_ ? EIO : memory_.write(address, bytes);
+  const int error = unreachable();
+  return error != 0 ? error : memory_.write(address, bytes);
 }
 
 int Chip::download(std::span<const uint8_t> image) {
-  if (inReset_) {
-    return EIO;
+  if (const int error = unreachable(); error != 0) {
+    return error;
   }
   if (stage_ != Stage::B0) {
     return EBUSY;
@@ -122,8 +130,8 @@ int Chip::download(std::span<const uint8_t> image) {
 }
 
 int Chip::activate(uint32_t address) {
-  if (inReset_) {
-    return EIO;
+  if (const int error = unreachable(); error != 0) {
+    return error;
   }
   if (stage_ != Stage::B0) {
     return EBUSY;
@@ -142,15 +150,25 @@ int Chip::activate(uint32_t address) {
 }
 
 int Chip::eraseFlash(uint16_t type, uint32_t address) {
-  return inReset_ ? EIO : flash_.erase(type, address);
+  const int error = unreachable();
+  return error != 0 ? error : flash_.erase(type, address);
 }
 
 int Chip::programFlash(uint32_t address, std::span<const uint8_t> image) {
-  return inReset_ ? EIO : flash_.program(address, image);
+  const int error = unreachable();
+  return error != 0 ? error : flash_.program(address, image);
 }
 
 int Chip::readFlash(uint32_t address, std::span<uint8_t> out) const {
-  return inReset_ ? EIO : flash_.read(address, out);
+  const int error = unreachable();
+  return error != 0 ? error : flash_.read(address, out);
+}
+
+int Chip::unreachable() const {
+  if (inReset_) {
+    return EIO;
+  }
+  return hung_ ? ETIMEDOUT : 0;
 }
 
 bool Chip::lineWanted() const {
@@ -174,6 +192,12 @@ void Chip::setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_
 
 void Chip::raiseEvent(uint32_t type, std::span<const uint32_t> params) {
   pending_.raiseEvent(agenda_.now(), type, params);
+}
+
+void Chip::log(uint8_t core, std::string_view text, std::span<const uint32_t> params) {
+  if (pending_.logsEnabled() && running()) {
+    pending_.raiseLog(core, 0, text, params);
+  }
 }
 
 void Chip::mapRegisters() {
@@ -266,16 +290,45 @@ void Chip::provision(bool wanted) {
 }
 
 void Chip::reset() {
+  goDown();
+  sbr_ = countedUp(sbr_, SBR_RESET_COUNTER_OFFSET) & ~bit(SBR_SYSTEM_PARAMETER_CHANGE_OFFSET);
+  boot();
+  lineConditionsChanged();
+}
+
+void Chip::powerOff() {
+  goDown();
+  powered_ = false;
+  hung_ = false;
+  pending_.clear();
+  memory_.forgetStored();
+  lineConditionsChanged();
+}
+
+void Chip::powerOn() {
+  if (!powered_) {
+    powered_ = true;
+    sbr_ = sbrAtPowerUp(config_.boot);
+    boot();
+  }
+}
+
+void Chip::goDown() {
   agenda_.cancel(activation_);
+  agenda_.cancel(boot_);
   inReset_ = true;
   downloaded_.clear();
   setFwState(Stage::None);
-  sbr_ = countedUp(sbr_, SBR_RESET_COUNTER_OFFSET) & ~bit(SBR_SYSTEM_PARAMETER_CHANGE_OFFSET);
   resetLineState(LineState::SelfTest);
   setInitialisation(0, 0, 0);
+}
+
+void Chip::boot() {
   const Stage selected = selectedStage();
-  agenda_.after(bootTime(selected), [this, selected] { bootFinished(selected); });
-  lineConditionsChanged();
+  boot_ = agenda_.after(bootTime(selected), [this, selected] {
+    boot_ = Agenda::kNone;
+    bootFinished(selected);
+  });
 }
 
 void Chip::bootFinished(Stage selected) {
@@ -284,6 +337,12 @@ void Chip::bootFinished(Stage selected) {
   lineProvisioned_ = (sbr_ & bit(SBR_DISABLE_AUTO_ACTIVATE_OFFSET)) == 0;
   enter(selected);
   raiseEvent(EVENT_TYPE_BOOT_SUCCEEDED, {});
+  const FirmwareVersion& version = identity_.firmware.version;
+  const uint32_t params[] = {version.chipset, version.ga, version.rc, version.profile};
+  log(CP_CORE, "firmware %u.%u.%u.%u runs", params);
+  if (lineControl_.restarted) {
+    lineControl_.restarted();
+  }
   lineConditionsChanged();
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <string_view>
 
 #include "address_space.h"
 #include "agenda.h"
@@ -14,11 +15,12 @@
 
 class Chip {
  public:
-  // Called when something changed that decides whether the line may be up, and when the host asks the chip to
-  // initialise its line again.
+  // Called when something changed that decides whether the line may be up, when the host asks the chip to
+  // initialise its line again, and when the chip has started anew.
   struct LineControl {
     std::function<void()> conditionsChanged;
     std::function<void()> reinitialise;
+    std::function<void()> restarted;
   };
 
   Chip(const DeviceConfig& config, Agenda& agenda);
@@ -27,7 +29,11 @@ class Chip {
 
   void attachLine(LineControl control) { lineControl_ = std::move(control); }
 
-  // ---- Requests: 0 or an errno. A chip in reset answers none of these (EIO). ----
+  // ---- Requests: 0 or an errno. A chip in reset or without power answers none of these (EIO), nor does one
+  // that hangs (ETIMEDOUT). ----
+
+  // 0, or the errno of a chip that does not answer.
+  int unreachable() const;
 
   int read(uint32_t address, std::span<uint8_t> out);
   int write(uint32_t address, std::span<const uint8_t> bytes);
@@ -39,6 +45,15 @@ class Chip {
   int eraseFlash(uint16_t type, uint32_t address);
   int programFlash(uint32_t address, std::span<const uint8_t> image);
   int readFlash(uint32_t address, std::span<uint8_t> out) const;
+
+  // ---- What befalls it ----
+
+  // Its control processor stops answering the host and the far end; the line goes on.
+  void setHung(bool hung) { hung_ = hung; }
+  bool hung() const { return hung_; }
+  // As by a switch: everything but flash is lost, and power brings it back as at the start.
+  void powerOff();
+  void powerOn();
 
   // ---- The line's view ----
 
@@ -55,6 +70,9 @@ class Chip {
   void setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause);
 
   void raiseEvent(uint32_t type, std::span<const uint32_t> params);
+  // A log record about the chip's line, if the host wants such.
+  void log(uint8_t core, std::string_view text, std::span<const uint32_t> params);
+  const DeviceIdentity& identity() const { return identity_; }
   PendingRecords& pending() { return pending_; }
   AddressSpace& memory() { return memory_; }
 
@@ -66,6 +84,8 @@ class Chip {
   void activateUser();
   void provision(bool wanted);
   void reset();
+  void goDown();
+  void boot();
   void bootFinished(Stage selected);
   Stage selectedStage() const;
   bool load(Stage stage);
@@ -82,7 +102,10 @@ class Chip {
   LineControl lineControl_;
   Stage stage_ = Stage::None;
   bool inReset_ = false;
+  bool powered_ = true;
+  bool hung_ = false;
   bool lineProvisioned_ = true;
   uint32_t sbr_ = 0;
   Agenda::Ticket activation_ = Agenda::kNone;
+  Agenda::Ticket boot_ = Agenda::kNone;
 };

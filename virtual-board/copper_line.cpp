@@ -14,9 +14,15 @@ constexpr double kDeactivating_s = 0.2;  // each of the two steps
 constexpr double kLossDetection_s = 1.0;
 // A ready end that hears nobody for so long reports that no far end was detected.
 constexpr double kSearch_s = 5.0;
+// From one failure to the next attempt.
+constexpr double kRetry_s = 10.0;
+// Errors that drown the robust management channel, and how long an end waits for it.
+constexpr double kRmcDrowned = 0.5;
+constexpr double kRmcLossDetection_s = 2.5;
 
 // Initialisation success/failure causes (ITU-T G.997.2 clause 7.20.1.1).
 constexpr uint32_t kInitSuccess = 0;
+constexpr uint32_t kInitNotFeasible = 2;
 constexpr uint32_t kInitCommunicationProblem = 3;
 constexpr uint32_t kInitNoFarEnd = 4;
 
@@ -26,25 +32,31 @@ uint32_t milliseconds(double seconds) {
 
 }  // namespace
 
-CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, uint32_t seed)
-    : ends_{&first, &second}, agenda_(agenda), random_(seed) {
-  for (Chip* end : ends_) {
+CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, const LoopConfig& loop, uint32_t seed)
+    : ends_{&first, &second},
+      agenda_(agenda),
+      budget_(loopBudget(loop)),
+      ledger_(seed),
+      random_(seed),
+      cut_(loop.cut) {
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    Chip* const end = ends_[i];
     end->attachLine({[this] { reconsider(); },
                      [this, end] {
                        if (phase_ == Phase::Showtime) {
                          leave(*end);
                        }
-                     }});
+                     },
+                     [this, i] { ledger_.restarted(agenda_.now(), i); }});
   }
 }
 
-void CopperLine::powerUp(LineState state, bool cut) {
-  cut_ = cut;
+void CopperLine::powerUp(LineState state) {
   drawDurations();
   for (Chip* end : ends_) {
     end->resetLineState(restState(*end));
   }
-  if (canMeet() && state >= LineState::Handshake) {
+  if (canMeet() && state >= LineState::Handshake && budget_.trainable) {
     for (Chip* end : ends_) {
       end->resetLineState(state);
     }
@@ -58,7 +70,7 @@ void CopperLine::powerUp(LineState state, bool cut) {
         schedule(training_s_, Phase::Showtime);
         return;
       default:
-        phase_ = Phase::Showtime;
+        setPhase(Phase::Showtime);
         trained();
         return;
     }
@@ -71,8 +83,25 @@ void CopperLine::setCut(bool cut) {
   reconsider();
 }
 
+void CopperLine::setErrors(double share) {
+  errors_ = share;
+  if (phase_ == Phase::Showtime) {
+    updateTraffic();
+  }
+}
+
+void CopperLine::losePower(size_t end) {
+  Chip& other = *ends_[1 - end];
+  if (phase_ == Phase::Showtime && !cut_ && other.lineState() == LineState::Showtime) {
+    setPhase(Phase::Leaving);
+    fail(1 - end, LF_REASON_LOSS_OF_POWER, &EndCounts::lossOfPowerFailures);
+    schedule(kDeactivating_s, Phase::Apart);
+  }
+  ends_[end]->powerOff();
+}
+
 bool CopperLine::canMeet() const {
-  return !cut_ && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
+  return !cut_ && budget_.heard && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
          ends_[0]->networkSide() != ends_[1]->networkSide();
 }
 
@@ -93,7 +122,7 @@ void CopperLine::reconsider() {
     case Phase::Handshake:
     case Phase::Training:
       if (!meet) {
-        trainingFailed();
+        trainingInterrupted();
       }
       break;
     case Phase::Showtime:
@@ -106,15 +135,16 @@ void CopperLine::reconsider() {
           return;
         }
       }
-      phase_ = Phase::Losing;
+      setPhase(Phase::Losing);
       agenda_.cancel(step_);
-      step_ = agenda_.after(kLossDetection_s, [this] { lost(); });
+      step_ = agenda_.after(kLossDetection_s,
+                            [this] { lost(LF_REASON_LOSS_OF_SIGNAL, &EndCounts::lossOfSignalFailures); });
       break;
     case Phase::Losing:
       if (meet && ends_[0]->lineState() == LineState::Showtime &&
           ends_[1]->lineState() == LineState::Showtime) {
         agenda_.cancel(step_);
-        phase_ = Phase::Showtime;
+        setPhase(Phase::Showtime);
       }
       break;
     case Phase::Leaving:
@@ -128,7 +158,7 @@ void CopperLine::rest() {
   for (Chip* end : ends_) {
     const LineState state = restState(*end);
     if (end->running()) {
-      end->setLineState(state);
+      setState(*end, state);
     }
     searching = searching || state == LineState::Silent;
   }
@@ -141,15 +171,17 @@ void CopperLine::rest() {
   if (meet || !searching) {
     agenda_.cancel(search_);
   } else if (search_ == Agenda::kNone) {
-    search_ = agenda_.after(kSearch_s, [this] {
-      search_ = Agenda::kNone;
-      for (Chip* end : ends_) {
-        if (end->lineState() == LineState::Silent) {
-          end->setInitialisation(0, 0, kInitNoFarEnd);
-        }
-      }
-    });
+    search_ = agenda_.after(kSearch_s, [this] { nobodyFound(); });
   }
+}
+
+void CopperLine::nobodyFound() {
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    if (ends_[i]->lineState() == LineState::Silent) {
+      initialisationFailed(i, kInitNoFarEnd);
+    }
+  }
+  search_ = agenda_.after(kRetry_s, [this] { nobodyFound(); });
 }
 
 void CopperLine::schedule(double seconds, Phase next) {
@@ -160,8 +192,43 @@ void CopperLine::schedule(double seconds, Phase next) {
   });
 }
 
-void CopperLine::enterPhase(Phase phase) {
+void CopperLine::setPhase(Phase phase) {
   phase_ = phase;
+  updateTraffic();
+}
+
+// What flows, and what the ends hear, follows from the phase.
+void CopperLine::updateTraffic() {
+  const double now = agenda_.now();
+  const bool flows = phase_ == Phase::Showtime || phase_ == Phase::Losing;
+  const double errors = phase_ == Phase::Losing ? 1 : errors_;
+  agenda_.cancel(rmcLoss_);
+  if (flows) {
+    std::array<StreamFraming, kEnds> framing;
+    for (size_t i = 0; i < kEnds; ++i) {
+      const bool down = ends_[i]->networkSide();
+      const uint32_t bytes = down ? budget_.downstreamBytes : budget_.upstreamBytes;
+      framing[i] = {down ? kDownstreamSymbols : kUpstreamSymbols, bytes, bytes - bytes / 8};
+    }
+    ledger_.flow(now, framing, errors);
+  } else {
+    ledger_.stop(now);
+  }
+  if (phase_ == Phase::Showtime && errors >= kRmcDrowned) {
+    rmcLoss_ = agenda_.after(kRmcLossDetection_s, [this] {
+      rmcLoss_ = Agenda::kNone;
+      lost(LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
+    });
+  }
+  if (phase_ == Phase::Losing) {
+    ledger_.signalLost(now, true);
+  } else if (phase_ == Phase::Showtime || phase_ == Phase::Handshake) {
+    ledger_.signalLost(now, false);
+  }
+}
+
+void CopperLine::enterPhase(Phase phase) {
+  setPhase(phase);
   switch (phase) {
     case Phase::Handshake:
       drawDurations();
@@ -170,7 +237,12 @@ void CopperLine::enterPhase(Phase phase) {
       break;
     case Phase::Training:
       setBoth(LineState::Training);
-      schedule(training_s_, Phase::Showtime);
+      if (budget_.trainable) {
+        schedule(training_s_, Phase::Showtime);
+      } else {
+        agenda_.cancel(step_);
+        step_ = agenda_.after(training_s_, [this] { trainingFailed(); });
+      }
       break;
     case Phase::Showtime:
       trained();
@@ -193,36 +265,58 @@ void CopperLine::drawDurations() {
 }
 
 void CopperLine::trained() {
-  for (Chip* end : ends_) {
-    end->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
-                           kInitSuccess);
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    ends_[i]->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
+                                kInitSuccess);
+    ledger_.count(i, &EndCounts::initialisations);
   }
 }
 
-void CopperLine::trainingFailed() {
-  for (Chip* end : ends_) {
-    if (end->running()) {
-      end->setInitialisation(0, 0, kInitCommunicationProblem);
+void CopperLine::initialisationFailed(size_t end, uint32_t cause) {
+  ends_[end]->setInitialisation(0, 0, cause);
+  ledger_.count(end, &EndCounts::initialisations);
+  ledger_.count(end, &EndCounts::failedInitialisations);
+  const uint32_t params[] = {cause};
+  ends_[end]->log(CP_CORE, "initialisation failed, cause %u", params);
+}
+
+void CopperLine::trainingInterrupted() {
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    if (ends_[i]->running()) {
+      initialisationFailed(i, kInitCommunicationProblem);
     }
   }
-  phase_ = Phase::Apart;
+  setPhase(Phase::Apart);
   agenda_.cancel(step_);
   rest();
 }
 
+// The loop carries too little: both ends see it, and try again later.
+void CopperLine::trainingFailed() {
+  step_ = Agenda::kNone;
+  setPhase(Phase::Apart);
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    const uint32_t params[] = {LF_REASON_INIT_SF_FAILURE, 0};
+    ends_[i]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
+    initialisationFailed(i, kInitNotFeasible);
+  }
+  rest();
+  schedule(kRetry_s, Phase::Handshake);
+}
+
 // The end that wants out tells the other; both fall silent together.
 void CopperLine::leave(Chip& initiator) {
-  phase_ = Phase::Leaving;
+  setPhase(Phase::Leaving);
   for (Chip* end : ends_) {
     if (end->lineState() == LineState::Showtime) {
-      end->setLineState(end == &initiator ? LineState::Deactivating1 : LineState::PreDeactivating1E);
+      setState(*end, end == &initiator ? LineState::Deactivating1 : LineState::PreDeactivating1E);
     }
   }
   agenda_.cancel(step_);
   step_ = agenda_.after(kDeactivating_s, [this] {
     for (Chip* end : ends_) {
       if (end->lineState() == LineState::Deactivating1 || end->lineState() == LineState::PreDeactivating1E) {
-        end->setLineState(LineState::Deactivating2);
+        setState(*end, LineState::Deactivating2);
       }
     }
     schedule(kDeactivating_s, Phase::Apart);
@@ -230,20 +324,49 @@ void CopperLine::leave(Chip& initiator) {
 }
 
 // Nothing arrives any more: those still in showtime report it and go down by themselves.
-void CopperLine::lost() {
-  phase_ = Phase::Leaving;
-  for (Chip* end : ends_) {
-    if (end->lineState() == LineState::Showtime) {
-      const uint32_t params[] = {LF_REASON_LOSS_OF_SIGNAL, 0};
-      end->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
-      end->setLineState(LineState::Deactivating1);
+void CopperLine::lost(uint32_t reason, EndCounter counter) {
+  setPhase(Phase::Leaving);
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    if (ends_[i]->lineState() == LineState::Showtime) {
+      fail(i, reason, counter);
     }
   }
   schedule(kDeactivating_s, Phase::Apart);
 }
 
+void CopperLine::fail(size_t end, uint32_t reason, EndCounter counter) {
+  ledger_.count(end, counter);
+  const uint32_t params[] = {reason, 0};
+  ends_[end]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
+  ends_[end]->log(FRAMER_CORE, "line failure %u on link %u", params);
+  setState(*ends_[end], LineState::Deactivating1);
+}
+
+void CopperLine::setState(Chip& chip, LineState state) {
+  const LineState before = chip.lineState();
+  if (state != before) {
+    chip.setLineState(state);
+    logState(chip, before);
+  }
+}
+
 void CopperLine::setBoth(LineState state) {
   for (Chip* end : ends_) {
-    end->setLineState(state);
+    setState(*end, state);
+  }
+}
+
+// What the cores have to say about a change: always the control processor, the others where they are at work.
+void CopperLine::logState(Chip& chip, LineState before) {
+  const LineState state = chip.lineState();
+  const uint32_t change[] = {0, static_cast<uint32_t>(before), static_cast<uint32_t>(state)};
+  chip.log(CP_CORE, "link %u: state %u to %u", change);
+  if (state == LineState::Training) {
+    const uint32_t tones[] = {kFirstTone, kLastTone};
+    chip.log(FDU_CORE, "training on tones %u to %u", tones);
+  } else if (state == LineState::Showtime) {
+    const EndView view = ledger_.view(agenda_.now(), &chip == ends_[0] ? 0 : 1);
+    const uint32_t rates[] = {streamRates(view.sends.framing).net, streamRates(view.receives.framing).net};
+    chip.log(FRAMER_CORE, "showtime: sends %u kbit/s, receives %u kbit/s", rates);
   }
 }

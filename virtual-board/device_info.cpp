@@ -10,8 +10,6 @@
 namespace {
 
 constexpr uint32_t kDevInfVersion = 4;
-// ITU-T G.994.1 vendor id: country code, four letters of the vendor's code, two bytes of its own.
-constexpr uint8_t kVendorId[] = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
 
 // Two characters a word, in bits 0-7 and 16-23.
 void storeText(uint8_t* to, size_t words, std::string_view text) {
@@ -38,7 +36,7 @@ std::vector<uint8_t> deviceInfoImage(const DeviceIdentity& identity) {
   store_le32(p + DEV_INF_GHS_TIMES, identity.handshakeTime_ms);
   store_le32(p + DEV_INF_INIT_FAILURE_CAUSE, identity.initFailureCause);
   store_le32(p + DEV_INF_TEMPERATURE, static_cast<uint32_t>(identity.temperature_c));
-  std::copy(std::begin(kVendorId), std::end(kVendorId), p + DEV_INF_VENDOR_ID);
+  std::copy(kVendorId.begin(), kVendorId.end(), p + DEV_INF_VENDOR_ID);
   return image;
 }
 

@@ -1,10 +1,14 @@
 // The two blocks that say who a chip is: the device-information image and the boot-stage block.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
 #include "board_config.h"
+
+// ITU-T G.994.1 vendor id: country code, four letters of the vendor's code, two bytes of its own.
+constexpr std::array<uint8_t, 8> kVendorId = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
 
 struct DeviceIdentity {
   Firmware firmware;  // of the stage that runs

@@ -4,23 +4,75 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <iterator>
+
+#include "device_info.h"
+#include "sparse_memory.h"
+#include "std/byte_order.h"
 
 namespace {
 
-using Answer = int (*)(Chip& remote, std::span<const uint8_t> request, std::vector<uint8_t>& response);
+// A modem lets the other end see the mapped part of its address space.
+constexpr uint32_t kFirstReadable = IO_BASE_ADDRESS;
 
-// By message type; one without an answer is left unanswered by the modem.
-constexpr Answer kAnswers[MGMT_FAR_END_REQ_TYPE_LAST] = {};
+// Inventory: vendor, version as text, serial number as text; padded with zeros.
+constexpr size_t kInventorySize = 56;
+constexpr size_t kInventoryVersion = 8;
+constexpr size_t kInventorySerial = 24;
+
+struct MemoryMessage {
+  uint16_t length;
+  uint32_t address;
+};
+
+// What a request for memory asks for; nothing when it is no such request or asks for what is not to be had.
+std::optional<MemoryMessage> parseMemoryRequest(std::span<const uint8_t> request, uint16_t opcode) {
+  if (request.size() < MGMT_HEADER_SIZE || load_le16(&request[MGMT_HEADER_OPCODE]) != opcode) {
+    return std::nullopt;
+  }
+  const MemoryMessage message{load_le16(&request[MGMT_HEADER_LEN]), load_le32(&request[MGMT_HEADER_ADDRESS])};
+  const size_t body = opcode == MGMT_OPCODE_WRITEMEM ? message.length : 0;
+  if (message.length == 0 || message.length > MGMT_MAX_DATA || request.size() != MGMT_HEADER_SIZE + body ||
+      message.address < kFirstReadable || !inAddressSpace(message.address, message.length)) {
+    return std::nullopt;
+  }
+  return message;
+}
+
+// The request's header with another opcode; of one too short to have a header, what there is.
+FarEnd::Response header(std::span<const uint8_t> request, uint16_t opcode) {
+  FarEnd::Response response(MGMT_HEADER_SIZE);
+  std::copy_n(request.begin(), std::min(request.size(), MGMT_HEADER_SIZE), response.begin());
+  store_le16(&response[MGMT_HEADER_OPCODE], opcode);
+  return response;
+}
+
+FarEnd::Response refusal(std::span<const uint8_t> request) {
+  FarEnd::Response response = header(request, MGMT_OPCODE_NACK);
+  store_le16(&response[MGMT_HEADER_LEN], 0);
+  return response;
+}
 
 }  // namespace
 
-FarEnd::FarEnd(int line, Chip& remote, const std::vector<FarEndReplacement>& replacements) : remote_(remote) {
+// By message type; one without an answer is left unanswered by the modem.
+const FarEnd::Answer FarEnd::kAnswers[MGMT_FAR_END_REQ_TYPE_LAST] = {&FarEnd::counters,
+                                                                     &FarEnd::inventory,
+                                                                     &FarEnd::readMemory,
+                                                                     &FarEnd::writeMemory,
+                                                                     nullptr,
+                                                                     &FarEnd::pmdParameters,
+                                                                     nullptr};
+
+FarEnd::FarEnd(int line, Chip& remote, std::function<LineInsight()> insight,
+               const std::vector<FarEndReplacement>& replacements)
+    : remote_(remote), insight_(std::move(insight)) {
   std::copy_if(replacements.begin(), replacements.end(), std::back_inserter(replacements_),
                [line](const FarEndReplacement& replacement) { return replacement.line == line; });
 }
 
-int FarEnd::answer(uint32_t type, std::span<const uint8_t> request, std::vector<uint8_t>& response) {
+int FarEnd::answer(uint32_t type, std::span<const uint8_t> request, Response& response) {
   const auto replaced = std::find_if(replacements_.begin(), replacements_.end(),
                                      [type](const FarEndReplacement& r) { return r.request == type; });
   if (replaced != replacements_.end()) {
@@ -30,6 +82,60 @@ int FarEnd::answer(uint32_t type, std::span<const uint8_t> request, std::vector<
   if (type >= MGMT_FAR_END_REQ_TYPE_LAST) {
     return EINVAL;
   }
+  if (const int error = remote_.unreachable(); error != 0) {
+    return error;
+  }
   const Answer known = kAnswers[type];
-  return known == nullptr ? EIO : known(remote_, request, response);
+  if (known == nullptr) {
+    return EIO;
+  }
+  response = (this->*known)(request);
+  return 0;
+}
+
+FarEnd::Response FarEnd::counters(std::span<const uint8_t> /*request*/) {
+  return managementCounters(insight_());
+}
+
+FarEnd::Response FarEnd::inventory(std::span<const uint8_t> /*request*/) {
+  const DeviceIdentity& identity = remote_.identity();
+  const FirmwareVersion& version = identity.firmware.version;
+  Response response(kInventorySize);
+  std::copy(kVendorId.begin(), kVendorId.end(), response.begin());
+  char text[32];
+  const auto store = [&response, &text](size_t offset, size_t room, int length) {
+    std::copy_n(text, std::min<size_t>(static_cast<size_t>(length), room),
+                response.begin() + static_cast<long>(offset));
+  };
+  store(kInventoryVersion, kInventorySerial - kInventoryVersion - 1,
+        std::snprintf(text, sizeof text, "%u.%u.%u v%u", version.ga, version.rc, version.profile,
+                      version.chipset));
+  const MacAddress& mac = identity.mac;
+  store(kInventorySerial, kInventorySize - kInventorySerial,
+        std::snprintf(text, sizeof text, "VB%02X%02X%02X%02X%02X%02X", mac[0], mac[1], mac[2], mac[3], mac[4],
+                      mac[5]));
+  return response;
+}
+
+FarEnd::Response FarEnd::readMemory(std::span<const uint8_t> request) {
+  const auto wanted = parseMemoryRequest(request, MGMT_OPCODE_READMEM);
+  if (!wanted) {
+    return refusal(request);
+  }
+  Response response = header(request, MGMT_OPCODE_READMEM | MGMT_OPCODE_RESPONSE);
+  response.resize(MGMT_HEADER_SIZE + wanted->length);
+  const int error = remote_.read(wanted->address, std::span(response).subspan(MGMT_HEADER_SIZE));
+  return error == 0 ? response : refusal(request);
+}
+
+FarEnd::Response FarEnd::writeMemory(std::span<const uint8_t> request) {
+  const auto wanted = parseMemoryRequest(request, MGMT_OPCODE_WRITEMEM);
+  if (!wanted || remote_.write(wanted->address, request.subspan(MGMT_HEADER_SIZE)) != 0) {
+    return refusal(request);
+  }
+  return header(request, MGMT_OPCODE_WRITEMEM | MGMT_OPCODE_RESPONSE);
+}
+
+FarEnd::Response FarEnd::pmdParameters(std::span<const uint8_t> /*request*/) {
+  return pmdTestParameters(insight_());
 }

@@ -2,21 +2,41 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <vector>
 
 #include "board_config.h"
 #include "chip.h"
+#include "counter_blocks.h"
+
+// From a request that was sent to the far end until its answer is there.
+constexpr double kFarEndExchange_s = 0.004;
 
 class FarEnd {
  public:
-  // The answers of `remote` to messages on the line `line`, unless a board file replaced them.
-  FarEnd(int line, Chip& remote, const std::vector<FarEndReplacement>& replacements);
+  using Response = std::vector<uint8_t>;
 
-  // 0 and the response, or an errno. EINVAL: no such message type; EIO: the far end does not answer it.
-  int answer(uint32_t type, std::span<const uint8_t> request, std::vector<uint8_t>& response);
+  // The answers of `remote` to messages on the line `line`, unless a board file replaced them; `insight` is
+  // what that modem knows of its line.
+  FarEnd(int line, Chip& remote, std::function<LineInsight()> insight,
+         const std::vector<FarEndReplacement>& replacements);
+
+  // 0 and the response, or an errno. EINVAL: no such message type; EIO: the far end does not answer it;
+  // ETIMEDOUT: it hangs. A memory message that it refuses is answered with a header of MGMT_OPCODE_NACK.
+  int answer(uint32_t type, std::span<const uint8_t> request, Response& response);
 
  private:
+  using Answer = Response (FarEnd::*)(std::span<const uint8_t> request);
+  static const Answer kAnswers[];
+
+  Response counters(std::span<const uint8_t> request);
+  Response inventory(std::span<const uint8_t> request);
+  Response readMemory(std::span<const uint8_t> request);
+  Response writeMemory(std::span<const uint8_t> request);
+  Response pmdParameters(std::span<const uint8_t> request);
+
   Chip& remote_;
+  std::function<LineInsight()> insight_;
   std::vector<FarEndReplacement> replacements_;
 };

@@ -81,3 +81,8 @@ bool PendingRecords::takeLogs(std::span<uint8_t> out, size_t& length) {
   }
   return length != 0;
 }
+
+void PendingRecords::clear() {
+  events_.clear();
+  logs_.clear();
+}

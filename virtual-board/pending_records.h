@@ -19,6 +19,7 @@ class PendingRecords {
 
   // From now on log records reach the host; those of before are kept for it.
   void enableLogs() { logsEnabled_ = true; }
+  bool logsEnabled() const { return logsEnabled_; }
 
   // Something to read: an event, or a log record with logs enabled.
   bool any() const { return !events_.empty() || (logsEnabled_ && !logs_.empty()); }
@@ -27,6 +28,8 @@ class PendingRecords {
   bool takeEvent(std::span<uint8_t> out, size_t& length);
   // As many whole log records as fit. False: not even the first does.
   bool takeLogs(std::span<uint8_t> out, size_t& length);
+  // What the host has not read is lost; whether it wants log records stays.
+  void clear();
 
  private:
   std::deque<std::vector<uint8_t>> events_;

@@ -117,19 +117,22 @@ const VirtualBoard::Handler* VirtualBoard::handlerFor(uint32_t code) {
 }
 
 VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
-    : devices_(config.devices), time_(time ? time : realTime()), faults_(config.faults) {
+    : devices_(config.devices), time_(time ? time : realTime()), realTime_(!time), faults_(config.faults) {
   for (size_t i = 0; i < chips_.size(); ++i) {
     chips_[i] = std::make_unique<Chip>(config.device[i], agenda_);
   }
   for (size_t i = 0; i < chips_.size(); ++i) {
-    farEnds_[i] = std::make_unique<FarEnd>(static_cast<int>(i), *chips_[1 - i], config.farEnd);
+    mapCounters(i);
+    farEnds_[i] = std::make_unique<FarEnd>(
+        static_cast<int>(i), *chips_[1 - i], [this, i] { return insight(1 - i); }, config.farEnd);
   }
   for (const MemoryOverlay& overlay : config.memory) {
     chips_[static_cast<size_t>(overlay.device)]->memory().overlay().write(overlay.address, overlay.bytes);
   }
-  line_ = std::make_unique<CopperLine>(*chips_[0], *chips_[1], agenda_, config.seed);
-  line_->powerUp(lineAtPowerUp(config), config.loop.cut);
+  line_ = std::make_unique<CopperLine>(*chips_[0], *chips_[1], agenda_, config.loop, config.seed);
+  line_->powerUp(lineAtPowerUp(config));
   scheduleConfigured(config);
+  scheduleHappenings(config);
   if (!time) {
     clock_ = std::thread([this] { runClock(); });
   }
@@ -149,6 +152,20 @@ VirtualBoard::~VirtualBoard() {
   }
 }
 
+// The application computes the counters; the stages before it have none.
+void VirtualBoard::mapCounters(size_t device) {
+  for (const CounterBlock& block : counterBlocks()) {
+    const auto read = [this, device, &block] {
+      return chips_[device]->stage() == Stage::App ? block.build(insight(device)) : Bytes(block.length);
+    };
+    chips_[device]->memory().add({block.address, block.length, read, {}, {}});
+  }
+}
+
+LineInsight VirtualBoard::insight(size_t device) {
+  return {line_->view(device), line_->budget(), chips_[device]->networkSide()};
+}
+
 void VirtualBoard::scheduleConfigured(const BoardConfig& config) {
   for (const TimedEvent& event : config.events) {
     agenda_.at(event.at_s, [this, event] {
@@ -158,6 +175,38 @@ void VirtualBoard::scheduleConfigured(const BoardConfig& config) {
   for (const TimedLog& log : config.logs) {
     agenda_.at(log.at_s, [this, log] {
       chips_[static_cast<size_t>(log.device)]->pending().raiseLog(log.core, log.line, log.text, log.params);
+    });
+  }
+}
+
+void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
+  for (const LoopEvent& event : config.loopEvents) {
+    if (event.cut) {
+      agenda_.at(event.at_s, [this, cut = *event.cut] { line_->setCut(cut); });
+    } else {
+      agenda_.at(event.at_s, [this, errors = event.errors] { line_->setErrors(errors); });
+      agenda_.at(event.at_s + event.for_s, [this] { line_->setErrors(0); });
+    }
+  }
+  for (const DeviceEvent& event : config.deviceEvents) {
+    const auto device = static_cast<size_t>(event.device);
+    const bool hang = event.kind == DeviceEvent::Kind::Hang;
+    agenda_.at(event.at_s, [this, device, hang] {
+      if (hang) {
+        chips_[device]->setHung(true);
+      } else {
+        line_->losePower(device);
+      }
+    });
+    if (!event.for_s) {
+      continue;
+    }
+    agenda_.at(event.at_s + *event.for_s, [this, device, hang] {
+      if (hang) {
+        chips_[device]->setHung(false);
+      } else {
+        chips_[device]->powerOn();
+      }
     });
   }
 }
@@ -211,7 +260,8 @@ void VirtualBoard::advanceLocked() {
 // Makes descriptors readable exactly while their chip has something to say.
 void VirtualBoard::showPending() {
   for (auto& [descriptor, state] : descriptors_) {
-    const bool pending = chips_[static_cast<size_t>(state.device)]->pending().any();
+    Chip& chip = *chips_[static_cast<size_t>(state.device)];
+    const bool pending = !chip.hung() && chip.pending().any();
     if (pending == state.readable) {
       continue;
     }
@@ -282,6 +332,9 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
     traced.error = handler == nullptr ? ENOTTY : serve(chosen, exchange);
     showPending();
     wakeClock();
+  }
+  if (realTime_ && chosen.kind == RequestKind::FarEnd && traced.error == 0) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(kFarEndExchange_s));
   }
   traced.device = *device;
   traced.kind = chosen.kind;
@@ -372,6 +425,9 @@ int VirtualBoard::logCfg(Exchange& exchange) {
   if (config.buf == nullptr) {
     return EFAULT;
   }
+  if (exchange.chip.hung()) {
+    return ETIMEDOUT;
+  }
   exchange.chip.pending().enableLogs();
   return 0;
 }
@@ -382,6 +438,9 @@ int VirtualBoard::logRead(Exchange& exchange) {
   read.datalen_copied_to_user = 0;
   if (read.buf == nullptr) {
     return EFAULT;
+  }
+  if (exchange.chip.hung()) {
+    return 0;
   }
   size_t length = 0;
   if (!exchange.chip.pending().takeLogs(bytesOf(read.buf, read.bufsize), length)) {
@@ -399,6 +458,9 @@ int VirtualBoard::eventRead(Exchange& exchange) {
   read.datalen_copied_to_user = 0;
   if (read.buf == nullptr) {
     return EFAULT;
+  }
+  if (exchange.chip.hung()) {
+    return 0;
   }
   size_t length = 0;
   if (!exchange.chip.pending().takeEvent(bytesOf(read.buf, read.bufsize), length)) {
@@ -421,8 +483,8 @@ int VirtualBoard::farEnd(Exchange& exchange) {
       wrong != 0) {
     return wrong;
   }
-  if (!exchange.chip.running()) {
-    return EIO;
+  if (const int unreachable = exchange.chip.unreachable(); unreachable != 0) {
+    return unreachable;
   }
   if (!line_->inShowtime()) {
     return ENOTCONN;

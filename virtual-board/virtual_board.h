@@ -41,7 +41,8 @@ class VirtualBoard final : public Driver {
 
   // A failure's errno: EBADF, not a descriptor of this board; ENOTTY, no such request; EOPNOTSUPP, a request
   // that the board does not serve; EINVAL, a length or address out of range; EFAULT, no buffer; EIO, the chip
-  // is in reset; else as the chip, the flash or the far end says.
+  // is in reset; ETIMEDOUT, it hangs; else as the chip, the flash or the far end says. With real time, an
+  // exchange with the far end takes some milliseconds, during which other requests are served.
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override;
 
   void close(int descriptor) override;
@@ -59,7 +60,10 @@ class VirtualBoard final : public Driver {
   struct Exchange;
   struct Handler;
 
+  void mapCounters(size_t device);
+  LineInsight insight(size_t device);
   void scheduleConfigured(const BoardConfig& config);
+  void scheduleHappenings(const BoardConfig& config);
   void runClock();
   void advanceLocked();
   void wakeClock();
@@ -83,6 +87,7 @@ class VirtualBoard final : public Driver {
 
   const int devices_;
   TimeSource time_;
+  const bool realTime_;
   RequestTrace trace_;
   std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;

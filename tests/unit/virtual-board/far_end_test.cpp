@@ -21,8 +21,8 @@ TEST(FarEnd, AReplacedAnswerIsThatOfOneLineAndOneKind) {
   Bench bench(
       (std::string(kShowtime) + "[[farend]]\nline = 1\nrequest = 0\nresponse = \"01 02 03\"").c_str());
   EXPECT_EQ(bench.farEnd(1, 0), "01 02 03");
-  EXPECT_EQ(bench.farEnd(0, 0), "EIO");
-  EXPECT_EQ(bench.farEnd(1, 1), "EIO");
+  EXPECT_EQ(bench.farEnd(0, 0).size(), 44U * 3 - 1);
+  EXPECT_EQ(bench.farEnd(1, 1).size(), 56U * 3 - 1);
 }
 
 TEST(FarEnd, MayAnswerWithNothingOrAnError) {

@@ -33,7 +33,7 @@ TEST(RequestTrace, OneLineARequest) {
   bench.enableLogs(0);
   bench.logs(0);
   bench.event(0);
-  bench.farEnd(1, 3, 64);
+  bench.farEnd(1, 4, 64);
   bench.send(0, 12345);
   EXPECT_EQ(trace.content(),
             "1.500000 0 memread 0xe0000238 4 ok\n"

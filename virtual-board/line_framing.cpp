@@ -1,0 +1,31 @@
+#include "line_framing.h"
+
+namespace {
+
+constexpr double kRetransmissionShare = 0.005;
+// What the margin above its target would carry.
+constexpr double kAttainable = 1.08;
+constexpr double kEocOverhead_bps = 1000;
+
+}  // namespace
+
+StreamRates streamRates(const StreamFraming& framing) {
+  if (framing.bytesPerSymbol == 0) {
+    return {};
+  }
+  const double f = kSampleRate_hz;
+  const double k = kCodewordData;
+  const double q = kCodewordsPerDtu;
+  const double overhead = f * kDtuOverhead;
+  const double perFrame = static_cast<double>(kSamplesPerSymbol) * kSymbolsPerFrame * kCodewordSize;
+  // Once a superframe, the RMC symbol is not there.
+  const double data = f * k * (framing.symbolsPerFrame - 1) - framing.symbolsPerFrame * overhead / q -
+                      f * k / kFramesPerSuperframe + overhead / q + overhead / (kFramesPerSuperframe * q);
+  const double inData = framing.bytesPerSymbol * 8 * data / perFrame;
+  const double inRmc = framing.bytesPerRmcSymbol * 8 * f * (q * k - kDtuOverhead) / (perFrame * q);
+  const double expected = (inData + inRmc - kEocOverhead_bps) / 1000;
+  const double net = expected / (1 - kRetransmissionShare);
+  return {static_cast<uint32_t>(framing.bytesPerSymbol * 8.0 * f / kSamplesPerSymbol / 1000),
+          static_cast<uint32_t>(net), static_cast<uint32_t>(expected),
+          static_cast<uint32_t>(net * kAttainable)};
+}
