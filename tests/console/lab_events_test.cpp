@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -212,11 +213,46 @@ TEST_F(LabEvents, OfWhichNothingIsShown) {
   EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
 }
 
-// The start reads the boot register twice; then the chip answers everything but the look every five seconds
-// whether it is there. The fourth look in vain is reported.
-TEST_F(LabEvents, AChipThatStopsAnswering) {
+TEST_F(LabEvents, ACutLoopTakesBothEndsDownUntilItIsWholeAgain) {
   start(kBothInShowtime +
-        "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0xE0000238\nskip = 2\ncount = 4\n");
+        "[[loop_event]]\nat_s = 1.0\ncut = true\n"
+        "[[loop_event]]\nat_s = 2.5\ncut = false\n");
+  const time_t before = std::time(nullptr);
+  await("to show time      \n", 2);
+  const Lines all = events();
+  // Each end reports its own line, number 0, before it goes down.
+  const auto isFailure = [&](const std::string& line) {
+    const std::string begin = "Line failure event on line=0 reason=6 at time ";
+    return line >= begin + timeText(before) + " ..." && line <= begin + timeText(before + 10) + " ...";
+  };
+  EXPECT_EQ(std::ranges::count_if(all, isFailure), 2);
+  EXPECT_TRUE(isFailure(all.front())) << all.front();
+  Lines first = eventsOf(0);
+  std::erase_if(first, isFailure);
+  EXPECT_THAT(first, ElementsAre("Link [0] state changed from show time       to deactivating 1 ",
+                                 "Link [0] state changed from deactivating 1  to silent         ",
+                                 "Link [0] state changed from silent          to init hs        ",
+                                 "Link [0] state changed from init hs         to init train     ",
+                                 "Link [0] state changed from init train      to show time      "));
+  EXPECT_THAT(eventsOf(1), ElementsAre("Link [1] state changed from show time       to deactivating 1 ",
+                                       "Link [1] state changed from deactivating 1  to silent         ",
+                                       "Link [1] state changed from silent          to init hs        ",
+                                       "Link [1] state changed from init hs         to init train     ",
+                                       "Link [1] state changed from init train      to show time      "));
+}
+
+TEST_F(LabEvents, AnInterruptionOfHalfASecondIsRiddenOut) {
+  start(kBothInShowtime +
+        "[[loop_event]]\nat_s = 0.5\ncut = true\n"
+        "[[loop_event]]\nat_s = 1.0\ncut = false\n"
+        "[[event]]\ndevice = 1\nat_s = 2.5\ntype = 5\nparams = [0]\n");
+  await("non-cDTA CPE joined on line 1\n");
+  EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
+}
+
+// Every five seconds the chips are asked whether they are there. The fourth look in vain is reported.
+TEST_F(LabEvents, AChipThatStopsAnswering) {
+  start(kBothInShowtime + "[[device_event]]\ndevice = 0\nat_s = 1.0\nkind = \"hang\"\n");
   const auto begin = std::chrono::steady_clock::now();
   await("Communication failure with DFE0\n");
   EXPECT_GE(std::chrono::steady_clock::now() - begin, 18s);
