@@ -1,6 +1,8 @@
 // What a board is made of, as a board file says it or as it is without one.
 #pragma once
 
+#include <config_params.h>
+
 #include <array>
 #include <cstdint>
 #include <map>
@@ -30,6 +32,8 @@ enum class LineState : uint32_t {
 };
 
 using MacAddress = std::array<uint8_t, 6>;
+// Start-up parameters' bytes in chip order.
+using ParameterSettings = std::map<eConstParams, std::vector<uint8_t>>;
 
 struct DeviceConfig {
   FirmwareVersion firmware;
@@ -37,7 +41,7 @@ struct DeviceConfig {
   MacAddress mac{};
   int temperature_c = 47;
   std::optional<LineState> line;  // none: the line trains by itself
-  std::map<std::string, int64_t> params;
+  ParameterSettings params;
   // What flash holds at power-up; a region without is erased.
   bool bootloaderInFlash = true;
   bool applicationInFlash = true;

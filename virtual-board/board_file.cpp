@@ -8,6 +8,7 @@
 
 #include "board_tables.h"
 #include "loop_budget.h"
+#include "parameter_settings.h"
 #include "sparse_memory.h"
 #include "toml_reader.h"
 
@@ -133,10 +134,7 @@ void readDeviceTable(TomlReader& table, DeviceConfig& device) {
   readBootStage(table, device);
   readLineState(table, device);
   if (auto params = table.table("params", "params")) {
-    for (const std::string& name : params->keys()) {
-      device.params[name] =
-          params->required(name.c_str(), params->integer(name.c_str(), INT32_MIN, UINT32_MAX));
-    }
+    device.params = readParameterSettings(*params);
   }
   table.finish();
 }

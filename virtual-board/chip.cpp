@@ -80,7 +80,8 @@ Firmware romFirmware(uint8_t chipset) {
 
 }  // namespace
 
-Chip::Chip(const DeviceConfig& config, Agenda& agenda) : config_(config), agenda_(agenda) {
+Chip::Chip(const DeviceConfig& config, Agenda& agenda)
+    : config_(config), agenda_(agenda), parameters_(config_.params) {
   constexpr size_t bootloaderSize = 24000;
   constexpr size_t applicationSize = 100000;
   constexpr size_t manufacturerSize = 1024;
@@ -102,6 +103,7 @@ Chip::Chip(const DeviceConfig& config, Agenda& agenda) : config_(config), agenda
   lineProvisioned_ = config.line != LineState::Idle;
   mapRegisters();
   mapIdentity();
+  mapParameters();
   enter(selectedStage());
 }
 
@@ -260,6 +262,11 @@ void Chip::mapIdentity() {
   memory_.add({VIRT_ADDR_DEVICE_INFO_READ_AND_CLEAR, DEV_INF_SIZE, readImage, {}, clearAssertions});
 }
 
+void Chip::mapParameters() {
+  parameters_.map(memory_, {[this] { return stage_ == Stage::App; },
+                            [this] { sbr_ |= bit(SBR_SYSTEM_PARAMETER_CHANGE_OFFSET); }});
+}
+
 // The running stage is the chip's to say; the other fields are the host's.
 void Chip::sbrWritten(uint32_t value) {
   sbr_ = (value & ~kFwStateMask) | (sbr_ & kFwStateMask);
@@ -302,6 +309,7 @@ void Chip::powerOff() {
   hung_ = false;
   pending_.clear();
   memory_.forgetStored();
+  parameters_.powerUp();
   lineConditionsChanged();
 }
 
@@ -379,6 +387,9 @@ void Chip::enter(Stage stage) {
     sbr_ = countedUp(sbr_, SBR_BOOT_RESET_COUNTER_OFFSET);
   }
   setFwState(reached);
+  if (reached == Stage::App) {
+    parameters_.apply();
+  }
   resetLineState(reached == Stage::App ? LineState::Idle : LineState::SelfTest);
 }
 

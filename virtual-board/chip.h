@@ -11,6 +11,7 @@
 #include "board_config.h"
 #include "device_info.h"
 #include "flash.h"
+#include "parameters.h"
 #include "pending_records.h"
 
 class Chip {
@@ -75,10 +76,12 @@ class Chip {
   const DeviceIdentity& identity() const { return identity_; }
   PendingRecords& pending() { return pending_; }
   AddressSpace& memory() { return memory_; }
+  const Parameters& parameters() const { return parameters_; }
 
  private:
   void mapRegisters();
   void mapIdentity();
+  void mapParameters();
   void sbrWritten(uint32_t value);
   void setFwState(Stage stage);
   void activateUser();
@@ -95,6 +98,7 @@ class Chip {
   const DeviceConfig config_;
   Agenda& agenda_;
   AddressSpace memory_;
+  Parameters parameters_;
   Flash flash_;
   std::vector<uint8_t> downloaded_;
   PendingRecords pending_;

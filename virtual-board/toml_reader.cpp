@@ -77,14 +77,6 @@ void TomlReader::finish() const {
   }
 }
 
-std::vector<std::string> TomlReader::keys() const {
-  std::vector<std::string> names;
-  for (const auto& [key, node] : *table_) {
-    names.emplace_back(key.str());
-  }
-  return names;
-}
-
 std::optional<int64_t> TomlReader::integer(const char* key, int64_t least, int64_t most) {
   const toml::node* node = take(key);
   if (node == nullptr) {

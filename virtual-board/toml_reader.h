@@ -48,7 +48,6 @@ class TomlReader {
   }
 
   bool has(const char* key) const { return table_->contains(key); }
-  std::vector<std::string> keys() const;
   const std::string& path() const { return path_; }
 
   // Throws when the table holds a key nobody asked for.

@@ -89,8 +89,8 @@ TEST(BoardFile, EveryKeyIsRead) {
   EXPECT_EQ(config.device[0].boot, Stage::B1);
   EXPECT_EQ(config.device[0].mac[5], 0x0F);
   EXPECT_EQ(config.device[0].temperature_c, -5);
-  EXPECT_EQ(config.device[0].params.at("usMargin"), 60);
-  EXPECT_EQ(config.device[0].params.at("dsMargin"), -1);
+  EXPECT_EQ(config.device[0].params.at(PARAMS_usMargin), fromHex("3c 00"));
+  EXPECT_EQ(config.device[0].params.at(PARAMS_dsMargin), fromHex("ff ff"));
   EXPECT_EQ(config.device[1].line, LineState::Idle);
   EXPECT_EQ(config.farEnd.at(0).error, EIO);
   EXPECT_EQ(config.faults.at(0).address, 1U);

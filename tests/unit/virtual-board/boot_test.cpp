@@ -16,7 +16,7 @@ TEST(Boot, AChipInResetAnswersNothing) {
   Bench bench;
   bench.rebootToApp(0);
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "EIO");
-  EXPECT_EQ(bench.write(0, 0xEC000000, "00 00"), "EIO");
+  EXPECT_EQ(bench.write(0, 0xEF000000, "00 00"), "EIO");
   EXPECT_EQ(bench.erase(0, FLASHERASE_64KB, 0), "EIO");
   EXPECT_EQ(bench.readFlash(0, 0, 4), "EIO");
   EXPECT_EQ(bench.activate(0, ROM_DEFAULT_ENTRY_POINT), "EIO");

@@ -43,18 +43,18 @@ TEST(Faults, ConcernOneDevice) {
 }
 
 TEST(Faults, WithAnAddressOnlyRequestsThatTouchIt) {
-  Bench bench(fault("request = \"memread\"\naddress = 0xEC000004\ncount = 0").c_str());
-  EXPECT_EQ(bench.read(0, 0xEC000000, 4), "00 00 00 00");
-  EXPECT_EQ(bench.read(0, 0xEC000000, 6), "EIO");
-  EXPECT_EQ(bench.read(0, 0xEC000004, 2), "EIO");
-  EXPECT_EQ(bench.read(0, 0xEC000005, 2), "00 00");
-  EXPECT_EQ(bench.read(0, 0xEC000004, 0), "EIO");
+  Bench bench(fault("request = \"memread\"\naddress = 0xEF000004\ncount = 0").c_str());
+  EXPECT_EQ(bench.read(0, 0xEF000000, 4), "00 00 00 00");
+  EXPECT_EQ(bench.read(0, 0xEF000000, 6), "EIO");
+  EXPECT_EQ(bench.read(0, 0xEF000004, 2), "EIO");
+  EXPECT_EQ(bench.read(0, 0xEF000005, 2), "00 00");
+  EXPECT_EQ(bench.read(0, 0xEF000004, 0), "EIO");
 }
 
 TEST(Faults, SkipCountsOnlyWhatMatches) {
-  Bench bench(fault("request = \"memread\"\naddress = 0xEC000004\nskip = 1").c_str());
+  Bench bench(fault("request = \"memread\"\naddress = 0xEF000004\nskip = 1").c_str());
   EXPECT_EQ(readFour(bench), "1234");
-  EXPECT_EQ(readFour(bench, 0xEC000004), "1x34");
+  EXPECT_EQ(readFour(bench, 0xEF000004), "1x34");
 }
 
 TEST(Faults, NameTheirError) {
@@ -71,9 +71,9 @@ TEST(Faults, SeveralTakeTheirTurns) {
 
 TEST(Faults, AFailedRequestHasNoEffect) {
   Bench bench(fault("request = \"memwrite\"").c_str());
-  EXPECT_EQ(bench.write(0, 0xEC000000, "01 02"), "EIO");
-  EXPECT_EQ(bench.read(0, 0xEC000000, 2), "00 00");
-  EXPECT_EQ(bench.write(0, 0xEC000000, "01 02"), "ok");
+  EXPECT_EQ(bench.write(0, 0xEF000000, "01 02"), "EIO");
+  EXPECT_EQ(bench.read(0, 0xEF000000, 2), "00 00");
+  EXPECT_EQ(bench.write(0, 0xEF000000, "01 02"), "ok");
 }
 
 TEST(Faults, EveryRequestCanFail) {
@@ -83,7 +83,7 @@ TEST(Faults, EveryRequestCanFail) {
     std::string (*send)(Bench&, const std::string& file);
   } requests[] = {
       {"memread", [](Bench& b, const std::string&) { return b.read(0, SBR_REG_ADDRESS, 4); }},
-      {"memwrite", [](Bench& b, const std::string&) { return b.write(0, 0xEC000000, "00 00"); }},
+      {"memwrite", [](Bench& b, const std::string&) { return b.write(0, 0xEF000000, "00 00"); }},
       {"activate", [](Bench& b, const std::string&) { return b.activate(0, 0); }},
       {"imgdnld", [](Bench& b, const std::string& file) { return b.download(0, file); }},
       {"flasherase", [](Bench& b, const std::string&) { return b.erase(0, FLASHERASE_ALL, 0); }},

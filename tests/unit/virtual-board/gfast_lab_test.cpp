@@ -66,7 +66,7 @@ TEST(GfastLab, AMistakeInABoardFileIsOneLineAndStatus2) {
 
 TEST(GfastLab, AScriptSeesTheBoardAndItsRequestsAreTraced) {
   const TempFile board(
-      "[[device]]\nline = \"idle\"\n[[memory]]\ndevice = 0\naddress = 0xEC000000\nbytes = \"01 02 03 04\"\n");
+      "[[device]]\nline = \"idle\"\n[[memory]]\ndevice = 0\naddress = 0xEF000000\nbytes = \"01 02 03 04\"\n");
   const TempFile script("read memory 0 ec000000 4\n");
   const TempFile trace;
   const Outcome outcome =
@@ -74,5 +74,5 @@ TEST(GfastLab, AScriptSeesTheBoardAndItsRequestsAreTraced) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_THAT(outcome.output, HasSubstr("ec000000: 04030201\n"));
   EXPECT_THAT(trace.content(), HasSubstr(" 0 open - 0 ok\n"));
-  EXPECT_THAT(trace.content(), HasSubstr(" 0 memread 0xec000000 4 ok\n"));
+  EXPECT_THAT(trace.content(), HasSubstr(" 0 memread 0xef000000 4 ok\n"));
 }

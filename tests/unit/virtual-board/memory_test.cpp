@@ -6,11 +6,11 @@
 
 TEST(Memory, WhatIsWrittenIsRead) {
   Bench bench;
-  EXPECT_EQ(bench.read(0, 0xEC000000, 4), "00 00 00 00");
-  EXPECT_EQ(bench.write(0, 0xEC000000, "12 34 56 78"), "ok");
-  EXPECT_EQ(bench.read(0, 0xEC000000, 4), "12 34 56 78");
-  EXPECT_EQ(bench.read(0, 0xEC000002, 4), "56 78 00 00");
-  EXPECT_EQ(bench.read(1, 0xEC000000, 4), "00 00 00 00");
+  EXPECT_EQ(bench.read(0, 0xEF000000, 4), "00 00 00 00");
+  EXPECT_EQ(bench.write(0, 0xEF000000, "12 34 56 78"), "ok");
+  EXPECT_EQ(bench.read(0, 0xEF000000, 4), "12 34 56 78");
+  EXPECT_EQ(bench.read(0, 0xEF000002, 4), "56 78 00 00");
+  EXPECT_EQ(bench.read(1, 0xEF000000, 4), "00 00 00 00");
 }
 
 TEST(Memory, WritesMayCrossPages) {
@@ -27,10 +27,10 @@ TEST(Memory, TheLastBytesOfTheAddressSpace) {
 
 TEST(Memory, SurvivesAReset) {
   Bench bench;
-  bench.write(0, 0xEC000000, "12 34 56 78");
+  bench.write(0, 0xEF000000, "12 34 56 78");
   bench.rebootToApp(0);
   bench.wait(2);
-  EXPECT_EQ(bench.read(0, 0xEC000000, 4), "12 34 56 78");
+  EXPECT_EQ(bench.read(0, 0xEF000000, 4), "12 34 56 78");
 }
 
 TEST(Memory, WhatTheChipComputesIsNotChangedByWriting) {
@@ -52,9 +52,9 @@ TEST(Memory, ABoardFileLaysBytesOverWhatIsComputed) {
 }
 
 TEST(Memory, LaidBytesAreMemoryThatCanBeWritten) {
-  Bench bench("[[memory]]\ndevice = 0\naddress = 0xEC000000\nbytes = \"01 02 03 04\"");
-  EXPECT_EQ(bench.write(0, 0xEC000002, "aa bb cc dd"), "ok");
-  EXPECT_EQ(bench.read(0, 0xEC000000, 6), "01 02 aa bb cc dd");
+  Bench bench("[[memory]]\ndevice = 0\naddress = 0xEF000000\nbytes = \"01 02 03 04\"");
+  EXPECT_EQ(bench.write(0, 0xEF000002, "aa bb cc dd"), "ok");
+  EXPECT_EQ(bench.read(0, 0xEF000000, 6), "01 02 aa bb cc dd");
 }
 
 TEST(Memory, ADumpIsLaidAsReadMemoryPrintsIt) {

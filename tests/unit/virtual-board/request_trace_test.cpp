@@ -20,7 +20,7 @@ TEST(RequestTrace, OneLineARequest) {
   bench.wait(1.5);
   bench.read(0, SBR_REG_ADDRESS, 4);
   bench.read(1, 0x10, 901);
-  bench.write(0, 0xEC000000, "01 02");
+  bench.write(0, 0xEF000000, "01 02");
   bench.board.open(2);
   bench.board.open(1);
   bench.wait(0.25);
@@ -38,7 +38,7 @@ TEST(RequestTrace, OneLineARequest) {
   EXPECT_EQ(trace.content(),
             "1.500000 0 memread 0xe0000238 4 ok\n"
             "1.500000 1 memread 0x00000010 901 EINVAL\n"
-            "1.500000 0 memwrite 0xec000000 2 ok\n"
+            "1.500000 0 memwrite 0xef000000 2 ok\n"
             "1.500000 2 open - 0 ENODEV\n"
             "1.500000 1 open - 0 ok\n"
             "1.750000 0 flasherase 0x00010000 0 ok\n"

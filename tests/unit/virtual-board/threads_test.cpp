@@ -32,10 +32,10 @@ TEST(Threads, RequestsOnOneDescriptorAtTheSameTime) {
     char word[4];
     store_le32(word, i);
     gfast_iocreq request{};
-    request.req_u.memwrite = {0xEC000000, 4, word, 4};
+    request.req_u.memwrite = {0xEF000000, 4, word, 4};
     ASSERT_EQ(board.request(descriptor, DFEIOCMEMWR, request), 0);
     request = {};
-    request.req_u.memread = {0xEC000000, 4, word, 4, 0, 0};
+    request.req_u.memread = {0xEF000000, 4, word, 4, 0, 0};
     ASSERT_EQ(board.request(descriptor, DFEIOCMEMRD, request), 0);
     ASSERT_EQ(load_le32(word), i);
   }
