@@ -4,6 +4,7 @@
 
 #include "clock/clock.h"
 #include "qvrcli/arguments.h"
+#include "qvrcli/config_commands.h"
 #include "qvrcli/output.h"
 #include "std/bits.h"
 
@@ -128,6 +129,7 @@ int CLI_restartSystem(cli_def* cli, const char* /*command*/, char* argv[], int a
   }
   flushSession(cli);
   QVR_restartDevice(deviceId, waitForConfig);
+  QVR_getLineConfig(0, &configParams);
   return CLI_OK;
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "qvrcli/command_tree.h"
+#include "qvrcli/config_commands.h"
 #include "qvrcli/events.h"
 #include "qvrcli/interpreter_guard.h"
 #include "qvrcli/output.h"
@@ -49,5 +50,6 @@ QVR_retval_t QVR_cliInit(cli_def* xi_cli) {
   QVR_initTraceLogModule();
   QVR_setTraceLogLevel(QVRLOG_DEBUG);
   registerEventHandlers();
+  QVR_getLineConfig(0, &configParams);
   return QVR_E_STATUS_OK;
 }

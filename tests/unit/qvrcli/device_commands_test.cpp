@@ -172,6 +172,11 @@ TEST_F(Reboot, AnAbsentDeviceIsNotReset) {
   EXPECT_THAT(typed("reboot"), ElementsAre("failed resetting device"));
 }
 
+// A restart is followed by a look at line 0's configuration, of which the chip has none to tell.
+Script looksAtConfiguration() {
+  return reads(0, VIRT_BASE_ADDR_CONFIGURATION_PARAMS_DICTIONARY, Bytes(12)).fails(EIO);
+}
+
 using RestartSystem = TypedConsole;
 
 TEST_F(RestartSystem, SaysWhatIsNoDevice) {
@@ -181,7 +186,9 @@ TEST_F(RestartSystem, SaysWhatIsNoDevice) {
 TEST_F(RestartSystem, WaitsForConfigurationFromTheFirstDevice) {
   for (const char* line : {"restart system T", "restart system t"}) {
     // A system in configuration state is where it should be.
-    expect((line[15] == 'T' ? opens(0) : Script()) + readsWord(0, SBR_REG_ADDRESS, 0x01808000));
+    const bool first = line[15] == 'T';
+    expect((first ? opens(0) : Script()) + readsWord(0, SBR_REG_ADDRESS, 0x01808000) +
+           (first ? looksAtConfiguration() : Script()));
     EXPECT_THAT(typed(line), IsEmpty()) << line;
     verify();
   }
@@ -192,12 +199,12 @@ TEST_F(RestartSystem, AnyOtherWordDoesNotWait) {
   ChipIdentity inLineState;
   expect(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0x01808000) + opens(1) +
          writesWord(1, VIRT_ADDR_USER_ACTIVATION, 0) + writesWord(0, VIRT_ADDR_USER_ACTIVATION, 0) +
-         readsIdentity(0, inLineState) + readsIdentity(1, inLineState));
+         readsIdentity(0, inLineState) + readsIdentity(1, inLineState) + looksAtConfiguration());
   EXPECT_THAT(typed("restart system yes"), IsEmpty());
 }
 
 TEST_F(RestartSystem, AFailureIsNotReported) {
-  expect(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO));
+  expect(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + looksAtConfiguration());
   EXPECT_THAT(typed("restart system"), IsEmpty());
 }
 
