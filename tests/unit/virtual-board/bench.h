@@ -5,10 +5,12 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -210,6 +212,35 @@ struct Bench {
     request.req_u.farendmsg = {port, type, buffer.data(), bufferSize, 0, bufferSize, 0};
     const std::string result = send(device, DFEIOCFARENDMSG);
     return result == "ok" ? hex(buffer.data(), request.req_u.farendmsg.datalen_copied_to_user) : result;
+  }
+
+  // A far-end message with a body.
+  std::string ask(int device, uint16_t type, const std::string& body, uint32_t bufferSize = 600) {
+    const auto bytes = fromHex(body);
+    std::vector<char> buffer(std::max<size_t>(bufferSize, bytes.size()));
+    std::copy(bytes.begin(), bytes.end(), buffer.begin());
+    request = {};
+    request.req_u.farendmsg = {
+        0, type, buffer.data(), bufferSize, static_cast<uint32_t>(bytes.size()), bufferSize, 0};
+    const std::string result = send(device, DFEIOCFARENDMSG);
+    return result == "ok" ? hex(buffer.data(), request.req_u.farendmsg.datalen_copied_to_user) : result;
+  }
+
+  // A record of 32-bit words, read in one request.
+  template <typename Block>
+  Block block(int device, uint32_t address) {
+    return record<Block>(read(device, address, sizeof(Block)));
+  }
+  template <typename Block>
+  static Block record(const std::string& text) {
+    const auto bytes = fromHex(text);
+    std::array<uint32_t, sizeof(Block) / 4> words{};
+    for (size_t i = 0; i < words.size() && bytes.size() == sizeof(Block); ++i) {
+      words[i] = load_le32(bytes.data() + 4 * i);
+    }
+    Block block;
+    std::memcpy(&block, words.data(), sizeof block);
+    return block;
   }
 
   bool readable(int device) {

@@ -1,6 +1,7 @@
 // The command thread and the notification thread ask at the same time, on the same descriptors.
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <thread>
 
 #include "bench.h"
@@ -58,4 +59,30 @@ TEST(Threads, OpeningAndClosingWhileOthersAsk) {
     ASSERT_EQ(board.request(descriptor, DFEIOCMEMRD, request), 0);
   }
   other.join();
+}
+
+TEST(Threads, AnExchangeWithTheFarEndKeepsNobodyWaiting) {
+  BoardConfig config;
+  config.device[0].line = LineState::Showtime;
+  VirtualBoard board(config);
+  const int descriptor = board.open(0);
+  std::atomic<bool> exchanging = true;
+  std::thread command([&] {
+    for (int i = 0; i < 50; ++i) {
+      char response[44];
+      gfast_iocreq request{};
+      request.req_u.farendmsg = {0, 0, response, sizeof response, 0, sizeof response, 0};
+      ASSERT_EQ(board.request(descriptor, DFEIOCFARENDMSG, request), 0);
+    }
+    exchanging = false;
+  });
+  int served = 0;
+  for (; exchanging; ++served) {
+    char block[340];
+    gfast_iocreq request{};
+    request.req_u.memread = {0xE2440000, sizeof block, block, sizeof block, 0, 0};
+    ASSERT_EQ(board.request(descriptor, DFEIOCMEMRD, request), 0);
+  }
+  command.join();
+  EXPECT_GT(served, 50);
 }

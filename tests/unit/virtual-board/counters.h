@@ -1,0 +1,31 @@
+// The counter blocks as a test reads them.
+#pragma once
+
+#include <gfast_counters.h>
+
+#include "bench.h"
+
+constexpr uint32_t kFramerInit =
+    VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FRAMER_CORE, 0, VIRT_GFAST_CNTR_INIT);
+constexpr uint32_t kFduInit = VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FDU_CORE, 0, VIRT_GFAST_CNTR_INIT);
+constexpr uint32_t kFramerRaw = VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FRAMER_CORE, 0, VIRT_GFAST_CNTR_RAW);
+constexpr uint32_t kFduRaw = VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FDU_CORE, 0, VIRT_GFAST_CNTR_RAW);
+constexpr uint32_t kDerived = VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_CP_CORE, 0, VIRT_GFAST_CNTR_DERIVED);
+constexpr uint32_t kEtrDb = VIRT_ADDR_ETR_DB(0);
+constexpr uint32_t kPm = VIRT_ADDR_15MIN_24HRS_COUNTERS(0);
+
+inline GFAST_FRAMER_RAW_COUNTERS_S framer(Bench& bench, int device) {
+  return bench.block<GFAST_FRAMER_RAW_COUNTERS_S>(device, kFramerRaw);
+}
+inline GFAST_FDU_RAW_COUNTERS_S fdu(Bench& bench, int device) {
+  return bench.block<GFAST_FDU_RAW_COUNTERS_S>(device, kFduRaw);
+}
+inline GFAST_DERIVED_COUNTERS_S derived(Bench& bench, int device) {
+  return bench.block<GFAST_DERIVED_COUNTERS_S>(device, kDerived);
+}
+inline G9972_PM_COUNTERS_S pm(Bench& bench, int device) {
+  return bench.block<G9972_PM_COUNTERS_S>(device, kPm);
+}
+inline G9701_ManagementCounters_t farCounters(Bench& bench, int device) {
+  return Bench::record<G9701_ManagementCounters_t>(bench.farEnd(device, 0));
+}
