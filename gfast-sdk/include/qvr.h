@@ -371,8 +371,8 @@ uint32_t QVR_secsTo15minBoundary(time_t* xo_now);
 
 // ---- Lines ----
 
-// Starts the library in one call: devices, lines. Called again after success it does nothing.
-//   as QVR_initLineModule
+// Starts the library in one call: devices, lines, parameters. Called again after success it does nothing.
+//   as QVR_initLineModule, then as QVR_loadConfigParams
 QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice);
 
 // Does nothing: what a restart needs, the notifications do. Always QVR_E_STATUS_OK.
@@ -559,3 +559,8 @@ QVR_retval_t QVR_saveLineConfigState();
 // Do nothing. Always QVR_E_STATUS_OK.
 QVR_retval_t QVR_restoreSystemConfigState();
 QVR_retval_t QVR_restoreLineConfigState();
+
+// ---- Signal tests ----
+
+// Starts the signal tests, which need nothing to be started. Always QVR_E_STATUS_OK.
+QVR_retval_t QVR_initTestModule();

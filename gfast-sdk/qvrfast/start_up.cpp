@@ -15,6 +15,9 @@ QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice) {
   if (QVR_STATUS_OK(status)) {
     status = QVR_initLineModule(xi_waitForDevice);
   }
+  if (QVR_STATUS_OK(status)) {
+    status = QVR_loadConfigParams(0);
+  }
   initialized = QVR_STATUS_OK(status);
   return status;
 }

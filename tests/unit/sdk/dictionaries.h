@@ -59,6 +59,11 @@ inline Script readsDictionary(uint32_t paramsSize, const std::vector<Entry>& ent
          readsInPieces(0, kEntries, list);
 }
 
+// The start of the library reads a small dictionary and its parameters.
+inline Script startsParameters() {
+  return readsDictionary(8, {{0, 4, 0}, {1, 4, 4}}) + reads(0, kArea, Bytes(8));
+}
+
 // Both devices carry a line and are open; no dictionary has been read.
 class Parameters : public testing::Test {
  protected:

@@ -4,8 +4,8 @@
 #include <chrono>
 #include <limits>
 
+#include "dictionaries.h"
 #include "qvrdev/device_table.h"
-#include "seams.h"
 #include "support/test_clock.h"
 
 namespace {
@@ -59,7 +59,8 @@ TEST_F(Discovery, TheWholeLibraryStartsOnce) {
   driver_.expect(isAbsent(0));
   EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_ERROR);
   constexpr uint32_t kFramerInitCounters = 0xE2400000;
-  driver_.expect(startsWith({}, isAbsent(1)) + reads(0, kFramerInitCounters, Bytes(72)).fails(EIO));
+  driver_.expect(startsWith({}, isAbsent(1)) + reads(0, kFramerInitCounters, Bytes(72)).fails(EIO) +
+                 startsParameters());
   EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
 }

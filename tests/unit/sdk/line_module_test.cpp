@@ -1,6 +1,7 @@
 // The line module's start, and what it does when the chips speak.
 #include "qvrline/line_module.h"
-#include "lines.h"
+
+#include "dictionaries.h"
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_events.h"
 #include "support/test_clock.h"
@@ -314,11 +315,35 @@ TEST_F(LineModule, TheWholeLibraryStartsInOneCallOnce) {
   EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_ERROR);
   startBothDevices();
   driver_.expect(readsFraming(0, 100) + readsCounters(0, 1000) + readsFraming(1, 200) +
-                 readsCounters(1, 2000));
+                 readsCounters(1, 2000) + startsParameters());
   EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_reInitFastModule(), QVR_E_STATUS_OK);
+}
+
+// Each request for the parameters fails in turn.
+TEST_F(LineModule, WithoutDictionaryTheLibraryDoesNotStartAndDoesNotAskForItAgain) {
+  startBothLines();
+  driver_.expect(startsParameters().failingAt(0, EIO));
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
+}
+
+TEST_F(LineModule, WithoutTheEntriesOfTheDictionaryTheLibraryDoesNotStart) {
+  startBothLines();
+  driver_.expect(startsParameters().failingAt(1, EIO));
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
+}
+
+TEST_F(LineModule, ParametersThatCannotBeReadAreReadByTheNextStart) {
+  startBothLines();
+  driver_.expect(startsParameters().failingAt(2, EIO));
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
+  driver_.expect(reads(0, kArea, Bytes(8)));
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
 }
 
 TEST_F(LineModule, ItsRevisionIsAFixedText) {
