@@ -47,6 +47,7 @@ QVR_retval_t QVR_cliInit(cli_def* xi_cli) {
   if (QVR_STATUS_ERROR(QVR_initFastModule(FALSE))) {
     warn(xi_cli, "Warning: Failed to connect to DFEs");
   }
+  QVR_initTestModule();
   QVR_initTraceLogModule();
   QVR_setTraceLogLevel(QVRLOG_DEBUG);
   registerEventHandlers();
