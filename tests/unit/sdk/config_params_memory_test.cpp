@@ -10,7 +10,8 @@ size_t refusedFrom = SIZE_MAX;  // bytes; smaller allocations succeed
 
 }  // namespace
 
-void* operator new(size_t size) {
+// Inlined, these would look to the compiler like a free of what new has allocated.
+[[gnu::noinline]] void* operator new(size_t size) {
   void* memory = size >= refusedFrom ? nullptr : std::malloc(size);
   if (memory == nullptr) {
     throw std::bad_alloc();
@@ -18,11 +19,11 @@ void* operator new(size_t size) {
   return memory;
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
   std::free(memory);
 }
 
-void operator delete(void* memory, size_t /*size*/) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, size_t /*size*/) noexcept {
   std::free(memory);
 }
 
