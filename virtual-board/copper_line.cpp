@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double kSilence_s = 0.5;
+constexpr double kSilence_s = 1.0;
 constexpr double kHandshake_s = 1.2;
 constexpr double kTraining_s = 2.4;
 constexpr double kJitter = 0.1;          // of a training's durations, to either side

@@ -1,6 +1,6 @@
 // The pair of wires between two chips and what the link on it is doing.
 //
-// Both ends ready: 0.5 s of silence, a handshake of about 1.2 s, training of about 2.4 s, showtime. An
+// Both ends ready: 1 s of silence, a handshake of about 1.2 s, training of about 2.4 s, showtime. An
 // orderly end takes 0.4 s; an end that loses the other notices after 1 s. What fails is tried again after
 // 10 s.
 #pragma once

@@ -83,9 +83,11 @@ TEST_F(RequestTrace, TheBootRegisterTakesOneRead) {
 }
 
 TEST_F(RequestTrace, ARebootReadsTheBootRegisterAndWritesThreeWords) {
-  EXPECT_THAT(requestsOf("reboot b1 1\n"),
-              ElementsAre("1 memread 0xe0000238 4 ok", "1 memwrite 0xe0000238 4 ok",
-                          "1 memwrite 0xe0000018 4 ok", "1 memwrite 0xe0000014 4 ok"));
+  Requests requests = requestsOf("reboot b1 1\n");
+  ASSERT_GE(requests.size(), 4U);
+  requests.resize(4);  // the library looks at a chip that is back, if the program still runs by then
+  EXPECT_THAT(requests, ElementsAre("1 memread 0xe0000238 4 ok", "1 memwrite 0xe0000238 4 ok",
+                                    "1 memwrite 0xe0000018 4 ok", "1 memwrite 0xe0000014 4 ok"));
 }
 
 TEST_F(RequestTrace, AnUpgradeInTheWrongStageOnlyReadsTheBootRegister) {

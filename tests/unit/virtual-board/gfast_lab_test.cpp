@@ -67,12 +67,12 @@ TEST(GfastLab, AMistakeInABoardFileIsOneLineAndStatus2) {
 TEST(GfastLab, AScriptSeesTheBoardAndItsRequestsAreTraced) {
   const TempFile board(
       "[[device]]\nline = \"idle\"\n[[memory]]\ndevice = 0\naddress = 0xEF000000\nbytes = \"01 02 03 04\"\n");
-  const TempFile script("read memory 0 ec000000 4\n");
+  const TempFile script("read memory 0 ef000000 4\n");
   const TempFile trace;
   const Outcome outcome =
       lab("--board " + board.path() + " --trace-requests " + trace.path() + ' ' + script.path());
   EXPECT_EQ(outcome.status, 0);
-  EXPECT_THAT(outcome.output, HasSubstr("ec000000: 04030201\n"));
+  EXPECT_THAT(outcome.output, HasSubstr("ef000000: 04030201\n"));
   EXPECT_THAT(trace.content(), HasSubstr(" 0 open - 0 ok\n"));
   EXPECT_THAT(trace.content(), HasSubstr(" 0 memread 0xef000000 4 ok\n"));
 }
