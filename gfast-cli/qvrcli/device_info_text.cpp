@@ -83,6 +83,11 @@ void indexedWord(const Sink& out, const char* nameFormat, int index, const uint8
   out.field(name, "%08x", load_be32(word));
 }
 
+// The word of a field that has one for each line.
+const uint8_t* wordOfLine(const uint8_t* image, size_t field, int line) {
+  return image + field + sizeof(uint32_t) * static_cast<size_t>(line);
+}
+
 void printAsserts(const Sink& out, QVR_deviceId_t deviceId, const uint8_t* image) {
   char heading[64];
   for (int line = 0; line < QVR_K_MAX_LINES_PER_DEVICE; line++) {
@@ -106,7 +111,7 @@ void printImage(const Sink& out, QVR_deviceId_t deviceId, const uint8_t* image) 
   out.field("devinfVersion", "%08x", load_be32(image + DEV_INF_VERSION));
   out.field("firmwareVersion", "%08x", load_be32(image + DEV_INF_FIRMWARE_VERSION));
   for (int line = 0; line < QVR_K_MAX_LINES_PER_DEVICE; line++) {
-    indexedWord(out, "linkStartupTime[%1d]", line, image + DEV_INF_LINK_STARTUP_TIME + 4 * line);
+    indexedWord(out, "linkStartupTime[%1d]", line, wordOfLine(image, DEV_INF_LINK_STARTUP_TIME, line));
   }
   for (size_t slot = 0; slot < kGhsTimes; slot++) {
     indexedWord(out, "link%1dGhsTime", static_cast<int>(slot), image + DEV_INF_GHS_TIMES + 4 * slot);
@@ -114,9 +119,10 @@ void printImage(const Sink& out, QVR_deviceId_t deviceId, const uint8_t* image) 
   for (int line = 0; line < QVR_K_MAX_LINES_PER_DEVICE; line++) {
     char name[40];
     std::snprintf(name, sizeof name, "linkInitlastsignal[%1d]", line);
-    const uint8_t* signals = image + DEV_INF_LAST_SIGNAL + 4 * line;
+    const uint8_t* signals = wordOfLine(image, DEV_INF_LAST_SIGNAL, line);
     out.field(name, "%04x %04x", load_be16(signals), load_be16(signals + 2));
-    indexedWord(out, "linkInitStatusFailureCause[%1d]", line, image + DEV_INF_INIT_FAILURE_CAUSE + 4 * line);
+    indexedWord(out, "linkInitStatusFailureCause[%1d]", line,
+                wordOfLine(image, DEV_INF_INIT_FAILURE_CAUSE, line));
   }
   out.field("temperature", "%08x", load_be32(image + DEV_INF_TEMPERATURE));
   // Country code, vendor code, revision: 16, 32 and 16 bits, each at the start of its own word.
