@@ -432,7 +432,9 @@ int VirtualBoard::logCfg(Exchange& exchange) {
   return 0;
 }
 
-int VirtualBoard::logRead(Exchange& exchange) {
+// A chip that hangs has nothing to say until it is back.
+int VirtualBoard::takeRecords(Exchange& exchange,
+                              bool (PendingRecords::*take)(std::span<uint8_t> out, size_t& length)) {
   auto& read = exchange.request.req_u.logalm_read;
   read.datalen_rcvd_from_hw = 0;
   read.datalen_copied_to_user = 0;
@@ -443,7 +445,7 @@ int VirtualBoard::logRead(Exchange& exchange) {
     return 0;
   }
   size_t length = 0;
-  if (!exchange.chip.pending().takeLogs(bytesOf(read.buf, read.bufsize), length)) {
+  if (!(exchange.chip.pending().*take)(bytesOf(read.buf, read.bufsize), length)) {
     return EMSGSIZE;
   }
   read.datalen_rcvd_from_hw = static_cast<uint32_t>(length);
@@ -452,24 +454,12 @@ int VirtualBoard::logRead(Exchange& exchange) {
   return 0;
 }
 
+int VirtualBoard::logRead(Exchange& exchange) {
+  return takeRecords(exchange, &PendingRecords::takeLogs);
+}
+
 int VirtualBoard::eventRead(Exchange& exchange) {
-  auto& read = exchange.request.req_u.logalm_read;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
-  if (read.buf == nullptr) {
-    return EFAULT;
-  }
-  if (exchange.chip.hung()) {
-    return 0;
-  }
-  size_t length = 0;
-  if (!exchange.chip.pending().takeEvent(bytesOf(read.buf, read.bufsize), length)) {
-    return EMSGSIZE;
-  }
-  read.datalen_rcvd_from_hw = static_cast<uint32_t>(length);
-  read.datalen_copied_to_user = static_cast<uint32_t>(length);
-  exchange.length = static_cast<uint32_t>(length);
-  return 0;
+  return takeRecords(exchange, &PendingRecords::takeEvent);
 }
 
 int VirtualBoard::farEnd(Exchange& exchange) {

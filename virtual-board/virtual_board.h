@@ -80,6 +80,8 @@ class VirtualBoard final : public Driver {
   int flashProg(Exchange& exchange);
   int flashRead(Exchange& exchange);
   int logCfg(Exchange& exchange);
+  static int takeRecords(Exchange& exchange,
+                         bool (PendingRecords::*take)(std::span<uint8_t> out, size_t& length));
   int logRead(Exchange& exchange);
   int eventRead(Exchange& exchange);
   int farEnd(Exchange& exchange);
