@@ -14,7 +14,11 @@
 #include "gfast_api.h"
 #include "gfast_counters.h"
 #include "line_config.h"
+#include "line_status.h"
+#include "performance_history.h"
 #include "qvr_bool.h"
+#include "subcarrier_tables.h"
+#include "test_signals.h"
 
 // ---- Results ----
 
@@ -148,9 +152,6 @@ using QVR_lineState_t = G9701_linkState_t;
 using QVR_linkStateEventMask_t = G9701_linkState_t;
 
 using QVR_lineFailureReason_t = LINK_FAILURE_TYPE_E;
-
-// Initialisation success/failure cause (ITU-T G.997.2 clause 7.20.1.1).
-using G9972_initSuccessFailureCause_t = uint32_t;
 
 struct QVR_versionNumber_t {
   uint8_t versionProfile;
@@ -560,7 +561,233 @@ QVR_retval_t QVR_saveLineConfigState();
 QVR_retval_t QVR_restoreSystemConfigState();
 QVR_retval_t QVR_restoreLineConfigState();
 
-// ---- Signal tests ----
+// ---- Line status and inventory (records: line_status.h) ----
 
-// Starts the signal tests, which need nothing to be started. Always QVR_E_STATUS_OK.
+// How the line is. Margins and power that are not available are QVR_K_LEVEL_NOT_AVAILABLE; a field whose
+// source cannot be read keeps what it held.
+//   the result of the last read made: an earlier one that failed is not reported
+QVR_retval_t QVR_getLineStatus(QVR_lineId_t xi_lineId, QVR_lineStatus_t* xo_status);
+
+// How the line's last initialisation went, read anew from the device.
+//   QVR_E_NOT_CURRENTLY_SUPPORTED  the line's device is at the subscriber side
+//   otherwise as QVR_getDeviceInfo
+QVR_retval_t QVR_getLineStatusInitialization(QVR_lineId_t xi_lineId,
+                                             G9972_initSuccessFailureCause_t* xo_cause,
+                                             G9972_initLastSignal_t* xo_lastSignalDs,
+                                             G9972_initLastSignal_t* xo_lastSignalUs);
+
+// What the line carries upstream and downstream, in the network's terms.
+//   the first failing read's result; the record may be filled in part
+QVR_retval_t QVR_getChannelStatusus(QVR_lineId_t xi_lineId, QVR_channelStatus_t* xo_status);
+QVR_retval_t QVR_getChannelStatusds(QVR_lineId_t xi_lineId, QVR_channelStatus_t* xo_status);
+
+// Who is at both ends: the local end from its own record, the far end from what it last answered (network
+// side) or from a new exchange (subscriber side). A version text that is not of the form number.number.number
+// text is taken as it is, cut to its field.
+//   as QVR_readmem (nothing is filled then), or as QVR_getInventoryFarEnd
+QVR_retval_t QVR_getInventory(QVR_lineId_t xi_lineId, QVR_inventoryObject_t* xo_inventory);
+
+// Who is at the far end, asked anew. Its G.hs vendor is not reported.
+//   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange
+QVR_retval_t QVR_getInventoryFarEnd(QVR_lineId_t xi_lineId, QVR_inventoryParameters_t* xo_inventory);
+
+// Writes SYSTEM_VENDOR and SERIALNR into the device's inventory; the other fields are not used.
+//   as QVR_readmem and QVR_writemem
+QVR_retval_t QVR_setInventoryParams(QVR_deviceId_t xi_deviceId,
+                                    const QVR_inventoryParameters_t* xi_inventory);
+
+// ---- Performance counters and their history (records: performance_history.h) ----
+
+// The counters as they stand, since the chip started. Of timeInterval only intervalNumber is set, to 0, and
+// by the channel counters nothing.
+//   as the counter blocks they are read from
+QVR_retval_t QVR_getCurrNELinePerformance(QVR_lineId_t xi_lineId, QVR_linePerformance_t* xo_counters);
+QVR_retval_t QVR_getCurrFELinePerformance(QVR_lineId_t xi_lineId, QVR_linePerformance_t* xo_counters);
+QVR_retval_t QVR_getCurrNEChannelPerformance(QVR_lineId_t xi_lineId, QVR_ChannelPerformance_t* xo_counters);
+QVR_retval_t QVR_getCurrFEChannelPerformance(QVR_lineId_t xi_lineId, QVR_ChannelPerformance_t* xo_counters);
+
+// Intervals that are kept, the running one included.
+uint8_t QVR_numberOf15minHistoryIntervals(QVR_lineId_t xi_lineId);
+uint8_t QVR_numberOf24hrHistoryIntervals(QVR_lineId_t xi_lineId);
+
+// The running quarter hour and the running day up to now.
+//   as QVR_readPerformanceMonitoringCounters
+QVR_retval_t QVR_getCurr15minCounters(QVR_lineId_t xi_lineId, QVR_intervalLinkCounterDB_t* xo_interval);
+QVR_retval_t QVR_getCurr24hrCounters(QVR_lineId_t xi_lineId, QVR_intervalLinkCounterDB_t* xo_interval);
+
+// A kept interval, counted back from the running one, which is 0.
+//   QVR_E_HISTORY_INTERVAL_OUT_OF_RANGE  no such interval is kept; nothing is filled
+//   otherwise as the running interval
+QVR_retval_t QVR_getPrev15minCounters(QVR_lineId_t xi_lineId, int8_t xi_interval,
+                                      QVR_intervalLinkCounterDB_t* xo_interval);
+QVR_retval_t QVR_getPrev24hrCounters(QVR_lineId_t xi_lineId, int8_t xi_interval,
+                                     QVR_intervalLinkCounterDB_t* xo_interval);
+
+// Answers TRUE to go on to the next older interval.
+using QVR_intervalCounterHistoryCB = BOOL (*)(QVR_lineId_t xi_lineId,
+                                              QVR_intervalLinkCounterDB_t* xi_interval);
+
+// Every kept interval, newest first, after the running quarter hour has been brought up to date. The callback
+// runs on the caller's thread, with copies.
+//   as QVR_getCurr15minCounters; otherwise QVR_E_STATUS_OK, also when the callback ended the walk
+QVR_retval_t QVR_dump15minCounterHistoryDB(QVR_lineId_t xi_lineId, QVR_intervalCounterHistoryCB xi_callback);
+QVR_retval_t QVR_dump24hrCounterHistoryDB(QVR_lineId_t xi_lineId, QVR_intervalCounterHistoryCB xi_callback);
+
+// Run on the notification thread: a line failed, in words of ITU-T G.997.2; a line's day is over. Each keeps
+// one callback, nullptr clears it. The records live as long as the call.
+using QVR_lineFailureCB = void (*)(QVR_lineId_t xi_lineId, const QVR_lineFailures_t* xi_failures);
+using QVR_24hrEventCB = void (*)(QVR_lineId_t xi_lineId, const char* xi_timeStamp, time_t xi_time);
+void QVR_registerlineFailuresCB(QVR_lineFailureCB xi_callback);
+void QVR_register24hrEventCB(QVR_24hrEventCB xi_callback);
+
+// ---- Subcarrier tables (records: subcarrier_tables.h; chip memory: gfast_tone_memory.h) ----
+
+// Every table is asked of a line in showtime:
+//   QVR_E_NO_DEVICE_FOR_LINE  the line has no device (bit loading only; the others say QVR_E_ERROR)
+//   QVR_E_ERROR               the line is not up, or what the chip says of its subcarriers cannot be: 32 or
+//   more
+//                             bands, or a subcarrier past 2047
+//   otherwise as the read that failed
+
+// First processed subcarrier and their number, read anew. Subcarriers past 2047 are not counted.
+QVR_retval_t QVR_getLinePhyParams(QVR_lineId_t xi_lineId, QVR_linePhyParams_t* xo_params);
+
+// Bits of each subcarrier that the chip sends or receives, of data and of RMC symbols; 0 on a pilot. Of the
+// data tables a failed read of the loading itself is no failure: the table is then left as it was.
+QVR_retval_t QVR_readTxBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits);
+QVR_retval_t QVR_readRxBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits);
+QVR_retval_t QVR_readTxRMCBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits);
+QVR_retval_t QVR_readRxRMCBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits);
+
+// SNR in dB: at the near end from the first processed subcarrier on, at the far end from its lowest medley
+// subcarrier on. Entries past the last are left as they were.
+//   QVR_E_ERROR           also: a guard word did not settle
+//   QVR_E_FAREND_EOC_NACK the far end refuses
+QVR_retval_t QVR_readSNRTable(QVR_lineId_t xi_lineId, QVR_SNRTBL_t xo_snr);
+QVR_retval_t QVR_readFarEndSNRTable(QVR_lineId_t xi_lineId, QVR_SNRTBL_t xo_snr);
+
+// Receive level in dBm/Hz from the first processed subcarrier on, as the equaliser has it and calibrated for
+// the receive path. Each output may be nullptr.
+QVR_retval_t QVR_readRxSignal(QVR_lineId_t xi_lineId, double* xo_feq, double* xo_calibrated,
+                              QVR_AFE_PARAMS_t* xo_afe);
+QVR_retval_t QVR_readFarEndRxSignal(QVR_lineId_t xi_lineId, double* xo_feq, double* xo_calibrated,
+                                    QVR_AFE_PARAMS_t* xo_afe);
+
+// Level handed to the line driver in dBm/Hz, and the amplitude of each subcarrier before the inverse
+// transform, from the first processed subcarrier on.
+QVR_retval_t QVR_readTxSignal(QVR_lineId_t xi_lineId, double* xo_level);
+QVR_retval_t QVR_readFarEndTxSignal(QVR_lineId_t xi_lineId, double* xo_level);
+QVR_retval_t QVR_readTxFEQ(QVR_lineId_t xi_lineId, QVR_FEQ_t xo_feq);
+QVR_retval_t QVR_readFarEndTxFEQ(QVR_lineId_t xi_lineId, QVR_FEQ_t xo_feq);
+
+// Test parameters by subcarrier in the encodings of ITU-T G.997.2 clause 7.10, upstream and downstream in the
+// network's terms, one entry a subcarrier from 0 on. A value beyond its encoding is the nearest it can hold.
+QVR_retval_t QVR_getLineStatusBITSpsds(QVR_lineId_t xi_lineId, G9972_BITSps_t xo_bits);
+QVR_retval_t QVR_getLineStatusBITSpsus(QVR_lineId_t xi_lineId, G9972_BITSps_t xo_bits);
+QVR_retval_t QVR_getLineStatusBITSRMCpsds(QVR_lineId_t xi_lineId, G9972_BITSps_t xo_bits);
+QVR_retval_t QVR_getLineStatusBITSRMCpsus(QVR_lineId_t xi_lineId, G9972_BITSps_t xo_bits);
+QVR_retval_t QVR_getLineStatusSNRpsds(QVR_lineId_t xi_lineId, G9972_SNRps_t xo_snr);
+QVR_retval_t QVR_getLineStatusSNRpsus(QVR_lineId_t xi_lineId, G9972_SNRps_t xo_snr);
+QVR_retval_t QVR_getLineStatusALNpsds(QVR_lineId_t xi_lineId, G9972_ALNps_t xo_noise);
+QVR_retval_t QVR_getLineStatusALNpsus(QVR_lineId_t xi_lineId, G9972_ALNps_t xo_noise);
+QVR_retval_t QVR_getLineStatusHLOGpsds(QVR_lineId_t xi_lineId, G9972_HLOGps_t xo_hlog);
+QVR_retval_t QVR_getLineStatusHLOGpsus(QVR_lineId_t xi_lineId, G9972_HLOGps_t xo_hlog);
+QVR_retval_t QVR_getSignalAttenuationds(QVR_lineId_t xi_lineId, G9972_SATN_t* xo_attenuation);
+QVR_retval_t QVR_getSignalAttenuationus(QVR_lineId_t xi_lineId, G9972_SATN_t* xo_attenuation);
+
+// HLOG from levels sent and received, dBm/Hz, both from the first processed subcarrier on.
+QVR_retval_t QVR_getLineStatusHLOGps(QVR_lineId_t xi_lineId, const double* xi_sent, const double* xi_received,
+                                     G9972_HLOGps_t xo_hlog);
+
+// ---- Expected throughput (ITU-T G.9701 clause 9.8) ----
+
+// Of one direction from its framing, kbit/s, single precision. A field of zero that divides gives infinity or
+// not-a-number. Always QVR_E_STATUS_OK.
+QVR_retval_t QVR_calcTxETR(ETR_DB_S xi_framing, float* xo_etr);
+QVR_retval_t QVR_calcRxETR(ETR_DB_S xi_framing, float* xo_etr);
+QVR_retval_t QVR_calcTxRawPhyRate(ETR_DB_S xi_framing, float* xo_rate);
+QVR_retval_t QVR_calcRxRawPhyRate(ETR_DB_S xi_framing, float* xo_rate);
+
+// Both directions of a line in showtime, kbit/s; the raw rates may be nullptr.
+//   QVR_E_ERROR  the line is not up; nothing is filled
+//   otherwise as QVR_readGfastETRdbCounters and QVR_readGfastFramerRawCounters
+QVR_retval_t QVR_calcETRsForLine(QVR_lineId_t xi_lineId, float* xo_etrDs, float* xo_etrUs,
+                                 float* xo_rawRateDs, float* xo_rawRateUs);
+
+// ---- Vectoring matrices and the analogue front end ----
+
+// Bytes of a coefficient area, as signed 16-bit values in host order.
+//   QVR_E_ERROR  16 blocks in a row could not be read or were being written
+QVR_retval_t QVR_readVectMatrix(QVR_lineId_t xi_lineId, uint32_t xi_address, int16_t* xo_values,
+                                uint32_t xi_sizeInBytes);
+
+// Coefficients by pair of subcarriers: a line's pairs begin at element xi_tonePairs * line, so the array
+// holds xi_tonePairs elements for each line up to the one asked for. Untouched on failure.
+//   as QVR_readVectMatrix
+//   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room to read them
+//   QVR_E_ERROR  of all lines: whatever failed first
+QVR_retval_t QVR_readCancelerMatrixForLine(QVR_lineId_t xi_lineId, uint16_t xi_tonePairs,
+                                           QVR_tonePairMatrix_t* xo_matrices);
+QVR_retval_t QVR_readCancelerMatrixForAllLines(uint16_t xi_tonePairs, QVR_tonePairMatrix_t* xo_matrices);
+QVR_retval_t QVR_readPrecoderMatrixForLine(QVR_lineId_t xi_lineId, uint16_t xi_tonePairs,
+                                           QVR_tonePairMatrix_t* xo_matrices);
+QVR_retval_t QVR_readPrecoderMatrixForAllLines(uint16_t xi_tonePairs, QVR_tonePairMatrix_t* xo_matrices);
+
+// Receive gain and mode of the front end at either end of a line in showtime.
+//   QVR_E_ERROR  the line is not up
+//   otherwise as QVR_readmem or QVR_readmemFarEnd
+QVR_retval_t QVR_getAfeParams(QVR_lineId_t xi_lineId, QVR_AFE_PARAMS_t* xo_afe);
+QVR_retval_t QVR_getFarEndAfeParams(QVR_lineId_t xi_lineId, QVR_AFE_PARAMS_t* xo_afe);
+
+// ---- Signal tests (records: test_signals.h) ----
+
+// Start, enter and end the signal tests, which need none of it. Always QVR_E_STATUS_OK.
 QVR_retval_t QVR_initTestModule();
+QVR_retval_t QVR_enterTestMode();
+QVR_retval_t QVR_exitTestMode();
+
+// A test signal of QPSK tones from 43 to 1972, every twentieth of them left empty, its largest sample 16384.
+// xi_startTone and xi_endTone are not consulted. Every other sample of the symbol is used, twice over: see
+// docs/signal-tests.md. xo_txSignal takes xi_numberOfTones words (a power of two, at most 2048).
+//   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform
+QVR_retval_t QVR_generateRandomTxSignal(uint32_t xi_startTone, uint32_t xi_endTone, uint32_t xi_numberOfTones,
+                                        uint32_t* xo_txSignal);
+
+// Puts a signal of QVR_K_SIGNAL_WORDS words, or the default signal for nullptr, into the line's transmit
+// buffer. An idle line is activated first, which takes a second.
+//   as QVR_getDeviceInfo and QVR_writemem
+QVR_retval_t QVR_startSignalTransmission(QVR_lineId_t xi_lineId, const uint32_t* xi_txSignal);
+
+// Captures a symbol: its first 2048 samples, and the unitary transform of all 4096. A chip that does not
+// report the capture within half a second is read all the same.
+//   as QVR_getDeviceInfo, QVR_readmem and QVR_writemem
+//   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform
+QVR_retval_t QVR_receiveSignalSnapshot(QVR_lineId_t xi_lineId, QVR_complex_t* xo_timeDomainSignal,
+                                       QVR_complex_t* xo_freqDomainSignal);
+
+// Sends on one line and captures on the other (or the same).
+//   as sending, then as capturing
+QVR_retval_t QVR_testAfeTxRxPath(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
+                                 const uint32_t* xi_txSignal, QVR_complex_t* xo_rxFreqDomainSignal);
+
+// Missing-tone power ratio of each empty tone: the mean power of its neighbours over its own, linear.
+void QVR_calcMTPR(const QVR_complex_t* xi_rxFreqDomainSignal, double* xo_MTPR);
+
+// Both in one: the ratios are linear, and untouched on failure.
+QVR_retval_t QVR_testAfePerformanceMTPR(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
+                                        const uint32_t* xi_txSignal, QVR_complex_t* xo_rxFreqDomainSignal,
+                                        double* xo_MTPR);
+
+// The same over several captures of the generated signal: xo_rxFreqDomainSignal is the summed power spectrum,
+// the ratios are in dB. Prints the number of each capture to standard output.
+//   the last capture's result; a failed one adds what the one before it left
+QVR_retval_t QVR_testAfePerformanceMTPRInLoop(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
+                                              int xi_numberOfIterations, QVR_complex_t* xo_rxFreqDomainSignal,
+                                              double* xo_MTPR);
+
+// Starts a check of the links between chips by a pseudo-random sequence, and tells the errors counted since.
+// The chips' programs address four devices; the first step for one that this system cannot have ends the
+// process in assertion "Unknown device handle".
+//   as QVR_readmem and QVR_writemem; the record is untouched on failure
+QVR_retval_t QVR_startExtcomConnectivityTest();
+QVR_retval_t QVR_getExtcomConnectivityTestResults(QVR_extcomPortErrors_t* xo_testResults);

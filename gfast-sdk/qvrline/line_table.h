@@ -5,11 +5,6 @@
 
 #include <qvr.h>
 
-struct QVR_linePhyParams_t {
-  uint32_t firstTone;  // first processed subcarrier
-  uint32_t numProcessedTones;
-};
-
 struct QVR_intervalCounterDB_t {
   G9972_PM_COUNTERS_S curr15minSnapshot;  // the latest read
   G9972_PM_COUNTERS_S prev15minSnapshot;  // at the start of the running quarter hour
