@@ -7,8 +7,6 @@
 #include <cerrno>
 #include <chrono>
 
-#include "host_file.h"
-
 namespace {
 
 int failWith(int error) {
@@ -22,18 +20,6 @@ VirtualBoard::TimeSource realTime() {
   };
 }
 
-// 0, or what is wrong with a buffer that shall hold `length` bytes.
-int checkBuffer(const char* buffer, uint32_t size, uint32_t length, uint32_t most) {
-  if (length > most || size < length) {
-    return EINVAL;
-  }
-  return buffer == nullptr && length > 0 ? EFAULT : 0;
-}
-
-std::span<uint8_t> bytesOf(char* buffer, size_t length) {
-  return {reinterpret_cast<uint8_t*>(buffer), length};
-}
-
 // The state in which a line starts: what either device's configuration says about it.
 LineState lineAtPowerUp(const BoardConfig& config) {
   LineState state = LineState::Silent;
@@ -44,77 +30,6 @@ LineState lineAtPowerUp(const BoardConfig& config) {
 }
 
 }  // namespace
-
-// A request on its way through the board.
-struct VirtualBoard::Exchange {
-  Chip& chip;
-  int device;
-  gfast_iocreq& request;
-  HostFile image;       // of requests that name a file
-  uint32_t where = 0;   // as traced and as faults match it
-  uint32_t length = 0;  // likewise
-};
-
-struct VirtualBoard::Handler {
-  uint32_t code;
-  RequestKind kind;
-  int (VirtualBoard::*serve)(Exchange&);
-  // Notes what the request is about, before anything is done; none: nothing to note.
-  void (*describe)(Exchange&);
-};
-
-const VirtualBoard::Handler* VirtualBoard::handlerFor(uint32_t code) {
-  using Board = VirtualBoard;
-  using Kind = RequestKind;
-  static constexpr Handler handlers[] = {
-      {DFEIOCMEMRD, Kind::MemRead, &Board::memRead,
-       [](Exchange& e) {
-         e.where = e.request.req_u.memread.hw_mem_addr;
-         e.length = e.request.req_u.memread.hw_mem_len;
-       }},
-      {DFEIOCMEMWR, Kind::MemWrite, &Board::memWrite,
-       [](Exchange& e) {
-         e.where = e.request.req_u.memwrite.hw_mem_addr;
-         e.length = e.request.req_u.memwrite.hw_mem_len;
-       }},
-      {DFEIOCIMGACT, Kind::Activate, &Board::activate,
-       [](Exchange& e) { e.where = e.request.req_u.activate.hw_mem_addr; }},
-      {DFEIOCIMGDNLD, Kind::ImgDnld, &Board::imgDnld,
-       [](Exchange& e) {
-         e.image = readHostFile(e.request.req_u.imgdnld.fw_filename, FLASH_SIZE);
-         e.length = static_cast<uint32_t>(e.image.bytes.size());
-       }},
-      {DFEIOCFLASHRD, Kind::FlashRead, &Board::flashRead,
-       [](Exchange& e) {
-         e.where = e.request.req_u.flashread.hw_flash_addr;
-         e.length = e.request.req_u.flashread.hw_flash_len;
-       }},
-      {DFEIOCFLASHERASE, Kind::FlashErase, &Board::flashErase,
-       [](Exchange& e) { e.where = e.request.req_u.flasherase.hw_flash_addr; }},
-      {DFEIOCFLASHPROG, Kind::FlashProg, &Board::flashProg,
-       [](Exchange& e) {
-         e.image = readHostFile(e.request.req_u.flashprog.fw_filename, FLASH_SIZE);
-         e.where = e.request.req_u.flashprog.hw_flash_addr;
-         e.length = static_cast<uint32_t>(e.image.bytes.size());
-       }},
-      {DFEIOCOAMGET, Kind::Unknown, &Board::notServed, nullptr},
-      {DFEIOCOAMSET, Kind::Unknown, &Board::notServed, nullptr},
-      {DFEIOCLOGCFG, Kind::LogCfg, &Board::logCfg, nullptr},
-      {DFEIOCLOGRD, Kind::LogRead, &Board::logRead, nullptr},
-      {DFEIOCALMRD, Kind::EventRead, &Board::eventRead, nullptr},
-      {DFEIOCSETPORTTAG, Kind::Unknown, &Board::notServed, nullptr},
-      {DFEIOCGETRESULT, Kind::Unknown, &Board::notServed, nullptr},
-      {DFEIOCDEVINFO, Kind::Unknown, &Board::notServed, nullptr},
-      {DFEIOCFARENDMSG, Kind::FarEnd, &Board::farEnd,
-       [](Exchange& e) {
-         e.where = e.request.req_u.farendmsg.port_idx;
-         e.length = e.request.req_u.farendmsg.outmsg_datalen;
-       }},
-  };
-  const auto* found = std::find_if(std::begin(handlers), std::end(handlers),
-                                   [code](const Handler& handler) { return handler.code == code; });
-  return found == std::end(handlers) ? nullptr : found;
-}
 
 VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
     : devices_(config.devices), time_(time ? time : realTime()), realTime_(!time), faults_(config.faults) {
@@ -316,10 +231,11 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
   if (!device) {
     return failWith(EBADF);
   }
-  static constexpr Handler unknown{0, RequestKind::Unknown, &VirtualBoard::notServed, nullptr};
-  const Handler* handler = handlerFor(code);
-  const Handler& chosen = handler == nullptr ? unknown : *handler;
-  Exchange exchange{*chips_[static_cast<size_t>(*device)], *device, request, {}};
+  static constexpr RequestHandler unknown{0, RequestKind::Unknown, nullptr, nullptr};
+  const RequestHandler* handler = requestHandler(code);
+  const RequestHandler& chosen = handler == nullptr ? unknown : *handler;
+  const auto index = static_cast<size_t>(*device);
+  Exchange exchange{*device, *chips_[index], *farEnds_[index], *line_, request, {}};
   // Reads a file where the request names one; not under the lock, a file may be slow.
   if (chosen.describe != nullptr) {
     chosen.describe(exchange);
@@ -344,157 +260,8 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
   return traced.error == 0 ? 0 : failWith(traced.error);
 }
 
-int VirtualBoard::serve(const Handler& handler, Exchange& exchange) {
+int VirtualBoard::serve(const RequestHandler& handler, Exchange& exchange) {
   const uint32_t touched = handler.kind == RequestKind::FarEnd ? 1 : exchange.length;
   const int fault = faults_.match(exchange.device, handler.kind, exchange.where, touched);
-  return fault != 0 ? fault : (this->*handler.serve)(exchange);
-}
-
-int VirtualBoard::memRead(Exchange& exchange) {
-  auto& read = exchange.request.req_u.memread;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
-  if (const int wrong = checkBuffer(read.buf, read.bufsize, read.hw_mem_len, IOCTL_MAX_READ_BYTES);
-      wrong != 0) {
-    return wrong;
-  }
-  if (!inAddressSpace(read.hw_mem_addr, read.hw_mem_len)) {
-    return EINVAL;
-  }
-  const int error = exchange.chip.read(read.hw_mem_addr, bytesOf(read.buf, read.hw_mem_len));
-  if (error == 0) {
-    read.datalen_rcvd_from_hw = read.hw_mem_len;
-    read.datalen_copied_to_user = read.hw_mem_len;
-  }
-  return error;
-}
-
-int VirtualBoard::memWrite(Exchange& exchange) {
-  const auto& write = exchange.request.req_u.memwrite;
-  if (const int wrong = checkBuffer(write.buf, write.bufsize, write.hw_mem_len, IOCTL_MAX_WRITE_BYTES);
-      wrong != 0) {
-    return wrong;
-  }
-  if (!inAddressSpace(write.hw_mem_addr, write.hw_mem_len)) {
-    return EINVAL;
-  }
-  return exchange.chip.write(write.hw_mem_addr, bytesOf(write.buf, write.hw_mem_len));
-}
-
-int VirtualBoard::activate(Exchange& exchange) {
-  return exchange.chip.activate(exchange.request.req_u.activate.hw_mem_addr);
-}
-
-int VirtualBoard::imgDnld(Exchange& exchange) {
-  return exchange.image.error != 0 ? exchange.image.error : exchange.chip.download(exchange.image.bytes);
-}
-
-int VirtualBoard::flashErase(Exchange& exchange) {
-  const auto& erase = exchange.request.req_u.flasherase;
-  return exchange.chip.eraseFlash(erase.erasetype, erase.hw_flash_addr);
-}
-
-int VirtualBoard::flashProg(Exchange& exchange) {
-  return exchange.image.error != 0
-             ? exchange.image.error
-             : exchange.chip.programFlash(exchange.request.req_u.flashprog.hw_flash_addr,
-                                          exchange.image.bytes);
-}
-
-int VirtualBoard::flashRead(Exchange& exchange) {
-  auto& read = exchange.request.req_u.flashread;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
-  if (const int wrong = checkBuffer(read.buf, read.bufsize, read.hw_flash_len, IOCTL_MAX_READ_BYTES);
-      wrong != 0) {
-    return wrong;
-  }
-  const int error = exchange.chip.readFlash(read.hw_flash_addr, bytesOf(read.buf, read.hw_flash_len));
-  if (error == 0) {
-    read.datalen_rcvd_from_hw = read.hw_flash_len;
-    read.datalen_copied_to_user = read.hw_flash_len;
-  }
-  return error;
-}
-
-int VirtualBoard::logCfg(Exchange& exchange) {
-  const auto& config = exchange.request.req_u.logcfg;
-  if (config.bufsize != GFAST_LOGCFG_BODY_SIZE) {
-    return EINVAL;
-  }
-  if (config.buf == nullptr) {
-    return EFAULT;
-  }
-  if (exchange.chip.hung()) {
-    return ETIMEDOUT;
-  }
-  exchange.chip.pending().enableLogs();
-  return 0;
-}
-
-// A chip that hangs has nothing to say until it is back.
-int VirtualBoard::takeRecords(Exchange& exchange,
-                              bool (PendingRecords::*take)(std::span<uint8_t> out, size_t& length)) {
-  auto& read = exchange.request.req_u.logalm_read;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
-  if (read.buf == nullptr) {
-    return EFAULT;
-  }
-  if (exchange.chip.hung()) {
-    return 0;
-  }
-  size_t length = 0;
-  if (!(exchange.chip.pending().*take)(bytesOf(read.buf, read.bufsize), length)) {
-    return EMSGSIZE;
-  }
-  read.datalen_rcvd_from_hw = static_cast<uint32_t>(length);
-  read.datalen_copied_to_user = static_cast<uint32_t>(length);
-  exchange.length = static_cast<uint32_t>(length);
-  return 0;
-}
-
-int VirtualBoard::logRead(Exchange& exchange) {
-  return takeRecords(exchange, &PendingRecords::takeLogs);
-}
-
-int VirtualBoard::eventRead(Exchange& exchange) {
-  return takeRecords(exchange, &PendingRecords::takeEvent);
-}
-
-int VirtualBoard::farEnd(Exchange& exchange) {
-  auto& message = exchange.request.req_u.farendmsg;
-  message.datalen_copied_to_user = 0;
-  constexpr uint32_t largestMessage = 65536;
-  if (message.port_idx != 0 || message.bufsize > largestMessage) {
-    return EINVAL;
-  }
-  if (const int wrong = checkBuffer(message.buf, message.bufsize, message.outmsg_datalen, largestMessage);
-      wrong != 0) {
-    return wrong;
-  }
-  if (const int unreachable = exchange.chip.unreachable(); unreachable != 0) {
-    return unreachable;
-  }
-  if (!line_->inShowtime()) {
-    return ENOTCONN;
-  }
-  std::vector<uint8_t> response;
-  const std::span<const uint8_t> request = bytesOf(message.buf, message.outmsg_datalen);
-  const int error =
-      farEnds_[static_cast<size_t>(exchange.device)]->answer(message.farend_msg_req_type, request, response);
-  if (error != 0) {
-    return error;
-  }
-  const auto length = static_cast<uint32_t>(std::min<size_t>(response.size(), message.bufsize));
-  if (length > 0 && message.buf == nullptr) {
-    return EFAULT;
-  }
-  std::copy_n(response.begin(), length, bytesOf(message.buf, length).begin());
-  message.datalen_copied_to_user = length;
-  return 0;
-}
-
-int VirtualBoard::notServed(Exchange& /*exchange*/) {
-  return EOPNOTSUPP;
+  return fault != 0 ? fault : handler.serve(exchange);
 }

@@ -20,6 +20,7 @@
 #include "copper_line.h"
 #include "far_end.h"
 #include "faults.h"
+#include "request_handlers.h"
 #include "request_trace.h"
 
 class VirtualBoard final : public Driver {
@@ -57,9 +58,6 @@ class VirtualBoard final : public Driver {
   void cutLoop(bool cut);
 
  private:
-  struct Exchange;
-  struct Handler;
-
   void mapCounters(size_t device);
   LineInsight insight(size_t device);
   void scheduleConfigured(const BoardConfig& config);
@@ -69,23 +67,7 @@ class VirtualBoard final : public Driver {
   void wakeClock();
   void showPending();
   std::optional<int> deviceOf(int descriptor);
-  int serve(const Handler& handler, Exchange& exchange);
-
-  static const Handler* handlerFor(uint32_t code);
-  int memRead(Exchange& exchange);
-  int memWrite(Exchange& exchange);
-  int activate(Exchange& exchange);
-  int imgDnld(Exchange& exchange);
-  int flashErase(Exchange& exchange);
-  int flashProg(Exchange& exchange);
-  int flashRead(Exchange& exchange);
-  int logCfg(Exchange& exchange);
-  static int takeRecords(Exchange& exchange,
-                         bool (PendingRecords::*take)(std::span<uint8_t> out, size_t& length));
-  int logRead(Exchange& exchange);
-  int eventRead(Exchange& exchange);
-  int farEnd(Exchange& exchange);
-  int notServed(Exchange& exchange);
+  int serve(const RequestHandler& handler, Exchange& exchange);
 
   const int devices_;
   TimeSource time_;
