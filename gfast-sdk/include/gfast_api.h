@@ -323,6 +323,20 @@ constexpr size_t DEV_INF_LINK_ASSERT_EXTENSION = 168;
 constexpr size_t DEV_INF_CP_ASSERT_INFO = 200;
 constexpr size_t DEV_INF_CP_ASSERT_EXTENSION = 244;
 
+// CPU_ASSERT_INFO_S, what a processor asserted, and CPU_ASSERT_INFO_EXTENSION_S, when: 32-bit words. A link
+// has the pair of its framer, then that of its FDU.
+constexpr size_t CPU_ASSERT_INFO_SIZE = 44;
+constexpr size_t CPU_ASSERT_INFO_NUMBER = 0;  // of assertions since start
+constexpr size_t CPU_ASSERT_INFO_ASSERT_ID = 4;
+constexpr size_t CPU_ASSERT_INFO_NUM_PARAMS = 8;
+constexpr size_t CPU_ASSERT_INFO_PARAMS = 12;
+constexpr size_t CPU_ASSERT_MAX_PARAMS = 8;
+constexpr size_t CPU_ASSERT_EXTENSION_SIZE = 16;
+constexpr size_t CPU_ASSERT_EXTENSION_SYMBOL_COUNTER = 0;  // 0: the processor did not assert
+constexpr size_t CPU_ASSERT_EXTENSION_TBM_SYMBOL = 4;
+constexpr size_t CPU_ASSERT_EXTENSION_TBM_PHASE = 8;
+constexpr size_t CPU_ASSERT_EXTENSION_TBM_SAMPLE = 12;
+
 // Flash: sectors of 64 KiB (and 4 KiB), three regions.
 constexpr uint32_t FLASH_SECTOR_64KB = 0x10000;
 constexpr uint32_t FLASH_BOOTLOADER_START = 0x00000;
