@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "crash.h"
 #include "firmware_image.h"
 
 constexpr int kMaxDevices = 2;
@@ -109,6 +110,13 @@ struct DeviceEvent {
   std::optional<double> for_s;  // none: for good
 };
 
+// An assertion of a processor that fails. A remote modem's chip may crash as well.
+struct CrashEvent {
+  int device;
+  double at_s;
+  Assertion assertion;
+};
+
 struct FaultConfig {
   int device;
   std::string request;
@@ -132,6 +140,7 @@ struct BoardConfig {
   std::vector<TimedLog> logs;
   std::vector<LoopEvent> loopEvents;
   std::vector<DeviceEvent> deviceEvents;
+  std::vector<CrashEvent> crashes;
   std::vector<FaultConfig> faults;
 };
 

@@ -217,6 +217,9 @@ BoardConfig readRoot(TomlReader root) {
   for (TomlReader& table : root.tables("device_event", "[[device_event]]")) {
     config.deviceEvents.push_back(readDeviceEventTable(table));
   }
+  for (TomlReader& table : root.tables("crash", "[[crash]]")) {
+    config.crashes.push_back(readCrashTable(table));
+  }
   for (TomlReader& table : root.tables("fault", "[[fault]]")) {
     config.faults.push_back(readFaultTable(table, config.devices));
   }

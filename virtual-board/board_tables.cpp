@@ -2,8 +2,10 @@
 
 #include <gfast_api.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <limits>
@@ -12,6 +14,7 @@
 #include "board_file.h"
 #include "errno_names.h"
 #include "faults.h"
+#include "line_framing.h"
 #include "sparse_memory.h"
 #include "std/byte_order.h"
 
@@ -209,6 +212,31 @@ DeviceEvent readDeviceEventTable(TomlReader& table) {
   event.for_s = table.number("for_s", 0, kLatest_s);
   table.finish();
   return event;
+}
+
+CrashEvent readCrashTable(TomlReader& table) {
+  CrashEvent crash{};
+  crash.device = static_cast<int>(table.required("device", table.integer("device", 0, kMaxDevices - 1)));
+  crash.at_s = readTime(table);
+  Assertion& assertion = crash.assertion;
+  assertion.processor = static_cast<Processor>(
+      table.required("processor", table.choice("processor", {{"framer", static_cast<int>(Processor::Framer)},
+                                                             {"fdu", static_cast<int>(Processor::Fdu)},
+                                                             {"cp", static_cast<int>(Processor::Cp)}})));
+  assertion.id = static_cast<uint32_t>(table.required("assert_id", table.integer("assert_id", 0, kWordMax)));
+  assertion.params = table.words("params", kMaxAssertParams).value_or(std::vector<uint32_t>{});
+  // A record whose symbol counter is 0 is one of no assertion.
+  constexpr double symbolsPerSecond = double{kSampleRate_hz} / kSamplesPerSymbol;
+  const auto sinceStart = static_cast<uint32_t>(std::llround(crash.at_s * symbolsPerSecond));
+  const auto word = [&table](const char* key, int64_t least, uint32_t otherwise) {
+    return static_cast<uint32_t>(table.integer(key, least, kWordMax).value_or(otherwise));
+  };
+  assertion.symbolCounter = word("symbol_counter", 1, std::max(sinceStart, 1U));
+  assertion.tbmSymbol = word("tbm_symbol", 0, assertion.symbolCounter % kSymbolsPerFrame);
+  assertion.tbmPhase = word("tbm_phase", 0, 0);
+  assertion.tbmSample = word("tbm_sample", 0, 0);
+  table.finish();
+  return crash;
 }
 
 FaultConfig readFaultTable(TomlReader& table, int devices) {

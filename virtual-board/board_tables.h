@@ -14,4 +14,5 @@ TimedEvent readEventTable(TomlReader& table, int devices);
 TimedLog readLogTable(TomlReader& table, int devices);
 LoopEvent readLoopEventTable(TomlReader& table);
 DeviceEvent readDeviceEventTable(TomlReader& table);
+CrashEvent readCrashTable(TomlReader& table);
 FaultConfig readFaultTable(TomlReader& table, int devices);

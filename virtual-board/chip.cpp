@@ -20,7 +20,6 @@ constexpr double kUserActivationTime_s = 0.4;
 constexpr uint32_t kPllMuxAtPowerUp = 1;
 constexpr uint32_t kMaxResetCounter = 7;
 constexpr std::string_view kFactoryBuilt = "2017-03-30T21:49:22";
-constexpr uint32_t kFirstAssertionEnd = DEV_INF_GHS_TIMES;
 
 constexpr uint32_t bit(uint32_t offset) {
   return 1U << offset;
@@ -202,6 +201,29 @@ void Chip::log(uint8_t core, std::string_view text, std::span<const uint32_t> pa
   }
 }
 
+void Chip::crash(const Assertion& assertion) {
+  static constexpr uint8_t cores[] = {FRAMER_CORE, FDU_CORE, CP_CORE};  // by Processor
+  if (inReset_ || stage_ != Stage::App) {
+    return;
+  }
+  assertions_.add(assertion);
+  if (pending_.logsEnabled()) {
+    const uint32_t params[] = {assertion.id, assertion.symbolCounter};
+    pending_.raiseLog(cores[static_cast<size_t>(assertion.processor)], 0, "assertion %u failed at symbol %u",
+                      params);
+  }
+  if (crashed_) {
+    return;
+  }
+  crashed_ = true;
+  if (identity_.lineState != LineState::Idle) {
+    const uint32_t failure[] = {LF_REASON_QUELVOR_PROPRIETARY, 0};
+    raiseEvent(EVENT_TYPE_LINE_FAILURE, failure);
+  }
+  setLineState(LineState::UnitFail);
+  lineConditionsChanged();
+}
+
 void Chip::mapRegisters() {
   const auto zero = [] { return word(0); };
   memory_.write(PLL_MUX_REG_ADDRESS, word(kPllMuxAtPowerUp));
@@ -238,8 +260,12 @@ void Chip::mapRegisters() {
 
 void Chip::mapIdentity() {
   memory_.add({VIRT_ADDR_B0_REGS, B0_REGS_SIZE, [this] { return bootStageBlock(identity_); }, {}, {}});
-  memory_.add(
-      {VIRT_ADDR_DEVICE_INFO_READ, DEV_INF_SIZE, [this] { return deviceInfoImage(identity_); }, {}, {}});
+  const auto deviceInfo = [this] {
+    Bytes bytes = deviceInfoImage(identity_);
+    assertions_.store(bytes);
+    return bytes;
+  };
+  memory_.add({VIRT_ADDR_DEVICE_INFO_READ, DEV_INF_SIZE, deviceInfo, {}, {}});
   // The same image, overlay included; a read takes the assertion records away.
   const auto readImage = [this] {
     Bytes image(DEV_INF_SIZE);
@@ -247,13 +273,10 @@ void Chip::mapIdentity() {
     return image;
   };
   const auto clearAssertions = [this](uint32_t offset, uint32_t length) {
-    static constexpr struct {
-      size_t begin, end;
-    } records[] = {{DEV_INF_LINK_ASSERT_INFO, kFirstAssertionEnd},
-                   {DEV_INF_LINK_ASSERT_EXTENSION, DEV_INF_SIZE}};
-    for (const auto& record : records) {
-      const size_t begin = std::max<size_t>(record.begin, offset);
-      const size_t end = std::min<size_t>(record.end, offset + length);
+    assertions_.clear(offset, length);
+    for (const ImagePart& part : assertionParts()) {
+      const size_t begin = std::max<size_t>(part.begin, offset);
+      const size_t end = std::min<size_t>(part.end, size_t{offset} + length);
       if (begin < end) {
         memory_.overlay().forget(static_cast<uint32_t>(VIRT_ADDR_DEVICE_INFO_READ + begin), end - begin);
       }
@@ -325,6 +348,8 @@ void Chip::goDown() {
   agenda_.cancel(activation_);
   agenda_.cancel(boot_);
   inReset_ = true;
+  crashed_ = false;
+  assertions_.clear();
   downloaded_.clear();
   setFwState(Stage::None);
   resetLineState(LineState::SelfTest);

@@ -9,6 +9,7 @@
 #include "address_space.h"
 #include "agenda.h"
 #include "board_config.h"
+#include "crash.h"
 #include "device_info.h"
 #include "flash.h"
 #include "parameters.h"
@@ -52,13 +53,17 @@ class Chip {
   // Its control processor stops answering the host and the far end; the line goes on.
   void setHung(bool hung) { hung_ = hung; }
   bool hung() const { return hung_; }
+  // An assertion of one of its processors fails while the application runs: the line is gone until the chip
+  // is reset, and the assertion can be read as long. The other stages know no assertions.
+  void crash(const Assertion& assertion);
   // As by a switch: everything but flash is lost, and power brings it back as at the start.
   void powerOff();
   void powerOn();
 
   // ---- The line's view ----
 
-  bool running() const { return !inReset_; }
+  // Started, and not crashed since.
+  bool running() const { return !inReset_ && !crashed_; }
   Stage stage() const { return stage_; }
   bool networkSide() const { return identity_.firmware.version.networkSide(); }
   // Application firmware, in line state, with its line provisioned.
@@ -105,7 +110,9 @@ class Chip {
   DeviceIdentity identity_;
   LineControl lineControl_;
   Stage stage_ = Stage::None;
+  AssertionRecords assertions_;
   bool inReset_ = false;
+  bool crashed_ = false;
   bool powered_ = true;
   bool hung_ = false;
   bool lineProvisioned_ = true;

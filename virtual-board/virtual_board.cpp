@@ -103,6 +103,10 @@ void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
       agenda_.at(event.at_s + event.for_s, [this] { line_->setErrors(0); });
     }
   }
+  for (const CrashEvent& event : config.crashes) {
+    agenda_.at(event.at_s,
+               [this, event] { chips_[static_cast<size_t>(event.device)]->crash(event.assertion); });
+  }
   for (const DeviceEvent& event : config.deviceEvents) {
     const auto device = static_cast<size_t>(event.device);
     const bool hang = event.kind == DeviceEvent::Kind::Hang;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "counters.h"
+#include "log_lines.h"
 
 namespace {
 
@@ -19,30 +20,6 @@ std::string mistake(const char* toml) {
   } catch (const BoardFileError& error) {
     return error.what();
   }
-}
-
-// The texts of log records as far as a format's own characters go: "CP link %u: state %u to %u (0, 3, 4)".
-std::vector<std::string> logLines(Bench& bench, int device) {
-  static constexpr const char* cores[] = {"FDU ", "FRM ", "CP "};
-  std::vector<std::string> lines;
-  for (auto bytes = fromHex(bench.logs(device)); !bytes.empty(); bytes = fromHex(bench.logs(device))) {
-    for (size_t at = 0; at < bytes.size();) {
-      const uint8_t core = bytes.at(at + STRING_HEADER_CORE_TYPE);
-      const size_t params = bytes.at(at + STRING_HEADER_NUM_PARAMS);
-      const size_t length = bytes.at(at + STRING_HEADER_TEXT_LENGTH);
-      std::string line = cores[core];
-      for (size_t i = 0; i < length; i += core == FDU_CORE ? 1 : 2) {
-        line += static_cast<char>(bytes.at(at + STRING_HEADER_SIZE + i));
-      }
-      at += STRING_HEADER_SIZE + length;
-      for (size_t i = 0; i < params; ++i, at += 4) {
-        line += (i == 0 ? " (" : ", ") + std::to_string(load_le32(&bytes.at(at)));
-      }
-      at += length % 2;
-      lines.push_back(params == 0 ? line : line + ')');
-    }
-  }
-  return lines;
 }
 
 }  // namespace
