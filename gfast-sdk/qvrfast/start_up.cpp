@@ -1,9 +1,20 @@
 // The library's start, in one call.
 #include <qvr.h>
 
+#include "qvrfast/interval_history.h"
+#include "qvrfast/line_failures.h"
+#include "qvrfast/quarter_hours.h"
+#include "qvrline/interval_counters.h"
+
 namespace {
 
 bool initialized = false;  // the command thread's own
+
+void startHistory() {
+  restartHistory();
+  QVR_register15minCounterUpdateNotificationCB(QVR_15minCounterUpdateNotificationHandler);
+  QVR_registerLinkFailureNotificationCB(QVR_LinkFailureEventHandler);
+}
 
 }  // namespace
 
@@ -18,7 +29,10 @@ QVR_retval_t QVR_initFastModule(BOOL xi_waitForDevice) {
   if (QVR_STATUS_OK(status)) {
     status = QVR_loadConfigParams(0);
   }
-  initialized = QVR_STATUS_OK(status);
+  if (QVR_STATUS_OK(status)) {
+    startHistory();
+    initialized = true;
+  }
   return status;
 }
 

@@ -9,17 +9,18 @@ namespace {
 constinit std::atomic<QVR_15minCounterUpdateNotificationCB> counter_update{nullptr};
 
 void endQuarterHour(QVR_lineId_t line, time_t boundary) {
-  QVR_intervalCounterDB_t counters{};
-  if (QVR_STATUS_ERROR(QVR_readPerformanceMonitoringCounters(line, &counters.curr15minSnapshot))) {
+  G9972_PM_COUNTERS_S latest;
+  if (QVR_STATUS_ERROR(QVR_readPerformanceMonitoringCounters(line, &latest))) {
     QVR_traceLogMessage(QVRLOG_ERR, "QVR_15minCounterEventHandler", __LINE__,
                         "Failed reading performance monitoring counters for line %d\n", line);
     return;
   }
-  storeLatestCounters(line, counters.curr15minSnapshot);
+  storeClosingCounters(line, latest);
   if (const auto callback = counter_update.load()) {
     callback(line, boundary);
   }
-  // From what the callback has accounted for, whatever was read since: nothing falls between two intervals.
+  // From what the callback has accounted for: nothing falls between two intervals.
+  QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
   QVR_resetIntervalCounters(&counters);
   storeCounters(line, counters);
 }

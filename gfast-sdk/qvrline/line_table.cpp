@@ -15,6 +15,7 @@ constinit std::array<std::atomic<QVR_lineId_t>, QVR_K_MAX_LINES> internalToLogic
 struct LineTable {
   std::mutex mutex;
   std::array<QVR_lineDescriptor_t, QVR_K_MAX_LINES> lineTable{};
+  std::array<bool, QVR_K_MAX_LINES> closing{};  // whose quarter hour has been read for the last time
   uint32_t numberOfLines = 0;
 };
 
@@ -26,6 +27,10 @@ using Locked = std::lock_guard<std::mutex>;
 
 QVR_lineDescriptor_t& descriptor(QVR_lineId_t lineId) {
   return table.lineTable[static_cast<size_t>(QVR_log2int(lineId))];
+}
+
+bool& closing(QVR_lineId_t lineId) {
+  return table.closing[static_cast<size_t>(QVR_log2int(lineId))];
 }
 
 }  // namespace
@@ -79,11 +84,26 @@ void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& frami
 void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters) {
   const Locked locked(table.mutex);
   descriptor(lineId).counters = counters;
+  closing(lineId) = false;
 }
 
 void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
   const Locked locked(table.mutex);
+  if (!closing(lineId)) {
+    descriptor(lineId).counters.curr15minSnapshot = latest;
+  }
+}
+
+void storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
+  const Locked locked(table.mutex);
   descriptor(lineId).counters.curr15minSnapshot = latest;
+  closing(lineId) = true;
+}
+
+void moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after) {
+  const Locked locked(table.mutex);
+  uint32_t& start = descriptor(lineId).counters.prev15minSnapshot.ne.UAS;
+  start = start == before ? after : start;
 }
 
 void buildLineNumberMap() {

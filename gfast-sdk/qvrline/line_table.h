@@ -48,10 +48,17 @@ void clearNumberOfLines();
 // What the line's framer says of its framing becomes the descriptor's.
 void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing);
 
-// The line's snapshots of its performance counters: both, where a quarter hour starts; the latest read alone,
-// where it must not move the start that another thread may be setting.
+// The line's snapshots of its performance counters. A quarter hour starts with both.
 void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters);
+
+// The latest read: for a look at the running quarter hour; or the read that closes it, which from then on no
+// look of another thread replaces until the next one starts.
 void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
+void storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
+
+// The unavailable seconds at the start of the running quarter hour, if they still are what they were: another
+// quarter hour may have started meanwhile.
+void moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after);
 
 // Fills the map from internal to logical line numbers, the inverse of the fixed one.
 void buildLineNumberMap();
