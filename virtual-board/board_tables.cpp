@@ -224,7 +224,7 @@ CrashEvent readCrashTable(TomlReader& table) {
                                                              {"fdu", static_cast<int>(Processor::Fdu)},
                                                              {"cp", static_cast<int>(Processor::Cp)}})));
   assertion.id = static_cast<uint32_t>(table.required("assert_id", table.integer("assert_id", 0, kWordMax)));
-  assertion.params = table.words("params", kMaxAssertParams).value_or(std::vector<uint32_t>{});
+  assertion.params = table.words("params", CPU_ASSERT_MAX_PARAMS).value_or(std::vector<uint32_t>{});
   // A record whose symbol counter is 0 is one of no assertion.
   constexpr double symbolsPerSecond = double{kSampleRate_hz} / kSamplesPerSymbol;
   const auto sinceStart = static_cast<uint32_t>(std::llround(crash.at_s * symbolsPerSecond));

@@ -7,31 +7,20 @@
 namespace {
 
 // One processor's record, and its extension elsewhere in the image.
-constexpr size_t kNumberOfAssertions = 0;
-constexpr size_t kAssertId = 4;
-constexpr size_t kNumParams = 8;
-constexpr size_t kParams = 12;
-constexpr size_t kRecordSize = kParams + 4 * kMaxAssertParams;
-constexpr size_t kSymbolCounter = 0;
-constexpr size_t kTbmSymbol = 4;
-constexpr size_t kTbmPhase = 8;
-constexpr size_t kTbmSample = 12;
-constexpr size_t kExtensionSize = 16;
-
 struct Place {
   size_t record;
   size_t extension;
 };
 
 // By processor.
-constexpr Place kPlaces[] = {
-    {DEV_INF_LINK_ASSERT_INFO, DEV_INF_LINK_ASSERT_EXTENSION},
-    {DEV_INF_LINK_ASSERT_INFO + kRecordSize, DEV_INF_LINK_ASSERT_EXTENSION + kExtensionSize},
-    {DEV_INF_CP_ASSERT_INFO, DEV_INF_CP_ASSERT_EXTENSION}};
+constexpr Place kPlaces[] = {{DEV_INF_LINK_ASSERT_INFO, DEV_INF_LINK_ASSERT_EXTENSION},
+                             {DEV_INF_LINK_ASSERT_INFO + CPU_ASSERT_INFO_SIZE,
+                              DEV_INF_LINK_ASSERT_EXTENSION + CPU_ASSERT_EXTENSION_SIZE},
+                             {DEV_INF_CP_ASSERT_INFO, DEV_INF_CP_ASSERT_EXTENSION}};
 
 constexpr ImagePart kParts[] = {
-    {DEV_INF_LINK_ASSERT_INFO, DEV_INF_LINK_ASSERT_INFO + 2 * kRecordSize},
-    {DEV_INF_LINK_ASSERT_EXTENSION, DEV_INF_CP_ASSERT_EXTENSION + kExtensionSize}};
+    {DEV_INF_LINK_ASSERT_INFO, DEV_INF_LINK_ASSERT_INFO + 2 * CPU_ASSERT_INFO_SIZE},
+    {DEV_INF_LINK_ASSERT_EXTENSION, DEV_INF_CP_ASSERT_EXTENSION + CPU_ASSERT_EXTENSION_SIZE}};
 
 }  // namespace
 
@@ -42,22 +31,22 @@ std::span<const ImagePart> assertionParts() {
 void AssertionRecords::add(const Assertion& assertion) {
   const Place& place = kPlaces[static_cast<size_t>(assertion.processor)];
   uint8_t* const record = image_.data() + place.record;
-  const uint32_t before = load_le32(record + kNumberOfAssertions);
-  store_le32(record + kNumberOfAssertions, before + 1);
+  const uint32_t before = load_le32(record + CPU_ASSERT_INFO_NUMBER);
+  store_le32(record + CPU_ASSERT_INFO_NUMBER, before + 1);
   if (before != 0) {
     return;
   }
-  const size_t params = std::min(assertion.params.size(), kMaxAssertParams);
-  store_le32(record + kAssertId, assertion.id);
-  store_le32(record + kNumParams, static_cast<uint32_t>(params));
+  const size_t params = std::min(assertion.params.size(), CPU_ASSERT_MAX_PARAMS);
+  store_le32(record + CPU_ASSERT_INFO_ASSERT_ID, assertion.id);
+  store_le32(record + CPU_ASSERT_INFO_NUM_PARAMS, static_cast<uint32_t>(params));
   for (size_t i = 0; i < params; ++i) {
-    store_le32(record + kParams + 4 * i, assertion.params[i]);
+    store_le32(record + CPU_ASSERT_INFO_PARAMS + 4 * i, assertion.params[i]);
   }
   uint8_t* const extension = image_.data() + place.extension;
-  store_le32(extension + kSymbolCounter, assertion.symbolCounter);
-  store_le32(extension + kTbmSymbol, assertion.tbmSymbol);
-  store_le32(extension + kTbmPhase, assertion.tbmPhase);
-  store_le32(extension + kTbmSample, assertion.tbmSample);
+  store_le32(extension + CPU_ASSERT_EXTENSION_SYMBOL_COUNTER, assertion.symbolCounter);
+  store_le32(extension + CPU_ASSERT_EXTENSION_TBM_SYMBOL, assertion.tbmSymbol);
+  store_le32(extension + CPU_ASSERT_EXTENSION_TBM_PHASE, assertion.tbmPhase);
+  store_le32(extension + CPU_ASSERT_EXTENSION_TBM_SAMPLE, assertion.tbmSample);
 }
 
 void AssertionRecords::clear(size_t offset, size_t length) {

@@ -12,12 +12,10 @@
 
 enum class Processor { Framer, Fdu, Cp };
 
-constexpr size_t kMaxAssertParams = 8;
-
 struct Assertion {
   Processor processor = Processor::Framer;
   uint32_t id = 0;
-  std::vector<uint32_t> params;  // at most kMaxAssertParams
+  std::vector<uint32_t> params;  // at most CPU_ASSERT_MAX_PARAMS
   // The symbol at which it failed, counted since the chip started, and where the chip's time base stood then:
   // symbol of the frame, phase and sample.
   uint32_t symbolCounter = 0;
