@@ -37,19 +37,6 @@ QVR_retval_t readFarEndBlock(QVR_lineId_t lineId, uint32_t core, uint32_t type, 
   return status;
 }
 
-// One request without a body, answered by a record of a fixed size. The line's eoc is held for this exchange.
-QVR_retval_t askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response, uint32_t size) {
-  const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);
-  if (line.deviceId == QVR_K_DEVICE_NULL) {
-    return QVR_E_NO_DEVICE_FOR_LINE;
-  }
-  const EocExchange exchange(lineId);
-  uint32_t received = 0;
-  const QVR_retval_t status = QVR_sendMsgToFarEnd(line.deviceId, static_cast<uint16_t>(line.narrowLineID),
-                                                  type, response, 0, size, &received);
-  return QVR_STATUS_OK(status) && received >= size ? QVR_E_STATUS_OK : QVR_E_FAILED_SENDING_FAR_END_MSG;
-}
-
 // What one end sends the other end receives.
 void mirrorExchanges(const GFAST_FRAMER_RAW_COUNTERS_S& near, GFAST_FRAMER_RAW_COUNTERS_S* far) {
   far->sraRxExngCnt = near.sraTxExngCnt;
