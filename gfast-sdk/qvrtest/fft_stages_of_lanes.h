@@ -1,0 +1,181 @@
+// The stages, written once for every width of vectors. Everything is local to the including file: a variant
+// compiled for a later processor must not lend its code to one that runs everywhere.
+#pragma once
+
+#include "qvrtest/fft_lanes.h"
+#include "qvrtest/fft_stages.h"
+
+namespace {
+
+// Up to this magnitude no sum of any transform overflows, so no product is infinite or no number.
+constexpr double kLargestCareless = 0x1p900;
+
+template <typename Lanes, FftDirection Direction>
+struct Stages {
+  using Vector = typename Lanes::Vector;
+
+  struct Points {
+    Vector re;
+    Vector im;
+  };
+
+  static Points load(const double* re, const double* im, size_t at) {
+    return {Lanes::load(re + at), Lanes::load(im + at)};
+  }
+
+  // The factor is conjugated on the way back.
+  static Points times(const Points& factor, const Points& x) {
+    if constexpr (Direction == FftDirection::kInverse) {
+      return {factor.re * x.re + factor.im * x.im, factor.re * x.im - factor.im * x.re};
+    } else {
+      return {factor.re * x.re - factor.im * x.im, factor.re * x.im + factor.im * x.re};
+    }
+  }
+
+  // The same for the factor 1 - 0i, which is not nothing: it decides the sign of zeros.
+  static Points timesFirstFactor(const Points& x) {
+    const Vector zero = Lanes::all(Direction == FftDirection::kInverse ? 0.0 : -0.0);
+    return {x.re - zero * x.im, x.im + zero * x.re};
+  }
+
+  static void butterfly(Points& upper, Points& lower, const Points& product) {
+    lower = {upper.re - product.re, upper.im - product.im};
+    upper = {upper.re + product.re, upper.im + product.im};
+  }
+
+  // Two stages on four rows of points, which are one span apart.
+  struct Rows {
+    Points a, b, c, d;
+
+    void transform(const FftWorkspace& work, size_t span, size_t t) {
+      const Points near = load(work.twiddleRe, work.twiddleIm, span + t);
+      butterfly(a, b, times(near, b));
+      butterfly(c, d, times(near, d));
+      butterfly(a, c, times(load(work.twiddleRe, work.twiddleIm, 2 * span + t), c));
+      butterfly(b, d, times(load(work.twiddleRe, work.twiddleIm, 3 * span + t), d));
+    }
+  };
+
+  static Rows loadRows(const FftWorkspace& work, size_t at, size_t span) {
+    return {load(work.re, work.im, at), load(work.re, work.im, at + span),
+            load(work.re, work.im, at + 2 * span), load(work.re, work.im, at + 3 * span)};
+  }
+
+  static void store(const FftWorkspace& work, size_t at, const Points& x) {
+    Lanes::store(work.re + at, x.re);
+    Lanes::store(work.im + at, x.im);
+  }
+
+  static Points takeInput(const double* input, size_t point, Vector& sum) {
+    Points x;
+    Lanes::split(input + 2 * point, x.re, x.im);
+    sum += Lanes::magnitude(x.re) + Lanes::magnitude(x.im);
+    return x;
+  }
+
+  // Bit reversal and the stages of spans 1 and 2: points that are a quarter of the input apart meet first,
+  // and neighbours of theirs give the lanes.
+  static bool firstStages(const FftWorkspace& work, const double* input) {
+    const size_t quarter = work.size / 4;
+    const size_t places = work.size / Lanes::kWidth - 4;  // all bits of a place's number, from 4 up
+    const Points last{Lanes::all(work.twiddleRe[3]), Lanes::all(work.twiddleIm[3])};
+    Vector sum = Lanes::all(0);
+    size_t place = 0;
+    for (size_t point = 0; point < quarter; point += Lanes::kWidth) {
+      Points a = takeInput(input, point, sum);
+      Points c = takeInput(input, point + quarter, sum);
+      Points b = takeInput(input, point + 2 * quarter, sum);
+      Points d = takeInput(input, point + 3 * quarter, sum);
+      butterfly(a, b, timesFirstFactor(b));
+      butterfly(c, d, timesFirstFactor(d));
+      butterfly(a, c, timesFirstFactor(c));
+      butterfly(b, d, times(last, d));
+      Lanes::storeRows(work.re + place, work.size, a.re, b.re, c.re, d.re);
+      Lanes::storeRows(work.im + place, work.size, a.im, b.im, c.im, d.im);
+      place = nextReversed(place, places);
+    }
+    return Lanes::sum(sum) <= kLargestCareless;
+  }
+
+  // Counts with the most significant bit of the mask as its ones.
+  static size_t nextReversed(size_t number, size_t mask) {
+    const size_t clear = ~number & mask;
+    if (clear == 0) {
+      return 0;
+    }
+    constexpr int kTopBit = static_cast<int>(8 * sizeof(unsigned long long)) - 1;
+    const size_t highest = size_t{1} << (kTopBit - __builtin_clzll(clear));
+    return (number & (highest - 1)) | highest;
+  }
+
+  static void singleStage(const FftWorkspace& work, size_t span) {
+    for (size_t block = 0; block < work.size; block += 2 * span) {
+      for (size_t t = 0; t < span; t += Lanes::kWidth) {
+        Points upper = load(work.re, work.im, block + t);
+        Points lower = load(work.re, work.im, block + t + span);
+        butterfly(upper, lower, times(load(work.twiddleRe, work.twiddleIm, span + t), lower));
+        store(work, block + t, upper);
+        store(work, block + t + span, lower);
+      }
+    }
+  }
+
+  static void twoStages(const FftWorkspace& work, size_t span) {
+    for (size_t block = 0; block < work.size; block += 4 * span) {
+      for (size_t t = 0; t < span; t += Lanes::kWidth) {
+        Rows rows = loadRows(work, block + t, span);
+        rows.transform(work, span, t);
+        store(work, block + t, rows.a);
+        store(work, block + t + span, rows.b);
+        store(work, block + t + 2 * span, rows.c);
+        store(work, block + t + 3 * span, rows.d);
+      }
+    }
+  }
+
+  template <bool RealOnly>
+  static void giveOutput(double* output, size_t point, const Points& x, Vector gain) {
+    Lanes::join(output + 2 * point, x.re * gain, RealOnly ? Lanes::all(0) : x.im * gain);
+  }
+
+  template <bool RealOnly>
+  static void lastStages(const FftWorkspace& work, double outputGain, double* output) {
+    const size_t span = work.size / 4;
+    const Vector gain = Lanes::all(outputGain);
+    for (size_t t = 0; t < span; t += Lanes::kWidth) {
+      Rows rows = loadRows(work, t, span);
+      rows.transform(work, span, t);
+      giveOutput<RealOnly>(output, t, rows.a, gain);
+      giveOutput<RealOnly>(output, t + span, rows.b, gain);
+      giveOutput<RealOnly>(output, t + 2 * span, rows.c, gain);
+      giveOutput<RealOnly>(output, t + 3 * span, rows.d, gain);
+    }
+  }
+
+  static bool transform(const FftWorkspace& work, const FftOutput& rule, const double* input,
+                        double* output) {
+    if (!firstStages(work, input)) {
+      return false;
+    }
+    size_t span = 4;
+    if (__builtin_ctzll(work.size) % 2 != 0) {
+      singleStage(work, span);
+      span *= 2;
+    }
+    for (; span < work.size / 4; span *= 4) {
+      twoStages(work, span);
+    }
+    rule.realOnly ? lastStages<true>(work, rule.gain, output) : lastStages<false>(work, rule.gain, output);
+    return true;
+  }
+};
+
+template <typename Lanes>
+bool stagesOf(const FftWorkspace& work, FftDirection direction, const FftOutput& rule, const double* input,
+              double* output) {
+  return direction == FftDirection::kInverse
+             ? Stages<Lanes, FftDirection::kInverse>::transform(work, rule, input, output)
+             : Stages<Lanes, FftDirection::kForward>::transform(work, rule, input, output);
+}
+
+}  // namespace
