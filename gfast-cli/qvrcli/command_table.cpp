@@ -5,6 +5,7 @@
 #include "qvrcli/device_commands.h"
 #include "qvrcli/gfast_counter_commands.h"
 #include "qvrcli/parameter_commands.h"
+#include "qvrcli/performance_commands.h"
 #include "qvrcli/scripts.h"
 
 namespace {
@@ -72,11 +73,11 @@ constexpr Command kCommands[] = {
          "show SATN [<lineId>] [ds | us]"),
     exec("show init-failure-cause", "Show initialization failure causes", unavailable, between<0, 1>,
          "show init-failure-cause [<lineId>]"),
-    exec("show pm-counters", "Show performance monitoring counters for line", unavailable, exactly<1>,
-         "show pm-counters <line-id>"),
-    exec("show 15min-counters", "Show 15-minute performance counters", unavailable, between<0, 2>,
+    exec("show pm-counters", "Show performance monitoring counters for line",
+         CLI_showPerformanceMonitoringCounters, exactly<1>, "show pm-counters <line-id>"),
+    exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
          "show 15min-counters [<line-id>] [interval]"),
-    exec("show 24hr-counters", "Show 24-hour performance counters", unavailable, between<0, 2>,
+    exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
          "show 24hr-counters [<line-id>] [interval]"),
     exec("show version", "Shows SDK version identifier", unavailable, anyNumber, "show version"),
     exec("show afe-params", "Show AFE parameters for a line or all lines", unavailable, between<0, 2>,
@@ -96,8 +97,9 @@ constexpr Command kCommands[] = {
     keyword("show line"),
     exec("show line state", "Show line state", unavailable, between<0, 1>,
          "show line state [<lineId>] : { * all lines }"),
-    exec("show line performance-counters", "Show (near-end) line performance counters", unavailable,
-         between<0, 2>, "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
+    exec("show line performance-counters", "Show (near-end) line performance counters",
+         CLI_showLinePerformanceCounters, between<0, 2>,
+         "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
     exec("show line status", "Show line status information", unavailable, between<0, 1>,
          "show line status [<lineId>] : { 0 }"),
     exec("show line config", "Show line confgetiguration", unavailable, between<0, 1>,
@@ -108,13 +110,14 @@ constexpr Command kCommands[] = {
     keyword("show channel"),
     exec("show channel status", "Show channel status for line in US or DS direction", unavailable,
          between<0, 2>, "show channel status [<line-id>] [us | ds] : { 0, us }"),
-    exec("show channel performance-counters", "Show (near-end) line performance counters", unavailable,
-         between<1, 2>, "show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }"),
+    exec("show channel performance-counters", "Show (near-end) line performance counters",
+         CLI_showChannelPerformanceCounters, between<1, 2>,
+         "show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }"),
     keyword("show number"),
-    exec("show number 15min-intervals", "Show number of 15 minute history intervals", unavailable,
-         between<0, 1>, "show number 15min-intervals [<line-id>]"),
-    exec("show number 24hr-intervals", "Show number of 24 hour history intervals", unavailable, between<0, 1>,
-         "show number 24hr-intervals [<line-id>]"),
+    exec("show number 15min-intervals", "Show number of 15 minute history intervals",
+         CLI_showNumberOf15minIntervals, between<0, 1>, "show number 15min-intervals [<line-id>]"),
+    exec("show number 24hr-intervals", "Show number of 24 hour history intervals",
+         CLI_showNumberOf24hrIntervals, between<0, 1>, "show number 24hr-intervals [<line-id>]"),
     exec("show number devices", "Show number of discovered G.fast devices", unavailable, exactly<0>,
          "show number devices"),
     exec("show number lines", "Show number of G.fast lines", unavailable, exactly<0>, "show number lines"),
@@ -127,8 +130,8 @@ constexpr Command kCommands[] = {
          "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
          "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"),
     keyword("dump"),
-    exec("dump 15min-history", "Dump the 15-minute counter history database", unavailable, between<0, 1>,
-         "dump 15min-history [<line-id>] : { 0 }"),
+    exec("dump 15min-history", "Dump the 15-minute counter history database", CLI_dump15minCountersHistoryDB,
+         between<0, 1>, "dump 15min-history [<line-id>] : { 0 }"),
     keyword("restart"),
     exec("restart line", "Restart a G.fast line or all active lines", CLI_resetLine, exactly<1>,
          "restart line <line-id> | all"),

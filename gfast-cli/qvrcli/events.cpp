@@ -42,7 +42,10 @@ void registerEventHandlers() {
   constexpr auto kEveryChange = static_cast<QVR_linkStateEventMask_t>(0);
   QVR_registerlinkStateChangeCB(handleLinkStateChange, kEveryChange);
   QVR_registerRebootEventCB(handleRebootEvent);
+  // Takes the slot that the library's own failure records came from: in the console each failure is this one
+  // line, and nobody who asked for such records (QVR_registerlineFailuresCB) gets any.
   QVR_registerLinkFailureNotificationCB(handlelinkFailureNotificationEvent);
+  QVR_register24hrEventCB(handle24hrEvent);
   QVR_registerCommFailureNotificationCB(handleCommFailureNotificationEvent);
   QVR_registerTraceLogHandlerCB(handleTraceLogMessage);
   QVR_registerNonCdtaCpeJoinNotificationCB(handleNonCdtaCpeJoinNotification);
