@@ -4,9 +4,12 @@
 #include "qvrcli/config_commands.h"
 #include "qvrcli/device_commands.h"
 #include "qvrcli/gfast_counter_commands.h"
+#include "qvrcli/line_status_commands.h"
+#include "qvrcli/network_info.h"
 #include "qvrcli/parameter_commands.h"
 #include "qvrcli/performance_commands.h"
 #include "qvrcli/scripts.h"
+#include "qvrcli/show_inventory.h"
 
 namespace {
 
@@ -45,10 +48,11 @@ constexpr Command kCommands[] = {
     keyword("show"),
     exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>,
          "show gfast-counters <line-id> [(ne | fe)]"),
-    exec("show network-info", "Show network information", unavailable, exactly<0>, "show network-info"),
+    exec("show network-info", "Show network information", CLI_showNetworkInfo, exactly<0>,
+         "show network-info"),
     exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>,
          "show device-info [<device-id>]"),
-    exec("show inventory", "Show inventory information for line", unavailable, between<0, 1>,
+    exec("show inventory", "Show inventory information for line", CLI_showInventory, between<0, 1>,
          "show inventory [<line-id>] : { 0 }"),
     exec("show remote-management-counters", "Show remote FTU management counters for line",
          CLI_showRemoteManagementCounters, between<0, 1>,
@@ -71,8 +75,8 @@ constexpr Command kCommands[] = {
          "show HLOGps [<lineId>] [ds | us] [<filename>]"),
     exec("show SATN", "Show Signal Attenuation (SATN)", unavailable, between<0, 2>,
          "show SATN [<lineId>] [ds | us]"),
-    exec("show init-failure-cause", "Show initialization failure causes", unavailable, between<0, 1>,
-         "show init-failure-cause [<lineId>]"),
+    exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
+         between<0, 1>, "show init-failure-cause [<lineId>]"),
     exec("show pm-counters", "Show performance monitoring counters for line",
          CLI_showPerformanceMonitoringCounters, exactly<1>, "show pm-counters <line-id>"),
     exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
@@ -95,20 +99,20 @@ constexpr Command kCommands[] = {
     exec("show phy params", "Show PHY parameters for line", unavailable, between<0, 1>,
          "show phy params [<line-id>] : { 0 }"),
     keyword("show line"),
-    exec("show line state", "Show line state", unavailable, between<0, 1>,
+    exec("show line state", "Show line state", CLI_showLineState, between<0, 1>,
          "show line state [<lineId>] : { * all lines }"),
     exec("show line performance-counters", "Show (near-end) line performance counters",
          CLI_showLinePerformanceCounters, between<0, 2>,
          "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
-    exec("show line status", "Show line status information", unavailable, between<0, 1>,
+    exec("show line status", "Show line status information", CLI_showLineStatus, between<0, 1>,
          "show line status [<lineId>] : { 0 }"),
-    exec("show line config", "Show line confgetiguration", unavailable, between<0, 1>,
+    exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>,
          "show line config [<line-id>] : { 0 }"),
     keyword("show system"),
     exec("show system restart-state", "Show system restart state", unavailable, exactly<0>,
          "show system restart-state"),
     keyword("show channel"),
-    exec("show channel status", "Show channel status for line in US or DS direction", unavailable,
+    exec("show channel status", "Show channel status for line in US or DS direction", CLI_showChannelStatus,
          between<0, 2>, "show channel status [<line-id>] [us | ds] : { 0, us }"),
     exec("show channel performance-counters", "Show (near-end) line performance counters",
          CLI_showChannelPerformanceCounters, between<1, 2>,
@@ -118,10 +122,11 @@ constexpr Command kCommands[] = {
          CLI_showNumberOf15minIntervals, between<0, 1>, "show number 15min-intervals [<line-id>]"),
     exec("show number 24hr-intervals", "Show number of 24 hour history intervals",
          CLI_showNumberOf24hrIntervals, between<0, 1>, "show number 24hr-intervals [<line-id>]"),
-    exec("show number devices", "Show number of discovered G.fast devices", unavailable, exactly<0>,
-         "show number devices"),
-    exec("show number lines", "Show number of G.fast lines", unavailable, exactly<0>, "show number lines"),
-    exec("show number reboots", "Show number of reboot notifications", unavailable, exactly<0>,
+    exec("show number devices", "Show number of discovered G.fast devices", CLI_showNumberOfDevices,
+         exactly<0>, "show number devices"),
+    exec("show number lines", "Show number of G.fast lines", CLI_showNumberOfLines, exactly<0>,
+         "show number lines"),
+    exec("show number reboots", "Show number of reboot notifications", CLI_showNumberOfReboots, exactly<0>,
          "show number reboots"),
     keyword("set"),
     exec("set log-level", "Set current log level", unavailable, exactly<1>,
