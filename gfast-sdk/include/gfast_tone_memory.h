@@ -120,6 +120,7 @@ constexpr size_t PMD_VECTOR_REQUEST_LAST = 3;
 constexpr size_t PMD_VECTOR_RESPONSE_HEADER_SIZE = 2;
 constexpr uint32_t PMD_VECTOR_MAX_SUBCARRIERS = 248;
 constexpr uint8_t G9701_PMD_TEST_PARAMS_VECTOR_ID_SNR = 4;
+constexpr uint8_t PMD_VECTOR_NO_VALUE = 255;
 // A far end that refuses answers with this one byte alone.
 constexpr uint8_t PMD_VECTOR_NACK = 0xFF;
 

@@ -25,19 +25,6 @@ void restartCounters(QVR_lineId_t lineId) {
   storeCounters(lineId, counters);
 }
 
-QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters) {
-  GFAST_FRAMER_INIT_COUNTERS_S framing{};
-  const QVR_retval_t status = QVR_readGfastFramerInitCounters(lineId, &framing);
-  if (QVR_STATUS_ERROR(status)) {
-    return status;
-  }
-  storeFraming(lineId, framing);
-  if (reinitCounters == TRUE) {
-    restartCounters(lineId);
-  }
-  return QVR_E_STATUS_OK;
-}
-
 // Enters the lines of the devices that answer, in device order, and answers their numbers. Lines of an absent
 // device keep theirs.
 std::vector<QVR_lineId_t> buildLineTable() {
@@ -59,6 +46,19 @@ std::vector<QVR_lineId_t> buildLineTable() {
 }
 
 }  // namespace
+
+QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters) {
+  GFAST_FRAMER_INIT_COUNTERS_S framing{};
+  const QVR_retval_t status = QVR_readGfastFramerInitCounters(lineId, &framing);
+  if (QVR_STATUS_ERROR(status)) {
+    return status;
+  }
+  storeFraming(lineId, framing);
+  if (reinitCounters == TRUE) {
+    restartCounters(lineId);
+  }
+  return QVR_E_STATUS_OK;
+}
 
 QVR_retval_t QVR_initLineModule(BOOL xi_waitForDevice) {
   if (initialized) {

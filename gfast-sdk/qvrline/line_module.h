@@ -10,3 +10,8 @@ void QVR_linkStateChangeEventHandler(QVR_lineId_t internalId, G9701_linkState_t 
 
 // A device rebooted: framing and counters of every line start afresh.
 void QVR_rebootNotificationHandler();
+
+// Reads how the line is framed, and unless it fails stores it; with TRUE the counters of the line start
+// afresh too. Runs on either thread.
+//   as QVR_readGfastFramerInitCounters
+QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters);

@@ -1,0 +1,7 @@
+// The processed subcarriers of a line.
+#pragma once
+
+#include <qvr.h>
+
+// Those of them that the grid has: a chip may say anything.
+QVR_linePhyParams_t withinGrid(const QVR_linePhyParams_t& said);

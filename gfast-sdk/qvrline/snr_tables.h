@@ -1,0 +1,7 @@
+// SNR of each subcarrier, as the receiver at either end measures it.
+#pragma once
+
+#include "qvrline/tone_memory.h"
+
+// Results and entries as QVR_readSNRTable (near end) and QVR_readFarEndSNRTable.
+QVR_retval_t readSnr(const LineInShowtime& line, LineEnd end, QVR_SNRTBL_t snr);
