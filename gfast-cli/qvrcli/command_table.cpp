@@ -2,7 +2,9 @@
 // scripts look for them.
 #include "qvrcli/command_tree.h"
 #include "qvrcli/config_commands.h"
+#include "qvrcli/crash_dump.h"
 #include "qvrcli/device_commands.h"
+#include "qvrcli/diagnostics_commands.h"
 #include "qvrcli/gfast_counter_commands.h"
 #include "qvrcli/line_status_commands.h"
 #include "qvrcli/network_info.h"
@@ -10,6 +12,7 @@
 #include "qvrcli/performance_commands.h"
 #include "qvrcli/scripts.h"
 #include "qvrcli/show_inventory.h"
+#include "qvrcli/signal_commands.h"
 
 namespace {
 
@@ -83,11 +86,12 @@ constexpr Command kCommands[] = {
          "show 15min-counters [<line-id>] [interval]"),
     exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
          "show 24hr-counters [<line-id>] [interval]"),
-    exec("show version", "Shows SDK version identifier", unavailable, anyNumber, "show version"),
+    exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, "show version"),
     exec("show afe-params", "Show AFE parameters for a line or all lines", unavailable, between<0, 2>,
          "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
-    exec("show log-level", "Show current log level", unavailable, exactly<0>, "show log-level"),
-    exec("show extcom-results", "Shows Extcom test results", unavailable, between<0, 1>, "start extcom-text"),
+    exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, "show log-level"),
+    exec("show extcom-results", "Shows Extcom test results", CLI_showExtcomTestResults, between<0, 1>,
+         "start extcom-text"),
     keyword("show vectoring"),
     exec("show vectoring canceler", "Show vectoring canceler matrix for a line", unavailable, exactly<2>,
          "show vectoring canceler <line-id> <filename>"),
@@ -109,7 +113,7 @@ constexpr Command kCommands[] = {
     exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>,
          "show line config [<line-id>] : { 0 }"),
     keyword("show system"),
-    exec("show system restart-state", "Show system restart state", unavailable, exactly<0>,
+    exec("show system restart-state", "Show system restart state", CLI_showSystemRestartState, exactly<0>,
          "show system restart-state"),
     keyword("show channel"),
     exec("show channel status", "Show channel status for line in US or DS direction", CLI_showChannelStatus,
@@ -129,9 +133,9 @@ constexpr Command kCommands[] = {
     exec("show number reboots", "Show number of reboot notifications", CLI_showNumberOfReboots, exactly<0>,
          "show number reboots"),
     keyword("set"),
-    exec("set log-level", "Set current log level", unavailable, exactly<1>,
+    exec("set log-level", "Set current log level", CLI_setLogLevel, exactly<1>,
          "set log-level <0..4> : 0=LOG_CRIT, 1=LOG_ERR, 2=LOG_WARNING, 3=LOG_INFO, 4=LOG_DEBUG"),
-    exec("set inventory", "Set some inventory parameters", unavailable, anyNumberButFour,
+    exec("set inventory", "Set some inventory parameters", CLI_setInventory, anyNumberButFour,
          "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
          "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"),
     keyword("dump"),
@@ -149,11 +153,12 @@ constexpr Command kCommands[] = {
     exec("deactivate line", "De-activate a line", CLI_deactivateLine, between<0, 1>,
          "deactivate line [<line-id> | all] : { 0 }"),
     keyword("start"),
-    exec("start logging", "Starts terminal logging", unavailable, between<0, 1>,
+    exec("start logging", "Starts terminal logging", CLI_startLogging, between<0, 1>,
          "start logging [<seconds>] [<filename>] : { <0>, <stdout> }"),
-    exec("start extcom-test", "Starts Extcom PRBS test", unavailable, between<0, 1>, "start extcom-text"),
+    exec("start extcom-test", "Starts Extcom PRBS test", CLI_startExtcomTest, between<0, 1>,
+         "start extcom-text"),
     keyword("stop"),
-    exec("stop logging", "Stops terminal logging", unavailable, between<0, 1>, "stop logging "),
+    exec("stop logging", "Stops terminal logging", CLI_stopLogging, between<0, 1>, "stop logging "),
     config("TARSNRM", "Set target noise margin", CLI_setNoiseMargin, exactly<2>,
            "TARSNRM (ds | us) <0..310> * (0.1) dB"),
     config("Mds", "Set number of downstream symbol periods in a TDD frame ", CLI_setNumberOfDSsymbols,
@@ -282,26 +287,27 @@ constexpr Command kCommands[] = {
     exec("run", "Run a CLI script file", CLI_runScript, between<0, 2>,
          "run [<filename>] [<iterations>]: { clitest.txt }"),
     keyword("test"),
-    exec("test afe-loop", "Test AFE Tx-Rx path", unavailable, between<2, 4>,
+    exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>,
          "test afe-loop <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] : { "
          "<default-signal>, fdsignal.out } "),
-    exec("test afe-mtpr", "Test MTPR performance", unavailable, between<2, 5>,
+    exec("test afe-mtpr", "Test MTPR performance", CLI_testAfePerformanceMTPR, between<2, 5>,
          "test afe-mtpr <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] "
          "[<mtpr-result-filename>] : { NULL, fdsignal.out mtpr.out } "),
-    exec("test afe-mtpr-loop", "Test MTPR performance in loop", unavailable, between<2, 4>,
+    exec("test afe-mtpr-loop", "Test MTPR performance in loop", CLI_testAfePerformanceMTPRInLoop,
+         between<2, 4>,
          "test afe-mtpr-loop <tx-line-id> <rx-line-id> <loop-iterations> [<mtpr-result-filename>] : { 1, "
          "mtpr.out } "),
     keyword("transmit"),
-    exec("transmit signal", "Transmit signal", unavailable, between<0, 2>,
+    exec("transmit signal", "Transmit signal", CLI_transmitSignal, between<0, 2>,
          "transmit signal [<line-id>] [<signal-filename>] : { 0, <default-signal> }"),
     keyword("receive"),
-    exec("receive signal", "Receive signal snapshot", unavailable, between<0, 2>,
+    exec("receive signal", "Receive signal snapshot", CLI_receiveSignal, between<0, 2>,
          "receive signal [<line-id>] [<fdsignal-filename>] : { 0, fdsignal.out } "),
     keyword("generate"),
-    exec("generate signal", "Generate a random signal", unavailable, between<0, 1>,
+    exec("generate signal", "Generate a random signal", CLI_generateRandomSignal, between<0, 1>,
          "generate signal [<signal-filename>] : { txsignal.dat }"),
     keyword("analyze"),
-    exec("analyze crashdump", "Analyze crash dump file", unavailable, between<1, 3>,
+    exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>,
          "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]"),
 };
 

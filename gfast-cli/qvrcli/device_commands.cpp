@@ -2,7 +2,6 @@
 
 #include <chrono>
 
-#include "clock/clock.h"
 #include "qvrcli/arguments.h"
 #include "qvrcli/config_commands.h"
 #include "qvrcli/output.h"
@@ -139,12 +138,6 @@ int CLI_sleep(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/)
     cli_print(cli, "invalid parameter - must enter value between 1..86400");
     return CLI_OK;
   }
-  flushSession(cli);
-  if (cli->client != nullptr) {
-    // Nobody is left to wait for once the operator's connection is gone; the next one must be served.
-    clockSource().sleepWhileConnected(fileno(cli->client), std::chrono::seconds(seconds));
-  } else {
-    clockSource().sleep(std::chrono::seconds(seconds));
-  }
+  sleepInSession(cli, std::chrono::seconds(seconds));
   return CLI_OK;
 }

@@ -5,6 +5,8 @@
 #include <iterator>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <string_view>
 
 #include "qvrcli/output.h"
 
@@ -25,6 +27,8 @@ struct LogTerminal {
   std::shared_ptr<FILE> terminalFd;
 };
 
+std::atomic<bool> logShownInSession{false};
+
 // Never destroyed: the notification thread may still write while the process exits.
 LogTerminal& logTerminal() {
   static auto& terminal = *new LogTerminal;
@@ -34,6 +38,16 @@ LogTerminal& logTerminal() {
 std::shared_ptr<FILE> terminal() {
   const std::lock_guard guard(logTerminal().lock);
   return logTerminal().terminalFd;
+}
+
+// As the session is shown it: the session ends the line itself.
+std::string logLine(QVR_deviceId_t device, std::string_view text) {
+  while (text.ends_with('\n') || text.ends_with('\r')) {
+    text.remove_suffix(1);
+  }
+  char prefix[24];
+  std::snprintf(prefix, sizeof prefix, "DFE%02d: ", device);
+  return prefix + std::string(text);
 }
 
 }  // namespace
@@ -87,6 +101,9 @@ void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {
   FILE* const to = file ? file.get() : stdout;
   std::fprintf(to, "DFE%02d: %s", xi_deviceId, xi_text);
   std::fflush(to);
+  if (!file && logShownInSession) {
+    printLater(logLine(xi_deviceId, xi_text).c_str());
+  }
 }
 
 void handle24hrEvent(QVR_lineId_t /*xi_lineId*/, const char* xi_timeStamp, time_t /*xi_time*/) {
@@ -125,6 +142,10 @@ void setTerminal(FILE* xi_file) {
   std::shared_ptr<FILE> replaced = xi_file == nullptr ? nullptr : std::shared_ptr<FILE>(xi_file, std::fclose);
   const std::lock_guard guard(logTerminal().lock);
   logTerminal().terminalFd.swap(replaced);
+}
+
+void showLogInSession(bool xi_show) {
+  logShownInSession = xi_show;
 }
 
 bool isTerminalOpen() {

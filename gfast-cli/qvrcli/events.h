@@ -1,5 +1,5 @@
-// What is printed when the chips speak first. All but the log lines go to the process's standard output, the
-// terminal that started the program, not to a session.
+// What is printed when the chips speak first: on the process's standard output, the terminal that started the
+// program. Only log lines may go elsewhere.
 #pragma once
 
 #include <qvr.h>
@@ -29,8 +29,9 @@ void handleRebootEvent();
 void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason,
                                         time_t xi_time);
 
-// A chip's own log line, which brings its line end if it has one; to the log terminal when one is open.
-// Registered by whoever starts the logging.
+// A chip's own log line, which brings its line end if it has one: to the log terminal when one is open, and
+// otherwise to standard output and, when showLogInSession says so, to the session as well. Registered by
+// whoever starts the logging.
 void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text);
 
 void handle24hrEvent(QVR_lineId_t xi_lineId, const char* xi_timeStamp, time_t xi_time);
@@ -51,6 +52,9 @@ int rebootCount();
 // Where chip log lines go from now on; nullptr sends them to standard output again. The file is closed when
 // it has been replaced and no line is being written to it any more.
 void setTerminal(FILE* xi_file);
+
+// Whether log lines are also shown to whoever is connected, behind what a command prints. At start: no.
+void showLogInSession(bool xi_show);
 
 // Whether a log terminal is open.
 bool isTerminalOpen();

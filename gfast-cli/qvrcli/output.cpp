@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "clock/clock.h"
 #include "std/bits.h"
 
 namespace {
@@ -125,6 +126,15 @@ void flushSession(cli_def* cli) {
   if (cli->client != nullptr) {
     std::fflush(cli->client);
   }
+}
+
+bool sleepInSession(cli_def* cli, std::chrono::seconds duration) {
+  flushSession(cli);
+  if (cli->client != nullptr) {
+    return clockSource().sleepWhileConnected(fileno(cli->client), duration);
+  }
+  clockSource().sleep(duration);
+  return true;
 }
 
 bool sessionLost(const cli_def* cli) {

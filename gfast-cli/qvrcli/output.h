@@ -5,6 +5,7 @@
 #include <libcli.h>
 #include <qvr.h>
 
+#include <chrono>
 #include <cstdint>
 
 // Appends blanks up to the column, then the text. A column already passed adds no blanks. The line holds 999
@@ -45,6 +46,10 @@ class BufferedSession {
 
 // Sends what is buffered: before anything that waits, so the operator sees what happened so far.
 void flushSession(cli_def* cli);
+
+// Sends what is buffered and sleeps. False when the session was lost meanwhile, which ends the sleep: nobody
+// is left to wait for, and the next client must be served.
+bool sleepInSession(cli_def* cli, std::chrono::seconds duration);
 
 // Whether the session's peer can no longer be reached; without a session, false. A peer that only has nothing
 // more to say is still there.

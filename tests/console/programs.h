@@ -6,7 +6,8 @@
 
 #include "support/console_session.h"
 
-inline constexpr const char* kUnavailable = "not available in this build\r\n";
+// What `show version` answers.
+inline constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\r\n";
 
 // A board whose lines are up from the start, so that no event is printed while a test looks.
 inline const std::string& quietBoard() {

@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::StartsWith;
 
-constexpr const char* kVersion = "not available in this build";
+constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $";
 
 class Scripts : public testing::Test {
  protected:
