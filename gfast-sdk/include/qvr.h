@@ -652,6 +652,9 @@ void QVR_register24hrEventCB(QVR_24hrEventCB xi_callback);
 // First processed subcarrier and their number, read anew. Subcarriers past 2047 are not counted.
 QVR_retval_t QVR_getLinePhyParams(QVR_lineId_t xi_lineId, QVR_linePhyParams_t* xo_params);
 
+// The subcarriers on which the line's chip sends (TRUE) or receives, whatever the line's state.
+QVR_retval_t QVR_getMedleySet(QVR_lineId_t xi_lineId, BOOL xi_isTx, QVR_medleyset_t* xo_set);
+
 // Bits of each subcarrier that the chip sends or receives, of data and of RMC symbols; 0 on a pilot. Of the
 // data tables a failed read of the loading itself is no failure: the table is then left as it was.
 QVR_retval_t QVR_readTxBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits);
@@ -739,55 +742,68 @@ QVR_retval_t QVR_readPrecoderMatrixForAllLines(uint16_t xi_tonePairs, QVR_tonePa
 QVR_retval_t QVR_getAfeParams(QVR_lineId_t xi_lineId, QVR_AFE_PARAMS_t* xo_afe);
 QVR_retval_t QVR_getFarEndAfeParams(QVR_lineId_t xi_lineId, QVR_AFE_PARAMS_t* xo_afe);
 
-// ---- Signal tests (records: test_signals.h) ----
+// ---- Signal tests (records: test_signals.h, more on them: docs/signal-tests.md) ----
 
 // Start, enter and end the signal tests, which need none of it. Always QVR_E_STATUS_OK.
 QVR_retval_t QVR_initTestModule();
 QVR_retval_t QVR_enterTestMode();
 QVR_retval_t QVR_exitTestMode();
 
-// A test signal of QPSK tones from 43 to 1972, every twentieth of them left empty, its largest sample 16384.
-// xi_startTone and xi_endTone are not consulted. Every other sample of the symbol is used, twice over: see
-// docs/signal-tests.md. xo_txSignal takes xi_numberOfTones words (a power of two, at most 2048).
-//   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform
+// A test signal from a symbol of QPSK tones 43 to 1972, every twentieth left empty, largest sample 16384. Of
+// the symbol's samples only the odd ones are used, each in the high half of a word and in the low half of the
+// next one; the low half of the first word is 0. xi_startTone and xi_endTone are not consulted. xo_txSignal
+// takes xi_numberOfTones words; with 43 or fewer no tone is loaded and all are 0, and with a number that is no
+// power of two the tones are wrong ones.
+//   QVR_E_INVALID_OPERATION          xi_numberOfTones is 0 or above QVR_K_SIGNAL_WORDS; nothing is written
+//   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform; nothing is written
 QVR_retval_t QVR_generateRandomTxSignal(uint32_t xi_startTone, uint32_t xi_endTone, uint32_t xi_numberOfTones,
                                         uint32_t* xo_txSignal);
 
 // Puts a signal of QVR_K_SIGNAL_WORDS words, or the default signal for nullptr, into the line's transmit
-// buffer. An idle line is activated first, which takes a second.
+// buffer. An idle line is activated first, which takes a second, and stays so.
 //   as QVR_getDeviceInfo and QVR_writemem
 QVR_retval_t QVR_startSignalTransmission(QVR_lineId_t xi_lineId, const uint32_t* xi_txSignal);
 
-// Captures a symbol: its first 2048 samples, and the unitary transform of all 4096. A chip that does not
-// report the capture within half a second is read all the same.
+// Captures a symbol of QVR_K_SIGNAL_POINTS real samples: the first QVR_K_SIGNAL_WORDS of them, and the unitary
+// transform (gain 1/64) of all. An idle line is activated as for sending. A chip that does not report the
+// capture within half a second is read all the same. On failure nothing is written.
 //   as QVR_getDeviceInfo, QVR_readmem and QVR_writemem
 //   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform
 QVR_retval_t QVR_receiveSignalSnapshot(QVR_lineId_t xi_lineId, QVR_complex_t* xo_timeDomainSignal,
                                        QVR_complex_t* xo_freqDomainSignal);
 
-// Sends on one line and captures on the other (or the same).
-//   as sending, then as capturing
+// Sends on one line, waits 50 ms and captures on the other, or the same.
+//   as QVR_startSignalTransmission, then as QVR_receiveSignalSnapshot
 QVR_retval_t QVR_testAfeTxRxPath(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
                                  const uint32_t* xi_txSignal, QVR_complex_t* xo_rxFreqDomainSignal);
 
-// Missing-tone power ratio of each empty tone: the mean power of its neighbours over its own, linear.
+// Missing-tone power ratio of each empty tone: the mean power of its neighbours over its own, linear. A tone
+// without any power makes it infinite or not a number.
 void QVR_calcMTPR(const QVR_complex_t* xi_rxFreqDomainSignal, double* xo_MTPR);
 
 // Both in one: the ratios are linear, and untouched on failure.
+//   as QVR_testAfeTxRxPath
 QVR_retval_t QVR_testAfePerformanceMTPR(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
                                         const uint32_t* xi_txSignal, QVR_complex_t* xo_rxFreqDomainSignal,
                                         double* xo_MTPR);
 
 // The same over several captures of the generated signal: xo_rxFreqDomainSignal is the summed power spectrum,
-// the ratios are in dB. Prints the number of each capture to standard output.
-//   the last capture's result; a failed one adds what the one before it left
+// linear, and the ratios are in dB. Prints the number of each capture to standard output, from 0. Without any
+// capture the ratios are not numbers.
+//   the last capture's result; a failed one adds the spectrum that the one before it left
 QVR_retval_t QVR_testAfePerformanceMTPRInLoop(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
                                               int xi_numberOfIterations, QVR_complex_t* xo_rxFreqDomainSignal,
                                               double* xo_MTPR);
 
+// Plays a program of a chip: its steps in order, up to the first that fails. What it reads goes to the slots of
+// the module's results. A step that neither reads nor writes does nothing; a device id that this system cannot
+// have ends the process in assertion "Unknown device handle".
+//   as QVR_readmem and QVR_writemem; steps already done are not undone
+//   QVR_E_INVALID_OPERATION  a step reads into a slot that there is not
+QVR_retval_t QVR_executeProgram(const QVR_instruction_t* xi_program, int xi_programLength);
+
 // Starts a check of the links between chips by a pseudo-random sequence, and tells the errors counted since.
-// The chips' programs address four devices; the first step for one that this system cannot have ends the
-// process in assertion "Unknown device handle".
-//   as QVR_readmem and QVR_writemem; the record is untouched on failure
+// Their programs address four devices, so on this system they end in the assertion of QVR_executeProgram.
+//   as QVR_executeProgram; the record is untouched on failure
 QVR_retval_t QVR_startExtcomConnectivityTest();
 QVR_retval_t QVR_getExtcomConnectivityTestResults(QVR_extcomPortErrors_t* xo_testResults);

@@ -77,3 +77,13 @@ QVR_retval_t readMedleySet(const QVR_lineDescriptor_t& line, bool isUpstream, Me
   }
   return status;
 }
+
+QVR_retval_t QVR_getMedleySet(QVR_lineId_t xi_lineId, BOOL xi_isTx, QVR_medleyset_t* xo_set) {
+  const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(xi_lineId);
+  if (line.deviceId == QVR_K_DEVICE_NULL) {
+    return QVR_E_NO_DEVICE_FOR_LINE;
+  }
+  const bool isUpstream = (xi_isTx == TRUE) != (line.isDPsideLink == TRUE);
+  QVR_medleySetLUT_t table;
+  return QVR_getMedleySetLUT(line, isUpstream ? TRUE : FALSE, xo_set, table);
+}
