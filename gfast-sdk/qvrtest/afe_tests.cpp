@@ -1,17 +1,108 @@
-// Loop-back measurements of the analogue front end.
+// Loop-back measurements of the analogue front end: one line sends, another or the same one captures.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <iterator>
+
 #include <qvr.h>
 
-QVR_retval_t QVR_testAfeTxRxPath(QVR_lineId_t, QVR_lineId_t, const uint32_t*, QVR_complex_t*) {
-  return QVR_E_NOT_CURRENTLY_SUPPORTED;
+#include "clock/clock.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kSettlingTime = 50ms;  // from the signal's start to the capture
+
+constexpr uint32_t kFirstNotch = 60;
+constexpr uint32_t kNotchSpacing = 20;
+
+// The pattern is fixed, so the ends of its band have no say.
+constexpr uint32_t kStartTone = 43;
+constexpr uint32_t kEndTone = 1971;
+
+QVR_signal_t tdSignal;
+QVR_signal_t fdSignal;
+QVR_signal_t accumulator;  // powers of the captures of a loop, summed
+QVR_txSignal_t generatedSignal;
+
+double powerOf(const QVR_complex_t& x) {
+  const double magnitude = std::abs(x);
+  return magnitude * magnitude;
 }
 
-void QVR_calcMTPR(const QVR_complex_t*, double*) {}
-
-QVR_retval_t QVR_testAfePerformanceMTPR(QVR_lineId_t, QVR_lineId_t, const uint32_t*, QVR_complex_t*,
-                                        double*) {
-  return QVR_E_NOT_CURRENTLY_SUPPORTED;
+// The subcarrier that entry i of a QVR_MTPR_t tells of.
+uint32_t notchedTone(uint32_t i) {
+  return kNotchSpacing * i + kFirstNotch;
 }
 
-QVR_retval_t QVR_testAfePerformanceMTPRInLoop(QVR_lineId_t, QVR_lineId_t, int, QVR_complex_t*, double*) {
-  return QVR_E_NOT_CURRENTLY_SUPPORTED;
+QVR_retval_t captureGenerated(QVR_lineId_t txLineId, QVR_lineId_t rxLineId, double* ratios) {
+  const QVR_retval_t status =
+      QVR_generateRandomTxSignal(kStartTone, kEndTone, QVR_K_SIGNAL_WORDS, generatedSignal);
+  if (QVR_STATUS_ERROR(status)) {
+    return status;
+  }
+  return QVR_testAfePerformanceMTPR(txLineId, rxLineId, generatedSignal, fdSignal, ratios);
+}
+
+// The ratios of the summed powers, in dB.
+void writeLoopRatios(double* ratios) {
+  for (QVR_complex_t& power : accumulator) {
+    power = 10 * std::log10(power.real());
+  }
+  for (uint32_t i = 0; i < QVR_K_MTPR_TONES; i++) {
+    const uint32_t notch = notchedTone(i);
+    ratios[i] =
+        0.5 * (accumulator[notch - 1].real() + accumulator[notch + 1].real()) - accumulator[notch].real();
+  }
+}
+
+}  // namespace
+
+QVR_retval_t QVR_testAfeTxRxPath(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
+                                 const uint32_t* xi_txSignal, QVR_complex_t* xo_rxFreqDomainSignal) {
+  const QVR_retval_t status = QVR_startSignalTransmission(xi_txLineId, xi_txSignal);
+  if (QVR_STATUS_ERROR(status)) {
+    return status;
+  }
+  clockSource().sleep(kSettlingTime);
+  return QVR_receiveSignalSnapshot(xi_rxLineId, tdSignal, xo_rxFreqDomainSignal);
+}
+
+void QVR_calcMTPR(const QVR_complex_t* xi_rxFreqDomainSignal, double* xo_MTPR) {
+  for (uint32_t i = 0; i < QVR_K_MTPR_TONES; i++) {
+    const QVR_complex_t* notch = xi_rxFreqDomainSignal + notchedTone(i);
+    const QVR_complex_t neighbours = 0.5 * (powerOf(notch[-1]) + powerOf(notch[1]));
+    // A complex division, of which an empty notch makes infinity or no number, as a real one would.
+    xo_MTPR[i] = (neighbours / QVR_complex_t(powerOf(notch[0]))).real();
+  }
+}
+
+QVR_retval_t QVR_testAfePerformanceMTPR(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
+                                        const uint32_t* xi_txSignal, QVR_complex_t* xo_rxFreqDomainSignal,
+                                        double* xo_MTPR) {
+  const QVR_retval_t status =
+      QVR_testAfeTxRxPath(xi_txLineId, xi_rxLineId, xi_txSignal, xo_rxFreqDomainSignal);
+  if (QVR_STATUS_OK(status)) {
+    QVR_calcMTPR(xo_rxFreqDomainSignal, xo_MTPR);
+  }
+  return status;
+}
+
+QVR_retval_t QVR_testAfePerformanceMTPRInLoop(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLineId,
+                                              int xi_numberOfIterations, QVR_complex_t* xo_rxFreqDomainSignal,
+                                              double* xo_MTPR) {
+  QVR_retval_t status = QVR_E_STATUS_OK;
+  std::fill(std::begin(accumulator), std::end(accumulator), 0);
+  for (int j = 0; j < xi_numberOfIterations; j++) {
+    std::printf("%1d\n", j);
+    std::fflush(stdout);  // the iteration takes its time
+    status = captureGenerated(xi_txLineId, xi_rxLineId, xo_MTPR);
+    for (uint32_t k = 0; k < QVR_K_SIGNAL_POINTS; k++) {
+      accumulator[k] += powerOf(fdSignal[k]);
+    }
+  }
+  std::copy(std::begin(accumulator), std::end(accumulator), xo_rxFreqDomainSignal);
+  writeLoopRatios(xo_MTPR);
+  return status;
 }

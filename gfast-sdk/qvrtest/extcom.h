@@ -1,0 +1,21 @@
+// The check of the links between chips (Extcom): its programs and what becomes of their results.
+//
+// A chip has two blocks of lane units, reached through a control word and a data word each: a command selects
+// a unit and one of its registers. What registers and values mean is the chips' business.
+#pragma once
+
+#include <array>
+
+#include "qvrtest/device_programs.h"
+
+// Both are written for a cluster of four devices.
+constexpr size_t kStartPrbsSteps = 483;
+constexpr size_t kPrbsResultsSteps = 84;
+
+extern const std::array<QVR_instruction_t, kStartPrbsSteps> startPRBSTestProgram;
+extern const std::array<QVR_instruction_t, kPrbsResultsSteps> getPRBSTestResultsProgram;
+
+// Reads every counter into `slots`, those that nothing reads being -1, and hands out the counters of this
+// system's devices; `results` is untouched on failure.
+QVR_retval_t collectExtcomErrors(ProgramSlots& slots, const ProgramMemory& memory,
+                                 QVR_extcomPortErrors_t& results);
