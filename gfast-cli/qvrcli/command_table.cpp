@@ -5,21 +5,20 @@
 #include "qvrcli/crash_dump.h"
 #include "qvrcli/device_commands.h"
 #include "qvrcli/diagnostics_commands.h"
+#include "qvrcli/etr_command.h"
 #include "qvrcli/gfast_counter_commands.h"
 #include "qvrcli/line_status_commands.h"
 #include "qvrcli/network_info.h"
 #include "qvrcli/parameter_commands.h"
 #include "qvrcli/performance_commands.h"
+#include "qvrcli/phy_commands.h"
 #include "qvrcli/scripts.h"
 #include "qvrcli/show_inventory.h"
 #include "qvrcli/signal_commands.h"
+#include "qvrcli/tone_commands.h"
+#include "qvrcli/vectoring_commands.h"
 
 namespace {
-
-int unavailable(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
-  cli_print(cli, "not available in this build");
-  return CLI_OK;
-}
 
 constexpr bool anyNumberButFour(int argc) {
   return argc != 4;
@@ -62,21 +61,21 @@ constexpr Command kCommands[] = {
          "show remote-management-counters [<line-id>] : { 0 }"),
     exec("show pmd-test-parameters", "Show PMD test parameters for line", CLI_showPMDTestParameters,
          between<0, 1>, "show pmd-test-parameters [<line-id>] : { 0 }"),
-    exec("show ETR", "Show Expected ThRoughput (ETR) for line", unavailable, exactly<1>, "show ETR <lineId>"),
+    exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>, "show ETR <lineId>"),
     exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, exactly<0>, "show dictionary"),
     exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>,
          "show params [<lineId>]"),
-    exec("show BITSps", "Show bit-loading per sub-carrier", unavailable, between<0, 3>,
+    exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>,
          "show BITSps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", unavailable, between<0, 3>,
+    exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", CLI_showBITSRMCps, between<0, 3>,
          "show BITS-RMCps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show SNRps", "Show SNR per sub-carrier", unavailable, between<0, 3>,
+    exec("show SNRps", "Show SNR per sub-carrier", CLI_showSNRps, between<0, 3>,
          "show SNRps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show ALNps", "Show ALN per sub-carrier", unavailable, between<0, 3>,
+    exec("show ALNps", "Show ALN per sub-carrier", CLI_showALNps, between<0, 3>,
          "show ALNps [<lineId>] [ds | us] [<filename>]: { 0, us, <NONE> }"),
-    exec("show HLOGps", "Show HLOG per sub-carrier", unavailable, between<0, 3>,
+    exec("show HLOGps", "Show HLOG per sub-carrier", CLI_showHLOGps, between<0, 3>,
          "show HLOGps [<lineId>] [ds | us] [<filename>]"),
-    exec("show SATN", "Show Signal Attenuation (SATN)", unavailable, between<0, 2>,
+    exec("show SATN", "Show Signal Attenuation (SATN)", CLI_showSATN, between<0, 2>,
          "show SATN [<lineId>] [ds | us]"),
     exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
          between<0, 1>, "show init-failure-cause [<lineId>]"),
@@ -87,20 +86,20 @@ constexpr Command kCommands[] = {
     exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
          "show 24hr-counters [<line-id>] [interval]"),
     exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, "show version"),
-    exec("show afe-params", "Show AFE parameters for a line or all lines", unavailable, between<0, 2>,
+    exec("show afe-params", "Show AFE parameters for a line or all lines", CLI_showAfeParams, between<0, 2>,
          "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
     exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, "show log-level"),
     exec("show extcom-results", "Shows Extcom test results", CLI_showExtcomTestResults, between<0, 1>,
          "start extcom-text"),
     keyword("show vectoring"),
-    exec("show vectoring canceler", "Show vectoring canceler matrix for a line", unavailable, exactly<2>,
+    exec("show vectoring canceler", "Show vectoring canceler matrix for a line", CLI_showCancelerMatrix, exactly<2>,
          "show vectoring canceler <line-id> <filename>"),
-    exec("show vectoring precoder", "Show vectoring precoder matrix for a line", unavailable, exactly<2>,
+    exec("show vectoring precoder", "Show vectoring precoder matrix for a line", CLI_showPrecoderMatrix, exactly<2>,
          "show vectoring precoder <line-id> <filename>"),
     keyword("show phy"),
-    exec("show phy info", "Show PHY-level information for line", unavailable, between<0, 3>,
+    exec("show phy info", "Show PHY-level information for line", CLI_showPhyInfo, between<0, 3>,
          "show phy info [<line-id>] [(ne | fe)] [<filename>] : { 0, us <NONE> }"),
-    exec("show phy params", "Show PHY parameters for line", unavailable, between<0, 1>,
+    exec("show phy params", "Show PHY parameters for line", CLI_showPhyParams, between<0, 1>,
          "show phy params [<line-id>] : { 0 }"),
     keyword("show line"),
     exec("show line state", "Show line state", CLI_showLineState, between<0, 1>,
