@@ -12,25 +12,12 @@
 
 #include "crash.h"
 #include "firmware_image.h"
+#include "line_state.h"
 
 constexpr int kMaxDevices = 2;
 
 // The firmware that runs on a chip, as bits 23-24 of its boot register.
 enum class Stage : uint32_t { None = 0, B0 = 1, B1 = 2, App = 3 };
-
-// Link states as a chip reports them, a nibble each (ITU-T G.9701 clause 12.1).
-enum class LineState : uint32_t {
-  SelfTest = 0,
-  UnitFail = 1,
-  Idle = 2,
-  Silent = 3,
-  Handshake = 4,
-  Training = 5,
-  Showtime = 6,
-  Deactivating1 = 7,
-  Deactivating2 = 8,
-  PreDeactivating1E = 9
-};
 
 using MacAddress = std::array<uint8_t, 6>;
 // Start-up parameters' bytes in chip order.
@@ -41,6 +28,9 @@ struct DeviceConfig {
   Stage boot = Stage::App;
   MacAddress mac{};
   int temperature_c = 47;
+  // The inventory as delivered, at most 8 and 32 bytes; none: the usual.
+  std::optional<std::string> vendor;
+  std::optional<std::string> serial;
   std::optional<LineState> line;  // none: the line trains by itself
   ParameterSettings params;
   // What flash holds at power-up; a region without is erased.

@@ -16,6 +16,9 @@ namespace {
 
 constexpr double kLongestLoop_m = 2000;
 constexpr size_t kMaxTaps = 16;
+// Of the inventory's texts.
+constexpr size_t kMaxVendor = 8;
+constexpr size_t kMaxSerial = 32;
 
 void readBoardTable(TomlReader table, BoardConfig& config) {
   config.devices = static_cast<int>(table.integer("devices", 0, kMaxDevices).value_or(config.devices));
@@ -120,6 +123,14 @@ void readLineState(TomlReader& table, DeviceConfig& device) {
   }
 }
 
+std::optional<std::string> readText(TomlReader& table, const char* key, size_t most) {
+  auto text = table.text(key);
+  if (text && text->size() > most) {
+    table.failAt(key, '"' + std::string(key) + "\" must be at most " + std::to_string(most) + " bytes");
+  }
+  return text;
+}
+
 void readDeviceTable(TomlReader& table, DeviceConfig& device) {
   readFirmware(table, device);
   if (const auto mac = table.bytes("mac")) {
@@ -130,6 +141,8 @@ void readDeviceTable(TomlReader& table, DeviceConfig& device) {
   }
   device.temperature_c =
       static_cast<int>(table.integer("temperature_c", -40, 125).value_or(device.temperature_c));
+  device.vendor = readText(table, "vendor", kMaxVendor);
+  device.serial = readText(table, "serial", kMaxSerial);
   readFlashContents(table, device);
   readBootStage(table, device);
   readLineState(table, device);

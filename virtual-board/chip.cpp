@@ -80,7 +80,7 @@ Firmware romFirmware(uint8_t chipset) {
 }  // namespace
 
 Chip::Chip(const DeviceConfig& config, Agenda& agenda)
-    : config_(config), agenda_(agenda), parameters_(config_.params) {
+    : config_(config), agenda_(agenda), parameters_(config_.params), inventory_(config_) {
   constexpr size_t bootloaderSize = 24000;
   constexpr size_t applicationSize = 100000;
   constexpr size_t manufacturerSize = 1024;
@@ -181,14 +181,20 @@ void Chip::setLineState(LineState state) {
     return;
   }
   const uint32_t params[] = {static_cast<uint32_t>(identity_.lineState), static_cast<uint32_t>(state)};
-  identity_.lineState = state;
+  resetLineState(state);
   raiseEvent(EVENT_TYPE_LINKS_STATUS_CHANGED, params);
 }
 
+void Chip::resetLineState(LineState state) {
+  identity_.lineState = state;
+  identity_.initialisation.entered(state, agenda_.now());
+  if (state == LineState::Showtime && introduce_) {
+    introduce_();
+  }
+}
+
 void Chip::setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause) {
-  identity_.startupTime_ms = startup_ms;
-  identity_.handshakeTime_ms = handshake_ms;
-  identity_.initFailureCause = failureCause;
+  identity_.initialisation.ended(startup_ms, handshake_ms, failureCause, networkSide(), agenda_.now());
 }
 
 void Chip::raiseEvent(uint32_t type, std::span<const uint32_t> params) {
@@ -288,6 +294,8 @@ void Chip::mapIdentity() {
 void Chip::mapParameters() {
   parameters_.map(memory_, {[this] { return stage_ == Stage::App; },
                             [this] { sbr_ |= bit(SBR_SYSTEM_PARAMETER_CHANGE_OFFSET); }});
+  inventory_.map(memory_,
+                 {[this] { return stage_ == Stage::App; }, [this] { return identity_.firmware.version; }});
 }
 
 // The running stage is the chip's to say; the other fields are the host's.
@@ -333,6 +341,7 @@ void Chip::powerOff() {
   pending_.clear();
   memory_.forgetStored();
   parameters_.powerUp();
+  inventory_.forgetOther();
   lineConditionsChanged();
 }
 
@@ -352,8 +361,8 @@ void Chip::goDown() {
   assertions_.clear();
   downloaded_.clear();
   setFwState(Stage::None);
+  identity_.initialisation = {};
   resetLineState(LineState::SelfTest);
-  setInitialisation(0, 0, 0);
 }
 
 void Chip::boot() {

@@ -12,6 +12,7 @@
 #include "crash.h"
 #include "device_info.h"
 #include "flash.h"
+#include "inventory.h"
 #include "parameters.h"
 #include "pending_records.h"
 
@@ -30,6 +31,8 @@ class Chip {
   Chip& operator=(const Chip&) = delete;
 
   void attachLine(LineControl control) { lineControl_ = std::move(control); }
+  // Called when the line has come up: the two ends introduce themselves.
+  void onShowtime(std::function<void()> introduce) { introduce_ = std::move(introduce); }
 
   // ---- Requests: 0 or an errno. A chip in reset or without power answers none of these (EIO), nor does one
   // that hangs (ETIMEDOUT). ----
@@ -72,7 +75,7 @@ class Chip {
   // Announces the change to the host.
   void setLineState(LineState state);
   // As setLineState, but nobody hears of it: at power-up and when the chip itself goes down.
-  void resetLineState(LineState state) { identity_.lineState = state; }
+  void resetLineState(LineState state);
   void setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause);
 
   void raiseEvent(uint32_t type, std::span<const uint32_t> params);
@@ -81,6 +84,7 @@ class Chip {
   const DeviceIdentity& identity() const { return identity_; }
   PendingRecords& pending() { return pending_; }
   AddressSpace& memory() { return memory_; }
+  Inventory& inventory() { return inventory_; }
   const Parameters& parameters() const { return parameters_; }
 
  private:
@@ -104,11 +108,13 @@ class Chip {
   Agenda& agenda_;
   AddressSpace memory_;
   Parameters parameters_;
+  Inventory inventory_;
   Flash flash_;
   std::vector<uint8_t> downloaded_;
   PendingRecords pending_;
   DeviceIdentity identity_;
   LineControl lineControl_;
+  std::function<void()> introduce_;
   Stage stage_ = Stage::None;
   AssertionRecords assertions_;
   bool inReset_ = false;

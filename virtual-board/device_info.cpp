@@ -32,9 +32,12 @@ std::vector<uint8_t> deviceInfoImage(const DeviceIdentity& identity) {
   p[DEV_INF_FIRMWARE_VERSION + 3] = version.chipset;
   storeText(p + DEV_INF_DATE, 6, identity.firmware.date);
   storeText(p + DEV_INF_TIME, 1, identity.firmware.time);
-  store_le32(p + DEV_INF_LINK_STARTUP_TIME, identity.startupTime_ms);
-  store_le32(p + DEV_INF_GHS_TIMES, identity.handshakeTime_ms);
-  store_le32(p + DEV_INF_INIT_FAILURE_CAUSE, identity.initFailureCause);
+  const Initialisation& initialisation = identity.initialisation;
+  store_le32(p + DEV_INF_LINK_STARTUP_TIME, initialisation.startup_ms());
+  store_le32(p + DEV_INF_GHS_TIMES, initialisation.handshake_ms());
+  p[DEV_INF_LAST_SIGNAL] = static_cast<uint8_t>(initialisation.lastDownstream());
+  p[DEV_INF_LAST_SIGNAL + 2] = static_cast<uint8_t>(initialisation.lastUpstream());
+  store_le32(p + DEV_INF_INIT_FAILURE_CAUSE, initialisation.failureCause());
   store_le32(p + DEV_INF_TEMPERATURE, static_cast<uint32_t>(identity.temperature_c));
   std::copy(kVendorId.begin(), kVendorId.end(), p + DEV_INF_VENDOR_ID);
   return image;

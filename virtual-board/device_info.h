@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "board_config.h"
+#include "initialisation.h"
 
 // ITU-T G.994.1 vendor id: country code, four letters of the vendor's code, two bytes of its own.
 constexpr std::array<uint8_t, 8> kVendorId = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
@@ -15,9 +16,7 @@ struct DeviceIdentity {
   MacAddress mac{};
   int temperature_c = 0;
   LineState lineState = LineState::SelfTest;
-  uint32_t startupTime_ms = 0;
-  uint32_t handshakeTime_ms = 0;
-  uint32_t initFailureCause = 0;
+  Initialisation initialisation;
 };
 
 // DEV_INF_SIZE bytes.

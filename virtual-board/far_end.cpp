@@ -4,10 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <iterator>
 
-#include "device_info.h"
 #include "sparse_memory.h"
 #include "std/byte_order.h"
 
@@ -15,11 +13,6 @@ namespace {
 
 // A modem lets the other end see the mapped part of its address space.
 constexpr uint32_t kFirstReadable = IO_BASE_ADDRESS;
-
-// Inventory: vendor, version as text, serial number as text; padded with zeros.
-constexpr size_t kInventorySize = 56;
-constexpr size_t kInventoryVersion = 8;
-constexpr size_t kInventorySerial = 24;
 
 struct MemoryMessage {
   uint16_t length;
@@ -98,23 +91,7 @@ FarEnd::Response FarEnd::counters(std::span<const uint8_t> /*request*/) {
 }
 
 FarEnd::Response FarEnd::inventory(std::span<const uint8_t> /*request*/) {
-  const DeviceIdentity& identity = remote_.identity();
-  const FirmwareVersion& version = identity.firmware.version;
-  Response response(kInventorySize);
-  std::copy(kVendorId.begin(), kVendorId.end(), response.begin());
-  char text[32];
-  const auto store = [&response, &text](size_t offset, size_t room, int length) {
-    std::copy_n(text, std::min<size_t>(static_cast<size_t>(length), room),
-                response.begin() + static_cast<long>(offset));
-  };
-  store(kInventoryVersion, kInventorySerial - kInventoryVersion - 1,
-        std::snprintf(text, sizeof text, "%u.%u.%u v%u", version.ga, version.rc, version.profile,
-                      version.chipset));
-  const MacAddress& mac = identity.mac;
-  store(kInventorySerial, kInventorySize - kInventorySerial,
-        std::snprintf(text, sizeof text, "VB%02X%02X%02X%02X%02X%02X", mac[0], mac[1], mac[2], mac[3], mac[4],
-                      mac[5]));
-  return response;
+  return remote_.inventory().response();
 }
 
 FarEnd::Response FarEnd::readMemory(std::span<const uint8_t> request) {

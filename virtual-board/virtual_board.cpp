@@ -41,6 +41,9 @@ VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
     farEnds_[i] = std::make_unique<FarEnd>(
         static_cast<int>(i), *chips_[1 - i], [this, i] { return insight(1 - i); }, config.farEnd);
   }
+  for (size_t i = 0; i < chips_.size(); ++i) {
+    chips_[i]->onShowtime([this, i] { introduce(i); });
+  }
   for (const MemoryOverlay& overlay : config.memory) {
     chips_[static_cast<size_t>(overlay.device)]->memory().overlay().write(overlay.address, overlay.bytes);
   }
@@ -74,6 +77,14 @@ void VirtualBoard::mapCounters(size_t device) {
       return chips_[device]->stage() == Stage::App ? block.build(insight(device)) : Bytes(block.length);
     };
     chips_[device]->memory().add({block.address, block.length, read, {}, {}});
+  }
+}
+
+// A chip that has come up asks who is at the other end; one that gets no answer keeps what it knew.
+void VirtualBoard::introduce(size_t device) {
+  FarEnd::Response response;
+  if (farEnds_[device]->answer(MGMT_FAR_END_REQ_TYPE_INVENTORY, {}, response) == 0) {
+    chips_[device]->inventory().hear(kVendorId, response);
   }
 }
 

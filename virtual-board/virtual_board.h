@@ -60,6 +60,7 @@ class VirtualBoard final : public Driver {
  private:
   void mapCounters(size_t device);
   LineInsight insight(size_t device);
+  void introduce(size_t device);
   void scheduleConfigured(const BoardConfig& config);
   void scheduleHappenings(const BoardConfig& config);
   void runClock();

@@ -67,7 +67,7 @@ TEST(FarEnd, InventoryNamesTheOtherModem) {
   Bench bench("[[device]]\nline = \"showtime\"\n[[device]]\nside = \"cpe\"\nfirmware = \"2.7.1.4\"");
   const auto record = fromHex(bench.farEnd(0, kInventory));
   ASSERT_EQ(record.size(), 56U);
-  EXPECT_EQ(hex(record.data(), 8), "b5 00 56 42 52 44 00 01");
+  EXPECT_EQ(hex(record.data(), 8), "56 42 4f 41 52 44 00 00");  // VBOARD
   EXPECT_STREQ(reinterpret_cast<const char*>(&record[8]), "7.1.4 v2");
   EXPECT_STREQ(reinterpret_cast<const char*>(&record[24]), "VB02005E000002");
 }
