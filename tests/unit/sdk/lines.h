@@ -74,8 +74,9 @@ inline Bytes readRequest(uint16_t sequence, uint32_t address, size_t length) {
 }
 
 inline Bytes readAnswer(uint16_t sequence, uint32_t address, const Bytes& data) {
-  Bytes answer = farEndHeader(0x8002, data.size(), sequence, address);
-  answer.insert(answer.end(), data.begin(), data.end());
+  const Bytes header = farEndHeader(0x8002, data.size(), sequence, address);
+  Bytes answer(header.size() + data.size());
+  std::copy(data.begin(), data.end(), std::copy(header.begin(), header.end(), answer.begin()));
   return answer;
 }
 
