@@ -11,6 +11,7 @@ namespace {
 // ---- Reading ----
 
 constexpr size_t kBlockWords = DEV_INF_SIZE / sizeof(uint32_t);
+constexpr size_t kAddressDigits = 8;
 constexpr int kOneWordALine = 1;
 constexpr int kFourWordsALine = 4;
 
@@ -19,10 +20,11 @@ struct DumpLine {
   uint32_t words[kFourWordsALine] = {};
 };
 
-// False for a line that does not begin with an address and a colon.
+// False for a line that does not begin with an address and a colon. With fewer digits "DFE00:", in front of a
+// chip's log line, would be an address.
 bool parseDumpLine(std::string_view text, int wordsPerLine, DumpLine& line) {
   line = {};
-  if (!takeHexWord(text, line.address) || !text.starts_with(':')) {
+  if (text.find(':') != kAddressDigits || !takeHexWord(text, line.address) || !text.starts_with(':')) {
     return false;
   }
   text.remove_prefix(1);

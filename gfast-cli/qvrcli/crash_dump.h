@@ -30,10 +30,10 @@ struct CLI_leadingAssert_t {
 };
 
 // Reads a dump of QVR_K_MAX_DEVICES blocks: text lines "address: word" or, with four addresses a line,
-// "address: word word word word", hexadecimal in either case, which is what `read memory` shows. Each block
-// begins at a line with QVR_K_CRASH_DUMP_ADDRESS and goes on, whatever the addresses, until it is full. Lines
-// of another form are passed over, a word that is missing or is none counts as 0, and what the file does not
-// hold is left as it was.
+// "address: word word word word", an address of eight digits, hexadecimal in either case, as `read memory`
+// shows them. Each block begins at a line with QVR_K_CRASH_DUMP_ADDRESS and goes on, whatever the addresses,
+// until it is full. Lines of another form are passed over, a word that is missing or is none counts as 0, and
+// what the file does not hold is left as it was.
 //   FALSE  the file cannot be opened, or the number of addresses per line is neither 1 nor 4
 BOOL loadDeviceInfoFromFile(const char* xi_filename, DEV_INF_S* xo_devInf, int xi_numberOfAddressesPerLine);
 
