@@ -1,7 +1,7 @@
 #include "qvrline/bit_loading.h"
 
 #include <algorithm>
-#include <vector>
+#include <array>
 
 #include "qvrline/medley_set.h"
 #include "qvrline/tone_memory.h"
@@ -10,9 +10,11 @@
 
 namespace {
 
-using Entries = std::vector<uint8_t>;
-
 constexpr uint32_t kEntrySize = sizeof(uint16_t);
+
+// As many as there are subcarriers, which is what an RMC area has room for.
+using Entries = std::array<uint8_t, QVR_MAX_NUMBER_OF_TONES * kEntrySize>;
+static_assert(sizeof(Entries) == QVR_K_RMC_BLT_SIZE);
 
 // The line, and the subcarriers that its chip sends or receives on.
 QVR_retval_t findLoadedTones(QVR_lineId_t lineId, bool isTx, LineInShowtime* line, MedleySet* set) {
@@ -93,9 +95,9 @@ QVR_retval_t QVR_readBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits, 
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
-  Entries entries(size_t{set.span()} * kEntrySize);
+  Entries entries;
   const QVR_retval_t read = readTones(line, LineEnd::kNear, isTx ? VIRT_ADDR_TX_BLT : VIRT_ADDR_RX_BLT,
-                                      entries.data(), static_cast<uint32_t>(entries.size()));
+                                      entries.data(), set.span() * kEntrySize);
   // A loading that the chip does not give leaves the caller with the one before.
   if (QVR_STATUS_OK(read)) {
     decode(entries, set.span(), set, xo_bits);
@@ -111,7 +113,7 @@ QVR_retval_t QVR_readRMCBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bit
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
-  Entries entries(QVR_K_RMC_BLT_SIZE);
+  Entries entries;
   status = readSettledArea(line, isTx, &entries);
   if (QVR_STATUS_OK(status)) {
     decode(entries, lengthOfList(entries), set, xo_bits);
