@@ -29,7 +29,7 @@ Points scaledPoints(int count, int least, int most) {
 
 // Random points, some of which have parts of these values.
 Points pointsWith(int count, std::initializer_list<double> values) {
-  std::mt19937_64 engine(3);
+  std::mt19937 engine(3);
   Points points = randomPoints(count);
   for (const double value : values) {
     points[engine() % points.size()].real(value);
