@@ -31,8 +31,9 @@ void AddressSpace::read(uint32_t address, std::span<uint8_t> out) {
     if (part.length == 0) {
       continue;
     }
-    const Bytes whole = area.read();
-    std::copy_n(whole.begin() + part.inArea, part.length, out.begin() + static_cast<long>(part.inRange));
+    const Bytes bytes = area.part ? area.part(part.inArea, part.length) : area.read();
+    std::copy_n(bytes.begin() + (area.part ? 0 : part.inArea), part.length,
+                out.begin() + static_cast<long>(part.inRange));
     if (area.taken) {
       area.taken(part.inArea, part.length);
     }

@@ -11,14 +11,17 @@
 
 using Bytes = std::vector<uint8_t>;
 
-// A stretch of memory that the chip makes up. Partial reads and writes are taken care of: both functions deal
-// in the whole area.
+// A stretch of memory that the chip makes up. Partial reads and writes are taken care of: `read` and
+// `written` deal in the whole area.
 struct Area {
   uint32_t address;
   uint32_t length;
   std::function<Bytes()> read;
   std::function<void(const Bytes&)> written;                    // none: what is written has no effect
   std::function<void(uint32_t offset, uint32_t length)> taken;  // after a read of that part; none: nothing
+  // In place of `read` where the area is large, or shows something else from each address: that part of it.
+  // Such an area is not written.
+  std::function<Bytes(uint32_t offset, uint32_t length)> part = {};
 };
 
 class AddressSpace {

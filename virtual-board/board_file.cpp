@@ -156,6 +156,13 @@ bool together(LineState state) {
   return state == LineState::Handshake || state == LineState::Training || state == LineState::Showtime;
 }
 
+bool trainable(const BoardConfig& config) {
+  const size_t network = config.device[0].firmware.networkSide() ? 0 : 1;
+  const TonePlan plan = tonePlan(Parameters(config.device[network].params),
+                                 Parameters(config.device[1 - network].params));
+  return Loop(config.loop).budget(plan).trainable;
+}
+
 // A line that both ends are on must be one that both can be on.
 void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config) {
   for (size_t i = 0; i < tables.size(); ++i) {
@@ -176,7 +183,7 @@ void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config)
     if (config.loop.cut) {
       tables[i].failAt("line", "\"line\" needs a loop that is not cut");
     }
-    if (!loopBudget(config.loop).trainable) {
+    if (!trainable(config)) {
       tables[i].failAt("line", "\"line\" needs a loop that is not too long to train");
     }
   }

@@ -97,3 +97,7 @@ std::complex<double> Cable::insertionGain(double frequency_hz) const {
   const Complex ends = chain.a + chain.b / kTermination_ohm + chain.c * kTermination_ohm + chain.d;
   return 2.0 * std::exp(-line.propagation * length_m_) / ends;
 }
+
+double Cable::delay_s() const {
+  return length_m_ / (wire_.velocity * kSpeedOfLight);
+}

@@ -28,6 +28,9 @@ class Cable {
   // count as 1 Hz.
   std::complex<double> insertionGain(double frequency_hz) const;
 
+  // From one end to the other.
+  double delay_s() const;
+
  private:
   const WireType& wire_;
   const double length_m_;

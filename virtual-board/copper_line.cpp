@@ -35,7 +35,7 @@ uint32_t milliseconds(double seconds) {
 CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, const LoopConfig& loop, uint32_t seed)
     : ends_{&first, &second},
       agenda_(agenda),
-      budget_(loopBudget(loop)),
+      loop_(loop, seed),
       ledger_(seed),
       random_(seed),
       cut_(loop.cut) {
@@ -47,16 +47,20 @@ CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, const LoopConf
                          leave(*end);
                        }
                      },
-                     [this, i] { ledger_.restarted(agenda_.now(), i); }});
+                     [this, i] {
+                       ledger_.restarted(agenda_.now(), i);
+                       survey();
+                     }});
   }
 }
 
 void CopperLine::powerUp(LineState state) {
   drawDurations();
+  survey();
   for (Chip* end : ends_) {
     end->resetLineState(restState(*end));
   }
-  if (canMeet() && state >= LineState::Handshake && budget_.trainable) {
+  if (canMeet() && state >= LineState::Handshake && trainable()) {
     for (Chip* end : ends_) {
       end->resetLineState(state);
     }
@@ -70,8 +74,8 @@ void CopperLine::powerUp(LineState state) {
         schedule(training_s_, Phase::Showtime);
         return;
       default:
-        setPhase(Phase::Showtime);
         trained();
+        setPhase(Phase::Showtime);
         return;
     }
   }
@@ -101,8 +105,30 @@ void CopperLine::losePower(size_t end) {
 }
 
 bool CopperLine::canMeet() const {
-  return !cut_ && budget_.heard && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
+  return !cut_ && heard_ && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
          ends_[0]->networkSide() != ends_[1]->networkSide();
+}
+
+TonePlan CopperLine::plan() const {
+  const bool first = ends_[0]->networkSide();
+  return tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters());
+}
+
+// What the ends say of themselves when they meet. The pair itself never changes, so the same plan finds the
+// same again.
+void CopperLine::survey() {
+  if (TonePlan now = plan(); now != plan_) {
+    plan_ = std::move(now);
+    heard_ = loop_.heard(plan_);
+    next_ = {};
+  }
+}
+
+bool CopperLine::trainable() {
+  if (next_.plan == nullptr) {
+    next_ = loop_.budget(plan_);
+  }
+  return next_.trainable;
 }
 
 LineState CopperLine::restState(const Chip& chip) const {
@@ -206,9 +232,7 @@ void CopperLine::updateTraffic() {
   if (flows) {
     std::array<StreamFraming, kEnds> framing;
     for (size_t i = 0; i < kEnds; ++i) {
-      const bool down = ends_[i]->networkSide();
-      const uint32_t bytes = down ? budget_.downstreamBytes : budget_.upstreamBytes;
-      framing[i] = {down ? kDownstreamSymbols : kUpstreamSymbols, bytes, bytes - bytes / 8};
+      framing[i] = (ends_[i]->networkSide() ? budget_.downstream : budget_.upstream).framing;
     }
     ledger_.flow(now, framing, errors);
   } else {
@@ -228,16 +252,20 @@ void CopperLine::updateTraffic() {
 }
 
 void CopperLine::enterPhase(Phase phase) {
+  if (phase == Phase::Showtime) {
+    trained();
+  }
   setPhase(phase);
   switch (phase) {
     case Phase::Handshake:
+      survey();
       drawDurations();
       setBoth(LineState::Handshake);
       schedule(handshake_s_, Phase::Training);
       break;
     case Phase::Training:
       setBoth(LineState::Training);
-      if (budget_.trainable) {
+      if (trainable()) {
         schedule(training_s_, Phase::Showtime);
       } else {
         agenda_.cancel(step_);
@@ -245,7 +273,6 @@ void CopperLine::enterPhase(Phase phase) {
       }
       break;
     case Phase::Showtime:
-      trained();
       setBoth(LineState::Showtime);
       break;
     default:
@@ -265,6 +292,7 @@ void CopperLine::drawDurations() {
 }
 
 void CopperLine::trained() {
+  budget_ = next_;
   for (size_t i = 0; i < ends_.size(); ++i) {
     ends_[i]->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
                                 kInitSuccess);

@@ -26,12 +26,14 @@ class CopperLine {
   void powerUp(LineState state);
 
   void setCut(bool cut);
+  bool cut() const { return cut_; }
   // The share of what either end sends that arrives corrupted: a burst of noise, until it is 0 again.
   void setErrors(double share);
   // The end's power goes; if the other end hears its last gasp, it knows why the line went down.
   void losePower(size_t end);
 
   bool inShowtime() const { return phase_ == Phase::Showtime; }
+  // What the last training found; empty before the first.
   const LoopBudget& budget() const { return budget_; }
   // What the chip at that end knows of its line now.
   EndView view(size_t end) { return ledger_.view(agenda_.now(), end); }
@@ -42,6 +44,9 @@ class CopperLine {
   enum class Phase { Apart, Handshake, Training, Showtime, Losing, Leaving };
 
   bool canMeet() const;
+  TonePlan plan() const;
+  void survey();
+  bool trainable();
   LineState restState(const Chip& chip) const;
   void reconsider();
   void rest();
@@ -64,7 +69,11 @@ class CopperLine {
 
   std::array<Chip*, 2> ends_;
   Agenda& agenda_;
-  const LoopBudget budget_;
+  Loop loop_;
+  TonePlan plan_;      // of the next training
+  bool heard_ = true;  // whether the ends hear each other with it
+  LoopBudget next_;    // what it finds
+  LoopBudget budget_;
   LineLedger ledger_;
   std::mt19937 random_;
   Phase phase_ = Phase::Apart;

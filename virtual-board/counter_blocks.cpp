@@ -20,8 +20,6 @@ constexpr uint64_t kBytesPerCorrection = 3;
 // The wire's length follows from this figure as the host computes it: EWL = (262752 - 483 * gap) / 1024.
 constexpr double kGapAtZero = 262752.0 / 483;
 constexpr double kGapPerMetre = 1024.0 / 483;
-constexpr uint32_t kTargetMargin = 60;  // 0.1 dB
-constexpr uint32_t kRmcMarginAbove = 30;
 constexpr uint32_t kImpulseProtection = 10;  // symbols, 0.1 each
 // What the chip's processors are busy with, in per cent.
 constexpr uint32_t kTxHardRealTime = 22;
@@ -83,19 +81,9 @@ uint64_t errorFreeBits(const StreamCounts& stream) {
   return stream.dtusGood() * kDtuPayload * 8 / kEfbUnit_bits;
 }
 
-const StreamState& downstream(const LineInsight& line) {
-  return line.networkSide ? line.view.sends : line.view.receives;
-}
-const StreamState& upstream(const LineInsight& line) {
-  return line.networkSide ? line.view.receives : line.view.sends;
-}
-bool everTrained(const LineInsight& line) {
-  return line.view.sends.framing.symbolsPerFrame != 0;
-}
-
 Bytes framerInit(const LineInsight& line) {
   auto block = headed<GFAST_FRAMER_INIT_COUNTERS_S>();
-  if (everTrained(line)) {
+  if (line.everTrained()) {
     block.firstTone = kFirstTone;
     block.numProcessedTones = kLastTone - kFirstTone + 1;
     block.dsCodeWordSize = block.usCodeWordSize = block.txCodeWordSize = block.rxCodeWordSize = kCodewordSize;
@@ -111,11 +99,12 @@ Bytes framerInit(const LineInsight& line) {
 
 Bytes fduInit(const LineInsight& line) {
   auto block = headed<GFAST_FDU_INIT_COUNTERS_S>();
-  block.dsMargin = kTargetMargin;
-  block.usMargin = kTargetMargin;
-  if (everTrained(line)) {
-    block.winSize = 64;
-    block.sseScale = 6;
+  if (line.everTrained()) {
+    block.winSize = kSnrWindow;
+    block.sseScale = kSnrScale;
+    block.vectoringEnabled = line.loop.plan->vectoring ? 1 : 0;
+    block.dsMargin = line.loop.plan->downstream.targetMargin;
+    block.usMargin = line.loop.plan->upstream.targetMargin;
     block.DacScaler = -12;
     block.ActualAnalogGainTx = -3;
   }
@@ -200,20 +189,20 @@ Bytes framerRaw(const LineInsight& line) {
   fillProcessorTime(block, view.near.sent.framesSent);
   block.nearEndLossOfSignal = wrapped(view.near.lossOfSignalFailures);
   block.farEndLossOfSignal = wrapped(view.far.lossOfSignalFailures);
-  if (everTrained(line)) {
+  if (line.everTrained()) {
     const StreamFraming& tx = view.sends.framing;
     const StreamFraming& rx = view.receives.framing;
     block.TxBD = tx.bytesPerSymbol;
     block.TxBDR = tx.bytesPerRmcSymbol;
-    block.TxBR = tx.bytesPerSymbol - tx.bytesPerRmcSymbol;
+    block.TxBR = line.sends().loading->rmcBytes;
     block.RxBD = rx.bytesPerSymbol;
     block.RxBDR = rx.bytesPerRmcSymbol;
-    block.RxBR = rx.bytesPerSymbol - rx.bytesPerRmcSymbol;
+    block.RxBR = line.receives().loading->rmcBytes;
     block.RxLD = rx.bytesPerSymbol * 8;
-    block.attainableNdr = streamRates(rx).attainable;
-    block.snrMargin = line.loop.margin;
-    block.rmcSnrMargin = line.loop.margin + kRmcMarginAbove;
-    block.dtaCurrentMds = kDownstreamSymbols;
+    block.attainableNdr = line.receives().attainable_kbps;
+    block.snrMargin = line.receives().loading->margin;
+    block.rmcSnrMargin = line.receives().loading->rmcMargin;
+    block.dtaCurrentMds = line.loop.plan->downstream.symbols;
   }
   return inChipOrder(block);
 }
@@ -221,14 +210,14 @@ Bytes framerRaw(const LineInsight& line) {
 Bytes fduRaw(const LineInsight& line) {
   auto block = headed<GFAST_FDU_RAW_COUNTERS_S>();
   block.lossOfPower = wrapped(line.view.near.lossOfPowerFailures);
-  if (everTrained(line)) {
-    block.rxMargin = line.loop.margin;
+  if (line.everTrained()) {
+    block.rxMargin = line.receives().loading->margin;
     block.UPBOKLE = line.loop.electricalLength;
     block.UPBOKLE_R = line.loop.electricalLength;
     block.ACTATPds = line.loop.powerSent;
     block.ACTATPus = line.loop.powerSent;
     block.TimeGapCorrection =
-        static_cast<uint32_t>(std::max(0.0, kGapAtZero - line.loop.equivalent_m * kGapPerMetre));
+        static_cast<uint32_t>(std::max(0.0, kGapAtZero - line.loop.length_m * kGapPerMetre));
   }
   return inChipOrder(block);
 }
@@ -253,9 +242,9 @@ void fillRates(GFAST_DERIVED_COUNTERS_S& block, const LineInsight& line) {
   block.RxETR = block.RxEtrAvg = rx.expected;
   block.EFTR = throughLoss(rx.expected, line.view.receives.lastLoss);
   block.EocTxRateInKbps = block.EocRxRateInKbps = kEocRate_kbps;
-  block.ETRds_MaxMds = streamRates(downstream(line).framing).expected;
-  block.ETRus_MaxMus = streamRates(upstream(line).framing).expected;
-  block.NewMds = kDownstreamSymbols;
+  block.ETRds_MaxMds = streamRates(line.loop.downstream.framing).expected;
+  block.ETRus_MaxMus = streamRates(line.loop.upstream.framing).expected;
+  block.NewMds = line.loop.plan->downstream.symbols;
   block.txHrtPrecentage = kTxHardRealTime;
   block.txSrtPrecentage = kTxSoftRealTime;
   block.rxHrtPrecentage = kRxHardRealTime;
@@ -294,12 +283,12 @@ Bytes derived(const LineInsight& line) {
 
 Bytes etrDatabase(const LineInsight& line) {
   ETR_DB_S block{};
-  if (everTrained(line)) {
+  if (line.everTrained()) {
     block.dtuOverheadSize = kDtuOverhead;
     block.numSamplesInSymbol = kSamplesPerSymbol;
     block.samplingFrequency = kSampleRate_hz;
     block.numFramesInSuperFrame = kFramesPerSuperframe;
-    block.numSymbolsInFrame = kSymbolsPerFrame;
+    block.numSymbolsInFrame = line.view.sends.framing.frameSymbols;
     const StreamFraming& tx = line.view.sends.framing;
     const StreamFraming& rx = line.view.receives.framing;
     block.numTxSymbols = tx.symbolsPerFrame;
@@ -388,11 +377,11 @@ Bytes pmdTestParameters(const LineInsight& line) {
   Bytes bytes(sizeof(G9701_PMDTestParameters_t));
   uint8_t* const p = bytes.data();
   const auto half = [](auto value) { return static_cast<uint16_t>(value); };
-  store_le16(p, half(line.loop.margin));
-  store_le32(p + 2, streamRates(line.view.receives.framing).attainable);
+  store_le16(p, half(line.receives().loading->margin));
+  store_le32(p + 2, line.receives().attainable_kbps);
   store_le16(p + 6, half(line.loop.powerSent));
   store_le16(p + 8, half(kImpulseProtection));
-  store_le16(p + 10, half(line.loop.margin + kRmcMarginAbove));
+  store_le16(p + 10, half(line.receives().loading->rmcMargin));
   store_le16(p + 12, half(line.loop.powerReceived));
   return bytes;
 }

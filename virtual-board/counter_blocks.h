@@ -6,14 +6,7 @@
 #include <span>
 
 #include "address_space.h"
-#include "line_ledger.h"
-#include "loop_budget.h"
-
-struct LineInsight {
-  EndView view;
-  LoopBudget loop;
-  bool networkSide = false;
-};
+#include "line_insight.h"
 
 // An area of chip memory, of the chip's only line.
 struct CounterBlock {

@@ -8,6 +8,7 @@
 
 #include "sparse_memory.h"
 #include "std/byte_order.h"
+#include "tone_areas.h"
 
 namespace {
 
@@ -50,13 +51,9 @@ FarEnd::Response refusal(std::span<const uint8_t> request) {
 }  // namespace
 
 // By message type; one without an answer is left unanswered by the modem.
-const FarEnd::Answer FarEnd::kAnswers[MGMT_FAR_END_REQ_TYPE_LAST] = {&FarEnd::counters,
-                                                                     &FarEnd::inventory,
-                                                                     &FarEnd::readMemory,
-                                                                     &FarEnd::writeMemory,
-                                                                     nullptr,
-                                                                     &FarEnd::pmdParameters,
-                                                                     nullptr};
+const FarEnd::Answer FarEnd::kAnswers[MGMT_FAR_END_REQ_TYPE_LAST] = {
+    &FarEnd::counters, &FarEnd::inventory,     &FarEnd::readMemory, &FarEnd::writeMemory,
+    nullptr,           &FarEnd::pmdParameters, &FarEnd::pmdVector};
 
 FarEnd::FarEnd(int line, Chip& remote, std::function<LineInsight()> insight,
                const std::vector<FarEndReplacement>& replacements)
@@ -115,4 +112,8 @@ FarEnd::Response FarEnd::writeMemory(std::span<const uint8_t> request) {
 
 FarEnd::Response FarEnd::pmdParameters(std::span<const uint8_t> /*request*/) {
   return pmdTestParameters(insight_());
+}
+
+FarEnd::Response FarEnd::pmdVector(std::span<const uint8_t> request) {
+  return pmdVectorBlock(insight_(), request);
 }

@@ -23,7 +23,8 @@ class FarEnd {
          const std::vector<FarEndReplacement>& replacements);
 
   // 0 and the response, or an errno. EINVAL: no such message type; EIO: the far end does not answer it;
-  // ETIMEDOUT: it hangs. A memory message that it refuses is answered with a header of MGMT_OPCODE_NACK.
+  // ETIMEDOUT: it hangs. A memory message that it refuses is answered with a header of MGMT_OPCODE_NACK, a
+  // request for a vector of test parameters with PMD_VECTOR_NACK.
   int answer(uint32_t type, std::span<const uint8_t> request, Response& response);
 
  private:
@@ -35,6 +36,7 @@ class FarEnd {
   Response readMemory(std::span<const uint8_t> request);
   Response writeMemory(std::span<const uint8_t> request);
   Response pmdParameters(std::span<const uint8_t> request);
+  Response pmdVector(std::span<const uint8_t> request);
 
   Chip& remote_;
   std::function<LineInsight()> insight_;

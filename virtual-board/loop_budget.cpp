@@ -2,89 +2,99 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
-
-#include "line_framing.h"
 
 namespace {
 
-// Insertion loss of 100 m between 100-ohm ends at 50 MHz, after the reference model of ITU-T G.9701.
-constexpr struct {
-  const char* cable;
-  double loss_db;
-} kLosses[] = {{"CAD55", 16.7}, {"CAT5", 12.7}, {"T05u", 12.2}, {"T05b", 10.7}, {"T05h", 17.2}};
-constexpr double kUsualNoise_dbm_hz = -140;
-constexpr double kMetresPerDb = 100 / 16.7;
+constexpr double kElectricalLength_hz = 1e6;
+// The handshake's tones, and the mean SNR that it takes.
+constexpr uint32_t kHandshakeTones = 16;
+constexpr double kHandshakeSnr_db = 10;
+// A frame leaves one symbol's time for turning round, of which the way there and back may take the range of
+// Tg1', 6.5 to 11.2 us (ITU-T G.9701 clause 10.5).
+constexpr double kMostRoundTrip_s = 11.2e-6 - 6.5e-6;
+// What a showtime needs: a management channel, and so much in both directions together.
+constexpr size_t kFewestRmcTones = 32;
+constexpr uint32_t kLeastNet_kbps = 10000;
 
-// Net rate of both directions together over metres of CAD55; in between, a straight line.
-constexpr struct {
-  double length_m;
-  double net_mbps;
-} kRates[] = {{0, 980}, {50, 860}, {100, 620}, {200, 260}, {300, 90}, {400, 25}, {450, 10}};
-// The handshake uses the lowest tones and reaches further than data.
-constexpr double kHeard_m = 900;
-// Upstream loses a little to its shorter share of the frame.
-constexpr double kUpstreamShare = 0.95;
-
-// A short loop's symbols are full before its margin is used up: what is left above the target, 0.1 dB a
-// metre.
-constexpr double kTargetMargin = 60;
-constexpr double kFullSymbols_m = 50;
-// Of CAD55, in 0.1 dB a metre: its loss at 1 MHz, and the mean over the transmit spectrum.
-constexpr double kLossAt1MHz = 0.18;
-constexpr double kMeanLoss = 1.2;
-constexpr int32_t kPowerSent = 40;
-
-double cableLoss_db(const LoopConfig& loop) {
-  const auto* found = std::find_if(std::begin(kLosses), std::end(kLosses),
-                                   [&loop](const auto& entry) { return loop.cable == entry.cable; });
-  return (found == std::end(kLosses) ? kLosses[0] : *found).loss_db;
+uint32_t tenthsOf(double db) {
+  return static_cast<uint32_t>(std::clamp(std::round(db * 10), 0.0, 65535.0));
 }
 
-double equivalentLength_m(const LoopConfig& loop) {
-  double length = loop.length_m * cableLoss_db(loop) / kLosses[0].loss_db;
-  for (const BridgedTap& tap : loop.taps) {
-    length += tap.length_m;
-  }
-  return std::max(0.0, length + (loop.noise_dbm_hz - kUsualNoise_dbm_hz) * kMetresPerDb);
+int32_t signedTenthsOf(double db) {
+  return static_cast<int32_t>(std::clamp(std::round(db * 10), -32768.0, 32767.0));
 }
 
-double netRate_mbps(double length_m) {
-  const auto* longer = std::find_if(std::begin(kRates), std::end(kRates),
-                                    [length_m](const auto& point) { return length_m <= point.length_m; });
-  if (longer == std::begin(kRates)) {
-    return longer->net_mbps;
-  }
-  if (longer == std::end(kRates)) {
-    return 0;
-  }
-  const auto* shorter = std::prev(longer);
-  const double way = (length_m - shorter->length_m) / (longer->length_m - shorter->length_m);
-  return shorter->net_mbps + way * (longer->net_mbps - shorter->net_mbps);
+DirectionBudget directionBudget(const LineSpectrum& spectrum, const TonePlan& plan,
+                                const DirectionPlan& direction) {
+  DirectionBudget budget;
+  const auto loading = std::make_shared<const ToneLoading>(toneLoading(spectrum, plan, direction));
+  StreamFraming& framing = budget.framing;
+  framing.frameSymbols = plan.frameSymbols;
+  framing.symbolsPerFrame = direction.symbols;
+  framing.bytesPerSymbol = loading->bytesPerSymbol;
+  framing.bytesPerRmcSymbol = loading->bytesPerRmcSymbol;
+  framing.seamlessRateAdaptation = direction.seamlessRateAdaptation;
+  framing.fastRateAdaptation = direction.fastRateAdaptation;
+  StreamFraming attainable = framing;
+  attainable.bytesPerSymbol = loading->attainableBytes;
+  attainable.bytesPerRmcSymbol = loading->attainableRmcBytes;
+  budget.attainable_kbps = streamRates(attainable).net;
+  budget.loading = loading;
+  return budget;
 }
 
-// Bytes a symbol that give the net rate when the codewords' redundancy is off.
-uint32_t bytesPerSymbol(double net_mbps) {
-  constexpr double dataSymbols =
-      static_cast<double>(kDownstreamSymbols + kUpstreamSymbols) / kSymbolsPerFrame;
-  constexpr double symbolRate = static_cast<double>(kSampleRate_hz) / kSamplesPerSymbol;
-  constexpr double codeRate = static_cast<double>(kCodewordData) / kCodewordSize;
-  return static_cast<uint32_t>(net_mbps * 1e6 / 8 / (symbolRate * dataSymbols * codeRate));
+bool carriesEnough(const DirectionBudget& downstream, const DirectionBudget& upstream) {
+  const uint32_t net = streamRates(downstream.framing).net + streamRates(upstream.framing).net;
+  return downstream.framing.bytesPerSymbol != 0 && upstream.framing.bytesPerSymbol != 0 &&
+         downstream.loading->rmcTones.size() >= kFewestRmcTones &&
+         upstream.loading->rmcTones.size() >= kFewestRmcTones && net >= kLeastNet_kbps;
 }
 
 }  // namespace
 
-LoopBudget loopBudget(const LoopConfig& loop) {
+Loop::Loop(const LoopConfig& config, uint32_t seed)
+    : cable_(config), length_m_(config.length_m), noise_dbm_hz_(config.noise_dbm_hz), seed_(seed) {}
+
+bool Loop::heard(const TonePlan& plan) const {
+  double sum_db = 0;
+  uint32_t tones = 0;
+  for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; ++tone) {
+    if (plan.medley.test(tone)) {
+      const double loss_db = -20 * std::log10(std::abs(cable_.insertionGain(tone * kSubcarrierSpacing_hz)));
+      sum_db += plan.sent_dbm_hz[tone] - loss_db - noise_dbm_hz_;
+      ++tones;
+    }
+  }
+  return tones == kHandshakeTones && sum_db / tones >= kHandshakeSnr_db;
+}
+
+bool Loop::soonEnough() const {
+  return 2 * cable_.delay_s() <= kMostRoundTrip_s;
+}
+
+const std::vector<std::complex<double>>& Loop::gains() {
+  if (gains_.empty()) {
+    gains_.resize(kTones);
+    for (uint32_t tone = kFirstTone; tone <= kLastTone; ++tone) {
+      gains_[tone] = cable_.insertionGain(tone * kSubcarrierSpacing_hz);
+    }
+  }
+  return gains_;
+}
+
+LoopBudget Loop::budget(const TonePlan& plan) {
   LoopBudget budget;
-  budget.equivalent_m = equivalentLength_m(loop);
-  budget.heard = budget.equivalent_m <= kHeard_m;
-  const double net_mbps = netRate_mbps(budget.equivalent_m);
-  budget.trainable = net_mbps > 0;
-  budget.downstreamBytes = bytesPerSymbol(net_mbps);
-  budget.upstreamBytes = bytesPerSymbol(net_mbps * kUpstreamShare);
-  budget.margin = static_cast<uint32_t>(kTargetMargin + std::max(0.0, kFullSymbols_m - budget.equivalent_m));
-  budget.electricalLength = static_cast<uint32_t>(std::lround(budget.equivalent_m * kLossAt1MHz));
-  budget.powerSent = kPowerSent;
-  budget.powerReceived = kPowerSent - static_cast<int32_t>(std::lround(budget.equivalent_m * kMeanLoss));
+  const auto spectrum = std::make_shared<const LineSpectrum>(lineSpectrum(gains(), plan, noise_dbm_hz_));
+  budget.plan = std::make_shared<const TonePlan>(plan);
+  budget.spectrum = spectrum;
+  budget.downstream = directionBudget(*spectrum, plan, plan.downstream);
+  budget.upstream = directionBudget(*spectrum, plan, plan.upstream);
+  budget.heard = heard(plan);
+  budget.trainable = budget.heard && soonEnough() && carriesEnough(budget.downstream, budget.upstream);
+  budget.length_m = length_m_;
+  budget.electricalLength = tenthsOf(-20 * std::log10(std::abs(cable_.insertionGain(kElectricalLength_hz))));
+  budget.powerSent = signedTenthsOf(spectrum->powerSent_dbm);
+  budget.powerReceived = signedTenthsOf(spectrum->powerReceived_dbm);
+  budget.binderSeed = seed_;
   return budget;
 }

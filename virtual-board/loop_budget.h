@@ -1,26 +1,55 @@
-// What a loop lets through: the one place where a line's rates come from.
-//
-// A loop counts as so many metres of CAD55 with the usual noise as lose as much at 50 MHz: other wire types
-// by their loss, a bridged tap with its own length, a decibel of noise more than usual as six metres more.
-// The net rate of both directions together falls along a fixed line from there.
+// What a loop lets through: the one place where a line's rates, margins and levels come from. All follow from
+// the pair of wires subcarrier by subcarrier; the pair is computed once, the rest once for each plan.
 #pragma once
 
+#include <complex>
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 #include "board_config.h"
+#include "cable.h"
+#include "line_framing.h"
+#include "line_spectrum.h"
+#include "tone_plan.h"
 
-struct LoopBudget {
-  double equivalent_m = 0;
-  bool heard = false;      // the ends understand each other's handshake
-  bool trainable = false;  // and the loop carries enough to be worth a showtime
-  // Data bytes a symbol carries (ITU-T G.9701 B_D); 0 on a loop that cannot be trained.
-  uint32_t downstreamBytes = 0;
-  uint32_t upstreamBytes = 0;
-  // Noise margin, 0.1 dB; electrical length, 0.1 dB at 1 MHz; power sent and received, 0.1 dBm.
-  uint32_t margin = 0;
-  uint32_t electricalLength = 0;
-  int32_t powerSent = 0;
-  int32_t powerReceived = 0;
+struct DirectionBudget {
+  StreamFraming framing;
+  uint32_t attainable_kbps = 0;  // net
+  std::shared_ptr<const ToneLoading> loading;
 };
 
-LoopBudget loopBudget(const LoopConfig& loop);
+struct LoopBudget {
+  bool heard = false;      // the ends understand each other's handshake
+  bool trainable = false;  // and the loop carries enough to be worth a showtime
+  double length_m = 0;
+  uint32_t electricalLength = 0;  // loss at 1 MHz, 0.1 dB
+  // 0.1 dBm, the same in both directions.
+  int32_t powerSent = 0;
+  int32_t powerReceived = 0;
+  uint32_t binderSeed = 0;  // which cable it is: what the pairs beside it couple into it
+  std::shared_ptr<const TonePlan> plan;
+  std::shared_ptr<const LineSpectrum> spectrum;
+  DirectionBudget downstream;
+  DirectionBudget upstream;
+};
+
+class Loop {
+ public:
+  explicit Loop(const LoopConfig& config, uint32_t seed = 0);
+
+  // Whether the lowest subcarriers of the plan arrive well enough for a handshake.
+  bool heard(const TonePlan& plan) const;
+
+  LoopBudget budget(const TonePlan& plan);
+
+ private:
+  bool soonEnough() const;
+  const std::vector<std::complex<double>>& gains();
+
+  const Cable cable_;
+  const double length_m_;
+  const double noise_dbm_hz_;
+  const uint32_t seed_;
+  std::vector<std::complex<double>> gains_;  // by subcarrier; empty until somebody asks
+};

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <iterator>
 
+#include "draw.h"
+
 namespace {
 
 // Sent, but not yet judged by the receiver.
@@ -24,15 +26,8 @@ constexpr uint32_t kBitSwapSpread = 10 * kFramesPer3s / 3;
 constexpr uint64_t kSraPeriod = 300ULL * kFramesPer3s / 3;
 constexpr uint64_t kRpaPeriod = 900ULL * kFramesPer3s / 3;
 
-// SplitMix64: one draw from one number, the same everywhere.
-uint64_t mix(uint64_t x) {
-  x += 0x9E3779B97F4A7C15U;
-  x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9U;
-  x = (x ^ (x >> 27)) * 0x94D049BB133111EBU;
-  return x ^ (x >> 31);
-}
-
 constexpr uint64_t StreamCounts::*kFields[] = {&StreamCounts::framesSent,
+                                               &StreamCounts::adaptiveFrames,
                                                &StreamCounts::framesArrived,
                                                &StreamCounts::lostRmcs,
                                                &StreamCounts::dtusSent,
@@ -42,6 +37,7 @@ constexpr uint64_t StreamCounts::*kFields[] = {&StreamCounts::framesSent,
                                                &StreamCounts::dtusRetransmitted,
                                                &StreamCounts::erroredSeconds,
                                                &StreamCounts::severelyErroredSeconds,
+                                               &StreamCounts::adaptedSeconds,
                                                &StreamCounts::lossOfRmcSeconds,
                                                &StreamCounts::bitSwaps,
                                                &StreamCounts::seamlessRateAdaptations,
@@ -53,10 +49,6 @@ void add(StreamCounts& counts, const StreamCounts& more) {
   for (const auto field : kFields) {
     counts.*field += more.*field;
   }
-}
-
-uint64_t framesIn(uint64_t seconds) {
-  return seconds * kFramesPer3s / 3;
 }
 
 }  // namespace
@@ -103,19 +95,22 @@ StreamCounts StreamMeter::counts(double now) {
   }
   counts.dtusRetransmitted = counts.dtusBad - counts.dtusUncorrected;
   counts.bitSwaps = counts.framesSent / bitSwapPeriod_;
-  counts.seamlessRateAdaptations = counts.framesSent / kSraPeriod;
-  counts.fastRateAdaptations = counts.severelyErroredSeconds;
+  counts.seamlessRateAdaptations = counts.adaptiveFrames / kSraPeriod;
+  counts.fastRateAdaptations = counts.adaptedSeconds;
   counts.rmcParameterAdaptations = counts.framesSent / kRpaPeriod;
   return counts;
 }
 
 // Of the open stretch, when so many frames have not arrived yet.
 StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
-  const auto frames = static_cast<uint64_t>(std::max(0.0, now - open_->start) * kFramesPer3s / 3);
+  const StreamFraming& framing = open_->framing;
+  const auto frames =
+      static_cast<uint64_t>(std::max(0.0, now - open_->start) * kSymbolRate_hz / framing.frameSymbols);
   const uint64_t arrived = frames - std::min(frames, framesOnTheWay);
   settle(arrived);
   StreamCounts counts = open_->settled;
   counts.framesSent = frames;
+  counts.adaptiveFrames = framing.seamlessRateAdaptation ? frames : 0;
   counts.framesArrived = arrived;
   counts.dtusSent = dtus(frames);
   counts.dtusArrived = dtus(arrived);
@@ -131,6 +126,10 @@ StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
     counts.dtusUncorrected += bad * second.uncorrected / second.bad;
   }
   return counts;
+}
+
+uint64_t StreamMeter::framesIn(uint64_t seconds) const {
+  return seconds * kSymbolRate_hz / open_->framing.frameSymbols;
 }
 
 uint64_t StreamMeter::dtus(uint64_t frames) const {
@@ -170,5 +169,6 @@ void StreamMeter::settle(uint64_t framesArrived) {
 void StreamMeter::judgeSecond(StreamCounts& counts, uint64_t uncorrected) const {
   counts.erroredSeconds += uncorrected > 0 ? 1 : 0;
   counts.severelyErroredSeconds += uncorrected >= kSevere ? 1 : 0;
+  counts.adaptedSeconds += uncorrected >= kSevere && open_->framing.fastRateAdaptation ? 1 : 0;
   counts.lossOfRmcSeconds += uncorrected > 0 && open_->errors >= kRmcLost ? 1 : 0;
 }

@@ -14,6 +14,7 @@
 // Since power-up; none ever falls. What arrives is late by the time it takes.
 struct StreamCounts {
   uint64_t framesSent = 0;
+  uint64_t adaptiveFrames = 0;  // of them, those of a stream whose rate may be adapted
   uint64_t framesArrived = 0;
   uint64_t lostRmcs = 0;
   uint64_t dtusSent = 0;  // data, idle and retransmitted ones
@@ -23,6 +24,7 @@ struct StreamCounts {
   uint64_t dtusRetransmitted = 0;  // the other bad ones
   uint64_t erroredSeconds = 0;
   uint64_t severelyErroredSeconds = 0;
+  uint64_t adaptedSeconds = 0;  // of these, the ones that fast rate adaptation answered
   uint64_t lossOfRmcSeconds = 0;
   // Adaptations that were asked for and made: by name as in ITU-T G.9701 clause 13.
   uint64_t bitSwaps = 0;
@@ -68,6 +70,7 @@ class StreamMeter {
     StreamCounts settled;  // bad, uncorrected and the kinds of seconds
   };
 
+  uint64_t framesIn(uint64_t seconds) const;
   uint64_t dtus(uint64_t frames) const;
   Draw draw(uint64_t second) const;
   void settle(uint64_t framesArrived);

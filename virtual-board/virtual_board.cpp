@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <chrono>
 
+#include "tone_areas.h"
+
 namespace {
 
 int failWith(int error) {
@@ -70,13 +72,20 @@ VirtualBoard::~VirtualBoard() {
   }
 }
 
-// The application computes the counters; the stages before it have none.
+// The application computes the counters and what it knows by subcarrier; the stages before it have none.
 void VirtualBoard::mapCounters(size_t device) {
   for (const CounterBlock& block : counterBlocks()) {
     const auto read = [this, device, &block] {
       return chips_[device]->stage() == Stage::App ? block.build(insight(device)) : Bytes(block.length);
     };
     chips_[device]->memory().add({block.address, block.length, read, {}, {}});
+  }
+  for (const ToneArea& area : toneAreas()) {
+    const auto part = [this, device, &area](uint32_t offset, uint32_t length) {
+      return chips_[device]->stage() == Stage::App ? area.read(insight(device), offset, length)
+                                                   : Bytes(length);
+    };
+    chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part});
   }
 }
 
