@@ -1,0 +1,114 @@
+// A virtual board and the library in front of it, in a time that a test drives: a week passes in seconds.
+#pragma once
+
+#include <qvr.h>
+#include <sys/select.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <thread>
+
+#include "board_config.h"
+#include "clock/clock.h"
+#include "driver/driver.h"
+#include "qvrdev/notification.h"
+#include "virtual_board.h"
+
+constexpr time_t kPowerUp = 1700006400;  // 2023-11-15 00:00:00 UTC, a midnight
+constexpr int kQuarter_s = 900;
+constexpr int kDay_s = 86400;
+
+// Time stands still but for what advance says and for sleeps, which take no time. The library's own
+// notification thread never wakes: the test runs the rounds.
+class SimulatedTime final : public Clock {
+ public:
+  SimulatedTime() { installClock(*this); }
+
+  void set(double seconds) { seconds_ = seconds; }
+  double seconds() const { return seconds_; }  // since power-up
+
+  time_t now() override { return kPowerUp + static_cast<time_t>(seconds_.load()); }
+  void sleep(std::chrono::microseconds duration) override {
+    seconds_ = seconds_ + std::chrono::duration<double>(duration).count();
+  }
+  int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds /*duration*/) override {
+    while (std::this_thread::get_id() != owner_) {
+      pause();
+    }
+    timeval now{0, 0};
+    return std::max(0, select(limit, &descriptors, nullptr, nullptr, &now));
+  }
+  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) override {
+    sleep(duration);
+    return true;
+  }
+
+ private:
+  const std::thread::id owner_ = std::this_thread::get_id();
+  std::atomic<double> seconds_{0};
+};
+
+// Counts what the library asks of the board.
+class CountedBoard final : public Driver {
+ public:
+  CountedBoard(const BoardConfig& config, const SimulatedTime& time)
+      : board_(config, [&time] { return time.seconds(); }) {
+    installDriver(*this);
+  }
+
+  VirtualBoard& board() { return board_; }
+  uint64_t requests() const { return requests_; }
+
+  int open(int device) override { return board_.open(device); }
+  int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
+    ++requests_;
+    return board_.request(descriptor, code, request);
+  }
+  void close(int descriptor) override { board_.close(descriptor); }
+  void rediscover() override { board_.rediscover(); }
+
+ private:
+  VirtualBoard board_;
+  std::atomic<uint64_t> requests_{0};
+};
+
+// Never destroyed: the library's notification thread may still ask at process exit.
+class SimulatedBoard {
+ public:
+  // Both lines are up at power-up, and so is the library.
+  static SimulatedBoard& start(BoardConfig config) {
+    setenv("TZ", "UTC0", 1);
+    tzset();
+    for (DeviceConfig& device : config.device) {
+      device.line = LineState::Showtime;
+    }
+    static auto& instance = *new SimulatedBoard(config);
+    return instance;
+  }
+
+  VirtualBoard& board() { return driver_.board(); }
+  uint64_t requests() const { return driver_.requests(); }
+
+  // The moment, so many seconds after power-up, and what is due by then; the library has not seen it yet.
+  void setTime(double seconds) {
+    time_.set(seconds);
+    board().advance();
+  }
+  // A round of the library's notification thread at this moment.
+  void round() { round_->step(); }
+
+ private:
+  explicit SimulatedBoard(const BoardConfig& config) : driver_(config, time_) {
+    if (QVR_STATUS_ERROR(QVR_initFastModule(FALSE))) {
+      std::abort();
+    }
+    round_ = std::make_unique<NotificationRound>();
+  }
+
+  SimulatedTime time_;
+  CountedBoard driver_;
+  std::unique_ptr<NotificationRound> round_;
+};
