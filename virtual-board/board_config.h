@@ -31,6 +31,7 @@ struct DeviceConfig {
   // The inventory as delivered, at most 8 and 32 bytes; none: the usual.
   std::optional<std::string> vendor;
   std::optional<std::string> serial;
+  double distortion_db = -70;     // of the analogue front end (front_end.h)
   std::optional<LineState> line;  // none: the line trains by itself
   ParameterSettings params;
   // What flash holds at power-up; a region without is erased.
@@ -107,6 +108,16 @@ struct CrashEvent {
   Assertion assertion;
 };
 
+// Lanes of a chip's inter-chip links.
+constexpr size_t kExtcomLanes = 7;
+
+// How bad such a lane is.
+struct ExtcomErrors {
+  int device;
+  std::optional<size_t> lane;  // none: all
+  double errors_per_s;
+};
+
 struct FaultConfig {
   int device;
   std::string request;
@@ -131,6 +142,7 @@ struct BoardConfig {
   std::vector<LoopEvent> loopEvents;
   std::vector<DeviceEvent> deviceEvents;
   std::vector<CrashEvent> crashes;
+  std::vector<ExtcomErrors> extcomErrors;
   std::vector<FaultConfig> faults;
 };
 

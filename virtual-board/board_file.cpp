@@ -141,6 +141,7 @@ void readDeviceTable(TomlReader& table, DeviceConfig& device) {
   }
   device.temperature_c =
       static_cast<int>(table.integer("temperature_c", -40, 125).value_or(device.temperature_c));
+  device.distortion_db = table.number("distortion_db", -200, -20).value_or(device.distortion_db);
   device.vendor = readText(table, "vendor", kMaxVendor);
   device.serial = readText(table, "serial", kMaxSerial);
   readFlashContents(table, device);
@@ -239,6 +240,9 @@ BoardConfig readRoot(TomlReader root) {
   }
   for (TomlReader& table : root.tables("crash", "[[crash]]")) {
     config.crashes.push_back(readCrashTable(table));
+  }
+  for (TomlReader& table : root.tables("extcom", "[[extcom]]")) {
+    config.extcomErrors.push_back(readExtcomTable(table, config.devices));
   }
   for (TomlReader& table : root.tables("fault", "[[fault]]")) {
     config.faults.push_back(readFaultTable(table, config.devices));

@@ -239,6 +239,18 @@ CrashEvent readCrashTable(TomlReader& table) {
   return crash;
 }
 
+ExtcomErrors readExtcomTable(TomlReader& table, int devices) {
+  constexpr double mostErrors_per_s = 1e9;
+  ExtcomErrors errors{};
+  errors.device = readDevice(table, devices);
+  if (const auto lane = table.integer("lane", 0, kExtcomLanes - 1)) {
+    errors.lane = static_cast<size_t>(*lane);
+  }
+  errors.errors_per_s = table.required("errors_per_s", table.number("errors_per_s", 0, mostErrors_per_s));
+  table.finish();
+  return errors;
+}
+
 FaultConfig readFaultTable(TomlReader& table, int devices) {
   FaultConfig fault{};
   fault.device = readDevice(table, devices);

@@ -15,4 +15,5 @@ TimedLog readLogTable(TomlReader& table, int devices);
 LoopEvent readLoopEventTable(TomlReader& table);
 DeviceEvent readDeviceEventTable(TomlReader& table);
 CrashEvent readCrashTable(TomlReader& table);
+ExtcomErrors readExtcomTable(TomlReader& table, int devices);
 FaultConfig readFaultTable(TomlReader& table, int devices);

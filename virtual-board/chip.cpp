@@ -80,7 +80,7 @@ Firmware romFirmware(uint8_t chipset) {
 }  // namespace
 
 Chip::Chip(const DeviceConfig& config, Agenda& agenda)
-    : config_(config), agenda_(agenda), parameters_(config_.params), inventory_(config_) {
+    : config_(config), agenda_(agenda), parameters_(config_.params), inventory_(config_), extcom_(agenda_) {
   constexpr size_t bootloaderSize = 24000;
   constexpr size_t applicationSize = 100000;
   constexpr size_t manufacturerSize = 1024;
@@ -103,6 +103,7 @@ Chip::Chip(const DeviceConfig& config, Agenda& agenda)
   mapRegisters();
   mapIdentity();
   mapParameters();
+  extcom_.map(memory_);
   enter(selectedStage());
 }
 
@@ -363,6 +364,10 @@ void Chip::goDown() {
   setFwState(Stage::None);
   identity_.initialisation = {};
   resetLineState(LineState::SelfTest);
+  extcom_.forget();
+  for (const auto& forget : atReset_) {
+    forget();
+  }
 }
 
 void Chip::boot() {

@@ -11,6 +11,7 @@
 #include "board_config.h"
 #include "crash.h"
 #include "device_info.h"
+#include "extcom.h"
 #include "flash.h"
 #include "inventory.h"
 #include "parameters.h"
@@ -33,6 +34,9 @@ class Chip {
   void attachLine(LineControl control) { lineControl_ = std::move(control); }
   // Called when the line has come up: the two ends introduce themselves.
   void onShowtime(std::function<void()> introduce) { introduce_ = std::move(introduce); }
+
+  // Called whenever the chip goes down, by a reset or a loss of power.
+  void atReset(std::function<void()> forget) { atReset_.push_back(std::move(forget)); }
 
   // ---- Requests: 0 or an errno. A chip in reset or without power answers none of these (EIO), nor does one
   // that hangs (ETIMEDOUT). ----
@@ -85,6 +89,7 @@ class Chip {
   PendingRecords& pending() { return pending_; }
   AddressSpace& memory() { return memory_; }
   Inventory& inventory() { return inventory_; }
+  Extcom& extcom() { return extcom_; }
   const Parameters& parameters() const { return parameters_; }
 
  private:
@@ -109,12 +114,14 @@ class Chip {
   AddressSpace memory_;
   Parameters parameters_;
   Inventory inventory_;
+  Extcom extcom_;
   Flash flash_;
   std::vector<uint8_t> downloaded_;
   PendingRecords pending_;
   DeviceIdentity identity_;
   LineControl lineControl_;
   std::function<void()> introduce_;
+  std::vector<std::function<void()>> atReset_;
   Stage stage_ = Stage::None;
   AssertionRecords assertions_;
   bool inReset_ = false;

@@ -50,9 +50,14 @@ VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
     chips_[static_cast<size_t>(overlay.device)]->memory().overlay().write(overlay.address, overlay.bytes);
   }
   line_ = std::make_unique<CopperLine>(*chips_[0], *chips_[1], agenda_, config.loop, config.seed);
+  testMemory_ =
+      std::make_unique<TestMemory>(std::array{chips_[0].get(), chips_[1].get()}, *line_, agenda_, config);
   line_->powerUp(lineAtPowerUp(config));
   scheduleConfigured(config);
   scheduleHappenings(config);
+  for (const ExtcomErrors& errors : config.extcomErrors) {
+    disturbExtcom(errors);
+  }
   if (!time) {
     clock_ = std::thread([this] { runClock(); });
   }
@@ -147,6 +152,15 @@ void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
         chips_[device]->powerOn();
       }
     });
+  }
+}
+
+void VirtualBoard::disturbExtcom(const ExtcomErrors& errors) {
+  Extcom& extcom = chips_[static_cast<size_t>(errors.device)]->extcom();
+  for (size_t lane = 0; lane < kExtcomLanes; ++lane) {
+    if (errors.lane.value_or(lane) == lane) {
+      extcom.setErrorRate(lane, errors.errors_per_s);
+    }
   }
 }
 

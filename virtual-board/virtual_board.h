@@ -22,6 +22,7 @@
 #include "faults.h"
 #include "request_handlers.h"
 #include "request_trace.h"
+#include "test_memory.h"
 
 class VirtualBoard final : public Driver {
  public:
@@ -63,6 +64,7 @@ class VirtualBoard final : public Driver {
   void introduce(size_t device);
   void scheduleConfigured(const BoardConfig& config);
   void scheduleHappenings(const BoardConfig& config);
+  void disturbExtcom(const ExtcomErrors& errors);
   void runClock();
   void advanceLocked();
   void wakeClock();
@@ -81,6 +83,7 @@ class VirtualBoard final : public Driver {
   Agenda agenda_;
   std::array<std::unique_ptr<Chip>, kMaxDevices> chips_;
   std::unique_ptr<CopperLine> line_;
+  std::unique_ptr<TestMemory> testMemory_;
   std::array<std::unique_ptr<FarEnd>, kMaxDevices> farEnds_;
   Faults faults_;
   struct Descriptor {
