@@ -38,7 +38,7 @@ struct QVR_lineStatus_t {
   int16_t ACTATPus;
   int16_t SNRM_RMCds;  // noise margin of the RMC, 0.1 dB
   int16_t SNRM_RMCus;
-  QVR_wireLength_t EWL;   // estimated wire length
+  QVR_wireLength_t EWL;   // estimated wire length: 256 without time gap correction, a plain number
   uint8_t DTAMds;         // downstream symbols under dynamic time assignment at present
   uint32_t DTAMdsEVTCNT;  // exchanges of that number
 };

@@ -563,12 +563,16 @@ QVR_retval_t QVR_restoreLineConfigState();
 
 // ---- Line status and inventory (records: line_status.h) ----
 
-// How the line is. Margins and power that are not available are QVR_K_LEVEL_NOT_AVAILABLE; a field whose
-// source cannot be read keeps what it held.
-//   the result of the last read made: an earlier one that failed is not reported
+// How the line is, by its device's record as last read and by what the chip and, in showtime, the far end
+// measure at present. SNRMds, SNRMus and ACTATPus that are not available are QVR_K_LEVEL_NOT_AVAILABLE; any
+// other field whose source cannot be read keeps what it held, but for EWL, which is then that of no time gap
+// correction.
+//   QVR_E_NO_DEVICE_FOR_LINE  the line has no device; nothing is filled
+//   otherwise as QVR_readGfastFduRawCounters, the last read made: an earlier one that failed is not reported
 QVR_retval_t QVR_getLineStatus(QVR_lineId_t xi_lineId, QVR_lineStatus_t* xo_status);
 
-// How the line's last initialisation went, read anew from the device.
+// How the line's last initialisation went, read anew from the device. Nothing is filled on failure.
+//   QVR_E_NO_DEVICE_FOR_LINE       the line has no device
 //   QVR_E_NOT_CURRENTLY_SUPPORTED  the line's device is at the subscriber side
 //   otherwise as QVR_getDeviceInfo
 QVR_retval_t QVR_getLineStatusInitialization(QVR_lineId_t xi_lineId,
@@ -576,23 +580,30 @@ QVR_retval_t QVR_getLineStatusInitialization(QVR_lineId_t xi_lineId,
                                              G9972_initLastSignal_t* xo_lastSignalDs,
                                              G9972_initLastSignal_t* xo_lastSignalUs);
 
-// What the line carries upstream and downstream, in the network's terms.
-//   the first failing read's result; the record may be filled in part
+// What the line carries upstream and downstream, in the network's terms. The direction that the device
+// transmits needs the far end, and so a line in showtime.
+//   as QVR_readGfastDerivedCounters or QVR_readFarEndPMDTestParameters, the first read that failed: the DTU
+//   fields are not filled then, nor are the rates unless only the framing could not be read
 QVR_retval_t QVR_getChannelStatusus(QVR_lineId_t xi_lineId, QVR_channelStatus_t* xo_status);
 QVR_retval_t QVR_getChannelStatusds(QVR_lineId_t xi_lineId, QVR_channelStatus_t* xo_status);
 
 // Who is at both ends: the local end from its own record, the far end from what it last answered (network
-// side) or from a new exchange (subscriber side). A version text that is not of the form number.number.number
-// text is taken as it is, cut to its field.
-//   as QVR_readmem (nothing is filled then), or as QVR_getInventoryFarEnd
+// side) or from a new exchange (subscriber side, where the network end's G.hs vendor is the one of the local
+// record). The far end's version of the form "number.number.number text" is written anew so that it ends
+// within its field; numbers are 0 to 255, and a text of any other form is taken as it is.
+//   QVR_E_NO_DEVICE_FOR_LINE  the line has no device
+//   as QVR_readmem (nothing is filled in these two cases), or as QVR_getInventoryFarEnd (FTU_R is filled)
 QVR_retval_t QVR_getInventory(QVR_lineId_t xi_lineId, QVR_inventoryObject_t* xo_inventory);
 
-// Who is at the far end, asked anew. Its G.hs vendor is not reported.
-//   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange
+// Who is at the far end, asked anew. Its G.hs vendor is not reported. At the network side a version of the
+// form "number.number.number text" is given a fourth number, 0. Nothing is filled on failure.
+//   QVR_E_NO_DEVICE_FOR_LINE          the line has no device
+//   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange, or a response shorter than the record
 QVR_retval_t QVR_getInventoryFarEnd(QVR_lineId_t xi_lineId, QVR_inventoryParameters_t* xo_inventory);
 
-// Writes SYSTEM_VENDOR and SERIALNR into the device's inventory; the other fields are not used.
-//   as QVR_readmem and QVR_writemem
+// Writes SYSTEM_VENDOR and SERIALNR into the device's inventory, bytes as they are; the other fields are not
+// used. What the inventory holds beside them is read first and written back.
+//   as QVR_readmem and QVR_writemem, of the last access made
 QVR_retval_t QVR_setInventoryParams(QVR_deviceId_t xi_deviceId,
                                     const QVR_inventoryParameters_t* xi_inventory);
 

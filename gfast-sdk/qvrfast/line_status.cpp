@@ -7,7 +7,7 @@
 
 namespace {
 
-// The receive delay that the chip corrects, as a length: 10 binary places, in unsigned 32-bit arithmetic.
+// Wire length by the chip's time gap correction: 10 binary places, in unsigned 32-bit arithmetic.
 constexpr uint32_t kLengthWithoutCorrection = 262752;
 constexpr uint32_t kLengthOfOneCorrection = 483;
 constexpr uint32_t kLengthFractionBits = 10;
