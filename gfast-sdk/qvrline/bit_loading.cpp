@@ -13,7 +13,7 @@ namespace {
 constexpr uint32_t kEntrySize = sizeof(uint16_t);
 
 // As many as there are subcarriers, which is what an RMC area has room for.
-using Entries = std::array<uint8_t, QVR_MAX_NUMBER_OF_TONES * kEntrySize>;
+using Entries = std::array<uint8_t, size_t{QVR_MAX_NUMBER_OF_TONES} * kEntrySize>;
 static_assert(sizeof(Entries) == QVR_K_RMC_BLT_SIZE);
 
 // The line, and the subcarriers that its chip sends or receives on.

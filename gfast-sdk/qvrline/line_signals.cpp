@@ -31,7 +31,7 @@ constexpr Calibration aceOff = calibrationOf(kReceivePathAceOff);
 
 // The equaliser's coefficients as the chip keeps them, and the front end they were measured behind.
 struct Equaliser {
-  std::array<uint8_t, QVR_MAX_NUMBER_OF_TONES * kMantissaSize> mantissas;
+  std::array<uint8_t, size_t{QVR_MAX_NUMBER_OF_TONES} * kMantissaSize> mantissas;
   std::array<uint8_t, QVR_MAX_NUMBER_OF_TONES> exponents;
   QVR_AFE_PARAMS_t afe;
 };
@@ -65,7 +65,7 @@ using SignalReader = QVR_retval_t (*)(const LineInShowtime& line, LineEnd end, d
 // One 16-bit word of each processed subcarrier, at the end's address, as the value it stands for.
 QVR_retval_t readValues(const LineInShowtime& line, LineEnd end, uint32_t (*addressOf)(uint32_t linkId),
                         double (*valueOf)(const uint8_t* bytes), double* values) {
-  std::array<uint8_t, QVR_MAX_NUMBER_OF_TONES * kValueSize> bytes;
+  std::array<uint8_t, size_t{QVR_MAX_NUMBER_OF_TONES} * kValueSize> bytes;
   const uint32_t tones = line.tones.numProcessedTones;
   const QVR_retval_t status = readTones(line, end, addressOf, bytes.data(), tones * kValueSize);
   for (uint32_t k = 0; QVR_STATUS_OK(status) && k < tones; k++) {

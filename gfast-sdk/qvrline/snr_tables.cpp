@@ -19,7 +19,7 @@ constexpr uint32_t kGuardWords = 2;
 constexpr int kMostFarEndTries = 10;
 
 using Energies = std::array<uint32_t, QVR_MAX_NUMBER_OF_TONES>;
-using Window = std::array<uint8_t, (kGuardWords + MAX_TONES_PER_READ_OPERATIONS) * kWord>;
+using Window = std::array<uint8_t, size_t{kGuardWords + MAX_TONES_PER_READ_OPERATIONS} * kWord>;
 
 double decibels(double ratio) {
   return 10.0 * std::log10(ratio);

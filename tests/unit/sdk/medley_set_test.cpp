@@ -160,6 +160,31 @@ TEST_F(MedleySets, SpanWhatLiesBetweenAndNothingWhenEmpty) {
   EXPECT_EQ(set.span(), 2048U);
 }
 
+TEST_F(MedleySets, OfALineAreAskedForByWhatItsChipDoesWithThem) {
+  for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
+    driver_.expect(reads(line, kSentSet, medleySet({{43, 99}})) +
+                   reads(line, kReceivedSet, medleySet({{50, 60}, {70, 80}})));
+    EXPECT_EQ(QVR_getMedleySet(line, TRUE, &set_), QVR_E_STATUS_OK);
+    EXPECT_EQ(set_.numBands, 1);
+    EXPECT_EQ(set_.bands[0].lastSubCarrier, 99);
+    EXPECT_EQ(QVR_getMedleySet(line, FALSE, &set_), QVR_E_STATUS_OK);
+    EXPECT_EQ(set_.numBands, 2);
+    EXPECT_EQ(set_.bands[1].firstSubCarrier, 70);
+  }
+}
+
+TEST_F(MedleySets, OfALineThatCannotBeReadOrCannotBeAreAnsweredSo) {
+  driver_.expect(reads(0, kSentSet, medleySet({})).fails(EIO) + reads(0, kSentSet, medleySet({}, 32)) +
+                 reads(0, kSentSet, medleySet({{2048, 2048}})));
+  EXPECT_EQ(QVR_getMedleySet(0, TRUE, &set_), QVR_E_MEMREAD_ERROR);
+  EXPECT_EQ(QVR_getMedleySet(0, TRUE, &set_), QVR_E_ERROR);
+  EXPECT_EQ(QVR_getMedleySet(0, TRUE, &set_), QVR_E_ERROR);
+  addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
+  EXPECT_EQ(QVR_getMedleySet(1, TRUE, &set_), QVR_E_NO_DEVICE_FOR_LINE);
+  EXPECT_ASSERTION(QVR_getMedleySet(2, TRUE, &set_),
+                   asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
+}
+
 using PhyParams = ToneTest;
 
 TEST_F(PhyParams, AreReadAnewAndKeptByTheLine) {
