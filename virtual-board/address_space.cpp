@@ -23,12 +23,28 @@ Overlap overlap(const Area& area, uint32_t address, size_t length) {
 
 }  // namespace
 
+bool AddressSpace::look(uint32_t address, std::span<uint8_t> out) const {
+  const auto found = std::find_if(areas_.begin(), areas_.end(), [address](const Area& area) {
+    return area.window && address >= area.address && address - area.address < area.length;
+  });
+  if (found == areas_.end()) {
+    return false;
+  }
+  const Bytes seen = found->part(address - found->address, static_cast<uint32_t>(out.size()));
+  std::copy(seen.begin(), seen.end(), out.begin());
+  return true;
+}
+
 void AddressSpace::read(uint32_t address, std::span<uint8_t> out) {
+  if (look(address, out)) {
+    overlay_.copyOver(address, out);
+    return;
+  }
   std::fill(out.begin(), out.end(), uint8_t{0});
   stored_.copyOver(address, out);
   for (const Area& area : areas_) {
     const Overlap part = overlap(area, address, out.size());
-    if (part.length == 0) {
+    if (part.length == 0 || area.window) {
       continue;
     }
     const Bytes bytes = area.part ? area.part(part.inArea, part.length) : area.read();

@@ -19,9 +19,10 @@ struct Area {
   std::function<Bytes()> read;
   std::function<void(const Bytes&)> written;                    // none: what is written has no effect
   std::function<void(uint32_t offset, uint32_t length)> taken;  // after a read of that part; none: nothing
-  // In place of `read` where the area is large, or shows something else from each address: that part of it.
-  // Such an area is not written.
+  // In place of `read`: only so many bytes from there. Such an area is not written.
   std::function<Bytes(uint32_t offset, uint32_t length)> part = {};
+  // Every read that begins in the area is a look of its own, which it answers alone and however long it is.
+  bool window = false;
 };
 
 class AddressSpace {
@@ -41,6 +42,9 @@ class AddressSpace {
   SparseMemory& overlay() { return overlay_; }
 
  private:
+  // Through a window, if the read begins in one.
+  bool look(uint32_t address, std::span<uint8_t> out) const;
+
   std::vector<Area> areas_;
   SparseMemory stored_;
   SparseMemory overlay_;

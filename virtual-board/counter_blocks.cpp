@@ -101,7 +101,7 @@ Bytes fduInit(const LineInsight& line) {
   auto block = headed<GFAST_FDU_INIT_COUNTERS_S>();
   if (line.everTrained()) {
     block.winSize = kSnrWindow;
-    block.sseScale = kSnrScale;
+    block.sseScale = line.loop.spectrum->snrScale;
     block.vectoringEnabled = line.loop.plan->vectoring ? 1 : 0;
     block.dsMargin = line.loop.plan->downstream.targetMargin;
     block.usMargin = line.loop.plan->upstream.targetMargin;

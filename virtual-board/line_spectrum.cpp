@@ -54,6 +54,23 @@ class LeastMargin {
   double least_db_ = std::numeric_limits<double>::infinity();
 };
 
+// So that the noisiest subcarrier's energy fits 32 bits, unless the best one's would be too coarse.
+uint32_t snrScale(const LineSpectrum& spectrum, const TonePlan& plan) {
+  constexpr double usual = 24;
+  constexpr double fewestSteps = 64;
+  double least = 1;
+  double most = 1;
+  for (uint32_t tone = 0; tone < kTones; ++tone) {
+    if (plan.medley.test(tone)) {
+      least = std::min(least, spectrum.snr[tone]);
+      most = std::max(most, spectrum.snr[tone]);
+    }
+  }
+  const double fine = std::log2(fewestSteps * most / kSnrWindow);
+  const double fits = usual + std::log2(std::max(least, std::numeric_limits<double>::min()));
+  return static_cast<uint32_t>(std::clamp(std::max(std::ceil(fine), std::floor(fits)), 0.0, usual));
+}
+
 // The lowest subcarriers that carry it: there the loop is best.
 void loadRmc(ToneLoading& loading, const LineSpectrum& spectrum, const TonePlan& plan, double margin_db) {
   LeastMargin least;
@@ -93,6 +110,7 @@ LineSpectrum lineSpectrum(const std::vector<std::complex<double>>& gains, const 
     sent_mw += ratio(plan.sent_dbm_hz[tone]) * kSubcarrierSpacing_hz;
     received_mw += ratio(spectrum.received_dbm_hz[tone]) * kSubcarrierSpacing_hz;
   }
+  spectrum.snrScale = snrScale(spectrum, plan);
   spectrum.powerSent_dbm = decibels(std::max(sent_mw, std::numeric_limits<double>::min()));
   spectrum.powerReceived_dbm = decibels(std::max(received_mw, std::numeric_limits<double>::min()));
   return spectrum;

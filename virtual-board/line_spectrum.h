@@ -9,15 +9,15 @@
 
 #include "tone_plan.h"
 
-// An SNR is measured over so many symbols; the scale of its noise energies.
+// An SNR is measured over so many symbols.
 constexpr uint32_t kSnrWindow = 256;
-constexpr uint32_t kSnrScale = 24;
 
 struct LineSpectrum {
   std::array<std::complex<double>, kTones> gain{};
   // On a subcarrier that is not sent on, what arrives is the noise.
   std::array<double, kTones> received_dbm_hz{};
   std::array<double, kTones> snr{};  // as a ratio; 0 where nothing is sent
+  uint32_t snrScale = 0;             // noise energies are 2^snrScale times the window's length over the SNR
   double powerSent_dbm = 0;
   double powerReceived_dbm = 0;
 };

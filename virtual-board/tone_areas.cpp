@@ -118,9 +118,11 @@ void storeRxRmc(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
 // ---- Measurements of the receiver ----
 
 void storeNoiseEnergy(const LineInsight& line, uint32_t tone, uint8_t* bytes) {
-  const double snr = tone < kTones ? line.loop.spectrum->snr[tone] : 0;
+  const LineSpectrum& spectrum = *line.loop.spectrum;
+  const double snr = tone < kTones ? spectrum.snr[tone] : 0;
   const double most = std::numeric_limits<uint32_t>::max();
-  const double energy = kSnrWindow * std::exp2(kSnrScale) / std::max(snr, std::numeric_limits<double>::min());
+  const double energy =
+      kSnrWindow * std::exp2(spectrum.snrScale) / std::max(snr, std::numeric_limits<double>::min());
   store_le32(bytes, static_cast<uint32_t>(std::clamp(std::round(energy), 1.0, most)));
 }
 
@@ -212,6 +214,7 @@ void storePrecoder(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
   storeVector(line, VectorMatrix::Precoder, entry, bytes);
 }
 
+constexpr uint32_t kEnergiesSize = kWord * kTones;
 constexpr uint32_t kMatrixSize = kVectorUsers * kVectorUsers * QVR_K_MAX_TONE_PAIRS * kWord;
 static_assert(kMatrixSize == VIRT_ADDR_RX_FEQ_MAN(0) - VIRT_ADDR_RX_VEC_COEFFS(0));
 
@@ -226,7 +229,7 @@ constexpr ToneArea kAreas[] = {
     {VIRT_ADDR_TX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, storeTxRmc<1>},
     {VIRT_ADDR_RX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, storeRxRmc<0>},
     {VIRT_ADDR_RX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, storeRxRmc<1>},
-    {VIRT_ADDR_SNR_BUF(0), kTones* kWord + kGuard, kWord, storeNoiseEnergy, true},
+    {VIRT_ADDR_SNR_BUF(0), kEnergiesSize, kWord, storeNoiseEnergy, true},
     {VIRT_ADDR_RX_FEQ_MAN(0), kProcessedTones* kWord, kWord, storeFeqMantissa},
     {VIRT_ADDR_RX_FEQ_EXP(0), kProcessedTones, 1, storeFeqExponent},
     {VIRT_ADDR_RX_GAIN(0), kWord, kWord, storeRxGain},

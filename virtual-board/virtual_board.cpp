@@ -90,7 +90,7 @@ void VirtualBoard::mapCounters(size_t device) {
       return chips_[device]->stage() == Stage::App ? area.read(insight(device), offset, length)
                                                    : Bytes(length);
     };
-    chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part});
+    chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part, area.windowed});
   }
 }
 

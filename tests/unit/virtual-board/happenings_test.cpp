@@ -148,6 +148,36 @@ TEST(PowerLoss, TheOtherEndKnowsWhyAndTheChipComesBackNew) {
   EXPECT_EQ(pm(bench, 1).ne.FULL_INITS, 1U);
 }
 
+TEST(Happenings, AreCountedAtBothEnds) {
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5\n"
+                           "[[loop_event]]\nat_s = 30\ncut = true\n[[loop_event]]\nat_s = 40\ncut = false\n"
+                           "[[device_event]]\ndevice = 1\nat_s = 80\nkind = \"power_off\"\nfor_s = 10")
+                  .c_str());
+  bench.wait(70);
+  for (const int device : {0, 1}) {
+    const auto near = pm(bench, device).ne;
+    const auto other = pm(bench, 1 - device).fe;
+    EXPECT_GE(near.SES, 6U) << device;  // the burst's five, and the second in which the loop was cut
+    EXPECT_GE(near.ES, near.SES) << device;
+    EXPECT_EQ(near.LOS, 1U) << device;
+    EXPECT_EQ(near.LOSS, 11U) << device;
+    EXPECT_NEAR(near.UAS, 9 + 4.6, 1.5) << device;
+    EXPECT_EQ(near.FULL_INITS, 3U) << device;  // two that led to showtime, and one that found nobody
+    EXPECT_EQ(near.FAILEDFULL_INITS, 1U) << device;
+    EXPECT_EQ(near.LPR, 0U) << device;
+    EXPECT_EQ(other.ES, near.ES) << device;
+    EXPECT_EQ(other.SES, near.SES) << device;
+    EXPECT_EQ(other.LOS, near.LOS) << device;
+    EXPECT_EQ(other.LOSS, near.LOSS) << device;
+    EXPECT_EQ(other.UAS, near.UAS) << device;
+  }
+  bench.wait(40);
+  EXPECT_EQ(pm(bench, 0).ne.LPR, 1U);
+  EXPECT_EQ(pm(bench, 1).fe.LPR, 0U);  // it was not there yet
+  EXPECT_EQ(pm(bench, 0).ne.LOS, 1U);
+  EXPECT_EQ(bench.lineState(0), 6U);
+}
+
 TEST(PowerLoss, OfTheRemoteModemForGood) {
   Bench bench(
       "[board]\ndevices = 1\n[[device]]\nline = \"showtime\"\n"
