@@ -1,4 +1,4 @@
-// How long an operator waits: a command of 2048 rows over a loopback session, the way to "Listening on port",
+// How long an operator waits: commands of 2048 rows over a loopback session, the way to "Listening on port",
 // and memory at the prompt; each beside the same from a libcli server that does no more than it must.
 #include <benchmark/benchmark.h>
 
@@ -18,7 +18,19 @@ using Command = std::vector<std::string>;
 using Seconds = std::chrono::duration<double>;
 using std::chrono::steady_clock;
 
-constexpr const char* kRowsCommand = "read memory 0 d0000000 8192";  // 2048 rows of 4 bytes
+// Commands of 2048 rows: memory in words of 4 bytes, and the tables by subcarrier, at the near end and the
+// far end.
+constexpr const char* kRowsCommands[] = {"read memory 0 d0000000 8192",
+                                         "show BITSps 0 ds",
+                                         "show BITS-RMCps 0 ds",
+                                         "show SNRps 0 us",
+                                         "show SNRps 0 ds",
+                                         "show ALNps 0 us",
+                                         "show ALNps 0 ds",
+                                         "show HLOGps 0 us",
+                                         "show HLOGps 0 ds",
+                                         "show phy info 0 ne",
+                                         "show phy info 0 fe"};
 
 double median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
@@ -27,7 +39,6 @@ double median(std::vector<double> values) {
 
 // What one server measured; the ratios are printed at the end.
 struct Measured {
-  std::vector<double> rows_s;
   std::vector<double> start_s;
   long resident_kib = 0;
 };
@@ -35,55 +46,70 @@ struct Measured {
 Measured product;
 Measured yardstick;
 
-// The rows that both print.
+Command productCommand() {
+  return {GFAST_LAB, "--port", "0"};
+}
+
+// With lines that are up from the start.
+Command showtimeCommand() {
+  static const ScratchDirectory directory;
+  static const std::string board = directory.write("board.toml",
+                                                   "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
+                                                   "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n");
+  return {GFAST_LAB, "--board", board, "--port", "0"};
+}
+
+// The rows of one command, which both servers print.
 class Rows {
  public:
-  Rows() {
-    ConsoleProgram lab("", {GFAST_LAB, "--port", "0"});
+  explicit Rows(const char* command) : command_(command) {
+    ConsoleProgram lab("", showtimeCommand());
     ConsoleSession session(lab.port());
     session.awaitPrompt();
-    text_ = session.type(kRowsCommand);
+    text_ = session.type(command_);
     std::string lines = text_;
     std::erase(lines, '\r');
     file_ = scratch_.write("rows.txt", lines);
   }
-  const std::string& file() const { return file_; }
-  const std::string& text() const { return text_; }
+
+  void typeAtConsole(benchmark::State& state) { type(state, showtimeCommand(), command_, console_s_); }
+  void typeAtPlainServer(benchmark::State& state) { type(state, {PLAIN_SERVER, file_}, "rows", plain_s_); }
+
+  void printRatio() const {
+    if (!plain_s_.empty() && !console_s_.empty()) {
+      const double plain_ms = 1000 * median(plain_s_);
+      const double console_ms = 1000 * median(console_s_);
+      std::printf("%-28s plain libcli %7.2f ms, console %7.2f ms: %.1f times faster\n", command_, plain_ms,
+                  console_ms, plain_ms / console_ms);
+    }
+  }
 
  private:
+  void type(benchmark::State& state, const Command& command, const char* line,
+            std::vector<double>& measured) {
+    ConsoleProgram program("", command);
+    ConsoleSession session(program.port());
+    session.readUntil("> ");
+    for (auto _ : state) {
+      const auto start = steady_clock::now();
+      const std::string text = session.type(line);
+      const double seconds = Seconds(steady_clock::now() - start).count();
+      if (text != text_) {
+        state.SkipWithError("the rows differ");
+        return;
+      }
+      state.SetIterationTime(seconds);
+      measured.push_back(seconds);
+    }
+  }
+
+  const char* command_;
   ScratchDirectory scratch_;
   std::string file_;
   std::string text_;
+  std::vector<double> plain_s_;
+  std::vector<double> console_s_;
 };
-
-const Rows& rows() {
-  static const Rows collected;
-  return collected;
-}
-
-Command productCommand() {
-  return {GFAST_LAB, "--port", "0"};
-}
-Command yardstickCommand() {
-  return {PLAIN_SERVER, rows().file()};
-}
-
-void typeRows(benchmark::State& state, const Command& command, const char* line, Measured* measured) {
-  ConsoleProgram program("", command);
-  ConsoleSession session(program.port());
-  session.readUntil("> ");
-  for (auto _ : state) {
-    const auto start = steady_clock::now();
-    const std::string text = session.type(line);
-    const double seconds = Seconds(steady_clock::now() - start).count();
-    if (text != rows().text()) {
-      state.SkipWithError("the rows differ");
-      return;
-    }
-    state.SetIterationTime(seconds);
-    measured->rows_s.push_back(seconds);
-  }
-}
 
 void startServer(benchmark::State& state, const Command& command, Measured* measured) {
   for (auto _ : state) {
@@ -118,10 +144,6 @@ void atThePrompt(benchmark::State& state, const Command& command, Measured* meas
 }
 
 void printRatios() {
-  const double plain_ms = 1000 * median(yardstick.rows_s);
-  const double rows_ms = 1000 * median(product.rows_s);
-  std::printf("2048 rows:       plain libcli %7.2f ms, console %7.2f ms: %.1f times faster\n", plain_ms,
-              rows_ms, plain_ms / rows_ms);
   const double bare_ms = 1000 * median(yardstick.start_s);
   const double start_ms = 1000 * median(product.start_s);
   std::printf("start to listen: plain libcli %7.2f ms, console %7.2f ms: ratio %.1f\n", bare_ms, start_ms,
@@ -135,16 +157,22 @@ void printRatios() {
 
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
-  const auto add = [](const char* name, auto&& function, int iterations) {
-    benchmark::RegisterBenchmark(name, function)
+  const auto add = [](const std::string& name, auto&& function, int iterations) {
+    benchmark::RegisterBenchmark(name.c_str(), function)
         ->UseManualTime()
         ->Iterations(iterations)
         ->Unit(benchmark::kMillisecond);
   };
-  add(
-      "rows/plain", [](auto& state) { typeRows(state, yardstickCommand(), "rows", &yardstick); }, 40);
-  add(
-      "rows/console", [](auto& state) { typeRows(state, productCommand(), kRowsCommand, &product); }, 200);
+  std::vector<std::unique_ptr<Rows>> tables;
+  for (const char* command : kRowsCommands) {
+    tables.push_back(std::make_unique<Rows>(command));
+    Rows* const rows = tables.back().get();
+    const std::string name = command;
+    add(
+        "plain/" + name, [rows](auto& state) { rows->typeAtPlainServer(state); }, 40);
+    add(
+        "console/" + name, [rows](auto& state) { rows->typeAtConsole(state); }, 200);
+  }
   add(
       "start/plain", [](auto& state) { startServer(state, {PLAIN_SERVER}, &yardstick); }, 20);
   add(
@@ -154,7 +182,10 @@ int main(int argc, char** argv) {
   add(
       "prompt/console", [](auto& state) { atThePrompt(state, productCommand(), &product); }, 1);
   benchmark::RunSpecifiedBenchmarks();
-  if (!product.rows_s.empty() && !yardstick.rows_s.empty() && !product.start_s.empty()) {
+  for (const auto& table : tables) {
+    table->printRatio();
+  }
+  if (!product.start_s.empty() && !yardstick.start_s.empty()) {
     printRatios();
   }
   return 0;
