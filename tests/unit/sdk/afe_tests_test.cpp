@@ -5,7 +5,7 @@
 #include "qvrtest/default_signal.h"
 #include "qvrtest/test_pattern.h"
 #include "signals.h"
-#include "transforms.h"
+#include "support/plain_transform.h"
 
 namespace {
 

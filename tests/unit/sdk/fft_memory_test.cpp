@@ -7,8 +7,8 @@
 
 #include "lines.h"
 #include "qvrtest/fft.h"
+#include "support/plain_transform.h"
 #include "support/test_clock.h"
-#include "transforms.h"
 
 namespace {
 

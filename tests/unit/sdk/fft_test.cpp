@@ -2,7 +2,7 @@
 #include "qvrtest/fft.h"
 
 #include "seams.h"
-#include "transforms.h"
+#include "support/plain_transform.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "qvrtest/fft.h"
-#include "transforms.h"
+#include "support/plain_transform.h"
 
 namespace {
 

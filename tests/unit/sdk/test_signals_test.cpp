@@ -6,7 +6,7 @@
 #include "qvrtest/random.h"
 #include "qvrtest/test_pattern.h"
 #include "signals.h"
-#include "transforms.h"
+#include "support/plain_transform.h"
 
 namespace {
 

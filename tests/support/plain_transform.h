@@ -45,9 +45,12 @@ class PlainTransform {
 
   double gain() const { return gain_; }
 
-  void run(const Points& input, Points& output) const {
-    const Points work = completed(input);
-    reverse(work, output);
+  void run(const Points& input, Points& output) {
+    work_ = input;
+    if (real_) {
+      completeSpectrum(input);
+    }
+    reverse(output);
     butterflies(output);
     for (QVR_complex_t& point : output) {
       if (real_) {
@@ -58,25 +61,21 @@ class PlainTransform {
   }
 
  private:
-  Points completed(const Points& input) const {
-    Points work = input;
-    if (real_) {
-      for (size_t i = 1; i < size_ / 2; i++) {
-        work[size_ - i] = std::conj(input[i]);
-      }
-      work[0].imag(0);
-      work[size_ / 2] = work[0];
+  void completeSpectrum(const Points& input) {
+    for (size_t i = 1; i < size_ / 2; i++) {
+      work_[size_ - i] = std::conj(input[i]);
     }
-    return work;
+    work_[0].imag(0);
+    work_[size_ / 2] = work_[0];
   }
 
-  void reverse(const Points& work, Points& output) const {
+  void reverse(Points& output) const {
     for (size_t i = 0, j = 0; i < size_; i++) {
       if (i < j && j < size_) {
-        output[i] = work[j];
-        output[j] = work[i];
+        output[i] = work_[j];
+        output[j] = work_[i];
       } else if (i == j) {
-        output[i] = work[i];
+        output[i] = work_[i];
       }
       size_t m = size_ / 2;
       for (; m > 1 && m <= j; m /= 2) {
@@ -87,19 +86,20 @@ class PlainTransform {
   }
 
   void butterflies(Points& output) const {
-    size_t step = size_;
-    for (size_t span = 1; span < size_; span *= 2) {
+    const size_t size = size_;
+    const bool inverse = inverse_;
+    const QVR_complex_t* twiddle = twiddle_.data();
+    QVR_complex_t* x = output.data();
+    size_t step = size;
+    for (size_t span = 1; span < size; span *= 2) {
       step /= 2;
-      for (size_t b = 0; b < size_; b += 2 * span) {
-        for (size_t t = 0; t < span; t++) {
-          if (b + t + span >= size_) {
-            continue;  // only for sizes that are no power of two
-          }
-          const QVR_complex_t w = inverse_ ? std::conj(twiddle_[t * step]) : twiddle_[t * step];
-          const QVR_complex_t p = w * output[b + t + span];
-          const QVR_complex_t u = output[b + t];
-          output[b + t] = u + p;
-          output[b + t + span] = u - p;
+      for (size_t b = 0; b < size; b += 2 * span) {
+        for (size_t t = 0; t < span && b + t + span < size; t++) {  // within the vector, of any size
+          const QVR_complex_t w = inverse ? std::conj(twiddle[t * step]) : twiddle[t * step];
+          const QVR_complex_t p = w * x[b + t + span];
+          const QVR_complex_t u = x[b + t];
+          x[b + t] = u + p;
+          x[b + t + span] = u - p;
         }
       }
     }
@@ -110,6 +110,7 @@ class PlainTransform {
   bool real_;
   double gain_;
   Points twiddle_;
+  Points work_;
 };
 
 inline Points randomPoints(int count, unsigned seed = 1) {
