@@ -67,6 +67,15 @@ TEST(CommandTable, NamesEveryCommandOnce) {
   }
 }
 
+TEST(CommandTable, GivesEveryCommandAHandlerOfItsOwn) {
+  std::set<Handler> handlers;
+  for (const Command& command : commandTable()) {
+    if (command.handler != nullptr) {
+      EXPECT_TRUE(handlers.insert(command.handler).second) << command.path;
+    }
+  }
+}
+
 TEST(CommandTable, HasNoQuestionMarkInAKeyword) {
   for (const Command& command : commandTable()) {
     EXPECT_EQ(std::string(command.path).find('?'), std::string::npos) << command.path;
@@ -122,7 +131,18 @@ TEST(CommandTable, TakesAsManyWordsAsEachCommandIsToldTo) {
       {"show version", MODE_EXEC, 0, kAny},
       {"show gfast-counters", MODE_EXEC, 1, 2},
       {"show vectoring canceler", MODE_EXEC, 2, 2},
+      {"show log-level", MODE_EXEC, 0, 0},
+      {"show extcom-results", MODE_EXEC, 0, 1},
+      {"show system restart-state", MODE_EXEC, 0, 0},
+      {"start logging", MODE_EXEC, 0, 1},
+      {"start extcom-test", MODE_EXEC, 0, 1},
+      {"stop logging", MODE_EXEC, 0, 1},
+      {"generate signal", MODE_EXEC, 0, 1},
+      {"transmit signal", MODE_EXEC, 0, 2},
+      {"receive signal", MODE_EXEC, 0, 2},
+      {"test afe-loop", MODE_EXEC, 2, 4},
       {"test afe-mtpr", MODE_EXEC, 2, 5},
+      {"test afe-mtpr-loop", MODE_EXEC, 2, 4},
       {"analyze crashdump", MODE_EXEC, 1, 3},
       {"show 15min-counters", MODE_EXEC, 0, 2},
       {"show number lines", MODE_EXEC, 0, 0},

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -199,6 +200,34 @@ TEST_F(CrashDumpFile, MayHoldAnyBytes) {
   using namespace std::string_literals;
   EXPECT_TRUE(load(1, "E3100000: 0000\0001\nE3100000\0: 00000002\n"s));
   EXPECT_EQ(word(0, 0), 0U);
+}
+
+TEST_F(CrashDumpFile, MayBeDamagedInAnyWay) {
+  std::mt19937 random(2026);
+  const std::string whole = block(1, 0x1000) + block(4, 0x2000) + block(1, 0x3000);
+  for (int round = 0; round < 500; round++) {
+    std::string text = whole;
+    for (auto damages = random() % 50; damages > 0; damages--) {
+      const size_t at = random() % text.size();
+      switch (random() % 4) {
+        case 0:
+          text[at] = static_cast<char>(random());
+          break;
+        case 1:
+          text.erase(at, random() % 100);
+          break;
+        case 2:
+          text.insert(at, whole.substr(random() % whole.size(), random() % 200));
+          break;
+        default:
+          text.insert(at, random() % 200, text[at]);
+      }
+    }
+    EXPECT_TRUE(load(round % 2 == 0 ? 1 : 4, text));
+    CLI_leadingAssert_t lead;
+    findLeadingAssert(devices_.data(), &lead);
+    EXPECT_LE(lead.count, 6U);
+  }
 }
 
 TEST_F(CrashDumpFile, FailsForAnyOtherNumberOfWordsALine) {
