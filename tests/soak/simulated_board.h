@@ -51,7 +51,7 @@ class SimulatedTime final : public Clock {
   std::atomic<double> seconds_{0};
 };
 
-// Counts what the library asks of the board.
+// Counts how often the library reads a chip's performance counters.
 class CountedBoard final : public Driver {
  public:
   CountedBoard(const BoardConfig& config, const SimulatedTime& time)
@@ -60,11 +60,13 @@ class CountedBoard final : public Driver {
   }
 
   VirtualBoard& board() { return board_; }
-  uint64_t requests() const { return requests_; }
+  uint64_t counterReads() const { return counterReads_; }
 
   int open(int device) override { return board_.open(device); }
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
-    ++requests_;
+    if (code == DFEIOCMEMRD && request.req_u.memread.hw_mem_addr == VIRT_ADDR_15MIN_24HRS_COUNTERS(0)) {
+      ++counterReads_;
+    }
     return board_.request(descriptor, code, request);
   }
   void close(int descriptor) override { board_.close(descriptor); }
@@ -72,7 +74,7 @@ class CountedBoard final : public Driver {
 
  private:
   VirtualBoard board_;
-  std::atomic<uint64_t> requests_{0};
+  std::atomic<uint64_t> counterReads_{0};
 };
 
 // Never destroyed: the library's notification thread may still ask at process exit.
@@ -90,7 +92,7 @@ class SimulatedBoard {
   }
 
   VirtualBoard& board() { return driver_.board(); }
-  uint64_t requests() const { return driver_.requests(); }
+  uint64_t counterReads() const { return driver_.counterReads(); }
 
   // The moment, so many seconds after power-up, and what is due by then; the library has not seen it yet.
   void setTime(double seconds) {
