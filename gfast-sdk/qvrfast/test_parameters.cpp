@@ -7,7 +7,6 @@
 #include "qvrline/line_signals.h"
 #include "qvrline/medley_set.h"
 #include "qvrline/snr_tables.h"
-#include "std/bits.h"
 
 namespace {
 
@@ -72,6 +71,7 @@ QVR_retval_t getSnr(QVR_lineId_t lineId, Direction direction, G9972_SNRps_t snr)
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
+  // Downstream is told from the set's lowest subcarrier on, upstream from the first processed one.
   const Tones tones =
       direction == Direction::kUpstream ? processed(line) : Tones{set.lowest, set.lowest + set.span()};
   std::fill_n(snr, QVR_MAX_NUMBER_OF_TONES, G9972_SNR_NO_VALUE);
