@@ -239,4 +239,22 @@ TEST_F(PhyParams, AFailedReadIsAnsweredAndFillsNothing) {
                    asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
 }
 
+TEST_F(MedleySets, OfALineAreAskedForBySendingAndReceiving) {
+  for (const QVR_lineId_t line : {kNetworkSide, kSubscriberSide}) {
+    driver_.expect(reads(line, kSentSet, medleySet({{100, 200}})) +
+                   reads(line, kReceivedSet, medleySet({{300, 400}, {500, 600}})));
+    EXPECT_EQ(QVR_getMedleySet(line, TRUE, &set_), QVR_E_STATUS_OK);
+    EXPECT_EQ(set_.numBands, 1);
+    EXPECT_EQ(set_.bands[0].firstSubCarrier, 100);
+    EXPECT_EQ(QVR_getMedleySet(line, FALSE, &set_), QVR_E_STATUS_OK);
+    EXPECT_EQ(set_.numBands, 2);
+    EXPECT_EQ(set_.bands[1].lastSubCarrier, 600);
+    driver_.expect(reads(line, kSentSet, medleySet({})).fails(EIO));
+    EXPECT_EQ(QVR_getMedleySet(line, TRUE, &set_), QVR_E_MEMREAD_ERROR);
+    driver_.verify();
+  }
+  addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
+  EXPECT_EQ(QVR_getMedleySet(1, TRUE, &set_), QVR_E_NO_DEVICE_FOR_LINE);
+}
+
 }  // namespace
