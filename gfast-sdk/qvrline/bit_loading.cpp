@@ -5,7 +5,6 @@
 
 #include "qvrline/medley_set.h"
 #include "qvrline/tone_memory.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
 
 namespace {

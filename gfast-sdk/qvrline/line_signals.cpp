@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "qvrline/afe_params.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
 
 namespace {
