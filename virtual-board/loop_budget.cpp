@@ -8,7 +8,7 @@ namespace {
 constexpr double kElectricalLength_hz = 1e6;
 // The handshake's tones, and the mean SNR that it takes.
 constexpr uint32_t kHandshakeTones = 16;
-constexpr double kHandshakeSnr_db = 10;
+constexpr double kHandshakeSnr_db = 15;
 // A frame leaves one symbol's time for turning round, of which the way there and back may take the range of
 // Tg1', 6.5 to 11.2 us (ITU-T G.9701 clause 10.5).
 constexpr double kMostRoundTrip_s = 11.2e-6 - 6.5e-6;

@@ -218,26 +218,27 @@ constexpr uint32_t kEnergiesSize = kWord * kTones;
 constexpr uint32_t kMatrixSize = kVectorUsers * kVectorUsers * QVR_K_MAX_TONE_PAIRS * kWord;
 static_assert(kMatrixSize == VIRT_ADDR_RX_FEQ_MAN(0) - VIRT_ADDR_RX_VEC_COEFFS(0));
 
+using Kind = ToneArea::Kind;
 constexpr ToneArea kAreas[] = {
-    {VIRT_ADDR_MEDLEY_SET_DS(0), (kMedleyBands + 1) * kWord, kWord, storeMedley},
-    {VIRT_ADDR_MEDLEY_SET_US(0), (kMedleyBands + 1) * kWord, kWord, storeMedley},
-    {VIRT_ADDR_TX_BLT(0), kTones* kHalf, kHalf, storeTxLoading},
-    {VIRT_ADDR_RX_BLT(0), kTones* kHalf, kHalf, storeRxLoading},
-    {VIRT_ADDR_TX_RMC_BLT_INDEX(0), kWord, kWord, storeTxRmcIndex},
-    {VIRT_ADDR_RX_RMC_BLT_INDEX(0), kWord, kWord, storeRxRmcIndex},
-    {VIRT_ADDR_TX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, storeTxRmc<0>},
-    {VIRT_ADDR_TX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, storeTxRmc<1>},
-    {VIRT_ADDR_RX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, storeRxRmc<0>},
-    {VIRT_ADDR_RX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, storeRxRmc<1>},
-    {VIRT_ADDR_SNR_BUF(0), kEnergiesSize, kWord, storeNoiseEnergy, true},
-    {VIRT_ADDR_RX_FEQ_MAN(0), kProcessedTones* kWord, kWord, storeFeqMantissa},
-    {VIRT_ADDR_RX_FEQ_EXP(0), kProcessedTones, 1, storeFeqExponent},
-    {VIRT_ADDR_RX_GAIN(0), kWord, kWord, storeRxGain},
-    {VIRT_ADDR_RX_ACE_MODE(0), kWord, kWord, storeAceMode},
-    {VIRT_ADDR_TX_SIGNAL(0), kProcessedTones* kHalf, kHalf, storeTxSignal},
-    {VIRT_ADDR_TX_FEQ(0), kProcessedTones* kHalf, kHalf, storeTxFeq},
-    {VIRT_ADDR_RX_VEC_COEFFS(0), kMatrixSize, kWord, storeCanceller, true},
-    {VIRT_ADDR_TX_VEC_COEFFS(0), kMatrixSize, kWord, storePrecoder, true},
+    {VIRT_ADDR_MEDLEY_SET_DS(0), (kMedleyBands + 1) * kWord, kWord, Kind::Table, storeMedley},
+    {VIRT_ADDR_MEDLEY_SET_US(0), (kMedleyBands + 1) * kWord, kWord, Kind::Table, storeMedley},
+    {VIRT_ADDR_TX_BLT(0), kTones* kHalf, kHalf, Kind::Table, storeTxLoading},
+    {VIRT_ADDR_RX_BLT(0), kTones* kHalf, kHalf, Kind::Table, storeRxLoading},
+    {VIRT_ADDR_TX_RMC_BLT_INDEX(0), kWord, kWord, Kind::Table, storeTxRmcIndex},
+    {VIRT_ADDR_RX_RMC_BLT_INDEX(0), kWord, kWord, Kind::Table, storeRxRmcIndex},
+    {VIRT_ADDR_TX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeTxRmc<0>},
+    {VIRT_ADDR_TX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeTxRmc<1>},
+    {VIRT_ADDR_RX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeRxRmc<0>},
+    {VIRT_ADDR_RX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeRxRmc<1>},
+    {VIRT_ADDR_SNR_BUF(0), kEnergiesSize, kWord, Kind::Window, storeNoiseEnergy},
+    {VIRT_ADDR_RX_FEQ_MAN(0), kProcessedTones* kWord, kWord, Kind::Table, storeFeqMantissa},
+    {VIRT_ADDR_RX_FEQ_EXP(0), kProcessedTones, 1, Kind::Table, storeFeqExponent},
+    {VIRT_ADDR_RX_GAIN(0), kWord, kWord, Kind::Table, storeRxGain},
+    {VIRT_ADDR_RX_ACE_MODE(0), kWord, kWord, Kind::Table, storeAceMode},
+    {VIRT_ADDR_TX_SIGNAL(0), kProcessedTones* kHalf, kHalf, Kind::Table, storeTxSignal},
+    {VIRT_ADDR_TX_FEQ(0), kProcessedTones* kHalf, kHalf, Kind::Table, storeTxFeq},
+    {VIRT_ADDR_RX_VEC_COEFFS(0), kMatrixSize, kWord, Kind::Window, storeCanceller},
+    {VIRT_ADDR_TX_VEC_COEFFS(0), kMatrixSize, kWord, Kind::Window, storePrecoder},
 };
 
 // ---- Vectors of test parameters ----
@@ -260,7 +261,7 @@ Bytes ToneArea::read(const LineInsight& line, uint32_t offset, uint32_t partLeng
   if (!line.view.showtime || partLength == 0) {
     return part;
   }
-  const uint32_t lead = windowed ? std::min(kGuard, partLength) : 0;
+  const uint32_t lead = kind == Kind::Window ? std::min(kGuard, partLength) : 0;
   if (lead != 0) {
     // Equal while nothing is being written, and never 0.
     uint8_t guard[kGuard];
@@ -285,7 +286,7 @@ std::span<const ToneArea> toneAreas() {
 }
 
 Bytes pmdVectorBlock(const LineInsight& line, std::span<const uint8_t> request) {
-  const Bytes refusal{PMD_VECTOR_NACK};
+  Bytes refusal{PMD_VECTOR_NACK};
   if (request.size() != PMD_VECTOR_REQUEST_SIZE ||
       request[PMD_VECTOR_REQUEST_ID] != G9701_PMD_TEST_PARAMS_VECTOR_ID_SNR) {
     return refusal;

@@ -13,9 +13,9 @@ struct ToneArea {
   uint32_t address;
   uint32_t length;
   uint32_t entrySize;
+  // Window: every read is a look of its own, two guard words and then what lies at its address.
+  enum class Kind : uint8_t { Table, Window } kind;
   void (*store)(const LineInsight& line, uint32_t entry, uint8_t* bytes);
-  // Every read is a look of its own: two guard words, then what lies at its address.
-  bool windowed = false;
 
   // A part of the area.
   Bytes read(const LineInsight& line, uint32_t offset, uint32_t partLength) const;

@@ -90,7 +90,8 @@ void VirtualBoard::mapCounters(size_t device) {
       return chips_[device]->stage() == Stage::App ? area.read(insight(device), offset, length)
                                                    : Bytes(length);
     };
-    chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part, area.windowed});
+    const bool window = area.kind == ToneArea::Kind::Window;
+    chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part, window});
   }
 }
 
