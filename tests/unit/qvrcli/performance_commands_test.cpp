@@ -1,6 +1,9 @@
 // Performance counters at the console: given what the chip has counted, when this is typed, this is printed.
 #include "qvrcli/performance_commands.h"
 
+#include "qvrcli/events.h"
+#include "qvrdev/callbacks.h"
+#include "qvrfast/line_failures.h"
 #include "typed_console.h"
 #include "unit/sdk/history.h"
 
@@ -471,6 +474,30 @@ TEST_F(Dump15minHistory, SaysWhatIsNoLineAndShowsItsUsage) {
   const auto usage = ElementsAre("dump 15min-history [<line-id>] : { 0 }");
   EXPECT_THAT(typed("dump 15min-history ?"), usage);
   EXPECT_THAT(typed("dump 15min-history 0 1"), usage);
+}
+
+TEST_F(PerformanceCommands, MidnightIsAnEventOfEachLine) {
+  registerEventHandlers();
+  testing::internal::CaptureStdout();
+  endQuarterHour(at(24, 0), 1, 2);
+  std::fflush(stdout);
+  const std::string event = "24 hour event at 2023-11-16T00:00:00+UTC\n";
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), event + event);
+}
+
+TEST_F(PerformanceCommands, AFailureIsAnEventInTheConsoleAndNoRecord) {
+  static int records = 0;
+  QVR_registerLinkFailureNotificationCB(QVR_LinkFailureEventHandler);
+  QVR_registerlineFailuresCB([](QVR_lineId_t, const QVR_lineFailures_t*) { records++; });
+  callbacks().linkFailureCB.notify(0, LF_REASON_LOSS_OF_RMC, at(10, 0));
+  EXPECT_EQ(records, 1);
+  registerEventHandlers();
+  testing::internal::CaptureStdout();
+  callbacks().linkFailureCB.notify(0, LF_REASON_LOSS_OF_RMC, at(10, 0));
+  std::fflush(stdout);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "Line failure event on line=0 reason=3 at time 2023-11-15T10:00:00+UTC ...\n");
+  EXPECT_EQ(records, 1);
 }
 
 TEST_F(PerformanceCommands, ShowCountersBeyondHalfTheirRangeAsTheyAlwaysDid) {
