@@ -117,4 +117,29 @@ TEST_F(QuarterHour, ALaterReadDuringTheAccountingDoesNotMoveTheNextStart) {
   expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
 }
 
+TEST_F(QuarterHour, ALookThatEndsLateDoesNotReplaceTheClosingRead) {
+  G9972_PM_COUNTERS_S block{};
+  block.ne.LOS = 8;
+  storeLatestCounters(0, block);
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 8U);
+  block.ne.LOS = 10;
+  storeClosingCounters(0, block);
+  storeLatestCounters(0, {});
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 10U);
+  storeCounters(0, countersOf(0));
+  storeLatestCounters(0, {});
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 0U) << "the next quarter hour has started";
+}
+
+TEST_F(QuarterHour, UnavailableSecondsMoveOnlyFromWhereTheyWereFound) {
+  QVR_intervalCounterDB_t counters{};
+  counters.prev15minSnapshot.ne.UAS = 100;
+  storeCounters(1, counters);
+  moveUnavailableSecondsStart(1, 90, 120);
+  EXPECT_EQ(countersOf(1).prev15minSnapshot.ne.UAS, 100U);
+  moveUnavailableSecondsStart(1, 100, 120);
+  EXPECT_EQ(countersOf(1).prev15minSnapshot.ne.UAS, 120U);
+  EXPECT_EQ(countersOf(0).prev15minSnapshot.ne.UAS, 0U);
+}
+
 }  // namespace
