@@ -238,7 +238,7 @@ void FFT_convertToComplexVector(QVR_complex_t* output, const COMPLEX16* input) {
 
 void FFT_convertToRealVector(QVR_complex_t* output, const COMPLEX16* input) {
   for (int i = 0; i < m_nSize / 2; i++) {
-    output[2 * i] = input[i].re;
-    output[2 * i + 1] = input[i].im;
+    *output++ = input[i].re;
+    *output++ = input[i].im;
   }
 }

@@ -7,12 +7,12 @@
 
 namespace {
 
-// Up to this magnitude no sum of any transform overflows, so no product is infinite or no number.
-constexpr double kLargestCareless = 0x1p900;
-
 template <typename Lanes, FftDirection Direction>
 struct Stages {
   using Vector = typename Lanes::Vector;
+
+  // Up to this magnitude no sum of any transform overflows, so no product is infinite or no number.
+  static constexpr double kLargestCareless = 0x1p900;
 
   struct Points {
     Vector re;
