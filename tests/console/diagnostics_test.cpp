@@ -140,13 +140,13 @@ TEST_F(Diagnostics, LogUntilTheyAreStopped) {
 }
 
 TEST_F(Diagnostics, StopLoggingForASessionThatIsGone) {
-  start(kQuiet + logAt("4", "late\\n"));
+  start(kQuiet + logAt("8", "late\\n"));
   session().send("start logging 86400\r");
   session().readUntil("Logging started...");
   session().reset();
   OpenSession next(program().port());
   EXPECT_EQ(next.type("show version"), kVersion);
-  EXPECT_EQ(next.type("sleep 5"), "");
+  EXPECT_EQ(next.type("sleep 9"), "");
   EXPECT_THAT(program().output(), Not(HasSubstr("late")));
 }
 
