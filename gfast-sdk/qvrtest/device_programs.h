@@ -11,7 +11,7 @@
 // Counters a device has room for among the results, and all of them, of every device that a program
 // addresses.
 constexpr size_t kExtcomCountersPerDevice =
-    QVR_K_NUMBER_OF_EXTCOM_PORTS_PER_DEVICE * QVR_K_NUMBER_OF_LANES_PER_EXTCOM_PORT;
+    size_t{QVR_K_NUMBER_OF_EXTCOM_PORTS_PER_DEVICE} * QVR_K_NUMBER_OF_LANES_PER_EXTCOM_PORT;
 constexpr size_t kProgramSlots = QVR_K_MAX_DEVICES_IN_CLUSTER * kExtcomCountersPerDevice;
 
 using ProgramSlots = std::array<int32_t, kProgramSlots>;
