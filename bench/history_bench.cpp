@@ -85,7 +85,7 @@ int main() {
       bare.measure(yardstick);
     }
     Rounds& rounds = seconds % kDay_s == 0 ? midnights : seconds % kQuarter_s == 0 ? boundaries : minutes;
-    const uint64_t before = simulated.counterReads();
+    const uint32_t before = simulated.counterReads();
     const auto begin = steady_clock::now();
     simulated.round();
     rounds.seconds += since(begin);

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <cstdlib>
 #include <memory>
 #include <thread>
@@ -27,12 +28,12 @@ class SimulatedTime final : public Clock {
  public:
   SimulatedTime() { installClock(*this); }
 
-  void set(double seconds) { seconds_ = seconds; }
-  double seconds() const { return seconds_; }  // since power-up
+  void set(double seconds) { elapsed_ms_ = static_cast<uint32_t>(std::lround(seconds * 1000)); }
+  double seconds() const { return elapsed_ms_ / 1000.0; }  // since power-up
 
-  time_t now() override { return kPowerUp + static_cast<time_t>(seconds_.load()); }
+  time_t now() override { return kPowerUp + static_cast<time_t>(elapsed_ms_ / 1000); }
   void sleep(std::chrono::microseconds duration) override {
-    seconds_ = seconds_ + std::chrono::duration<double>(duration).count();
+    elapsed_ms_ += static_cast<uint32_t>(std::chrono::ceil<std::chrono::milliseconds>(duration).count());
   }
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds /*duration*/) override {
     while (std::this_thread::get_id() != owner_) {
@@ -48,7 +49,7 @@ class SimulatedTime final : public Clock {
 
  private:
   const std::thread::id owner_ = std::this_thread::get_id();
-  std::atomic<double> seconds_{0};
+  std::atomic<uint32_t> elapsed_ms_{0};  // no wider: the board's processor has no such atomics
 };
 
 // Counts how often the library reads a chip's performance counters.
@@ -60,7 +61,7 @@ class CountedBoard final : public Driver {
   }
 
   VirtualBoard& board() { return board_; }
-  uint64_t counterReads() const { return counterReads_; }
+  uint32_t counterReads() const { return counterReads_; }
 
   int open(int device) override { return board_.open(device); }
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
@@ -74,7 +75,7 @@ class CountedBoard final : public Driver {
 
  private:
   VirtualBoard board_;
-  std::atomic<uint64_t> counterReads_{0};
+  std::atomic<uint32_t> counterReads_{0};
 };
 
 // Never destroyed: the library's notification thread may still ask at process exit.
@@ -92,7 +93,7 @@ class SimulatedBoard {
   }
 
   VirtualBoard& board() { return driver_.board(); }
-  uint64_t counterReads() const { return driver_.counterReads(); }
+  uint32_t counterReads() const { return driver_.counterReads(); }
 
   // The moment, so many seconds after power-up, and what is due by then; the library has not seen it yet.
   void setTime(double seconds) {

@@ -25,16 +25,19 @@ bool loaded(size_t tone) {
   return tone >= 43 && tone <= 1972 && tone % 20 != 0;
 }
 
-// A fixed QPSK pattern of its own.
-Spectrum pattern() {
+// A fixed QPSK pattern of its own, one for each seed.
+constexpr uint32_t kSeed = 12345;
+Spectrum pattern(uint32_t seed = kSeed) {
   Spectrum points(kPoints);
-  uint32_t state = 12345;
+  uint32_t state = seed;
   const auto sign = [&state] {
     state = state * 1664525U + 1013904223U;
     return (state >> 31) == 0 ? 1.0 : -1.0;
   };
   for (size_t k = 1; k < kPoints / 2; ++k) {
-    const std::complex<double> point(sign(), sign());
+    const double re = sign();
+    const double im = sign();
+    const std::complex<double> point(re, im);
     points[k] = loaded(k) ? point : 0;
     points[kPoints - k] = std::conj(points[k]);
   }
@@ -50,8 +53,8 @@ double rms(const std::vector<double>& samples) {
 }
 
 // The pattern at the root mean square that is nominal in the converters.
-Samples testSignal(double level = 4096) {
-  const std::vector<double> signal = samplesOf(pattern());
+Samples testSignal(double level = 4096, uint32_t seed = kSeed) {
+  const std::vector<double> signal = samplesOf(pattern(seed));
   const double scale = level / rms(signal);
   Samples samples;
   for (const double x : signal) {
@@ -94,8 +97,8 @@ Spectrum received(const Samples& samples) {
   return spectrumOf(std::vector<double>(samples.begin(), samples.end()));
 }
 
-Spectrum fromTo(Bench& bench, int sender, int receiver) {
-  transmit(bench, sender, testSignal());
+Spectrum fromTo(Bench& bench, int sender, int receiver, uint32_t seed = kSeed) {
+  transmit(bench, sender, testSignal(4096, seed));
   return received(capture(bench, receiver));
 }
 
@@ -256,13 +259,24 @@ TEST(TestMemory, EmptySubcarriersHoldTheBackgroundsNoise) {
   EXPECT_NEAR(mtpr_db(fromTo(bench, 0, 1)), expected + 2.5, 1.5);
 }
 
+// Over several patterns: one alone may have its peaks in unlucky places.
+double meanMtpr_db(Bench& bench, int sender, int receiver) {
+  constexpr int patterns = 8;
+  double sum = 0;
+  for (uint32_t seed = 1; seed <= patterns; ++seed) {
+    sum += mtpr_db(fromTo(bench, sender, receiver, seed));
+  }
+  return sum / patterns;
+}
+
 TEST(TestMemory, TheStatedDistortionIsWhatIsMeasured) {
-  // At the near end, at nominal level, with one of the two front ends distorting; -140 dBm/Hz are far below.
+  // At nominal level, with one of the two front ends distorting; -140 dBm/Hz are far below.
   Bench bench(
       "[[device]]\ndistortion_db = -40\n[[device]]\ndistortion_db = -200\n"
       "[loop]\nlength_m = 1");
-  EXPECT_NEAR(mtpr_db(fromTo(bench, 0, 1)), 40 + 2.5, 1.5);
-  EXPECT_NEAR(mtpr_db(fromTo(bench, 1, 0)), 40 + 2.5, 1.5);
+  // 2.5 dB: by so much the mean of decibels lies above the decibels of the mean.
+  EXPECT_NEAR(meanMtpr_db(bench, 0, 1), 40 + 2.5, 1.5);
+  EXPECT_NEAR(meanMtpr_db(bench, 1, 0), 40 + 2.5, 1.5);
 }
 
 TEST(TestMemory, MissingToneRatiosFallWithDistortion) {
