@@ -159,8 +159,8 @@ bool together(LineState state) {
 
 bool trainable(const BoardConfig& config) {
   const size_t network = config.device[0].firmware.networkSide() ? 0 : 1;
-  const TonePlan plan = tonePlan(Parameters(config.device[network].params),
-                                 Parameters(config.device[1 - network].params));
+  const TonePlan plan =
+      tonePlan(Parameters(config.device[network].params), Parameters(config.device[1 - network].params));
   return Loop(config.loop).budget(plan).trainable;
 }
 

@@ -99,11 +99,12 @@ void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYP
 void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {
   const std::shared_ptr<FILE> file = terminal();
   FILE* const to = file ? file.get() : stdout;
-  std::fprintf(to, "DFE%02d: %s", xi_deviceId, xi_text);
-  std::fflush(to);
+  // The session first: who sees the line on standard output may count on it there.
   if (!file && logShownInSession) {
     printLater(logLine(xi_deviceId, xi_text).c_str());
   }
+  std::fprintf(to, "DFE%02d: %s", xi_deviceId, xi_text);
+  std::fflush(to);
 }
 
 void handle24hrEvent(QVR_lineId_t /*xi_lineId*/, const char* xi_timeStamp, time_t /*xi_time*/) {
