@@ -1,8 +1,8 @@
 #include "qvrcli/config_commands.h"
 
-#include "qvrcli/arguments.h"
 #include "qvrcli/config_members.h"
 #include "qvrcli/config_text.h"
+#include "qvrcli/line_argument.h"
 
 QVR_lineConfig_t configParams;
 
@@ -16,16 +16,6 @@ int editMember(cli_def* cli, const ConfigMember& member, char* argv[]) {
     cli_print(cli, "%s", refusal);
   }
   return CLI_OK;
-}
-
-// The line that the words name, 0 without one; false after saying that it is none.
-bool takeLine(cli_def* cli, char* argv[], int argc, QVR_lineId_t* line) {
-  *line = 0;
-  if (argc > 0 && !isValidLineId(argv[0], line)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
-    return false;
-  }
-  return true;
 }
 
 }  // namespace

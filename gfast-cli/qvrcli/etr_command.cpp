@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-#include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/output.h"
 #include "std/bits.h"
 
@@ -70,8 +70,7 @@ void printRate(cli_def* cli, const char* label, uint32_t rate) {
 
 int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
   int lineId = 0;
-  if (!isValidLineId(argv[0], &lineId)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
+  if (!takeLine(cli, argv, 1, &lineId)) {
     return CLI_OK;
   }
   if (QVR_isLineUp(lineId) != TRUE) {

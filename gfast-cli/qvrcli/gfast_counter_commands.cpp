@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/output.h"
 
 namespace {
@@ -93,15 +94,6 @@ void printLabelled(cli_def* cli, const char* name, uint32_t value) {
             value);
 }
 
-// The optional line of both far-end commands; false after a message.
-bool parseLine(cli_def* cli, char* argv[], int argc, int* lineId) {
-  if (argc == 0 || isValidLineId(argv[0], lineId)) {
-    return true;
-  }
-  cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
-  return false;
-}
-
 }  // namespace
 
 int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
@@ -130,7 +122,7 @@ int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], i
 
 int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   int lineId = 0;
-  if (!parseLine(cli, argv, argc, &lineId)) {
+  if (!takeLine(cli, argv, argc, &lineId)) {
     return CLI_OK;
   }
   G9701_ManagementCounters_t counters;
@@ -147,7 +139,7 @@ int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char
 
 int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   int lineId = 0;
-  if (!parseLine(cli, argv, argc, &lineId)) {
+  if (!takeLine(cli, argv, argc, &lineId)) {
     return CLI_OK;
   }
   G9701_PMDTestParameters_t parameters;

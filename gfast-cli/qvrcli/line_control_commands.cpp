@@ -1,16 +1,8 @@
 #include "qvrcli/arguments.h"
 #include "qvrcli/device_commands.h"
+#include "qvrcli/line_argument.h"
 
 namespace {
-
-// Parses a line number, or says what it must be.
-bool parseLine(cli_def* cli, const char* word, int* lineId) {
-  if (isValidLineId(word, lineId)) {
-    return true;
-  }
-  cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
-  return false;
-}
 
 int setActivation(cli_def* cli, const char* word, BOOL activate) {
   int lineId = 0;
@@ -18,7 +10,7 @@ int setActivation(cli_def* cli, const char* word, BOOL activate) {
     for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
       QVR_activateLine(line, activate);
     }
-  } else if (parseLine(cli, word, &lineId)) {
+  } else if (takeLine(cli, &word, 1, &lineId)) {
     QVR_activateLine(lineId, activate);
   }
   return CLI_OK;
@@ -30,7 +22,7 @@ int CLI_resetLine(cli_def* cli, const char* /*command*/, char* argv[], int /*arg
   int lineId = 0;
   if (isKeyword(argv[0], "all")) {
     QVR_resetLines();
-  } else if (parseLine(cli, argv[0], &lineId)) {
+  } else if (takeLine(cli, argv, 1, &lineId)) {
     QVR_resetLine(lineId);
   }
   return CLI_OK;

@@ -5,6 +5,7 @@
 #include "qvrcli/arguments.h"
 #include "qvrcli/config_text.h"
 #include "qvrcli/events.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/output.h"
 #include "std/bits.h"
 
@@ -16,16 +17,6 @@ constexpr size_t kChannelLabelWidth = 15;
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
 constexpr size_t kTheLine = 0;  // a device carries one
-
-// The line that the words name, 0 without one; false after saying that it is none.
-bool takeLine(cli_def* cli, char* argv[], int argc, QVR_lineId_t* line) {
-  *line = 0;
-  if (argc > 0 && !isValidLineId(argv[0], line)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
-    return false;
-  }
-  return true;
-}
 
 // A label, blanks up to a common column, the value.
 template <size_t Width>

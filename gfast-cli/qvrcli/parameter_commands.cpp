@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/output.h"
 
 namespace {
@@ -66,8 +66,7 @@ int CLI_showDictionary(cli_def* cli, const char* /*command*/, char* /*argv*/[], 
 
 int CLI_showParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   int line = 0;
-  if (argc > 0 && !isValidLineId(argv[0], &line)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
+  if (!takeLine(cli, argv, argc, &line)) {
     return CLI_OK;
   }
   listingTo = cli;

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/output.h"
 #include "qvrcli/table_output.h"
 #include "std/bits.h"
@@ -23,14 +24,6 @@ QVR_FEQ_t calibratedFeq;
 enum class Side { kNear, kFar };
 
 // False after a message.
-bool parseLine(cli_def* cli, char* argv[], int argc, int* lineId) {
-  if (argc == 0 || isValidLineId(argv[0], lineId)) {
-    return true;
-  }
-  cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
-  return false;
-}
-
 bool parseSide(cli_def* cli, char* argv[], int argc, Side* side) {
   if (argc > 1 && isKeyword(argv[1], "fe")) {
     *side = Side::kFar;
@@ -137,7 +130,7 @@ void printPhyInfo(const TableOutput& out, const PhyInfo& info) {
 
 int CLI_showPhyParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   int lineId = 0;
-  if (!parseLine(cli, argv, argc, &lineId)) {
+  if (!takeLine(cli, argv, argc, &lineId)) {
     return CLI_OK;
   }
   if (QVR_isLineUp(lineId) != TRUE) {
@@ -157,7 +150,7 @@ int CLI_showPhyParams(cli_def* cli, const char* /*command*/, char* argv[], int a
 int CLI_showAfeParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   int lineId = 0;
   Side side = Side::kNear;
-  if (!parseSide(cli, argv, argc, &side) || !parseLine(cli, argv, argc, &lineId)) {
+  if (!parseSide(cli, argv, argc, &side) || !takeLine(cli, argv, argc, &lineId)) {
     return CLI_OK;
   }
   const auto read = side == Side::kNear ? QVR_getAfeParams : QVR_getFarEndAfeParams;
@@ -180,7 +173,7 @@ int CLI_showAfeParams(cli_def* cli, const char* /*command*/, char* argv[], int a
 int CLI_showPhyInfo(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   int lineId = 0;
   Side side = Side::kNear;
-  if (!parseLine(cli, argv, argc, &lineId) || !parseSide(cli, argv, argc, &side)) {
+  if (!takeLine(cli, argv, argc, &lineId) || !parseSide(cli, argv, argc, &side)) {
     return CLI_OK;
   }
   if (QVR_isLineUp(lineId) != TRUE) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 
 namespace {
 
@@ -48,8 +48,7 @@ void printEnd(cli_def* cli, const QVR_inventoryParameters_t& end) {
 
 int CLI_showInventory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   QVR_lineId_t line = 0;
-  if (argc > 0 && !isValidLineId(argv[0], &line)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
+  if (!takeLine(cli, argv, argc, &line)) {
     return CLI_OK;
   }
   QVR_inventoryObject_t inventory{};

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/table_output.h"
 
 namespace {
@@ -69,8 +70,7 @@ struct Arguments {
 
 // False after a message.
 bool parse(cli_def* cli, char* argv[], int argc, Arguments& arguments) {
-  if (argc > 0 && !isValidLineId(argv[0], &arguments.lineId)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%d", QVR_K_LINE_ID_LAST);
+  if (!takeLine(cli, argv, argc, &arguments.lineId)) {
     return false;
   }
   if (argc > 1) {

@@ -7,7 +7,7 @@
 #include <new>
 #include <string>
 
-#include "qvrcli/arguments.h"
+#include "qvrcli/line_argument.h"
 #include "qvrcli/table_output.h"
 #include "std/bits.h"
 
@@ -75,8 +75,7 @@ void writeMatrices(FILE* file, const LineMatrices& matrices) {
 
 int showMatrix(cli_def* cli, char* argv[], const MatrixKind& kind) {
   int lineId = 0;
-  if (!isValidLineId(argv[0], &lineId)) {
-    cli_print(cli, "invalid parameter - line number must be between 0..%1d", QVR_K_LINE_ID_LAST);
+  if (!takeLine(cli, argv, 1, &lineId)) {
     return CLI_OK;
   }
   if (QVR_isLineUp(lineId) != TRUE) {
