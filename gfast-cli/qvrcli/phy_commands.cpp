@@ -112,14 +112,14 @@ double valueAt(const Value (&table)[QVR_MAX_NUMBER_OF_TONES], uint32_t first, ui
 void printPhyInfo(const TableOutput& out, const PhyInfo& info) {
   out.row("# PHY Params:");
   out.row("# firstTone\tnumProcessedTones");
-  out.row("%d\t\t%d", static_cast<int>(info.tones.firstTone), static_cast<int>(info.tones.numProcessedTones));
+  out.row("{}\t\t{}", info.tones.firstTone, info.tones.numProcessedTones);
   out.row("# AFE Params:");
   out.row("# rxGain\taceOnOff");
-  out.row("%.5f\t\t%d", info.frontEnd.rxGain, static_cast<int>(info.frontEnd.aceOnOff));
+  out.row("{:.5f}\t\t{}", info.frontEnd.rxGain, info.frontEnd.aceOnOff);
   out.row("# PHY Info:");
   out.row("# Frequency\tBITS(tx) BITS(rx) SNR\t\tFEQ(calib)\tFEQ");
   for (uint32_t subcarrier = 0; subcarrier < QVR_MAX_NUMBER_OF_TONES; subcarrier++) {
-    out.row("%09.5f\t%d\t%d\t%.5f\t%.5f\t%.5f", subcarrier * QVR_K_SUBCARRIER_SPACING_MHZ,
+    out.row("{:09.5f}\t{}\t{}\t{:.5f}\t{:.5f}\t{:.5f}", subcarrier * QVR_K_SUBCARRIER_SPACING_MHZ,
             sentBits[subcarrier], receivedBits[subcarrier], valueAt(snr, info.firstSnrTone, subcarrier),
             valueAt(calibratedFeq, info.tones.firstTone, subcarrier),
             valueAt(feq, info.tones.firstTone, subcarrier));

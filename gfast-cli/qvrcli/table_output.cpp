@@ -1,7 +1,5 @@
 #include "qvrcli/table_output.h"
 
-#include <cstdarg>
-
 bool TableOutput::open(const char* filename) {
   if (filename == nullptr) {
     return true;
@@ -15,16 +13,13 @@ bool TableOutput::open(const char* filename) {
   return false;
 }
 
-void TableOutput::row(const char* format, ...) const {
-  char text[128];
-  va_list values;
-  va_start(values, format);
-  std::vsnprintf(text, sizeof text, format, values);
-  va_end(values);
+void TableOutput::print(fmt::memory_buffer& text) const {
   if (file_) {
-    std::fprintf(file_->get(), "%s\n", text);
+    text.push_back('\n');
+    std::fwrite(text.data(), 1, text.size(), file_->get());
   } else {
-    cli_print(cli_, "%s", text);
+    text.push_back('\0');
+    cli_print(cli_, "%s", text.data());
   }
 }
 

@@ -33,20 +33,20 @@ struct ToneTable {
 };
 
 void printBits(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  out.row("%d  %.5f  %1d", static_cast<int>(subcarrier), frequency_MHz(subcarrier), value);
+  out.row("{}  {:.5f}  {}", subcarrier, frequency_MHz(subcarrier), value);
 }
 
 void printSnr(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  out.row(out.file() != nullptr ? "%.5f  %1d %2.1f" : "%.5f  %1d  %2.1f", frequency_MHz(subcarrier), value,
-          value / 2.0 - 32);
+  const char* const gap = out.file() != nullptr ? " " : "  ";
+  out.row("{:.5f}  {}{}{:.1f}", frequency_MHz(subcarrier), value, gap, value / 2.0 - 32);
 }
 
 void printNoise(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  out.row("%.5f %1d %2.1f", frequency_MHz(subcarrier), value, -33 - value / 2.0);
+  out.row("{:.5f} {} {:.1f}", frequency_MHz(subcarrier), value, -33 - value / 2.0);
 }
 
 void printMagnitude(const TableOutput& out, uint32_t subcarrier, int16_t value) {
-  out.row("%.5f %1d %2.1f", frequency_MHz(subcarrier), value, 6 - value / 10.0);
+  out.row("{:.5f} {} {:.1f}", frequency_MHz(subcarrier), value, 6 - value / 10.0);
 }
 
 constexpr ToneTable<uint8_t> kBits = {QVR_getLineStatusBITSpsus, QVR_getLineStatusBITSpsds,
