@@ -1,16 +1,10 @@
 // Board files: a board's description in TOML.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
 #include "board_config.h"
-
-// What is wrong with a board file, as one line: "file:line: reason".
-class BoardFileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+#include "board_file_error.h"
 
 // The board that the file describes; every key may be left out. Throws BoardFileError at the first mistake:
 // an unknown key, a wrong type, an impossible value, a file that is not there.

@@ -11,7 +11,7 @@
 #include <limits>
 #include <string_view>
 
-#include "board_file.h"
+#include "board_file_error.h"
 #include "errno_names.h"
 #include "faults.h"
 #include "line_framing.h"

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <string>
 #include <string_view>
 
 #include "std/byte_order.h"
@@ -203,8 +204,14 @@ void Chip::raiseEvent(uint32_t type, std::span<const uint32_t> params) {
 }
 
 void Chip::log(uint8_t core, std::string_view text, std::span<const uint32_t> params) {
-  if (pending_.logsEnabled() && running()) {
-    pending_.raiseLog(core, 0, text, params);
+  if (running()) {
+    say(core, text, params);
+  }
+}
+
+void Chip::say(uint8_t core, std::string_view text, std::span<const uint32_t> params) {
+  if (pending_.logsEnabled()) {
+    pending_.raiseLog(core, 0, std::string(text) + '\n', params);
   }
 }
 
@@ -214,11 +221,8 @@ void Chip::crash(const Assertion& assertion) {
     return;
   }
   assertions_.add(assertion);
-  if (pending_.logsEnabled()) {
-    const uint32_t params[] = {assertion.id, assertion.symbolCounter};
-    pending_.raiseLog(cores[static_cast<size_t>(assertion.processor)], 0, "assertion %u failed at symbol %u",
-                      params);
-  }
+  const uint32_t params[] = {assertion.id, assertion.symbolCounter};
+  say(cores[static_cast<size_t>(assertion.processor)], "assertion %u failed at symbol %u", params);
   if (crashed_) {
     return;
   }

@@ -83,7 +83,7 @@ class Chip {
   void setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause);
 
   void raiseEvent(uint32_t type, std::span<const uint32_t> params);
-  // A log record about the chip's line, if the host wants such.
+  // A log record about the chip's line, if the host wants such. The line end is added: chips bring theirs.
   void log(uint8_t core, std::string_view text, std::span<const uint32_t> params);
   const DeviceIdentity& identity() const { return identity_; }
   PendingRecords& pending() { return pending_; }
@@ -93,6 +93,7 @@ class Chip {
   const Parameters& parameters() const { return parameters_; }
 
  private:
+  void say(uint8_t core, std::string_view text, std::span<const uint32_t> params);
   void mapRegisters();
   void mapIdentity();
   void mapParameters();

@@ -4,7 +4,7 @@
 #include <limits>
 #include <sstream>
 
-#include "board_file.h"
+#include "board_file_error.h"
 
 namespace {
 

@@ -1,12 +1,15 @@
 // Log records as lines.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
 #include "bench.h"
 
-// The texts of log records as far as a format's own characters go: "CP link %u: state %u to %u (0, 3, 4)".
+// The texts of a chip's own log records as far as a format's own characters go, without the line ends that
+// each brings: "CP link %u: state %u to %u (0, 3, 4)".
 inline std::vector<std::string> logLines(Bench& bench, int device) {
   static constexpr const char* cores[] = {"FDU ", "FRM ", "CP "};
   std::vector<std::string> lines;
@@ -19,6 +22,8 @@ inline std::vector<std::string> logLines(Bench& bench, int device) {
       for (size_t i = 0; i < length; i += core == FDU_CORE ? 1 : 2) {
         line += static_cast<char>(bytes.at(at + STRING_HEADER_SIZE + i));
       }
+      EXPECT_TRUE(line.ends_with('\n')) << line;
+      line.pop_back();
       at += STRING_HEADER_SIZE + length;
       for (size_t i = 0; i < params; ++i, at += 4) {
         line += (i == 0 ? " (" : ", ") + std::to_string(load_le32(&bytes.at(at)));
