@@ -20,7 +20,7 @@ constexpr double kRetry_s = 10.0;
 constexpr double kRmcDrowned = 0.5;
 constexpr double kRmcLossDetection_s = 2.5;
 
-// Initialisation success/failure causes (ITU-T G.997.2 clause 7.20.1.1).
+// Initialisation success/failure causes (ITU-T G.997.2).
 constexpr uint32_t kInitSuccess = 0;
 constexpr uint32_t kInitNotFeasible = 2;
 constexpr uint32_t kInitCommunicationProblem = 3;

@@ -76,7 +76,7 @@ uint64_t corrections(const StreamCounts& stream) {
   return stream.dtusArrived * kCodewordsPerDtu / kCodewordsPerCorrection;
 }
 
-// In units of 65536 bits (ITU-T G.997.2 clause 7.7).
+// In units of 65536 bits (ITU-T G.997.2).
 uint64_t errorFreeBits(const StreamCounts& stream) {
   return stream.dtusGood() * kDtuPayload * 8 / kEfbUnit_bits;
 }

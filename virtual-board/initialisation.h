@@ -6,7 +6,7 @@
 #include "line_state.h"
 
 // How far an initialisation got in one direction: the stage whose signal was the last to be sent (ITU-T
-// G.9701 clause 12.3).
+// G.9701).
 enum class InitSignal : uint8_t { None, Handshake, ChannelDiscovery, ChannelAnalysis, Showtime };
 
 class Initialisation {

@@ -1,4 +1,4 @@
-// Who a chip says it is, and who it has been told the other end is (ITU-T G.997.2 clause 7.13).
+// Who a chip says it is, and who it has been told the other end is (ITU-T G.997.2).
 #pragma once
 
 #include <array>

@@ -10,7 +10,7 @@ namespace {
 constexpr double kShannonGap_db = 9.8;
 constexpr double kCodingGain_db = 5;
 
-// The robust management channel, ITU-T G.9701 clause 10.5.1: few bits, and more margin than data has.
+// The robust management channel, ITU-T G.9701: few bits, and more margin than data has.
 constexpr uint32_t kMostRmcTones = 128;
 constexpr uint32_t kFewestRmcBits = 2;
 constexpr uint32_t kMostRmcBits = 6;

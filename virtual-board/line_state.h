@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-// A nibble each (ITU-T G.9701 clause 12.1).
+// A nibble each (ITU-T G.9701).
 enum class LineState : uint32_t {
   SelfTest = 0,
   UnitFail = 1,

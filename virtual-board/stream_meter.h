@@ -26,7 +26,7 @@ struct StreamCounts {
   uint64_t severelyErroredSeconds = 0;
   uint64_t adaptedSeconds = 0;  // of these, the ones that fast rate adaptation answered
   uint64_t lossOfRmcSeconds = 0;
-  // Adaptations that were asked for and made: by name as in ITU-T G.9701 clause 13.
+  // Adaptations that were asked for and made: by name as in ITU-T G.9701.
   uint64_t bitSwaps = 0;
   uint64_t seamlessRateAdaptations = 0;
   uint64_t fastRateAdaptations = 0;

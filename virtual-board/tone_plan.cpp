@@ -18,7 +18,7 @@ constexpr struct {
 } kPsd[] = {{2.2, -65}, {30, -73}, {106, -76}};
 constexpr double kMostPower_dbm = 4;
 
-// International amateur radio bands (ITU-T G.9700 clause 6.5), by bit of IARBands.
+// International amateur radio bands (ITU-T G.9700), by bit of IARBands.
 constexpr struct {
   double from_mhz;
   double to_mhz;
@@ -36,7 +36,7 @@ constexpr uint32_t kMostMargin = 310;  // 0.1 dB
 constexpr uint32_t kPilotSpacing = 128;
 constexpr uint32_t kPilots = 8;
 
-// Downstream symbols that a frame may have (ITU-T G.9701 clause 10.5).
+// Downstream symbols that a frame may have (ITU-T G.9701).
 constexpr struct {
   uint32_t frameSymbols;
   uint32_t fewestDown, mostDown;

@@ -1,4 +1,4 @@
-// The vectoring coefficients of a line among the sixteen pairs of its cable (ITU-T G.9701 clause 10.3).
+// The vectoring coefficients of a line among the sixteen pairs of its cable (ITU-T G.9701).
 //
 // What a pair couples into another grows with frequency and with the root of the length, and falls by half
 // from one neighbour to the next; strength, phase and delay of each coupling are drawn from the cable's seed.

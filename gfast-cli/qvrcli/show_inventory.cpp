@@ -29,7 +29,7 @@ std::string textOf(const char (&field)[Size]) {
   return printable(whole.substr(0, whole.find('\0')));
 }
 
-// A vendor id has binary bytes around its letters (ITU-T G.994.1 clause 9.3.3.1), so it ends at its last
+// A vendor id has binary bytes around its letters (ITU-T G.994.1), so it ends at its last
 // byte that is not zero.
 template <size_t Size>
 std::string vendorOf(const char (&field)[Size]) {

@@ -91,7 +91,7 @@ static_assert(sizeof(G9701_ManagementCounters_t) == 44);
 struct ETR_DB_S { ETR_DB_FIELDS(QVR_UNSIGNED_WORD, QVR_SIGNED_WORD) };
 static_assert(sizeof(ETR_DB_S) == 68);
 
-// Cumulative performance monitoring counters since the chip started (ITU-T G.997.2 clause 7.7), both ends.
+// Cumulative performance monitoring counters since the chip started (ITU-T G.997.2), both ends.
 #define G9972_NEAR_END_COUNTERS_FIELDS(X, S) \
   X(LOS) X(LOM) X(LOR) X(LPR) X(ES) X(SES) X(LOSS) X(LORS) X(UAS) X(FULL_INITS) X(FAILEDFULL_INITS) \
   X(FAST_INITS) X(FAILEDFAST_INITS) X(SRA) X(FRA) X(RPA) X(BSW) X(TIGA) X(CV) X(RTXUC) X(RTXTX) X(EFB)
@@ -115,7 +115,7 @@ static_assert(sizeof(G9972_PM_COUNTERS_S) == 156);
 #undef QVR_UNSIGNED_WORD
 #undef QVR_SIGNED_WORD
 
-// Measurements of the far end (ITU-T G.9701 clause 11.4.1), in the packed layout they have on the wire.
+// Measurements of the far end (ITU-T G.9701), in the packed layout they have on the wire.
 struct G9701_PMDTestParameters_t {
   uint16_t SNRM;                   // signal-to-noise margin, 0.1 dB
   uint32_t ATTNDR;                 // attainable net data rate, kbit/s

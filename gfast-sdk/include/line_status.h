@@ -1,10 +1,10 @@
-// How a line is, what each direction of it carries, and who is at its ends (ITU-T G.997.2 clauses 7.9
-// to 7.20).
+// How a line is, what each direction of it carries, and who is at its ends (ITU-T
+// G.997.2).
 #pragma once
 
 #include <cstdint>
 
-// Initialisation success/failure cause (ITU-T G.997.2 clause 7.20.1.1). A chip may say others.
+// Initialisation success/failure cause (ITU-T G.997.2). A chip may say others.
 using G9972_initSuccessFailureCause_t = uint32_t;
 enum : G9972_initSuccessFailureCause_t {
   E_INITSFCAUSE_SUCCESSS = 0,
@@ -19,7 +19,7 @@ using G9972_initLastSignal_t = uint8_t;
 using G9972_DataRate_t = uint32_t;  // kbit/s
 using QVR_wireLength_t = uint32_t;
 
-// Power state of the link (ITU-T G.997.2 clause 7.20.1.4).
+// Power state of the link (ITU-T G.997.2).
 enum G9972_LINK_STATE_t : uint32_t { L0N = 0, L21N = 1, L21B = 2, L22B = 3, L3 = 4 };
 
 // What a margin or a power shows that is not available.
@@ -54,7 +54,7 @@ struct QVR_channelStatus_t {
   uint8_t DTU_Q;            // codewords a data transfer unit
 };
 
-// One end (ITU-T G.997.2 clause 7.13). Bytes as the equipment gives them: texts end at their first zero byte
+// One end (ITU-T G.997.2). Bytes as the equipment gives them: texts end at their first zero byte
 // or fill the field.
 struct QVR_inventoryParameters_t {
   char GHS_VENDOR[8];  // ITU-T G.994.1 vendor id

@@ -1,4 +1,4 @@
-// Performance counters of a line by interval (ITU-T G.997.2 clause 7.7): now, by quarter hour, by day.
+// Performance counters of a line by interval (ITU-T G.997.2): now, by quarter hour, by day.
 #pragma once
 
 #include <cstdint>
@@ -44,7 +44,7 @@ struct QVR_linePerformance_t {
   G9972_eventCounter_t FAILEDFULL_INITS;
   G9972_eventCounter_t FAST_INITS;
   G9972_eventCounter_t FAILEDFAST_INITS;
-  // Adaptations carried out (ITU-T G.9701 clause 13).
+  // Adaptations carried out (ITU-T G.9701).
   G9972_eventCounter_t SRA;
   G9972_eventCounter_t FRA;
   G9972_eventCounter_t RPA;

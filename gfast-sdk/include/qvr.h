@@ -135,7 +135,7 @@ enum QVR_deviceState_t : uint32_t {
 
 enum eConfigState : uint32_t { CONFIG_STATE_SYSTEM = 0, CONFIG_STATE_LINE = 1 };
 
-// Link state of a line (ITU-T G.9701 clause 12.1). A line is up only in LS_SHOWTIME.
+// Link state of a line (ITU-T G.9701). A line is up only in LS_SHOWTIME.
 enum G9701_linkState_t : uint32_t {
   LS_SELFTEST = 0,
   LS_UNIT_FAIL = 1,
@@ -316,7 +316,7 @@ QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, BOOL xi_waitForConfig
 
 // ---- Far end ----
 
-// Exchanges one management message with the modem at the far end of a line (ITU-T G.9701 clause 11.2.2, eoc).
+// Exchanges one management message with the modem at the far end of a line (ITU-T G.9701, eoc).
 // xio_message holds xi_requestLength bytes of request and receives up to xi_responseLength bytes of response;
 // *xo_responseLength says how many (0 on failure). xi_narrowLineId is the line's index within the device.
 //   QVR_E_DEVICE_NOT_EXISTS           the device cannot be opened
@@ -467,7 +467,7 @@ QVR_retval_t QVR_readGfastFramerRawCountersFE(QVR_lineId_t xi_lineId,
 QVR_retval_t QVR_readGfastFduRawCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_RAW_COUNTERS_S* xo_counters);
 QVR_retval_t QVR_readGfastDerivedCountersFE(QVR_lineId_t xi_lineId, GFAST_DERIVED_COUNTERS_S* xo_counters);
 
-// What the FTU at the far end counts and measures (ITU-T G.9701 clause 11.2.2.4). Zero on failure.
+// What the FTU at the far end counts and measures (ITU-T G.9701). Zero on failure.
 //   QVR_E_NO_DEVICE_FOR_LINE          the line has no device
 //   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange, or a response shorter than the record
 QVR_retval_t QVR_readFarEndFTUmanagementCounters(QVR_lineId_t xi_lineId,
@@ -710,7 +710,7 @@ QVR_retval_t QVR_readFarEndTxSignal(QVR_lineId_t xi_lineId, double* xo_level);
 QVR_retval_t QVR_readTxFEQ(QVR_lineId_t xi_lineId, QVR_FEQ_t xo_feq);
 QVR_retval_t QVR_readFarEndTxFEQ(QVR_lineId_t xi_lineId, QVR_FEQ_t xo_feq);
 
-// Test parameters by subcarrier in the encodings of ITU-T G.997.2 clause 7.10, upstream and downstream in the
+// Test parameters by subcarrier in the encodings of ITU-T G.997.2, upstream and downstream in the
 // network's terms, one entry a subcarrier from 0 on; each direction is measured at the end that receives it.
 // SNR, noise and HLOG are rounded to whole decibels. A value beyond its encoding is the nearest it can hold;
 // what is no number, was not measured or lies outside the medley set is its encoding's "no value".
@@ -740,7 +740,7 @@ QVR_retval_t QVR_getSignalAttenuationus(QVR_lineId_t xi_lineId, G9972_SATN_t* xo
 QVR_retval_t QVR_getLineStatusHLOGps(QVR_lineId_t xi_lineId, const double* xi_sent, const double* xi_received,
                                      G9972_HLOGps_t xo_hlog);
 
-// ---- Expected throughput (ITU-T G.9701 clause 9.8) ----
+// ---- Expected throughput (ITU-T G.9701) ----
 
 // Of one direction from its framing, kbit/s, single precision. A field of zero that divides gives infinity or
 // not-a-number. Always QVR_E_STATUS_OK.

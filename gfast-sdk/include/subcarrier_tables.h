@@ -1,11 +1,11 @@
-// What is known of a line subcarrier by subcarrier, and the encodings of ITU-T G.997.2 clause 7.10.
+// What is known of a line subcarrier by subcarrier, and the encodings of ITU-T G.997.2.
 #pragma once
 
 #include <cstdint>
 
 #include "qvr_bool.h"
 
-// Subcarriers of a 106 MHz profile (ITU-T G.9701 clause 10.4), 51.75 kHz apart.
+// Subcarriers of a 106 MHz profile (ITU-T G.9701), 51.75 kHz apart.
 constexpr uint32_t G9701_106a_MAX_NUMBER_OF_SUBCARRIERS = 2048;
 constexpr uint32_t QVR_MAX_NUMBER_OF_TONES = G9701_106a_MAX_NUMBER_OF_SUBCARRIERS;
 constexpr double QVR_K_SUBCARRIER_SPACING_MHZ = 0.05175;

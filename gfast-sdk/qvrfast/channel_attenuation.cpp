@@ -1,5 +1,5 @@
 // What a line takes from its signal: HLOG by subcarrier and the signal attenuation of a direction (ITU-T
-// G.997.2 clauses 7.10.1 and 7.10.5).
+// G.997.2).
 #include <algorithm>
 #include <array>
 

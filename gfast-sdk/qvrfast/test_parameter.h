@@ -1,4 +1,4 @@
-// What the test parameters by subcarrier (ITU-T G.997.2 clause 7.10) have in common: a direction in the
+// What the test parameters by subcarrier (ITU-T G.997.2) have in common: a direction in the
 // network's terms, and values put into their encodings.
 #pragma once
 

@@ -1,4 +1,4 @@
-// Bits, SNR and active line noise by subcarrier, in the encodings of ITU-T G.997.2 clause 7.10.
+// Bits, SNR and active line noise by subcarrier, in the encodings of ITU-T G.997.2.
 #include <algorithm>
 #include <array>
 

@@ -1,4 +1,4 @@
-// Expected throughput and raw rate of a line, from its framing (ITU-T G.9701 clause 9.8).
+// Expected throughput and raw rate of a line, from its framing (ITU-T G.9701).
 //
 // The board's answers are compared with those of the chip and of other machines digit by digit, so every
 // operation is one of single precision, in the order written: nothing may be held more precisely, reordered

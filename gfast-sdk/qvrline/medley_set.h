@@ -1,4 +1,4 @@
-// The medley sets of a line: the subcarriers that carry its signal (ITU-T G.9701 clause 10.1.4.2).
+// The medley sets of a line: the subcarriers that carry its signal (ITU-T G.9701).
 #pragma once
 
 #include <qvr.h>

@@ -1,4 +1,4 @@
-// The coefficients of a line's receive-side canceller and transmit-side precoder (ITU-T G.9701 clause 10.3).
+// The coefficients of a line's receive-side canceller and transmit-side precoder (ITU-T G.9701).
 #include <array>
 #include <memory>
 #include <new>
