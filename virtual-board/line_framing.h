@@ -1,4 +1,4 @@
-// How the virtual chips frame what a line carries (ITU-T G.9701 to 10), and the rates that follow.
+// How the virtual chips frame what a line carries (ITU-T G.9701), and the rates that follow.
 #pragma once
 
 #include <cstdint>

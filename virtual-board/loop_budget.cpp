@@ -9,9 +9,9 @@ constexpr double kElectricalLength_hz = 1e6;
 // The handshake's tones, and the mean SNR that it takes.
 constexpr uint32_t kHandshakeTones = 16;
 constexpr double kHandshakeSnr_db = 15;
-// A frame leaves one symbol's time for turning round, of which the way there and back may take the range of
-// Tg1', 6.5 to 11.2 us (ITU-T G.9701).
-constexpr double kMostRoundTrip_s = 11.2e-6 - 6.5e-6;
+// A frame leaves one symbol's time for turning round; of it, these chips allow so much for the way there and
+// back.
+constexpr double kMostRoundTrip_s = 4.7e-6;
 // What a showtime needs: a management channel, and so much in both directions together.
 constexpr size_t kFewestRmcTones = 32;
 constexpr uint32_t kLeastNet_kbps = 10000;
