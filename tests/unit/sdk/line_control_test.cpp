@@ -97,7 +97,7 @@ TEST(LineControlWithoutDevice, IsAnsweredByItsCode) {
   EXPECT_EQ(QVR_activateLine(1, FALSE), QVR_E_DEVICE_NOT_EXISTS);
 }
 
-TEST_F(ResetLines, WithoutDevicesThereIsNothingToDo) {
+TEST_F(ResetLines, WithoutDevicesNoRequestIsMade) {
   EXPECT_EQ(QVR_resetLines(), QVR_E_STATUS_OK);
 }
 
