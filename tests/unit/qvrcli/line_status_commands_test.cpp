@@ -2,8 +2,8 @@
 #include "qvrcli/config_commands.h"
 #include "qvrcli/events.h"
 #include "typed_console.h"
+#include "unit/sdk/channel_records.h"
 #include "unit/sdk/dictionaries.h"
-#include "unit/sdk/status_records.h"
 
 namespace {
 
@@ -203,37 +203,6 @@ TEST_F(ShowLineConfigOfTheChip, CannotBeReadWithoutItsArea) {
 TEST_F(ShowLineConfig, SaysWhatIsNoLine) {
   expectNoOtherLine("show line config");
   expectUsage("show line config", "show line config [<line-id>] : { 0 }", "0 1");
-}
-
-GFAST_DERIVED_COUNTERS_S derived() {
-  GFAST_DERIVED_COUNTERS_S block{};
-  block.RxNDR = 4100000000;
-  block.RxETR = 110001;
-  block.TxNDR = 420002;
-  block.TxETR = 410002;
-  return block;
-}
-
-ETR_DB_S framing() {
-  ETR_DB_S block{};
-  block.Rx_nFec = 255;
-  block.Rx_kFec = 239;
-  block.Rx_Q = 4;
-  block.Tx_nFec = 144;
-  block.Tx_kFec = 128;
-  block.Tx_Q = 16;
-  return block;
-}
-
-Script readsReceived(int device) {
-  GFAST_FRAMER_RAW_COUNTERS_S framer{};
-  framer.attainableNdr = 130003;
-  return readsDerived(device, derived()) + readsFramerInit(device) + readsFramer(device, framer) +
-         readsEtrDatabase(device, framing());
-}
-
-Script readsTransmitted(int device) {
-  return readsDerived(device, derived()) + asksMeasurements(device) + readsEtrDatabase(device, framing());
 }
 
 const auto kReceived = ElementsAre("NDR              4100000000", "ETR              110001",

@@ -1,33 +1,7 @@
 // What each direction carries, in the network's terms, from either side of a line.
-#include "status_records.h"
+#include "channel_records.h"
 
 namespace {
-
-GFAST_DERIVED_COUNTERS_S derived() {
-  GFAST_DERIVED_COUNTERS_S block{};
-  block.RxNDR = 4100000000;
-  block.RxETR = 110001;
-  block.TxNDR = 420002;
-  block.TxETR = 410002;
-  return block;
-}
-
-GFAST_FRAMER_RAW_COUNTERS_S framer() {
-  GFAST_FRAMER_RAW_COUNTERS_S block{};
-  block.attainableNdr = 130003;
-  return block;
-}
-
-ETR_DB_S database() {
-  ETR_DB_S block{};
-  block.Rx_nFec = 255;
-  block.Rx_kFec = 239;
-  block.Rx_Q = 4;
-  block.Tx_nFec = 144;
-  block.Tx_kFec = 128;
-  block.Tx_Q = 16;
-  return block;
-}
 
 using ChannelGetter = QVR_retval_t (*)(QVR_lineId_t, QVR_channelStatus_t*);
 
@@ -38,15 +12,6 @@ struct Direction {
 };
 constexpr Direction kReceived[] = {{0, QVR_getChannelStatusus}, {1, QVR_getChannelStatusds}};
 constexpr Direction kTransmitted[] = {{0, QVR_getChannelStatusds}, {1, QVR_getChannelStatusus}};
-
-Script readsReceived(int device) {
-  return readsDerived(device, derived()) + readsFramerInit(device) + readsFramer(device, framer()) +
-         readsEtrDatabase(device, database());
-}
-
-Script readsTransmitted(int device) {
-  return readsDerived(device, derived()) + asksMeasurements(device) + readsEtrDatabase(device, database());
-}
 
 class ChannelStatus : public testing::Test {
  protected:
