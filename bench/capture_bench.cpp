@@ -3,6 +3,8 @@
 // are added up instead of waited for.
 //
 // With a number as its argument it makes so many captures and prints nothing, for counting instructions.
+#include <qvr.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -11,13 +13,15 @@
 #include <ctime>
 #include <vector>
 
-#include <qvr.h>
-
+#include "chip/registers.h"
+#include "chip/test_memory.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
 #include "qvrline/line_table.h"
 #include "qvrtest/default_signal.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 

@@ -13,6 +13,8 @@
 #include "qvrtest/fft_stages.h"
 #include "support/plain_transform.h"
 
+using namespace gfast;
+
 namespace {
 
 constexpr int kPoints = 4096;

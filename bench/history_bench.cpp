@@ -9,7 +9,11 @@
 #include <cstdio>
 #include <fstream>
 
+#include "chip/counters.h"
 #include "soak/simulated_board.h"
+
+using namespace gfast;
+using namespace gfast::board;
 
 namespace {
 

@@ -2,8 +2,8 @@
 //
 // The rates are those that chips in showtime report: the net data rates of both directions, from the derived
 // counters in chip memory.
+
 #include <gfast_api.h>
-#include <gfast_counters.h>
 
 #include <cmath>
 #include <cstddef>
@@ -11,10 +11,14 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "board_config.h"
-#include "cable.h"
+#include "chip/counters.h"
 #include "std/byte_order.h"
-#include "virtual_board.h"
+#include "virtual-board/board/board_config.h"
+#include "virtual-board/board/virtual_board.h"
+#include "virtual-board/line/cable.h"
+
+using namespace gfast;
+using namespace gfast::board;
 
 namespace {
 

@@ -1,6 +1,9 @@
 // The console on the board: the kernel driver behind it, a script file as its only argument.
 #include "driver/kernel_driver.h"
-#include "server.h"
+#include "qvrcli/session/server.h"
+
+using namespace gfast;
+using namespace gfast::console;
 
 int main(int argc, char* argv[]) {
   installDriver(*new KernelDriver);  // for as long as the process lives

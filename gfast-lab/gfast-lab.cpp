@@ -7,10 +7,14 @@
 #include <optional>
 #include <string>
 
-#include "board_file.h"
 #include "driver/driver.h"
-#include "server.h"
-#include "virtual_board.h"
+#include "qvrcli/session/server.h"
+#include "virtual-board/board/virtual_board.h"
+#include "virtual-board/description/board_file.h"
+
+using namespace gfast;
+using namespace gfast::board;
+using namespace gfast::console;
 
 namespace {
 

@@ -2,11 +2,13 @@
 
 #include <cstdio>
 
-#include "qvrcli/command_tree.h"
-#include "qvrcli/config_commands.h"
-#include "qvrcli/events.h"
-#include "qvrcli/interpreter_guard.h"
-#include "qvrcli/output.h"
+#include "qvrcli/config/config_commands.h"
+#include "qvrcli/events/events.h"
+#include "qvrcli/session/interpreter_guard.h"
+#include "qvrcli/session/session_stream.h"
+#include "qvrcli/vocabulary/command_tree.h"
+
+namespace gfast::console {
 
 cli_def* cli = nullptr;
 
@@ -54,3 +56,5 @@ QVR_retval_t QVR_cliInit(cli_def* xi_cli) {
   QVR_getLineConfig(0, &configParams);
   return QVR_E_STATUS_OK;
 }
+
+}  // namespace gfast::console

@@ -4,6 +4,8 @@
 #include <libcli.h>
 #include <qvr.h>
 
+namespace gfast::console {
+
 // The interpreter QVR_cliInit was given; every handler and event display handler prints through it.
 extern cli_def* cli;
 
@@ -11,3 +13,5 @@ extern cli_def* cli;
 // hooks the console's event handlers. Called once. Always QVR_E_STATUS_OK: without devices it prints a
 // warning, and commands answer with their own messages.
 QVR_retval_t QVR_cliInit(cli_def* xi_cli);
+
+}  // namespace gfast::console

@@ -8,6 +8,8 @@
 #include <limits>
 #include <thread>
 
+using namespace gfast;
+
 namespace {
 
 using std::chrono::microseconds;
@@ -61,10 +63,10 @@ std::atomic<Clock*>& installed() {
 
 }  // namespace
 
-void installClock(Clock& clock) {
+void gfast::installClock(Clock& clock) {
   installed() = &clock;
 }
 
-Clock& clockSource() {
+Clock& gfast::clockSource() {
   return *installed();
 }

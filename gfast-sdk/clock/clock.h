@@ -7,6 +7,8 @@
 #include <chrono>
 #include <ctime>
 
+namespace gfast {
+
 class Clock {
  public:
   Clock() = default;
@@ -34,3 +36,5 @@ void installClock(Clock& clock);
 
 // The installed clock; the system's unless another was installed.
 Clock& clockSource();
+
+}  // namespace gfast

@@ -3,6 +3,8 @@
 #include <atomic>
 #include <cerrno>
 
+using namespace gfast;
+
 namespace {
 
 class NoDriver final : public Driver {
@@ -30,10 +32,10 @@ std::atomic<Driver*>& installed() {
 
 }  // namespace
 
-void installDriver(Driver& driver) {
+void gfast::installDriver(Driver& driver) {
   installed() = &driver;
 }
 
-Driver& driver() {
+Driver& gfast::driver() {
   return *installed();
 }

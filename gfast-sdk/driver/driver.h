@@ -5,6 +5,8 @@
 
 #include <gfast_api.h>
 
+namespace gfast {
+
 class Driver {
  public:
   Driver() = default;
@@ -31,3 +33,5 @@ void installDriver(Driver& driver);
 
 // The installed driver. Without one, a driver on which no device can be opened.
 Driver& driver();
+
+}  // namespace gfast

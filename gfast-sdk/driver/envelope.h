@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+namespace gfast {
+
 // Zero in every byte, those between the fields and behind the smaller records included: the driver may look
 // at any of them.
 inline gfast_iocreq emptyRequest() {
@@ -12,3 +14,5 @@ inline gfast_iocreq emptyRequest() {
   std::memset(&request, 0, sizeof request);
   return request;
 }
+
+}  // namespace gfast

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+using namespace gfast;
+
 int KernelDriver::open(int device) {
   char name[32];
   std::snprintf(name, sizeof name, QVR_K_DEVICE_NAME_FMT, device);

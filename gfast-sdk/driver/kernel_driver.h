@@ -3,6 +3,8 @@
 
 #include "driver/driver.h"
 
+namespace gfast {
+
 #define QVR_K_DEVICE_NAME_FMT "/dev/gfdfe%1d"
 
 class KernelDriver final : public Driver {
@@ -12,3 +14,5 @@ class KernelDriver final : public Driver {
   void close(int descriptor) override;
   void rediscover() override;
 };
+
+}  // namespace gfast

@@ -1,5 +1,6 @@
 // The request records as the board's kernel driver lays them out. Only a processor with 32-bit pointers can
 // check this; elsewhere the records carry wider pointers and no kernel driver reads them.
+
 #include <gfast_api.h>
 
 #include <cstddef>

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+using namespace gfast;
+
 namespace {
 
 // The fault is the intended end, so neither the optimiser nor a sanitizer may step in before it.
@@ -19,8 +21,8 @@ void storeToNull(unsigned value) {
 
 }  // namespace
 
-void DoAssert(unsigned xi_id, const char* xi_file, int xi_line, const char* xi_message, unsigned xi_numParams,
-              ...) {
+void gfast::DoAssert(unsigned xi_id, const char* xi_file, int xi_line, const char* xi_message,
+                     unsigned xi_numParams, ...) {
   std::printf("Assert %1u in file %s at line %1d\n", xi_id, xi_file, xi_line);
   std::puts(xi_message);
   va_list parameters;

@@ -1,7 +1,10 @@
 // The quarter-hour boundary of local time, by which performance counters are collected (ITU-T G.997.2).
-#include <qvr.h>
 
 #include "clock/clock.h"
+
+#include <qvr.h>
+
+using namespace gfast;
 
 namespace {
 

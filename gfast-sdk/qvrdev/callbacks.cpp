@@ -5,6 +5,8 @@
 #include "driver/driver.h"
 #include "driver/envelope.h"
 
+using namespace gfast;
+
 namespace {
 
 // Trivially destructible, so the notification thread may use it for as long as the process lives.
@@ -29,11 +31,11 @@ void enableLogDelivery() {
 
 }  // namespace
 
-Callbacks& callbacks() {
+Callbacks& gfast::callbacks() {
   return registry;
 }
 
-void registerLineRebootHandler(QVR_rebootNotificationCB handler) {
+void gfast::registerLineRebootHandler(QVR_rebootNotificationCB handler) {
   registry.lineRebootHandler.store(handler);
 }
 

@@ -7,6 +7,8 @@
 #include <array>
 #include <atomic>
 
+namespace gfast {
+
 // One registered function, or none.
 template <typename Callback>
 class CallbackSlot {
@@ -50,3 +52,5 @@ Callbacks& callbacks();
 
 // The line room's own handling of a reboot, which runs before the registered reboot callback.
 void registerLineRebootHandler(QVR_rebootNotificationCB handler);
+
+}  // namespace gfast

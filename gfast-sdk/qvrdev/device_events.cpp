@@ -10,6 +10,8 @@
 #include "qvrdev/device_table.h"
 #include "std/byte_order.h"
 
+using namespace gfast;
+
 namespace {
 
 // The event's parameter words as the chip gave them.
@@ -78,7 +80,7 @@ void dispatch(QVR_deviceId_t device, const Event& event) {
 
 }  // namespace
 
-QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken) {
+QVR_retval_t gfast::QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken) {
   char event[QVR_K_MAX_EVT_BUFFER_LEN] = {};
   gfast_iocreq request = emptyRequest();
   request.req_u.logalm_read.buf = event;
@@ -97,7 +99,7 @@ QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int*
   return QVR_E_STATUS_OK;
 }
 
-void QVR_handleRebootEvent() {
+void gfast::QVR_handleRebootEvent() {
   callbacks().lineRebootHandler.notify();
   callbacks().rebootCB.notify();
 }

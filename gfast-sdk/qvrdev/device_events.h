@@ -3,6 +3,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 // Events taken from one device in one go: a chip that floods its queue does not keep the thread from the
 // other.
 constexpr int kMostEventsInOneGo = 64;
@@ -14,3 +16,5 @@ QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int*
 
 // A chip has started anew: the line room's handler, then the registered callback.
 void QVR_handleRebootEvent();
+
+}  // namespace gfast

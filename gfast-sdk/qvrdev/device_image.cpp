@@ -2,8 +2,13 @@
 
 #include <cstring>
 
+#include "chip/boot_register.h"
+#include "chip/device_information.h"
+#include "chip/registers.h"
 #include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -61,7 +66,7 @@ void fillLine(QVR_deviceInfo_t& record, QVR_deviceId_t device, uint8_t line, con
 
 }  // namespace
 
-void fillRecord(QVR_deviceInfo_t& record, QVR_deviceId_t device, const DeviceImages& images) {
+void gfast::fillRecord(QVR_deviceInfo_t& record, QVR_deviceId_t device, const DeviceImages& images) {
   record.configState =
       (images.sbr & MASK(SBR_USER_ACTIVATION_STATE)) != 0 ? CONFIG_STATE_SYSTEM : CONFIG_STATE_LINE;
   record.deviceState = SS_RUN_STATE;

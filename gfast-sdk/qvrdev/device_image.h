@@ -5,6 +5,11 @@
 
 #include <array>
 
+#include "chip/device_information.h"
+#include "chip/registers.h"
+
+namespace gfast {
+
 // As read from the chip.
 struct DeviceImages {
   uint32_t sbr;  // software boot register, as a value
@@ -14,3 +19,5 @@ struct DeviceImages {
 
 // Fills what the images tell into the record and leaves the rest of it as it was.
 void fillRecord(QVR_deviceInfo_t& record, QVR_deviceId_t device, const DeviceImages& images);
+
+}  // namespace gfast

@@ -3,9 +3,13 @@
 
 #include <qvr.h>
 
-#include "std/bits.h"
+#include <algorithm>
+
+namespace gfast {
 
 // How many lines the record describes: none until the device has been read.
 inline int linesOfRecord(const QVR_deviceInfo_t& record) {
-  return min<int>(record.numberOfLines, QVR_K_MAX_LINES_PER_DEVICE);
+  return std::min<int>(record.numberOfLines, QVR_K_MAX_LINES_PER_DEVICE);
 }
+
+}  // namespace gfast

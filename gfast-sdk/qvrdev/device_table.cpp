@@ -5,9 +5,12 @@
 #include <mutex>
 #include <type_traits>
 
+#include "chip/registers.h"
 #include "driver/driver.h"
 #include "qvrdev/device_lines.h"
 #include "qvrdev/require.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -56,16 +59,16 @@ bool closeDevice(QVR_deviceId_t device) {
 
 }  // namespace
 
-QVR_deviceInfo_t deviceRecord(QVR_deviceId_t device) {
+QVR_deviceInfo_t gfast::deviceRecord(QVR_deviceId_t device) {
   const Locked locked(table.mutex);
   return table.deviceInfoTable[at(device)];
 }
 
-int openDescriptor(QVR_deviceId_t device) {
+int gfast::openDescriptor(QVR_deviceId_t device) {
   return isDeviceId(device) ? table.fds[at(device)].load() : -1;
 }
 
-void setLineState(QVR_deviceId_t device, int narrowLine, QVR_lineState_t state) {
+void gfast::setLineState(QVR_deviceId_t device, int narrowLine, QVR_lineState_t state) {
   const Locked locked(table.mutex);
   QVR_deviceInfo_t& record = table.deviceInfoTable[at(device)];
   if (narrowLine >= 0 && narrowLine < linesOfRecord(record)) {
@@ -73,13 +76,13 @@ void setLineState(QVR_deviceId_t device, int narrowLine, QVR_lineState_t state) 
   }
 }
 
-void setStartOfCollection(QVR_deviceId_t device, int narrowLine, uint32_t secondsLeft) {
+void gfast::setStartOfCollection(QVR_deviceId_t device, int narrowLine, uint32_t secondsLeft) {
   const Locked locked(table.mutex);
   table.deviceInfoTable[at(device)].counterCollectionInterval[narrowLine].startOfCollectionPeriodInInterval =
       secondsLeft;
 }
 
-QVR_deviceInfo_t storeDeviceImages(QVR_deviceId_t device, const DeviceImages& images) {
+QVR_deviceInfo_t gfast::storeDeviceImages(QVR_deviceId_t device, const DeviceImages& images) {
   const Locked locked(table.mutex);
   QVR_deviceInfo_t& record = table.deviceInfoTable[at(device)];
   if (record.deviceState == SS_INACTIVE_STATE) {
@@ -93,7 +96,7 @@ QVR_deviceInfo_t storeDeviceImages(QVR_deviceId_t device, const DeviceImages& im
   return record;
 }
 
-void clearDeviceTable() {
+void gfast::clearDeviceTable() {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     closeDevice(device);
   }
@@ -101,7 +104,7 @@ void clearDeviceTable() {
   table.deviceInfoTable = {};
 }
 
-void closeDevices() {
+void gfast::closeDevices() {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     if (closeDevice(device)) {
       setInactive(device);
@@ -109,7 +112,7 @@ void closeDevices() {
   }
 }
 
-void clearDeviceCounts() {
+void gfast::clearDeviceCounts() {
   const Locked locked(table.mutex);
   table.numberOfDevices = 0;
   table.numberOfLinesInDevice = 0;

@@ -6,6 +6,8 @@
 
 #include "qvrdev/device_image.h"
 
+namespace gfast {
+
 constexpr bool isDeviceId(QVR_deviceId_t device) {
   return device >= QVR_K_DEVICE_ID_FIRST && device <= QVR_K_DEVICE_ID_LAST;
 }
@@ -35,3 +37,5 @@ void closeDevices();
 
 // Counting of devices and their lines starts afresh.
 void clearDeviceCounts();
+
+}  // namespace gfast

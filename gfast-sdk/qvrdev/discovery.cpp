@@ -1,6 +1,8 @@
 // Finding the chips: start of the device layer, reading a chip's identity and state, rediscovery.
 #include <chrono>
 
+#include "chip/device_information.h"
+#include "chip/registers.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
 #include "qvrdev/device_lines.h"
@@ -8,6 +10,8 @@
 #include "qvrdev/notification.h"
 #include "qvrdev/require.h"
 #include "qvrdev/sbr.h"
+
+using namespace gfast;
 
 namespace {
 

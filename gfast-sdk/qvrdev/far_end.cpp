@@ -1,4 +1,5 @@
 // Management messages to the modem at the far end of a line.
+
 #include <qvr.h>
 
 #include <cerrno>
@@ -9,6 +10,8 @@
 #include "qvrdev/device_lines.h"
 #include "qvrdev/device_table.h"
 #include "qvrlog/qvrlog.h"
+
+using namespace gfast;
 
 namespace {
 

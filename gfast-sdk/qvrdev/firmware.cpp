@@ -1,15 +1,21 @@
 // Images and flash: downloading and starting, erasing and programming.
+
 #include <qvr.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
+#include "chip/boot_register.h"
+#include "chip/flash.h"
+#include "chip/registers.h"
 #include "driver/envelope.h"
 #include "qvrdev/requests.h"
 #include "qvrdev/require.h"
 #include "qvrdev/sbr.h"
 #include "qvrlog/qvrlog.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -106,7 +112,7 @@ QVR_retval_t QVR_loadBootloader(QVR_deviceId_t xi_deviceId, const char* xi_filen
   }
   status = QVR_loadImageFile(xi_deviceId, xi_filename);
   if (QVR_STATUS_ERROR(status)) {
-    QVR_TRACE(QVRLOG_WARNING, "Failed loading image file %s\n", xi_filename);
+    TRACE_LOG(QVRLOG_WARNING, "Failed loading image file %s\n", xi_filename);
     return status;
   }
   return QVR_activateImage(xi_deviceId, ROM_DEFAULT_ENTRY_POINT);

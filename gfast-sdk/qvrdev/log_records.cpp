@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "chip/log_records.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
 #include "driver/envelope.h"
@@ -14,6 +15,8 @@
 #include "qvrdev/device_table.h"
 #include "qvrdev/log_text.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -92,7 +95,7 @@ std::string originOf(const LogRecord& record, const QVR_deviceInfo_t& device) {
 
 }  // namespace
 
-void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_request) {
+void gfast::QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_request) {
   const gfast_logalm_read& read = xi_request.req_u.logalm_read;
   const QVR_deviceInfo_t device = deviceRecord(xi_deviceId);
   const std::string time = timeOfDay();
@@ -109,7 +112,7 @@ void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_reque
   }
 }
 
-QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken) {
+QVR_retval_t gfast::QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken) {
   char records[QVR_K_MAX_EVT_BUFFER_LEN] = {};
   gfast_iocreq request = emptyRequest();
   request.req_u.logalm_read.buf = records;

@@ -3,6 +3,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 constexpr size_t QVR_K_MAX_LOG_STRING_LEN = 1024;  // bytes of a rendered line, terminator included
 
 // Log buffers taken from one device in one go: a chatty chip does not keep the thread from the other.
@@ -17,3 +19,5 @@ QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, 
 // "<time> <core><line> - <text>" of the others. A record whose lengths reach past what the driver copied ends
 // the walk; of its parameter words, those that lie beyond what was copied are 0.
 void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_request);
+
+}  // namespace gfast

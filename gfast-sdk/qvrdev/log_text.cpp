@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <optional>
 
+using namespace gfast;
+
 namespace {
 
 constexpr std::string_view kSigned = "di";
@@ -222,6 +224,6 @@ class LogText {
 
 }  // namespace
 
-std::string renderLogText(std::string_view format, const LogParams& params, size_t room) {
+std::string gfast::renderLogText(std::string_view format, const LogParams& params, size_t room) {
   return LogText(format.substr(0, format.find('\0')), params).render(room);
 }

@@ -19,6 +19,8 @@
 #include <string>
 #include <string_view>
 
+namespace gfast {
+
 constexpr size_t kLogParams = 12;
 using LogParams = std::array<uint32_t, kLogParams>;
 
@@ -27,3 +29,5 @@ constexpr int kWidestField = 128;  // columns
 // The rendered text, cut to `room` (at least 1) characters; a line end that the format brings survives the
 // cut. Like any printf format, the text ends at its first zero byte.
 std::string renderLogText(std::string_view format, const LogParams& params, size_t room);
+
+}  // namespace gfast

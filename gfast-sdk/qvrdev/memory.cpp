@@ -1,11 +1,14 @@
 // Chip memory, in pieces that the driver takes.
 #include <qvr.h>
 
+#include <algorithm>
+
 #include "driver/driver.h"
 #include "driver/envelope.h"
 #include "qvrdev/requests.h"
 #include "qvrdev/require.h"
-#include "std/bits.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -45,7 +48,7 @@ QVR_retval_t transfer(const Access& access, QVR_deviceId_t device, uint32_t addr
     return QVR_E_DEVICE_NOT_EXISTS;
   }
   do {
-    const uint32_t length = min(left, access.mostBytes);
+    const uint32_t length = std::min(left, access.mostBytes);
     if (!access.piece(descriptor, address, bytes, length)) {
       return access.failure;
     }

@@ -5,10 +5,13 @@
 #include <system_error>
 #include <thread>
 
+#include "chip/boot_register.h"
 #include "clock/clock.h"
 #include "qvrdev/device_events.h"
 #include "qvrdev/device_table.h"
 #include "qvrdev/log_records.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -131,14 +134,14 @@ void NotificationRound::checkDevice(QVR_deviceId_t device) {
   }
 }
 
-void* QVR_asyncNotificationHandler(void* /*xi_unused*/) {
+void* gfast::QVR_asyncNotificationHandler(void* /*xi_unused*/) {
   NotificationRound round;
   for (;;) {
     round.step();
   }
 }
 
-QVR_retval_t startNotificationThread() {
+QVR_retval_t gfast::startNotificationThread() {
   try {
     std::thread(QVR_asyncNotificationHandler, nullptr).detach();
   } catch (const std::system_error&) {

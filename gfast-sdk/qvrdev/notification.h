@@ -9,6 +9,8 @@
 
 #include "qvrdev/callbacks.h"
 
+namespace gfast {
+
 constexpr uint32_t QVR_K_POLLING_INTERVAL = 500000;  // microseconds, the wait of one round
 constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_PERIOD =
     5 * (1000000 / QVR_K_POLLING_INTERVAL);  // rounds between two liveness checks
@@ -54,3 +56,5 @@ void* QVR_asyncNotificationHandler(void* xi_unused);
 // Starts the thread, which runs until the process ends.
 //   QVR_E_FAILED_CREATING_THREAD  the system has no thread to give
 QVR_retval_t startNotificationThread();
+
+}  // namespace gfast

@@ -5,6 +5,8 @@
 
 #include "driver/driver.h"
 
+namespace gfast {
+
 constexpr int kRequestFailed = -1;
 
 // Sends the request: the failure code when the device cannot be opened or the driver refuses.
@@ -16,3 +18,5 @@ inline QVR_retval_t sendRequest(QVR_deviceId_t device, uint32_t code, gfast_iocr
   }
   return driver().request(descriptor, code, request) == kRequestFailed ? failure : QVR_E_STATUS_OK;
 }
+
+}  // namespace gfast

@@ -5,6 +5,8 @@
 
 #include "qvrassert/qvrassert.h"
 
+namespace gfast {
+
 constexpr const char* kDeviceLayer = "../qvrdev.c";  // the device layer's name in assertions
 
 // Messages of the assertion on a device id: of requests, of readings, of the table.
@@ -24,3 +26,5 @@ inline void requireEvenLength(uint32_t numBytes, int line = __builtin_LINE()) {
              static_cast<int>(numBytes));
   }
 }
+
+}  // namespace gfast

@@ -1,13 +1,18 @@
 // Resetting chips, and moving the system between line state and system configuration state.
+
 #include <qvr.h>
 
 #include <chrono>
 
+#include "chip/boot_register.h"
+#include "chip/registers.h"
 #include "clock/clock.h"
 #include "qvrdev/sbr.h"
 #include "qvrlog/qvrlog.h"
 #include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -121,7 +126,7 @@ QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, BOOL xi_waitForConfig
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     status = QVR_readModifyWriteSBR(device, kActivationState, waitForConfig ? kActivationState : 0);
     if (QVR_STATUS_ERROR(status)) {
-      QVR_TRACE(QVRLOG_WARNING, "Failed on ReadModifyWrite of SBR\n");
+      TRACE_LOG(QVRLOG_WARNING, "Failed on ReadModifyWrite of SBR\n");
       return status;
     }
   }

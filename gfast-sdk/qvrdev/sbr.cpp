@@ -2,10 +2,13 @@
 
 #include <cstdio>
 
+#include "chip/boot_register.h"
 #include "qvrdev/require.h"
 #include "std/byte_order.h"
 
-QVR_retval_t readSBR(QVR_deviceId_t device, uint32_t& sbr) {
+using namespace gfast;
+
+QVR_retval_t gfast::readSBR(QVR_deviceId_t device, uint32_t& sbr) {
   uint8_t word[4] = {};
   const QVR_retval_t status = QVR_readmem(device, SBR_REG_ADDRESS, word, sizeof word);
   if (QVR_STATUS_OK(status)) {
@@ -14,7 +17,7 @@ QVR_retval_t readSBR(QVR_deviceId_t device, uint32_t& sbr) {
   return status;
 }
 
-QVR_retval_t writeSBR(QVR_deviceId_t device, uint32_t sbr) {
+QVR_retval_t gfast::writeSBR(QVR_deviceId_t device, uint32_t sbr) {
   uint8_t word[4];
   store_le32(word, sbr);
   return QVR_writemem(device, SBR_REG_ADDRESS, word, sizeof word);

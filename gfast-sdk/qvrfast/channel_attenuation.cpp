@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <array>
 
+#include "chip/tones.h"
 #include "qvrfast/test_parameter.h"
 #include "qvrline/line_signals.h"
 #include "qvrline/medley_set.h"
 #include "qvrline/phy_params.h"
 #include "qvrlog/qvrlog.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -20,7 +23,7 @@ using Encoding = std::numeric_limits<int16_t>;
 // To whole decibels first; so no value is ever encoded as G9972_HLOG_NO_VALUE, which is not a multiple of 10.
 int16_t encodeHlog(double received, double sent) {
   const double gain = received - sent - QVR_K_LINE_DRIVER_GAIN_DB - kGreatestGain;
-  return encode(std::round(gain) / -kUnit, Encoding::min(), Encoding::max(), G9972_HLOG_NO_VALUE);
+  return encode<int16_t>(std::round(gain) / -kUnit, Encoding::min(), Encoding::max(), G9972_HLOG_NO_VALUE);
 }
 
 QVR_retval_t encodeHlogs(const LineInShowtime& line, const double* sent, const double* received,
@@ -47,13 +50,13 @@ QVR_retval_t getHlog(QVR_lineId_t lineId, Direction direction, LineInShowtime* l
     status = readSent(*line, senderOf(*line, direction), sent.data());
   }
   if (QVR_STATUS_ERROR(status)) {
-    QVR_TRACE(QVRLOG_ERR, "Failed reading TX signal (%d)\n", status);
+    TRACE_LOG(QVRLOG_ERR, "Failed reading TX signal (%d)\n", status);
     return status;
   }
   Levels received;
   status = readReceived(*line, receiverOf(*line, direction), nullptr, received.data(), nullptr);
   if (QVR_STATUS_ERROR(status)) {
-    QVR_TRACE(QVRLOG_ERR, "Failed reading RX signal (%d)\n", status);
+    TRACE_LOG(QVRLOG_ERR, "Failed reading RX signal (%d)\n", status);
     return status;
   }
   return encodeHlogs(*line, sent.data(), received.data(), hlog);
@@ -92,14 +95,14 @@ QVR_retval_t QVR_getSignalAttenuation(QVR_lineId_t lineId, Direction direction, 
   G9972_HLOGps_t hlog;
   QVR_retval_t status = getHlog(lineId, direction, &line, hlog);
   if (QVR_STATUS_ERROR(status)) {
-    QVR_TRACE(QVRLOG_ERR, "Failed reading HLOG (%1d)\n", status);
+    TRACE_LOG(QVRLOG_ERR, "Failed reading HLOG (%1d)\n", status);
     return status;
   }
   // Of both directions the far end's: the chips shape their spectra alike.
   Levels amplitudes;
   status = readSentAmplitude(line, LineEnd::kFar, amplitudes.data());
   if (QVR_STATUS_ERROR(status)) {
-    QVR_TRACE(QVRLOG_ERR, "Failed reading far-end TX Signal (%1d)\n", status);
+    TRACE_LOG(QVRLOG_ERR, "Failed reading far-end TX Signal (%1d)\n", status);
     return status;
   }
   return encodeAttenuation(line, hlog, amplitudes.data(), attenuation);

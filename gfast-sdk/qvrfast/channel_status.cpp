@@ -1,8 +1,11 @@
 // What each direction of a line carries. The chip knows what it receives and what it transmits; upstream and
 // downstream are the network's words for the two.
-#include <qvr.h>
 
 #include "qvrline/line_table.h"
+
+#include <qvr.h>
+
+using namespace gfast;
 
 namespace {
 

@@ -8,6 +8,8 @@
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_table.h"
 
+using namespace gfast;
+
 namespace {
 
 constinit CallbackSlot<QVR_24hrEventCB> periodic24hrEventCB;
@@ -45,7 +47,7 @@ QVR_intervalLinkCounterDB_t& sumUpDay(LineHistory& history, time_t time) {
 
 }  // namespace
 
-void QVR_update24hrHistoryDatabase(QVR_lineId_t xi_lineId, time_t xi_boundary) {
+void gfast::QVR_update24hrHistoryDatabase(QVR_lineId_t xi_lineId, time_t xi_boundary) {
   QVR_intervalLinkCounterDB_t last;
   updateRunningInterval(xi_lineId, readForClosing, &last);
   const LockedHistory history(xi_lineId);
@@ -64,7 +66,7 @@ void QVR_update24hrHistoryDatabase(QVR_lineId_t xi_lineId, time_t xi_boundary) {
   }
 }
 
-void notify24hrEvent(QVR_lineId_t line, const char* stamp, time_t time) {
+void gfast::notify24hrEvent(QVR_lineId_t line, const char* stamp, time_t time) {
   periodic24hrEventCB.notify(line, stamp, time);
 }
 

@@ -1,7 +1,10 @@
 // Every interval of a line's history, newest first.
-#include <qvr.h>
 
 #include "qvrfast/interval_history.h"
+
+#include <qvr.h>
+
+using namespace gfast;
 
 namespace {
 

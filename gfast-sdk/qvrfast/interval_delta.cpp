@@ -2,6 +2,8 @@
 
 #include "qvrlog/qvrlog.h"
 
+using namespace gfast;
+
 namespace {
 
 using Near = G9972_NEAR_END_COUNTERS_S;
@@ -93,8 +95,8 @@ void limitUnavailableSeconds(QVR_intervalCounterDB_t* snapshots,
 
 }  // namespace
 
-void QVR_update15minPeformanceCounters(QVR_intervalCounterDB_t* xio_snapshots,
-                                       QVR_intervalLinkCounterDB_t* xio_interval) {
+void gfast::QVR_update15minPeformanceCounters(QVR_intervalCounterDB_t* xio_snapshots,
+                                              QVR_intervalLinkCounterDB_t* xio_interval) {
   QVR_performanceCounterDB_t& near = xio_interval->neCounters;
   QVR_performanceCounterDB_t& far = xio_interval->feCounters;
   fill(kLineCounters, *xio_snapshots, &near.linePerformanceCounters, &far.linePerformanceCounters);
@@ -104,18 +106,18 @@ void QVR_update15minPeformanceCounters(QVR_intervalCounterDB_t* xio_snapshots,
   const QVR_linePerformance_t& line = near.linePerformanceCounters;
   const Near& start = xio_snapshots->prev15minSnapshot.ne;
   const Near& now = xio_snapshots->curr15minSnapshot.ne;
-  QVR_TRACE(QVRLOG_DEBUG, "RPA = %d prev RPA=%d curr RPA=%d\n", shown(line.RPA), shown(start.RPA),
+  TRACE_LOG(QVRLOG_DEBUG, "RPA = %d prev RPA=%d curr RPA=%d\n", shown(line.RPA), shown(start.RPA),
             shown(now.RPA));
-  QVR_TRACE(QVRLOG_DEBUG, "UAS = %d prev UAS=%d curr=UAS=%d\n", shown(line.UAS), shown(start.UAS),
+  TRACE_LOG(QVRLOG_DEBUG, "UAS = %d prev UAS=%d curr=UAS=%d\n", shown(line.UAS), shown(start.UAS),
             shown(now.UAS));
-  QVR_TRACE(QVRLOG_DEBUG, "EFB = %d prev EFB=%d curr EFB=%d\n", shown(near.channelPerformanceCounters.EFB),
+  TRACE_LOG(QVRLOG_DEBUG, "EFB = %d prev EFB=%d curr EFB=%d\n", shown(near.channelPerformanceCounters.EFB),
             shown(start.EFB), shown(now.EFB));
-  QVR_TRACE(QVRLOG_DEBUG, "BSW = %d prev BSW=%d curr BSW=%d\n", shown(line.BSW), shown(start.BSW),
+  TRACE_LOG(QVRLOG_DEBUG, "BSW = %d prev BSW=%d curr BSW=%d\n", shown(line.BSW), shown(start.BSW),
             shown(now.BSW));
 }
 
-void QVR_accumulateIntervalCounters(QVR_performanceCounterDB_t* xio_sum,
-                                    const QVR_performanceCounterDB_t* xi_added) {
+void gfast::QVR_accumulateIntervalCounters(QVR_performanceCounterDB_t* xio_sum,
+                                           const QVR_performanceCounterDB_t* xi_added) {
   add(kLineCounters, xi_added->linePerformanceCounters, &xio_sum->linePerformanceCounters);
   add(kChannelCounters, xi_added->channelPerformanceCounters, &xio_sum->channelPerformanceCounters);
 }

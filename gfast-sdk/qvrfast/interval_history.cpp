@@ -4,6 +4,8 @@
 
 #include "qvrline/line_table.h"
 
+using namespace gfast;
+
 namespace {
 
 struct History {
@@ -31,7 +33,7 @@ void restart(Ring& ring) {
 
 LockedHistory::LockedHistory(QVR_lineId_t line) : line_(historyOf(line)), locked_(history.mutex) {}
 
-void restartHistory() {
+void gfast::restartHistory() {
   for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
     const LockedHistory locked(line);
     restart(locked->quarterHours);

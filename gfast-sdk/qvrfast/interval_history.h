@@ -8,6 +8,8 @@
 #include <array>
 #include <mutex>
 
+namespace gfast {
+
 // The indices go round in as many entries as there are intervals in the history; the one entry more that the
 // array holds is never reached by going round.
 template <uint8_t Intervals>
@@ -63,3 +65,5 @@ class LockedHistory {
 
 // Both rings of both lines start at their first entry; entries keep what they hold.
 void restartHistory();
+
+}  // namespace gfast

@@ -1,14 +1,18 @@
 // Who is at the ends of a line. Vendors, serial numbers and texts are byte strings: they keep the order they
 // have in chip memory and on the wire.
+
 #include <qvr.h>
 
 #include <cstdio>
 #include <cstring>
 
+#include "chip/inventory.h"
 #include "qvrfast/version_text.h"
 #include "qvrline/eoc.h"
 #include "qvrline/line_table.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 

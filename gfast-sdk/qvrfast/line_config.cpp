@@ -8,6 +8,8 @@
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
 
+using namespace gfast;
+
 namespace {
 
 savedLineDb_t saved{};  // the command thread's own
@@ -50,7 +52,7 @@ QVR_retval_t QVR_getLineConfig(QVR_lineId_t xi_lineId, QVR_lineConfig_t* xo_conf
   for (const QVR_lineConfigParamTable_t& row : lineConfigParamTable) {
     if (row.getParam != nullptr &&
         QVR_STATUS_ERROR(row.getParam(xi_lineId, row.paramId, config + row.addressOffset))) {
-      QVR_TRACE(QVRLOG_WARNING, "Failed getting parameter %d\n", static_cast<int>(row.paramId));
+      TRACE_LOG(QVRLOG_WARNING, "Failed getting parameter %d\n", static_cast<int>(row.paramId));
     }
   }
   return QVR_E_STATUS_OK;
@@ -80,7 +82,7 @@ QVR_retval_t QVR_saveLineConfigState() {
   return status;
 }
 
-const savedLineDb_t& savedLineDb() {
+const savedLineDb_t& gfast::savedLineDb() {
   return saved;
 }
 

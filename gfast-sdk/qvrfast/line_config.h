@@ -4,6 +4,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 // Each takes the line, the parameter, and where the field lies. A failure leaves the field as it was, unless
 // noted. A parameter that is no number of two or four bytes is QVR_E_ERROR.
 QVR_retval_t QVR_getMF(QVR_lineId_t lineId, eConstParams id, void* field);  // G9972_MF_t: MF_36, unasked
@@ -42,3 +44,5 @@ struct savedLineDb_t {
 
 // What QVR_saveLineConfigState has kept; the command thread's own.
 const savedLineDb_t& savedLineDb();
+
+}  // namespace gfast

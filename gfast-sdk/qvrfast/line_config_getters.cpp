@@ -1,9 +1,12 @@
 #include <cstring>
 
+#include "chip/registers.h"
 #include "qvrdev/device_table.h"
 #include "qvrfast/line_config.h"
 #include "qvrline/line_table.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -66,12 +69,12 @@ QVR_retval_t getTestMode(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t lin
 
 }  // namespace
 
-QVR_retval_t QVR_getMF(QVR_lineId_t /*lineId*/, eConstParams /*id*/, void* field) {
+QVR_retval_t gfast::QVR_getMF(QVR_lineId_t /*lineId*/, eConstParams /*id*/, void* field) {
   store(field, MF_36);
   return QVR_E_STATUS_OK;
 }
 
-QVR_retval_t QVR_getCE(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getCE(QVR_lineId_t lineId, eConstParams id, void* field) {
   uint32_t samples = 0;
   const QVR_retval_t status = readNumber(lineId, id, samples);
   if (QVR_STATUS_OK(status)) {
@@ -80,7 +83,7 @@ QVR_retval_t QVR_getCE(QVR_lineId_t lineId, eConstParams id, void* field) {
   return status;
 }
 
-QVR_retval_t QVR_getRFIBANDS(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getRFIBANDS(QVR_lineId_t lineId, eConstParams id, void* field) {
   G9972_subCarrierIdxRange_t bands[QVR_K_MAX_SUBCARRIER_RANGES] = {};
   QVR_retval_t status = QVR_E_STATUS_OK;
   uint32_t next = id;
@@ -93,7 +96,7 @@ QVR_retval_t QVR_getRFIBANDS(QVR_lineId_t lineId, eConstParams id, void* field) 
   return status;
 }
 
-QVR_retval_t QVR_getBoolParam(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getBoolParam(QVR_lineId_t lineId, eConstParams id, void* field) {
   uint32_t disabled = 0;
   const QVR_retval_t status = readNumber(lineId, id, disabled);
   if (QVR_STATUS_OK(status)) {
@@ -102,15 +105,15 @@ QVR_retval_t QVR_getBoolParam(QVR_lineId_t lineId, eConstParams id, void* field)
   return status;
 }
 
-QVR_retval_t QVR_getByteParam(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getByteParam(QVR_lineId_t lineId, eConstParams id, void* field) {
   return getLowBits<uint8_t>(lineId, id, field);
 }
 
-QVR_retval_t QVR_getWordParam(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getWordParam(QVR_lineId_t lineId, eConstParams id, void* field) {
   return getLowBits<uint16_t>(lineId, id, field);
 }
 
-QVR_retval_t QVR_getLongParam(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getLongParam(QVR_lineId_t lineId, eConstParams id, void* field) {
   uint32_t number = 0;
   std::memcpy(&number, field, sizeof number);
   const QVR_retval_t status = readNumber(lineId, id, number);
@@ -118,7 +121,7 @@ QVR_retval_t QVR_getLongParam(QVR_lineId_t lineId, eConstParams id, void* field)
   return status;
 }
 
-QVR_retval_t QVR_getIAT_REIN(QVR_lineId_t lineId, eConstParams id, void* field) {
+QVR_retval_t gfast::QVR_getIAT_REIN(QVR_lineId_t lineId, eConstParams id, void* field) {
   constexpr struct {
     uint32_t hertz;
     G9972_IAT_REIN_t rate;
@@ -133,15 +136,15 @@ QVR_retval_t QVR_getIAT_REIN(QVR_lineId_t lineId, eConstParams id, void* field) 
   return status;
 }
 
-QVR_retval_t QVR_getRtxTestMode(QVR_lineId_t lineId, eConstParams /*id*/, void* field) {
+QVR_retval_t gfast::QVR_getRtxTestMode(QVR_lineId_t lineId, eConstParams /*id*/, void* field) {
   return getTestMode(lineId, VIRT_ADDR_RTX_TESTMODE, field);
 }
 
-QVR_retval_t QVR_getTpsTestMode(QVR_lineId_t lineId, eConstParams /*id*/, void* field) {
+QVR_retval_t gfast::QVR_getTpsTestMode(QVR_lineId_t lineId, eConstParams /*id*/, void* field) {
   return getTestMode(lineId, VIRT_ADDR_TPS_TESTMODE, field);
 }
 
-QVR_retval_t QVR_getDraTestMode(QVR_lineId_t /*lineId*/, eConstParams /*id*/, void* field) {
+QVR_retval_t gfast::QVR_getDraTestMode(QVR_lineId_t /*lineId*/, eConstParams /*id*/, void* field) {
   store(field, FALSE);
   return QVR_E_STATUS_OK;
 }

@@ -3,6 +3,8 @@
 #include "qvrdev/callbacks.h"
 #include "qvrfast/time_stamp.h"
 
+using namespace gfast;
+
 namespace {
 
 constinit CallbackSlot<QVR_lineFailureCB> lineFailureCB;
@@ -25,7 +27,8 @@ void QVR_registerlineFailuresCB(QVR_lineFailureCB xi_callback) {
   lineFailureCB.store(xi_callback);
 }
 
-void QVR_LinkFailureEventHandler(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason, time_t xi_time) {
+void gfast::QVR_LinkFailureEventHandler(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason,
+                                        time_t xi_time) {
   QVR_lineFailures_t failures{};
   formatTimeStamp(xi_time, failures.timeStampString);
   failures.timeStamp = xi_time;

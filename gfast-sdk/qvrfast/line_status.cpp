@@ -1,9 +1,12 @@
 // How a line is: margins, powers and lengths from the chip's counter blocks and from what the far end
 // measures, and how the last initialisation went.
-#include <qvr.h>
 
 #include "qvrdev/device_table.h"
+
+#include <qvr.h>
 #include "qvrline/line_table.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -61,7 +64,7 @@ QVR_retval_t QVR_getLineStatus(QVR_lineId_t xi_lineId, QVR_lineStatus_t* xo_stat
   const QVR_deviceInfo_t device = deviceRecord(line.deviceId);
   takeInitialization(device, line.narrowLineID, xo_status);
   const QVR_lineState_t state = device.lineState[line.narrowLineID];
-  xo_status->LINK_STATE = state == LS_IDLE ? L3 : L0N;
+  xo_status->LINK_STATE = state == LS_IDLE ? G9972_LINK_STATE_L3 : G9972_LINK_STATE_L0N;
   xo_status->SNRMds = QVR_K_LEVEL_NOT_AVAILABLE;
   xo_status->SNRMus = QVR_K_LEVEL_NOT_AVAILABLE;
   xo_status->ACTATPus = QVR_K_LEVEL_NOT_AVAILABLE;

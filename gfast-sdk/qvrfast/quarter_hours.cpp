@@ -10,6 +10,8 @@
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
 
+using namespace gfast;
+
 namespace {
 
 constexpr uint32_t kWholeInterval = QVR_K_SECS_IN_15MIN_COLLECTION_INTERVAL;
@@ -137,15 +139,15 @@ void writeAndAdvance(QVR_lineId_t lineId, const QVR_intervalLinkCounterDB_t& int
 
 }  // namespace
 
-void QVR_15minCounterUpdateNotificationHandler(QVR_lineId_t xi_lineId, time_t xi_boundary) {
+void gfast::QVR_15minCounterUpdateNotificationHandler(QVR_lineId_t xi_lineId, time_t xi_boundary) {
   requireLine(xi_lineId);
   const uint32_t number = intervalNumberAt(xi_boundary);
   G9972_timeStamp_t stamp;
   formatTimeStamp(xi_boundary, stamp);
-  QVR_TRACE(QVRLOG_DEBUG, "timestamp = %u timestampstring=%s interval = %1d\n",
+  TRACE_LOG(QVRLOG_DEBUG, "timestamp = %u timestampstring=%s interval = %1d\n",
             static_cast<unsigned>(xi_boundary), stamp, static_cast<int>(number));
   if (number == kFirstOfDay) {
-    QVR_TRACE(QVRLOG_DEBUG, "Updating 24 hour database at time %s...\n", stamp);
+    TRACE_LOG(QVRLOG_DEBUG, "Updating 24 hour database at time %s...\n", stamp);
     QVR_update24hrHistoryDatabase(xi_lineId, xi_boundary);
     notify24hrEvent(xi_lineId, stamp, xi_boundary);
   }
@@ -160,8 +162,8 @@ void QVR_15minCounterUpdateNotificationHandler(QVR_lineId_t xi_lineId, time_t xi
   }
 }
 
-QVR_retval_t updateRunningInterval(QVR_lineId_t line, CounterReader reader,
-                                   QVR_intervalLinkCounterDB_t* interval) {
+QVR_retval_t gfast::updateRunningInterval(QVR_lineId_t line, CounterReader reader,
+                                          QVR_intervalLinkCounterDB_t* interval) {
   time_t now = 0;
   const uint32_t secondsLeft = QVR_secsTo15minBoundary(&now);
   const QVR_lineDescriptor_t descriptor = QVR_lineDescriptorForLine(line);

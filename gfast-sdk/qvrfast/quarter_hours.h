@@ -3,6 +3,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 // A line's quarter hour has ended and its counters have been read: its entry is written, and the next one
 // begins. The entry bears the number and the time of the quarter hour that begins at the boundary. Runs on
 // the notification thread.
@@ -17,3 +19,5 @@ using CounterReader = QVR_retval_t (*)(QVR_lineId_t line, G9972_PM_COUNTERS_S* l
 //   the reader's result, with the entry's counters left as they are
 QVR_retval_t updateRunningInterval(QVR_lineId_t line, CounterReader reader,
                                    QVR_intervalLinkCounterDB_t* interval);
+
+}  // namespace gfast

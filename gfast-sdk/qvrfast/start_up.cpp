@@ -1,10 +1,13 @@
 // The library's start, in one call.
-#include <qvr.h>
 
 #include "qvrfast/interval_history.h"
+
+#include <qvr.h>
 #include "qvrfast/line_failures.h"
 #include "qvrfast/quarter_hours.h"
 #include "qvrline/interval_counters.h"
+
+using namespace gfast;
 
 namespace {
 

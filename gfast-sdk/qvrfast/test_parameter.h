@@ -9,6 +9,8 @@
 
 #include "qvrline/tone_memory.h"
 
+namespace gfast {
+
 enum class Direction { kDownstream, kUpstream };
 
 // The end that receives the direction, and the one that sends it.
@@ -35,3 +37,5 @@ Encoded encode(double value, Encoded lowest, Encoded highest, Encoded none) {
 // What a table holds where nothing was read.
 template <typename Value>
 constexpr Value kNotRead = std::numeric_limits<Value>::quiet_NaN();
+
+}  // namespace gfast

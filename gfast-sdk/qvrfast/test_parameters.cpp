@@ -8,6 +8,8 @@
 #include "qvrline/medley_set.h"
 #include "qvrline/snr_tables.h"
 
+using namespace gfast;
+
 namespace {
 
 constexpr uint8_t kHighestSnr = G9972_SNR_NO_VALUE - 1;

@@ -1,6 +1,9 @@
 #include "qvrfast/time_stamp.h"
 
 #include <cstdio>
+#include <ctime>
+
+using namespace gfast;
 
 namespace {
 
@@ -18,7 +21,7 @@ tm localTime(time_t time) {
 
 }  // namespace
 
-void formatTimeStamp(time_t time, G9972_timeStamp_t& stamp) {
+void gfast::formatTimeStamp(time_t time, G9972_timeStamp_t& stamp) {
   const tm local = localTime(time);
   // strftime leaves a buffer undefined that is too short, so each part has room to spare and is cut later.
   char moment[48];
@@ -34,7 +37,7 @@ void formatTimeStamp(time_t time, G9972_timeStamp_t& stamp) {
   }
 }
 
-uint32_t intervalNumberAt(time_t time) {
+uint32_t gfast::intervalNumberAt(time_t time) {
   const tm local = localTime(time);
   const auto seconds = static_cast<uint32_t>(local.tm_hour) * kSecondsInHour +
                        static_cast<uint32_t>(local.tm_min) * kSecondsInMinute +

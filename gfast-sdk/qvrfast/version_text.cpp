@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string_view>
 
+using namespace gfast;
+
 namespace {
 
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
@@ -51,7 +53,7 @@ class TextScanner {
 
 }  // namespace
 
-void rewriteVersion(VersionForm form, QVR_versionText_t& text) {
+void gfast::rewriteVersion(VersionForm form, QVR_versionText_t& text) {
   QVR_versionText_t original;
   std::memcpy(original, text, sizeof original);
   TextScanner scanner({original, strnlen(original, sizeof original)});

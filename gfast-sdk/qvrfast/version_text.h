@@ -3,6 +3,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 using QVR_versionText_t = char[sizeof QVR_inventoryParameters_t::VERSION];
 
 // What a version text of three numbers and a word becomes: those, or with a 0 as fourth number before the
@@ -14,3 +16,5 @@ enum class VersionForm { kThreeNumbers, kFourNumbers };
 // dropped. The result is cut to the field, zeros behind it, the last byte always one. A text of any other
 // shape stays as it is, and so does one with a number above 255 or a sign: those are no version numbers.
 void rewriteVersion(VersionForm form, QVR_versionText_t& text);
+
+}  // namespace gfast

@@ -1,6 +1,9 @@
 #include "qvrline/afe_params.h"
 
+#include "chip/tones.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -23,7 +26,7 @@ QVR_retval_t readOfLine(QVR_lineId_t lineId, LineEnd end, QVR_AFE_PARAMS_t* afe)
 
 }  // namespace
 
-QVR_retval_t readAfe(const LineInShowtime& line, LineEnd end, QVR_AFE_PARAMS_t* afe) {
+QVR_retval_t gfast::readAfe(const LineInShowtime& line, LineEnd end, QVR_AFE_PARAMS_t* afe) {
   uint32_t gain = 0;
   if (const QVR_retval_t status = readWord(line, end, VIRT_ADDR_RX_GAIN, &gain); QVR_STATUS_ERROR(status)) {
     return status;

@@ -3,9 +3,12 @@
 #include <algorithm>
 #include <array>
 
+#include "chip/tones.h"
 #include "qvrline/medley_set.h"
 #include "qvrline/tone_memory.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -86,7 +89,7 @@ uint32_t lengthOfList(const Entries& entries) {
 
 }  // namespace
 
-QVR_retval_t QVR_readBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits, BOOL xi_isTx) {
+QVR_retval_t gfast::QVR_readBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits, BOOL xi_isTx) {
   const bool isTx = xi_isTx == TRUE;
   LineInShowtime line{};
   MedleySet set;
@@ -104,7 +107,7 @@ QVR_retval_t QVR_readBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits, 
   return QVR_E_STATUS_OK;
 }
 
-QVR_retval_t QVR_readRMCBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits, BOOL xi_isTx) {
+QVR_retval_t gfast::QVR_readRMCBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo_bits, BOOL xi_isTx) {
   const bool isTx = xi_isTx == TRUE;
   LineInShowtime line{};
   MedleySet set;

@@ -6,6 +6,8 @@
 
 #include "qvrline/line_table.h"
 
+using namespace gfast;
+
 namespace {
 
 // Trivially destructible, so the notification thread may use them for as long as the process lives.
@@ -19,15 +21,16 @@ std::mutex& QVR_eocLockForLine(QVR_lineId_t lineId) {
 
 }  // namespace
 
-void QVR_EOC_CaptureLine(QVR_lineId_t lineId) {
+void gfast::QVR_EOC_CaptureLine(QVR_lineId_t lineId) {
   QVR_eocLockForLine(lineId).lock();
 }
 
-void QVR_EOC_ReleaseLine(QVR_lineId_t lineId) {
+void gfast::QVR_EOC_ReleaseLine(QVR_lineId_t lineId) {
   QVR_eocLockForLine(lineId).unlock();
 }
 
-QVR_retval_t askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response, uint32_t size) {
+QVR_retval_t gfast::askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response,
+                              uint32_t size) {
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);
   if (line.deviceId == QVR_K_DEVICE_NULL) {
     return QVR_E_NO_DEVICE_FOR_LINE;

@@ -3,6 +3,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 // Lock and unlock the line's channel. A line id out of range is assertion 200.
 void QVR_EOC_CaptureLine(QVR_lineId_t lineId);
 void QVR_EOC_ReleaseLine(QVR_lineId_t lineId);
@@ -24,3 +26,5 @@ class EocExchange {
 //   QVR_E_NO_DEVICE_FOR_LINE          the line has no device
 //   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange, or a response shorter than the record
 QVR_retval_t askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response, uint32_t size);
+
+}  // namespace gfast

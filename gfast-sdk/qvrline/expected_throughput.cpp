@@ -3,11 +3,13 @@
 // The board's answers are compared with those of the chip and of other machines digit by digit, so every
 // operation is one of single precision, in the order written: nothing may be held more precisely, reordered
 // or fused (the library is built without contraction).
-#include <cfloat>
-
 #include <qvr.h>
 
+#include <cfloat>
+
 #include "qvrline/line_table.h"
+
+using namespace gfast;
 
 static_assert(FLT_EVAL_METHOD == 0, "single precision must be evaluated as such");
 

@@ -1,12 +1,15 @@
 // Counter blocks and measurements of the far end: its chip memory over the eoc, and what it answers when
 // asked.
-#include <cstring>
-
 #include <qvr.h>
 
+#include <cstring>
+
+#include "chip/counters.h"
 #include "qvrline/eoc.h"
 #include "qvrline/line_table.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 

@@ -1,15 +1,19 @@
 // Memory of the modem at the far end, read over the line's embedded operations channel, a piece an exchange.
+
 #include <qvr.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cstring>
 
+#include "chip/far_end_messages.h"
 #include "qvrassert/qvrassert.h"
 #include "qvrline/eoc.h"
 #include "qvrline/line_table.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -79,7 +83,7 @@ QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void
   }
   auto* bytes = static_cast<uint8_t*>(xo_buffer);
   for (uint32_t done = 0; done < xi_numBytes;) {
-    const uint32_t length = min<uint32_t>(xi_numBytes - done, MGMT_MAX_DATA);
+    const uint32_t length = std::min<uint32_t>(xi_numBytes - done, MGMT_MAX_DATA);
     const QVR_retval_t status =
         readPiece(xi_lineId, {xi_address + done, length, ++sequence_number}, bytes + done);
     if (QVR_STATUS_ERROR(status)) {

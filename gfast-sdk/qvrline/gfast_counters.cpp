@@ -1,10 +1,13 @@
 // The chip's counter blocks of a line, at the near end: read from chip memory and turned into values.
-#include <cstring>
-
 #include <qvr.h>
 
+#include <cstring>
+
+#include "chip/counters.h"
 #include "qvrline/line_table.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 

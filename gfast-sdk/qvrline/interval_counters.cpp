@@ -4,6 +4,8 @@
 
 #include "qvrlog/qvrlog.h"
 
+using namespace gfast;
+
 namespace {
 
 constinit std::atomic<QVR_15minCounterUpdateNotificationCB> counter_update{nullptr};
@@ -27,15 +29,15 @@ void endQuarterHour(QVR_lineId_t line, time_t boundary) {
 
 }  // namespace
 
-void QVR_resetIntervalCounters(QVR_intervalCounterDB_t* xio_counters) {
+void gfast::QVR_resetIntervalCounters(QVR_intervalCounterDB_t* xio_counters) {
   xio_counters->prev15minSnapshot = xio_counters->curr15minSnapshot;
 }
 
-void QVR_register15minCounterUpdateNotificationCB(QVR_15minCounterUpdateNotificationCB xi_callback) {
+void gfast::QVR_register15minCounterUpdateNotificationCB(QVR_15minCounterUpdateNotificationCB xi_callback) {
   counter_update = xi_callback;
 }
 
-void QVR_15minCounterEventHandler(time_t xi_boundary) {
+void gfast::QVR_15minCounterEventHandler(time_t xi_boundary) {
   for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
     endQuarterHour(line, xi_boundary);
   }

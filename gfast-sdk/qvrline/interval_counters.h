@@ -5,6 +5,8 @@
 
 #include "qvrline/line_table.h"
 
+namespace gfast {
+
 // The running quarter hour starts at the latest read.
 void QVR_resetIntervalCounters(QVR_intervalCounterDB_t* xio_counters);
 
@@ -16,3 +18,5 @@ void QVR_register15minCounterUpdateNotificationCB(QVR_15minCounterUpdateNotifica
 // A quarter hour ends. Runs on the notification thread. A line that cannot be read is skipped: its next
 // quarter hour then spans both.
 void QVR_15minCounterEventHandler(time_t xi_boundary);
+
+}  // namespace gfast

@@ -1,9 +1,13 @@
 // Letting lines train, re-initialising them, taking them down.
 #include <qvr.h>
 
+#include <algorithm>
+
+#include "chip/registers.h"
 #include "qvrline/line_table.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -27,7 +31,8 @@ QVR_retval_t QVR_resetLine(QVR_lineId_t xi_lineId) {
 
 QVR_retval_t QVR_resetLines() {
   // A device lost and found again counts once more, and there are no lines for it.
-  const uint32_t lines = min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES);
+  const uint32_t lines =
+      std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES);
   QVR_retval_t lastFailure = QVR_E_STATUS_OK;
   for (uint32_t line = 0; line < lines; line++) {
     const QVR_retval_t status = QVR_resetLine(static_cast<QVR_lineId_t>(line));

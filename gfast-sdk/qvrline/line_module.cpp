@@ -11,6 +11,8 @@
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
 
+using namespace gfast;
+
 namespace {
 
 bool initialized = false;  // the command thread's own
@@ -47,7 +49,7 @@ std::vector<QVR_lineId_t> buildLineTable() {
 
 }  // namespace
 
-QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters) {
+QVR_retval_t gfast::QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters) {
   GFAST_FRAMER_INIT_COUNTERS_S framing{};
   const QVR_retval_t status = QVR_readGfastFramerInitCounters(lineId, &framing);
   if (QVR_STATUS_ERROR(status)) {
@@ -86,8 +88,8 @@ void QVR_registerlinkStateChangeCB(QVR_LinkStateChangeCB xi_callback, QVR_linkSt
   link_state_observer = xi_callback;
 }
 
-void QVR_linkStateChangeEventHandler(QVR_lineId_t internalId, G9701_linkState_t oldState,
-                                     G9701_linkState_t newState) {
+void gfast::QVR_linkStateChangeEventHandler(QVR_lineId_t internalId, G9701_linkState_t oldState,
+                                            G9701_linkState_t newState) {
   if (const QVR_LinkStateChangeCB observer = link_state_observer) {
     observer(QVR_int2log(internalId), oldState, newState);
   }
@@ -96,7 +98,7 @@ void QVR_linkStateChangeEventHandler(QVR_lineId_t internalId, G9701_linkState_t 
   }
 }
 
-void QVR_rebootNotificationHandler() {
+void gfast::QVR_rebootNotificationHandler() {
   for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
     QVR_refreshLineInfo(line, TRUE);
   }
@@ -106,7 +108,7 @@ BOOL QVR_isLineUp(QVR_lineId_t xi_lineId) {
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(xi_lineId);
   QVR_deviceInfo_t info;
   if (QVR_STATUS_ERROR(QVR_getDeviceInfo(line.deviceId, &info))) {
-    QVR_TRACE(QVRLOG_WARNING, "Failed getting device info for device (%1d)\n", line.deviceId);
+    TRACE_LOG(QVRLOG_WARNING, "Failed getting device info for device (%1d)\n", line.deviceId);
     return FALSE;
   }
   return info.lineState[line.narrowLineID] == LS_SHOWTIME ? TRUE : FALSE;

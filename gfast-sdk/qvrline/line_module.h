@@ -3,6 +3,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 // A line, by its internal number, changed its state: tells the observer, and takes the framing of a line that
 // reached showtime.
 void QVR_linkStateChangeEventHandler(QVR_lineId_t internalId, G9701_linkState_t oldState,
@@ -15,3 +17,5 @@ void QVR_rebootNotificationHandler();
 // afresh too. Runs on either thread.
 //   as QVR_readGfastFramerInitCounters
 QVR_retval_t QVR_refreshLineInfo(QVR_lineId_t lineId, BOOL reinitCounters);
+
+}  // namespace gfast

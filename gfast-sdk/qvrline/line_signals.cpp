@@ -4,8 +4,12 @@
 #include <cmath>
 #include <limits>
 
+#include "chip/tones.h"
 #include "qvrline/afe_params.h"
+#include "qvrline/receive_path.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -98,8 +102,8 @@ QVR_retval_t readReceivedOfLine(QVR_lineId_t lineId, LineEnd end, double* feq, d
 
 }  // namespace
 
-QVR_retval_t readReceived(const LineInShowtime& line, LineEnd end, double* feq, double* calibrated,
-                          QVR_AFE_PARAMS_t* afe) {
+QVR_retval_t gfast::readReceived(const LineInShowtime& line, LineEnd end, double* feq, double* calibrated,
+                                 QVR_AFE_PARAMS_t* afe) {
   Equaliser equaliser;
   if (const QVR_retval_t status = readEqualiser(line, end, &equaliser); QVR_STATUS_ERROR(status)) {
     return status;
@@ -122,11 +126,11 @@ QVR_retval_t readReceived(const LineInShowtime& line, LineEnd end, double* feq, 
   return QVR_E_STATUS_OK;
 }
 
-QVR_retval_t readSent(const LineInShowtime& line, LineEnd end, double* level) {
+QVR_retval_t gfast::readSent(const LineInShowtime& line, LineEnd end, double* level) {
   return readValues(line, end, VIRT_ADDR_TX_SIGNAL, sentLevel, level);
 }
 
-QVR_retval_t readSentAmplitude(const LineInShowtime& line, LineEnd end, double* amplitude) {
+QVR_retval_t gfast::readSentAmplitude(const LineInShowtime& line, LineEnd end, double* amplitude) {
   return readValues(line, end, VIRT_ADDR_TX_FEQ, sentAmplitude, amplitude);
 }
 

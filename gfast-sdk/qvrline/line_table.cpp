@@ -7,6 +7,8 @@
 
 #include "qvrassert/qvrassert.h"
 
+using namespace gfast;
+
 namespace {
 
 constexpr std::array<QVR_lineId_t, QVR_K_MAX_LINES> logicalToInternalPortMappingTable{0, 1};
@@ -35,19 +37,19 @@ bool& closing(QVR_lineId_t lineId) {
 
 }  // namespace
 
-void requireLine(QVR_lineId_t lineId) {
+void gfast::requireLine(QVR_lineId_t lineId) {
   if (lineId < 0 || lineId > QVR_K_LINE_ID_LAST) {
     DoAssert(QVR_K_ASSERT_LINE, kLineLayer, __LINE__, "Invalid Line Identifier", 1, lineId);
   }
 }
 
-QVR_lineDescriptor_t QVR_lineDescriptorForLine(QVR_lineId_t lineId) {
+QVR_lineDescriptor_t gfast::QVR_lineDescriptorForLine(QVR_lineId_t lineId) {
   requireLine(lineId);
   const Locked locked(table.mutex);
   return descriptor(lineId);
 }
 
-void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLine, BOOL isDPside) {
+void gfast::addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLine, BOOL isDPside) {
   const Locked locked(table.mutex);
   QVR_lineDescriptor_t& line = table.lineTable[static_cast<size_t>(internalId)];
   line.deviceId = deviceId;
@@ -57,17 +59,17 @@ void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLi
   table.numberOfLines++;
 }
 
-uint32_t numberOfLines() {
+uint32_t gfast::numberOfLines() {
   const Locked locked(table.mutex);
   return table.numberOfLines;
 }
 
-void clearNumberOfLines() {
+void gfast::clearNumberOfLines() {
   const Locked locked(table.mutex);
   table.numberOfLines = 0;
 }
 
-void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing) {
+void gfast::storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing) {
   const Locked locked(table.mutex);
   QVR_lineDescriptor_t& line = descriptor(lineId);
   line.phyParams = {framing.firstTone, framing.numProcessedTones};
@@ -81,32 +83,32 @@ void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& frami
   line.rxLogicalFrameNumSym = framing.rxLogicalFrameNumSym;
 }
 
-void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters) {
+void gfast::storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters) {
   const Locked locked(table.mutex);
   descriptor(lineId).counters = counters;
   closing(lineId) = false;
 }
 
-void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
+void gfast::storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
   const Locked locked(table.mutex);
   if (!closing(lineId)) {
     descriptor(lineId).counters.curr15minSnapshot = latest;
   }
 }
 
-void storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
+void gfast::storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest) {
   const Locked locked(table.mutex);
   descriptor(lineId).counters.curr15minSnapshot = latest;
   closing(lineId) = true;
 }
 
-void moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after) {
+void gfast::moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after) {
   const Locked locked(table.mutex);
   uint32_t& start = descriptor(lineId).counters.prev15minSnapshot.ne.UAS;
   start = start == before ? after : start;
 }
 
-void buildLineNumberMap() {
+void gfast::buildLineNumberMap() {
   for (QVR_lineId_t logical = 0; logical <= QVR_K_LINE_ID_LAST; logical++) {
     internalToLogicalPortMappingTable[static_cast<size_t>(QVR_log2int(logical))] = logical;
   }

@@ -5,6 +5,8 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
 struct QVR_intervalCounterDB_t {
   G9972_PM_COUNTERS_S curr15minSnapshot;  // the latest read
   G9972_PM_COUNTERS_S prev15minSnapshot;  // at the start of the running quarter hour
@@ -62,3 +64,5 @@ void moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t 
 
 // Fills the map from internal to logical line numbers, the inverse of the fixed one.
 void buildLineNumberMap();
+
+}  // namespace gfast

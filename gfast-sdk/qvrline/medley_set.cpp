@@ -1,10 +1,11 @@
 #include "qvrline/medley_set.h"
 
-#include <gfast_tone_memory.h>
-
 #include <algorithm>
 
+#include "chip/tones.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -36,8 +37,8 @@ bool markBand(const QVR_band_t& band, QVR_medleySetLUT_t table) {
 
 }  // namespace
 
-QVR_retval_t QVR_getMedleySetLUT(const QVR_lineDescriptor_t& xi_line, BOOL xi_isUpstream,
-                                 QVR_medleyset_t* xo_set, QVR_medleySetLUT_t xo_table) {
+QVR_retval_t gfast::QVR_getMedleySetLUT(const QVR_lineDescriptor_t& xi_line, BOOL xi_isUpstream,
+                                        QVR_medleyset_t* xo_set, QVR_medleySetLUT_t xo_table) {
   const bool transmitted = (xi_isUpstream == TRUE) != (xi_line.isDPsideLink == TRUE);
   const uint32_t address = transmitted ? VIRT_ADDR_MEDLEY_SET_US(xi_line.narrowLineID)
                                        : VIRT_ADDR_MEDLEY_SET_DS(xi_line.narrowLineID);
@@ -56,11 +57,11 @@ QVR_retval_t QVR_getMedleySetLUT(const QVR_lineDescriptor_t& xi_line, BOOL xi_is
   return onGrid ? QVR_E_STATUS_OK : QVR_E_ERROR;
 }
 
-uint32_t QVR_findLowestSubcarrierInMedleySet(const QVR_medleySetLUT_t xi_table, uint32_t xi_size) {
+uint32_t gfast::QVR_findLowestSubcarrierInMedleySet(const QVR_medleySetLUT_t xi_table, uint32_t xi_size) {
   return static_cast<uint32_t>(std::find(xi_table, xi_table + xi_size, TRUE) - xi_table);
 }
 
-uint32_t QVR_findHighestSubcarrierInMedleySet(const QVR_medleySetLUT_t xi_table, uint32_t xi_size) {
+uint32_t gfast::QVR_findHighestSubcarrierInMedleySet(const QVR_medleySetLUT_t xi_table, uint32_t xi_size) {
   uint32_t tone = xi_size;
   while (tone > 0 && xi_table[tone - 1] != TRUE) {
     tone--;
@@ -68,7 +69,7 @@ uint32_t QVR_findHighestSubcarrierInMedleySet(const QVR_medleySetLUT_t xi_table,
   return tone == 0 ? 0 : tone - 1;
 }
 
-QVR_retval_t readMedleySet(const QVR_lineDescriptor_t& line, bool isUpstream, MedleySet* set) {
+QVR_retval_t gfast::readMedleySet(const QVR_lineDescriptor_t& line, bool isUpstream, MedleySet* set) {
   QVR_medleyset_t record;
   const QVR_retval_t status = QVR_getMedleySetLUT(line, isUpstream ? TRUE : FALSE, &record, set->contains);
   if (QVR_STATUS_OK(status)) {

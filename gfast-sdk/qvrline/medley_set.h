@@ -5,6 +5,8 @@
 
 #include "qvrline/line_table.h"
 
+namespace gfast {
+
 // Reads a set from the near end and spreads it out by subcarrier: the one the chip transmits on (type 1) when
 // xi_isUpstream differs from the line's isDPsideLink, the one it receives on (type 0) when they are the same.
 //   QVR_E_ERROR  32 bands or more; a subcarrier past the grid, with those up to there already spread out
@@ -28,3 +30,5 @@ struct MedleySet {
 
 //   as QVR_getMedleySetLUT
 QVR_retval_t readMedleySet(const QVR_lineDescriptor_t& line, bool isUpstream, MedleySet* set);
+
+}  // namespace gfast

@@ -1,12 +1,14 @@
 #include "qvrline/phy_params.h"
+#include <algorithm>
 
 #include "qvrline/line_module.h"
 #include "qvrline/line_table.h"
-#include "std/bits.h"
 
-QVR_linePhyParams_t withinGrid(const QVR_linePhyParams_t& said) {
-  const uint32_t left = QVR_MAX_NUMBER_OF_TONES - min(said.firstTone, QVR_MAX_NUMBER_OF_TONES);
-  return {said.firstTone, min(said.numProcessedTones, left)};
+using namespace gfast;
+
+QVR_linePhyParams_t gfast::withinGrid(const QVR_linePhyParams_t& said) {
+  const uint32_t left = QVR_MAX_NUMBER_OF_TONES - std::min(said.firstTone, QVR_MAX_NUMBER_OF_TONES);
+  return {said.firstTone, std::min(said.numProcessedTones, left)};
 }
 
 QVR_retval_t QVR_getLinePhyParams(QVR_lineId_t xi_lineId, QVR_linePhyParams_t* xo_params) {

@@ -1,13 +1,17 @@
 #include "qvrline/snr_tables.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
 
+#include "chip/far_end_messages.h"
+#include "chip/tones.h"
 #include "qvrline/eoc.h"
 #include "qvrline/medley_set.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -51,7 +55,7 @@ QVR_retval_t readWindow(const LineInShowtime& line, uint32_t tone, uint32_t coun
 
 QVR_retval_t readEnergies(const LineInShowtime& line, Energies* energies) {
   for (uint32_t done = 0; done < line.tones.numProcessedTones;) {
-    const uint32_t count = min(line.tones.numProcessedTones - done, MAX_TONES_PER_READ_OPERATIONS);
+    const uint32_t count = std::min(line.tones.numProcessedTones - done, MAX_TONES_PER_READ_OPERATIONS);
     const QVR_retval_t status = readWindow(line, line.tones.firstTone + done, count, energies->data() + done);
     if (QVR_STATUS_ERROR(status)) {
       return status;
@@ -136,11 +140,11 @@ QVR_retval_t readFarEnd(const LineInShowtime& line, QVR_SNRTBL_t snr) {
   }
   Block block{};
   for (; block.first <= set.highest; block.first += block.count) {
-    block.count = min(set.highest - block.first + 1, PMD_VECTOR_MAX_SUBCARRIERS);
+    block.count = std::min(set.highest - block.first + 1, PMD_VECTOR_MAX_SUBCARRIERS);
     if (const QVR_retval_t status = insistOnBlock(line, &block); QVR_STATUS_ERROR(status)) {
       return status;
     }
-    for (uint32_t tone = max(block.first, set.lowest); tone < block.first + block.count; tone++) {
+    for (uint32_t tone = std::max(block.first, set.lowest); tone < block.first + block.count; tone++) {
       snr[tone - set.lowest] = decodeFarEnd(block.valueOf(tone));
     }
   }
@@ -155,7 +159,7 @@ QVR_retval_t readOfLine(QVR_lineId_t lineId, LineEnd end, QVR_SNRTBL_t snr) {
 
 }  // namespace
 
-QVR_retval_t readSnr(const LineInShowtime& line, LineEnd end, QVR_SNRTBL_t snr) {
+QVR_retval_t gfast::readSnr(const LineInShowtime& line, LineEnd end, QVR_SNRTBL_t snr) {
   return end == LineEnd::kNear ? readNearEnd(line, snr) : readFarEnd(line, snr);
 }
 

@@ -1,6 +1,8 @@
 #include "qvrline/tone_memory.h"
 
-QVR_retval_t findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line) {
+using namespace gfast;
+
+QVR_retval_t gfast::findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line) {
   if (QVR_deviceIdforLine(lineId) == QVR_K_DEVICE_NULL || QVR_isLineUp(lineId) != TRUE) {
     return QVR_E_ERROR;
   }
@@ -10,8 +12,8 @@ QVR_retval_t findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line) {
   return status;
 }
 
-QVR_retval_t readTones(const LineInShowtime& line, LineEnd end, uint32_t (*addressOf)(uint32_t linkId),
-                       void* bytes, uint32_t size) {
+QVR_retval_t gfast::readTones(const LineInShowtime& line, LineEnd end, uint32_t (*addressOf)(uint32_t linkId),
+                              void* bytes, uint32_t size) {
   if (size == 0) {
     return QVR_E_STATUS_OK;
   }

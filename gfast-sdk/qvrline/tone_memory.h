@@ -1,10 +1,11 @@
 // A line in showtime, and the chip memory at either end of it that is laid out by subcarrier.
 #pragma once
 
-#include <gfast_tone_memory.h>
 #include <qvr.h>
 
 #include "qvrline/line_table.h"
+
+namespace gfast {
 
 constexpr int MAX_RETRIES = 50;  // readings of what a chip writes meanwhile
 
@@ -27,3 +28,5 @@ QVR_retval_t findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line);
 //   as QVR_readmem or QVR_readmemFarEnd
 QVR_retval_t readTones(const LineInShowtime& line, LineEnd end, uint32_t (*addressOf)(uint32_t linkId),
                        void* bytes, uint32_t size);
+
+}  // namespace gfast

@@ -1,14 +1,16 @@
 // The coefficients of a line's receive-side canceller and transmit-side precoder (ITU-T G.9701).
+#include <qvr.h>
+
+#include <algorithm>
 #include <array>
 #include <memory>
 #include <new>
 
-#include <gfast_tone_memory.h>
-#include <qvr.h>
-
+#include "chip/tones.h"
 #include "qvrline/line_table.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -86,7 +88,7 @@ QVR_retval_t QVR_readVectMatrix(QVR_lineId_t xi_lineId, uint32_t xi_address, int
       continue;
     }
     failures = 0;
-    const uint32_t amount = min(kBlockData, xi_sizeInBytes - offset);
+    const uint32_t amount = std::min(kBlockData, xi_sizeInBytes - offset);
     for (uint32_t i = 0; i + kValueSize <= amount; i += kValueSize) {
       *xo_values++ = static_cast<int16_t>(load_le16(&block[kBlockHeader + i]));
     }

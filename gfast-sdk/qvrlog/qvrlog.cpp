@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <iterator>
 
+using namespace gfast;
+
 namespace {
 
 std::atomic<bool> initialized{false};
@@ -38,8 +40,8 @@ const char* QVR_traceLogLevelString(QVR_logSeverity_t xi_level) {
   return level < std::size(kSeverityNames) ? kSeverityNames[level] : "LOG_UNKNOWN";
 }
 
-void QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function, int xi_line,
-                         const char* xi_format, ...) {
+void gfast::QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function, int xi_line,
+                                const char* xi_format, ...) {
   if (static_cast<uint32_t>(xi_severity) > log_level) {
     return;
   }

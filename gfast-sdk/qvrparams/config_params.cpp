@@ -1,14 +1,19 @@
 // Reading and writing parameters, one by one and all at once.
+
 #include <qvr.h>
 
 #include <array>
 #include <cstring>
 
+#include "chip/boot_register.h"
+#include "chip/parameters.h"
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
 #include "qvrparams/covered_memory.h"
 #include "qvrparams/dictionary.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -76,7 +81,7 @@ QVR_retval_t QVR_getConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void
   const QVR_deviceId_t device = QVR_deviceIdforLine(xi_lineId);
   const QVR_paramInfo_t* slot = dictionary.slotOf(xi_id);
   if (slot == nullptr) {
-    QVR_TRACE(QVRLOG_WARNING, "Parameter with ID=%1d not found in dictionary\n", static_cast<int>(xi_id));
+    TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%1d not found in dictionary\n", static_cast<int>(xi_id));
     return QVR_E_UNSUPPORTED_PARAMETER;
   }
   QVR_retval_t status = refresh(dictionary, device, slot->param_offset, slot->param_len);
@@ -95,7 +100,7 @@ QVR_retval_t QVR_setConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, cons
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(xi_lineId);
   const QVR_paramInfo_t* slot = dictionary.slotOf(xi_id);
   if (slot == nullptr) {
-    QVR_TRACE(QVRLOG_WARNING, "Parameter with ID=%1d not found in dictionary\n", static_cast<int>(xi_id));
+    TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%1d not found in dictionary\n", static_cast<int>(xi_id));
     return QVR_E_UNSUPPORTED_PARAMETER;
   }
   const ChipBytes bytes = chipBytes(xi_value, slot->param_len);

@@ -2,6 +2,8 @@
 
 #include <array>
 
+using namespace gfast;
+
 namespace {
 
 bool isOdd(size_t length) {
@@ -10,7 +12,7 @@ bool isOdd(size_t length) {
 
 }  // namespace
 
-QVR_retval_t readCovered(QVR_deviceId_t device, uint32_t address, std::vector<uint8_t>& bytes) {
+QVR_retval_t gfast::readCovered(QVR_deviceId_t device, uint32_t address, std::vector<uint8_t>& bytes) {
   const size_t length = bytes.size();
   bytes.resize(isOdd(length) ? length + 1 : length);
   const QVR_retval_t status = QVR_readmem(device, address, bytes.data(), static_cast<uint32_t>(bytes.size()));
@@ -18,7 +20,7 @@ QVR_retval_t readCovered(QVR_deviceId_t device, uint32_t address, std::vector<ui
   return status;
 }
 
-QVR_retval_t writeCovered(QVR_deviceId_t device, uint32_t address, std::vector<uint8_t> bytes) {
+QVR_retval_t gfast::writeCovered(QVR_deviceId_t device, uint32_t address, std::vector<uint8_t> bytes) {
   if (isOdd(bytes.size())) {
     std::array<uint8_t, 2> lastAndNeighbour{};
     const uint32_t last = address + static_cast<uint32_t>(bytes.size()) - 1;

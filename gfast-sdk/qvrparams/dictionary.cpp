@@ -7,10 +7,12 @@
 #include <memory>
 #include <new>
 
+#include "chip/parameters.h"
 #include "qvrlog/qvrlog.h"
 #include "qvrparams/covered_memory.h"
-#include "std/bits.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -32,12 +34,12 @@ QVR_paramInfo_t unusedSlot() {
 // The size itself unless it is beyond belief; a chip must not make the library read for minutes.
 uint32_t believedSize(const char* what, uint32_t size, uint32_t most, uint32_t instead) {
   if (size % kBytesOfWord != 0) {
-    QVR_TRACE(QVRLOG_WARNING, "Size of %s is not a multiple of 4 (%u)\n", what, size);
+    TRACE_LOG(QVRLOG_WARNING, "Size of %s is not a multiple of 4 (%u)\n", what, size);
   }
   if (size <= most) {
     return size;
   }
-  QVR_TRACE(QVRLOG_WARNING, "Size of %s is too large (%u), taken as %u\n", what, size, instead);
+  TRACE_LOG(QVRLOG_WARNING, "Size of %s is too large (%u), taken as %u\n", what, size, instead);
   return instead;
 }
 
@@ -79,12 +81,12 @@ void fillSlot(QVR_paramsDictionary_t& dictionary, uint32_t position, uint32_t wo
     return;
   }
   if (offset + length > dictionary.startupParameters.size()) {
-    QVR_TRACE(QVRLOG_WARNING, "Parameter with ID=%u leaves the parameter area (offset %u, length %u)\n", id,
+    TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%u leaves the parameter area (offset %u, length %u)\n", id,
               offset, length);
     return;
   }
   if (dictionary.slotOf(id) != nullptr) {
-    QVR_TRACE(QVRLOG_WARNING, "Parameter with ID=%u is more than once in dictionary\n", id);
+    TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%u is more than once in dictionary\n", id);
   }
   QVR_paramInfo_t& slot = dictionary.param_info[id];
   slot.param_id = id & 0x3FFU;
@@ -100,10 +102,10 @@ void fillSlot(QVR_paramsDictionary_t& dictionary, uint32_t position, uint32_t wo
 void fillSlots(QVR_paramsDictionary_t& dictionary, const std::vector<uint32_t>& words) {
   dictionary.param_info.assign(slotsFor(words), unusedSlot());
   if (words.size() != dictionary.param_info.size()) {
-    QVR_TRACE(QVRLOG_WARNING, "Dictionary has %zu words for %zu parameters\n", words.size(),
+    TRACE_LOG(QVRLOG_WARNING, "Dictionary has %zu words for %zu parameters\n", words.size(),
               dictionary.param_info.size());
   }
-  const size_t looked = min(words.size(), dictionary.param_info.size());
+  const size_t looked = std::min(words.size(), dictionary.param_info.size());
   for (size_t i = 0; i < looked; i++) {
     fillSlot(dictionary, static_cast<uint32_t>(i), words[i]);
   }
@@ -138,7 +140,7 @@ const QVR_paramInfo_t* QVR_paramsDictionary_t::slotOf(uint32_t id) const {
   return slot.param_id == id && slot.param_entry != kUnusedEntry ? &slot : nullptr;
 }
 
-QVR_paramsDictionary_t& paramsDictionary() {
+QVR_paramsDictionary_t& gfast::paramsDictionary() {
   if (QVR_paramsDictionary_t* known = loadedDictionary) {
     return *known;
   }

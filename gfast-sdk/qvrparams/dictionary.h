@@ -6,7 +6,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "chip/parameters.h"
 #include "qvrparams/startup_parameters.h"
+
+namespace gfast {
 
 struct QVR_paramsDictionary_t {
   QVR_retval_t loadStatus = QVR_E_STATUS_OK;  // of an error the rest is empty
@@ -20,3 +23,5 @@ struct QVR_paramsDictionary_t {
 
 // The dictionary, loaded by the first call; it lives as long as the process.
 QVR_paramsDictionary_t& paramsDictionary();
+
+}  // namespace gfast

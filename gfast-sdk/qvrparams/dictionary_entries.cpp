@@ -1,9 +1,12 @@
 // What the dictionary says of the parameters, and what they are called.
+
 #include <qvr.h>
 
 #include <array>
 
 #include "qvrparams/dictionary.h"
+
+using namespace gfast;
 
 namespace {
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+using namespace gfast;
+
 namespace {
 
 using Locked = std::lock_guard<std::mutex>;

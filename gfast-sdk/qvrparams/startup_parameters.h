@@ -8,6 +8,8 @@
 #include <mutex>
 #include <vector>
 
+namespace gfast {
+
 class StartupParameters {
  public:
   void allocate(size_t size) { bytes_.resize(size); }  // before anyone else knows of it
@@ -24,3 +26,5 @@ class StartupParameters {
   mutable std::mutex mutex_;
   std::vector<uint8_t> bytes_;
 };
+
+}  // namespace gfast

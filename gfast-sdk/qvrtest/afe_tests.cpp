@@ -1,12 +1,14 @@
 // Loop-back measurements of the analogue front end: one line sends, another or the same one captures.
+#include <qvr.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <iterator>
 
-#include <qvr.h>
-
 #include "clock/clock.h"
+
+using namespace gfast;
 
 namespace {
 

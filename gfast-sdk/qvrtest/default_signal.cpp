@@ -2,7 +2,9 @@
 // anew.
 #include "qvrtest/default_signal.h"
 
-constexpr std::array<uint32_t, QVR_K_SIGNAL_WORDS> defaultTxSignal = {
+using namespace gfast;
+
+constexpr std::array<uint32_t, QVR_K_SIGNAL_WORDS> gfast::defaultTxSignal = {
     0xF9710195, 0x0880DE70, 0x177608A5, 0xFF64FE1A, 0x1747F65B, 0xFBB303AC, 0x0926F670, 0x1DA50222,
     0x0E9A02BC, 0xF35D26BC, 0x018A0BE8, 0xFE77F252, 0xE772E836, 0xFA67F4B8, 0xF5360B60, 0xFE70136A,
     0x02A7FB98, 0xDCB6F4C6, 0x13ECFA10, 0xEE2DE49E, 0xFC4DEE70, 0x0CE515A4, 0x034303E1, 0xED6D0A87,

@@ -2,6 +2,8 @@
 
 #include "std/byte_order.h"
 
+using namespace gfast;
+
 namespace {
 
 QVR_retval_t readSlot(const QVR_instruction_t& step, ProgramSlots& slots, const ProgramMemory& memory) {
@@ -24,9 +26,9 @@ QVR_retval_t writeValue(const QVR_instruction_t& step, const ProgramMemory& memo
 
 QVR_retval_t playStep(const QVR_instruction_t& step, ProgramSlots& slots, const ProgramMemory& memory) {
   switch (step.memop) {
-    case readmem:
+    case QVR_MEMOP_READMEM:
       return readSlot(step, slots, memory);
-    case writemem:
+    case QVR_MEMOP_WRITEMEM:
       return writeValue(step, memory);
     default:
       return QVR_E_STATUS_OK;
@@ -35,15 +37,15 @@ QVR_retval_t playStep(const QVR_instruction_t& step, ProgramSlots& slots, const 
 
 }  // namespace
 
-const ProgramMemory kChipMemory{QVR_readmem, QVR_writemem};
+const ProgramMemory gfast::kChipMemory{QVR_readmem, QVR_writemem};
 
-ProgramSlots& testResults() {
+ProgramSlots& gfast::testResults() {
   static ProgramSlots slots{};
   return slots;
 }
 
-QVR_retval_t playProgram(std::span<const QVR_instruction_t> program, ProgramSlots& slots,
-                         const ProgramMemory& memory) {
+QVR_retval_t gfast::playProgram(std::span<const QVR_instruction_t> program, ProgramSlots& slots,
+                                const ProgramMemory& memory) {
   for (const QVR_instruction_t& step : program) {
     if (const QVR_retval_t status = playStep(step, slots, memory); QVR_STATUS_ERROR(status)) {
       return status;

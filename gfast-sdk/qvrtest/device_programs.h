@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <span>
 
+namespace gfast {
+
 // Counters a device has room for among the results, and all of them, of every device that a program
 // addresses.
 constexpr size_t kExtcomCountersPerDevice =
@@ -33,3 +35,5 @@ extern const ProgramMemory kChipMemory;
 
 // The module's slots, which QVR_executeProgram fills.
 ProgramSlots& testResults();
+
+}  // namespace gfast

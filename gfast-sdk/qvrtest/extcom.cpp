@@ -3,6 +3,8 @@
 #include <initializer_list>
 #include <span>
 
+using namespace gfast;
+
 namespace {
 
 // A lane unit behind its block's pair of words.
@@ -46,18 +48,18 @@ struct Draft {
                            std::initializer_list<uint32_t> values) {
     for (const LaneUnit& unit : kLaneUnits) {
       for (const uint32_t value : values) {
-        add(writemem, device, unit.control, commandFor(unit, registerNumber));
-        add(writemem, device, unit.data, value);
-        add(writemem, device, unit.control, kCarryOutWrite);
+        add(QVR_MEMOP_WRITEMEM, device, unit.control, commandFor(unit, registerNumber));
+        add(QVR_MEMOP_WRITEMEM, device, unit.data, value);
+        add(QVR_MEMOP_WRITEMEM, device, unit.control, kCarryOutWrite);
       }
     }
   }
 
   constexpr void readErrors(QVR_deviceId_t device, std::span<const uint32_t, kUnitsPerDevice> slots) {
     for (size_t i = 0; i < kUnitsPerDevice; i++) {
-      add(writemem, device, kLaneUnits[i].control, commandFor(kLaneUnits[i], kErrorCounter));
-      add(writemem, device, kLaneUnits[i].control, kCarryOutRead);
-      add(readmem, device, kLaneUnits[i].data, slots[i]);
+      add(QVR_MEMOP_WRITEMEM, device, kLaneUnits[i].control, commandFor(kLaneUnits[i], kErrorCounter));
+      add(QVR_MEMOP_WRITEMEM, device, kLaneUnits[i].control, kCarryOutRead);
+      add(QVR_MEMOP_READMEM, device, kLaneUnits[i].data, slots[i]);
     }
   }
 };
@@ -98,11 +100,12 @@ constexpr int32_t kNotMeasured = -1;
 
 }  // namespace
 
-constexpr std::array<QVR_instruction_t, kStartPrbsSteps> startPRBSTestProgram = draftStart().steps;
-constexpr std::array<QVR_instruction_t, kPrbsResultsSteps> getPRBSTestResultsProgram = draftResults().steps;
+constexpr std::array<QVR_instruction_t, kStartPrbsSteps> gfast::startPRBSTestProgram = draftStart().steps;
+constexpr std::array<QVR_instruction_t, kPrbsResultsSteps> gfast::getPRBSTestResultsProgram =
+    draftResults().steps;
 
-QVR_retval_t collectExtcomErrors(ProgramSlots& slots, const ProgramMemory& memory,
-                                 QVR_extcomPortErrors_t& results) {
+QVR_retval_t gfast::collectExtcomErrors(ProgramSlots& slots, const ProgramMemory& memory,
+                                        QVR_extcomPortErrors_t& results) {
   slots.fill(kNotMeasured);
   const QVR_retval_t status = playProgram(getPRBSTestResultsProgram, slots, memory);
   if (QVR_STATUS_ERROR(status)) {

@@ -8,6 +8,8 @@
 
 #include "qvrtest/device_programs.h"
 
+namespace gfast {
+
 // Both are written for a cluster of four devices.
 constexpr size_t kStartPrbsSteps = 483;
 constexpr size_t kPrbsResultsSteps = 84;
@@ -19,3 +21,5 @@ extern const std::array<QVR_instruction_t, kPrbsResultsSteps> getPRBSTestResults
 // system's devices; `results` is untouched on failure.
 QVR_retval_t collectExtcomErrors(ProgramSlots& slots, const ProgramMemory& memory,
                                  QVR_extcomPortErrors_t& results);
+
+}  // namespace gfast

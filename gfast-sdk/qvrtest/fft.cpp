@@ -10,6 +10,8 @@
 #include "qvrassert/qvrassert.h"
 #include "qvrtest/fft_stages.h"
 
+using namespace gfast;
+
 namespace {
 
 constexpr double k2Pi = 6.283185307179586;
@@ -186,11 +188,11 @@ double apply(QVR_complex_t* output, const QVR_complex_t* input, FftDirection dir
 
 }  // namespace
 
-void selectFftVariant(const FftVariant& variant) {
+void gfast::selectFftVariant(const FftVariant& variant) {
   stagesVariant = &variant;
 }
 
-bool FFT_init(int nSize, BOOL isUnitary, BOOL isMixed) {
+bool gfast::FFT_init(int nSize, BOOL isUnitary, BOOL isMixed) {
   if (!isAcceptedSize(nSize)) {
     DoAssert(QVR_K_ASSERT_FFT_SIZE, "../fft.c", 66, "size must be a power of 2", 1, nSize);
   }
@@ -209,19 +211,19 @@ bool FFT_init(int nSize, BOOL isUnitary, BOOL isMixed) {
   return true;
 }
 
-int FFT_size() {
+int gfast::FFT_size() {
   return m_nSize;
 }
 
-double FFT_transform(QVR_complex_t* output, const QVR_complex_t* input) {
+double gfast::FFT_transform(QVR_complex_t* output, const QVR_complex_t* input) {
   return apply(output, input, FftDirection::kForward);
 }
 
-double FFT_inverseTransform(QVR_complex_t* output, const QVR_complex_t* input) {
+double gfast::FFT_inverseTransform(QVR_complex_t* output, const QVR_complex_t* input) {
   return apply(output, input, FftDirection::kInverse);
 }
 
-double FFT_transformAbsoluteSquare(QVR_complex_t* output, const QVR_complex_t* input) {
+double gfast::FFT_transformAbsoluteSquare(QVR_complex_t* output, const QVR_complex_t* input) {
   const double gain = FFT_transform(output, input);
   for (int i = 0; i < m_nSize; i++) {
     const double magnitude = std::abs(output[i]);
@@ -230,13 +232,13 @@ double FFT_transformAbsoluteSquare(QVR_complex_t* output, const QVR_complex_t* i
   return gain;
 }
 
-void FFT_convertToComplexVector(QVR_complex_t* output, const COMPLEX16* input) {
+void gfast::FFT_convertToComplexVector(QVR_complex_t* output, const COMPLEX16* input) {
   for (int i = 0; i < m_nSize; i++) {
     output[i] = {static_cast<double>(input[i].re), static_cast<double>(input[i].im)};
   }
 }
 
-void FFT_convertToRealVector(QVR_complex_t* output, const COMPLEX16* input) {
+void gfast::FFT_convertToRealVector(QVR_complex_t* output, const COMPLEX16* input) {
   for (int i = 0; i < m_nSize / 2; i++) {
     *output++ = input[i].re;
     *output++ = input[i].im;

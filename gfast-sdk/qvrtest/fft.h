@@ -8,6 +8,14 @@
 
 #include <qvr.h>
 
+namespace gfast {
+
+// The chip's sample pair as its word is read: the imaginary part is the word's high half.
+struct COMPLEX16 {
+  int16_t im;
+  int16_t re;
+};
+
 // Sets the size, a power of two, and the mode:
 //   unitary  both directions are scaled by 1/sqrt(size); otherwise the inverse by 1/size and the forward not
 //   mixed    for real signals: the transform has 2 * nSize points, and the inverse takes the lower half of a
@@ -34,3 +42,5 @@ double FFT_transformAbsoluteSquare(QVR_complex_t* output, const QVR_complex_t* i
 // real part being the earlier.
 void FFT_convertToComplexVector(QVR_complex_t* output, const COMPLEX16* input);
 void FFT_convertToRealVector(QVR_complex_t* output, const COMPLEX16* input);
+
+}  // namespace gfast

@@ -4,6 +4,8 @@
 
 #include <cstddef>
 
+namespace gfast {
+
 namespace {
 
 // One butterfly at a time, for processors without vectors.
@@ -115,3 +117,5 @@ struct FourLanes {
 #endif
 
 }  // namespace
+
+}  // namespace gfast

@@ -1,6 +1,8 @@
 // Which variants of the stages there are, and which of them this machine runs.
 #include "qvrtest/fft_stages_of_lanes.h"
 
+using namespace gfast;
+
 namespace {
 
 #ifdef __SSE2__
@@ -16,7 +18,7 @@ constexpr FftVariant kVariants[] = {{"one lane", stagesOf<OneLane>}};
 
 }  // namespace
 
-std::span<const FftVariant> fftVariants() {
+std::span<const FftVariant> gfast::fftVariants() {
   const std::span<const FftVariant> variants(kVariants);
 #ifdef GFAST_FFT_AVX2
   return __builtin_cpu_supports("avx2") ? variants : variants.subspan(1);

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <span>
 
+namespace gfast {
+
 // The smallest power of two that the stages take.
 constexpr size_t kLeastStagesSize = 16;
 
@@ -44,3 +46,5 @@ void selectFftVariant(const FftVariant& variant);
 // The variant for processors with AVX2, which no other may run.
 bool fourLaneStages(const FftWorkspace& work, FftDirection direction, const FftOutput& rule,
                     const double* input, double* output);
+
+}  // namespace gfast

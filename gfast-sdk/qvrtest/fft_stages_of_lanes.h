@@ -5,6 +5,8 @@
 #include "qvrtest/fft_lanes.h"
 #include "qvrtest/fft_stages.h"
 
+namespace gfast {
+
 namespace {
 
 template <typename Lanes, FftDirection Direction>
@@ -179,3 +181,5 @@ bool stagesOf(const FftWorkspace& work, FftDirection direction, const FftOutput&
 }
 
 }  // namespace
+
+}  // namespace gfast

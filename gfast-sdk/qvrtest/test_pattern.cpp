@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+using namespace gfast;
+
 namespace {
 
 // Two bits a subcarrier, from subcarrier 1, the most significant first: the signs of the real and of the
@@ -45,9 +47,9 @@ constexpr std::array<QVR_complex_t, kPatternTones> decodePattern() {
 
 }  // namespace
 
-constexpr std::array<QVR_complex_t, kPatternTones> kpatternFreq = decodePattern();
+constexpr std::array<QVR_complex_t, kPatternTones> gfast::kpatternFreq = decodePattern();
 
-void writePattern(QVR_complex_t* spectrum, uint32_t tones) {
+void gfast::writePattern(QVR_complex_t* spectrum, uint32_t tones) {
   for (uint32_t tone = 0; tone < tones; tone++) {
     spectrum[tone] = isLoadedTone(tone) ? kpatternFreq[tone] : 0;
   }

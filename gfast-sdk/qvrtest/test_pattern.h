@@ -5,6 +5,8 @@
 
 #include <array>
 
+namespace gfast {
+
 constexpr uint32_t kPatternTones = 2048;
 constexpr uint32_t kFirstLoadedTone = 43;
 constexpr uint32_t kLastLoadedTone = 1972;
@@ -19,3 +21,5 @@ constexpr bool isLoadedTone(uint32_t tone) {
 
 // The lower half of a symbol's spectrum, `tones` points: the pattern where tones are loaded, 0 elsewhere.
 void writePattern(QVR_complex_t* spectrum, uint32_t tones);
+
+}  // namespace gfast

@@ -1,10 +1,11 @@
 // Test signals: generated from the pattern, sent, captured.
+#include <qvr.h>
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 
-#include <qvr.h>
-
+#include "chip/test_memory.h"
 #include "clock/clock.h"
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
@@ -12,6 +13,8 @@
 #include "qvrtest/fft.h"
 #include "qvrtest/test_pattern.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 
@@ -127,7 +130,7 @@ QVR_retval_t QVR_startSignalTransmission(QVR_lineId_t xi_lineId, const uint32_t*
     store_le32(&temp[i * sizeof(uint32_t)], words[i]);
   }
   const uint32_t address = QVR_G_GHS_TX_BUFF0_ADDR(line.narrowLineID);
-  QVR_TRACE(QVRLOG_DEBUG, "QVR_G_GHS_TX_BUFF0_ADDR = %08X\n", address);
+  TRACE_LOG(QVRLOG_DEBUG, "QVR_G_GHS_TX_BUFF0_ADDR = %08X\n", address);
   return QVR_writemem(line.deviceId, address, temp, sizeof temp);
 }
 
@@ -141,12 +144,12 @@ QVR_retval_t QVR_receiveSignalSnapshot(QVR_lineId_t xi_lineId, QVR_complex_t* xo
     return status;
   }
   const uint32_t counter = QVR_G_TEST_SNAPSHOT_COUNT_ADDR(line.narrowLineID);
-  QVR_TRACE(QVRLOG_DEBUG, "QVR_G_TEST_SNAPSHOT_COUNT_ADDR = %08X\n", counter);
+  TRACE_LOG(QVRLOG_DEBUG, "QVR_G_TEST_SNAPSHOT_COUNT_ADDR = %08X\n", counter);
   if (const QVR_retval_t status = captureSymbol(line.deviceId, counter); QVR_STATUS_ERROR(status)) {
     return status;
   }
   const uint32_t symbol = QVR_G_GHS_RX_FFT_SYMBOL0_ADDR(line.narrowLineID);
-  QVR_TRACE(QVRLOG_DEBUG, "QVR_G_GHS_RX_FFT_SYMBOL0_ADDR = %08X\n", symbol);
+  TRACE_LOG(QVRLOG_DEBUG, "QVR_G_GHS_RX_FFT_SYMBOL0_ADDR = %08X\n", symbol);
   if (const QVR_retval_t status = QVR_readmem(line.deviceId, symbol, temp, sizeof temp);
       QVR_STATUS_ERROR(status)) {
     return status;

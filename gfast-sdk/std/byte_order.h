@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace gfast {
+
 constexpr uint32_t swapl(uint32_t v) {
   return (v >> 24) | ((v >> 8) & 0x0000FF00U) | ((v << 8) & 0x00FF0000U) | (v << 24);
 }
@@ -57,3 +59,5 @@ inline void store_le32(void* to, uint32_t v) {
 inline void store_be32(void* to, uint32_t v) {
   store_le32(to, swapl(v));
 }
+
+}  // namespace gfast

@@ -5,7 +5,7 @@
 #include <regex>
 #include <string>
 
-#include "programs.h"
+#include "console/programs.h"
 
 namespace {
 

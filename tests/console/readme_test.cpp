@@ -4,7 +4,7 @@
 #include <fstream>
 #include <string>
 
-#include "programs.h"
+#include "console/programs.h"
 
 namespace {
 

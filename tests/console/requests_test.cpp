@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "programs.h"
+#include "console/programs.h"
 
 namespace {
 

@@ -12,6 +12,8 @@
 #include "qvrtest/test_pattern.h"
 #include "support/stored_text.h"
 
+using namespace gfast;
+
 namespace {
 
 class Signals : public testing::Test {

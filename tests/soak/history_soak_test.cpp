@@ -7,8 +7,11 @@
 #include <random>
 #include <vector>
 
-#include "simulated_board.h"
-#include "unit/sdk/history.h"
+#include "soak/simulated_board.h"
+#include "unit/sdk/qvrfast/history.h"
+
+using namespace gfast;
+using namespace gfast::board;
 
 namespace {
 

@@ -12,11 +12,15 @@
 #include <memory>
 #include <thread>
 
-#include "board_config.h"
+#include "chip/counters.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
 #include "qvrdev/notification.h"
-#include "virtual_board.h"
+#include "virtual-board/board/board_config.h"
+#include "virtual-board/board/virtual_board.h"
+
+using namespace gfast;
+using namespace gfast::board;
 
 constexpr time_t kPowerUp = 1700006400;  // 2023-11-15 00:00:00 UTC, a midnight
 constexpr int kQuarter_s = 900;

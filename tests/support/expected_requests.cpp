@@ -8,7 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "chip/boot_register.h"
+#include "chip/device_information.h"
+#include "chip/registers.h"
 #include "std/byte_order.h"
+
+using namespace gfast;
 
 namespace {
 

@@ -12,7 +12,12 @@
 #include <string>
 #include <vector>
 
+#include "chip/boot_register.h"
+#include "chip/device_information.h"
+#include "chip/registers.h"
 #include "driver/driver.h"
+
+using namespace gfast;
 
 using Bytes = std::vector<uint8_t>;
 

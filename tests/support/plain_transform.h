@@ -8,6 +8,8 @@
 #include <random>
 #include <vector>
 
+using namespace gfast;
+
 using Points = std::vector<QVR_complex_t>;
 
 enum class Direction { kForward, kInverse };

@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+using namespace gfast;
+
 TestClock::TestClock() {
   installClock(*this);
 }

@@ -9,6 +9,8 @@
 
 #include "clock/clock.h"
 
+using namespace gfast;
+
 class TestClock final : public Clock {
  public:
   // Installs itself. Never destroyed, because the library's own thread may still ask at process exit: use

@@ -6,8 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "qvrcli/command_tree.h"
-#include "qvrcli/interpreter_guard.h"
+#include "qvrcli/session/interpreter_guard.h"
+#include "qvrcli/vocabulary/command_tree.h"
+
+using namespace gfast;
+using namespace gfast::console;
 
 class CapturedConsole {
  public:

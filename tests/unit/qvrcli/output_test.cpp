@@ -1,4 +1,7 @@
-#include "qvrcli/output.h"
+#include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/hexadecimal.h"
+#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/link_states.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -9,6 +12,9 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+using namespace gfast;
+using namespace gfast::console;
 
 namespace {
 

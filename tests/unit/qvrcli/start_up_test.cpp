@@ -4,8 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "qvrcli/output.h"
 #include "qvrcli/qvrcli.h"
+#include "qvrcli/session/session_stream.h"
+
+using namespace gfast;
+using namespace gfast::console;
 
 namespace {
 

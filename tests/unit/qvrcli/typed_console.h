@@ -8,10 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "captured_console.h"
 #include "qvrcli/qvrcli.h"
 #include "support/expected_requests.h"
 #include "support/test_clock.h"
+#include "unit/qvrcli/captured_console.h"
+
+using namespace gfast;
+using namespace gfast::console;
 
 using Lines = std::vector<std::string>;
 

@@ -6,8 +6,10 @@
 #include <cstring>
 
 #include "qvrline/line_table.h"
-#include "seams.h"
 #include "std/byte_order.h"
+#include "unit/sdk/seams.h"
+
+using namespace gfast;
 
 inline ChipIdentity chipWithLine(G9701_linkState_t state) {
   ChipIdentity chip;

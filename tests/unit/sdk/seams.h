@@ -12,6 +12,8 @@
 
 #include "support/expected_requests.h"
 
+using namespace gfast;
+
 // The statement ends the process by a memory fault, having printed what the matcher wants to see on standard
 // output, and without a request that nobody expects.
 #define EXPECT_ASSERTION(statement, matcher) \

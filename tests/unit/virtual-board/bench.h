@@ -15,10 +15,15 @@
 #include <string>
 #include <vector>
 
-#include "board_file.h"
-#include "errno_names.h"
+#include "chip/boot_register.h"
+#include "chip/registers.h"
 #include "std/byte_order.h"
-#include "virtual_board.h"
+#include "virtual-board/base/errno_names.h"
+#include "virtual-board/board/virtual_board.h"
+#include "virtual-board/description/board_file.h"
+
+using namespace gfast;
+using namespace gfast::board;
 
 inline std::string hex(const void* bytes, size_t length) {
   std::string text;

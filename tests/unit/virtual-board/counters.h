@@ -1,9 +1,11 @@
 // The counter blocks as a test reads them.
 #pragma once
 
-#include <gfast_counters.h>
+#include "chip/counters.h"
+#include "unit/virtual-board/bench.h"
 
-#include "bench.h"
+using namespace gfast;
+using namespace gfast::board;
 
 constexpr uint32_t kFramerInit =
     VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FRAMER_CORE, 0, VIRT_GFAST_CNTR_INIT);

@@ -6,7 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "bench.h"
+#include "chip/log_records.h"
+#include "unit/virtual-board/bench.h"
+
+using namespace gfast;
+using namespace gfast::board;
 
 // The texts of a chip's own log records as far as a format's own characters go, without the line ends that
 // each brings: "CP link %u: state %u to %u (0, 3, 4)".

@@ -1,0 +1,88 @@
+#include "qvrcli/config/parameter_commands.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "qvrcli/text/hexadecimal.h"
+#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/line_buffer.h"
+
+namespace gfast::console {
+
+namespace {
+
+// Where the listing goes: the library's callback carries no context.
+cli_def* listingTo = nullptr;
+
+constexpr size_t kNameWidth = 35;
+
+const char* nameOf(const QVR_paramInfo_t& entry) {
+  return QVR_paramName(static_cast<eConstParams>(entry.param_id));
+}
+
+const char* padding(const char* name) {
+  const size_t length = std::strlen(name);
+  return filler(' ', static_cast<uint8_t>(length < kNameWidth ? kNameWidth - length : 0));
+}
+
+BOOL printEntry(uint32_t /*index*/, const QVR_paramInfo_t* entry) {
+  const char* const name = nameOf(*entry);
+  cli_print(listingTo, "%3d %3d %s %s %3d %1d [%08X]", entry->param_entry, entry->param_id, name,
+            padding(name), entry->param_offset, entry->param_len, entry->param_address);
+  return TRUE;
+}
+
+// A value as it is shown: a number in decimal and hexadecimal, anything else byte by byte.
+void writeValue(const QVR_paramInfo_t& entry, const uint8_t* value, char* text, size_t size) {
+  if (entry.param_len == sizeof(uint16_t)) {
+    uint16_t number = 0;
+    std::memcpy(&number, value, sizeof number);
+    std::snprintf(text, size, "%3d (%04X)", number, number);
+  } else if (entry.param_len == sizeof(uint32_t)) {
+    uint32_t number = 0;
+    std::memcpy(&number, value, sizeof number);
+    std::snprintf(text, size, "%3d (%08X)", static_cast<int>(number), number);
+  } else {
+    toHexString(value, entry.param_len, text);
+  }
+}
+
+BOOL printParameter(uint32_t index, const QVR_paramInfo_t* entry) {
+  alignas(uint32_t) uint8_t value[QVR_K_MAX_PARAM_LEN] = {};
+  QVR_getConfigParam(0, static_cast<eConstParams>(index), value);
+  char text[3 * sizeof value + 1];
+  writeValue(*entry, value, text, sizeof text);
+  const char* const name = nameOf(*entry);
+  cli_print(listingTo, "%3d %s %s [%08X] %s %s %s", entry->param_id, name, padding(name),
+            entry->param_address, text, entry->param_config_state == CONFIG_STATE_LINE ? "LCS" : "SCS",
+            entry->param_config_type == CONFIG_TYPE_PER_LINE ? "line" : "device");
+  return TRUE;
+}
+
+}  // namespace
+
+int CLI_showDictionary(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
+  listingTo = cli;
+  QVR_listDictionary(printEntry);
+  return CLI_OK;
+}
+
+int CLI_showParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int line = 0;
+  if (!takeLine(cli, argv, argc, &line)) {
+    return CLI_OK;
+  }
+  listingTo = cli;
+  QVR_listDictionary(printParameter);
+  return CLI_OK;
+}
+
+uint32_t paramNameToParamId(const char* xi_name) {
+  uint32_t id = 0;
+  while (id < QVR_K_PARAM_NAMES && std::strcmp(QVR_paramName(static_cast<eConstParams>(id)), xi_name) != 0) {
+    id++;
+  }
+  return id;
+}
+
+}  // namespace gfast::console

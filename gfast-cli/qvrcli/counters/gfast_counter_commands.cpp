@@ -1,0 +1,163 @@
+#include "qvrcli/counters/gfast_counter_commands.h"
+
+#include <qvr.h>
+
+#include <cstring>
+
+#include "chip/counters.h"
+#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/line_buffer.h"
+
+namespace gfast::console {
+
+namespace {
+
+// The blocks of the line and the end last shown.
+GFAST_DERIVED_COUNTERS_S derivedCounters;
+GFAST_FRAMER_INIT_COUNTERS_S framerInitCounters;
+GFAST_FRAMER_RAW_COUNTERS_S framerRawCounters;
+GFAST_FDU_INIT_COUNTERS_S fduInitCounters;
+GFAST_FDU_RAW_COUNTERS_S fduRawCounters;
+
+enum class Side { kNear, kFar };
+
+// Zero is what a block shows that cannot be read: what was there before may be another line's.
+void clearBlocks() {
+  derivedCounters = {};
+  framerInitCounters = {};
+  framerRawCounters = {};
+  fduInitCounters = {};
+  fduRawCounters = {};
+}
+
+// All five are tried; the last read's result is the result.
+QVR_retval_t readBlocks(QVR_lineId_t line, Side side) {
+  clearBlocks();
+  if (side == Side::kNear) {
+    QVR_readGfastDerivedCounters(line, &derivedCounters);
+    QVR_readGfastFramerInitCounters(line, &framerInitCounters);
+    QVR_readGfastFramerRawCounters(line, &framerRawCounters);
+    QVR_readGfastFduInitCounters(line, &fduInitCounters);
+    return QVR_readGfastFduRawCounters(line, &fduRawCounters);
+  }
+  QVR_readGfastDerivedCountersFE(line, &derivedCounters);
+  QVR_readGfastFramerInitCountersFE(line, &framerInitCounters);
+  QVR_readGfastFramerRawCountersFE(line, &framerRawCounters);
+  QVR_readGfastFduInitCountersFE(line, &fduInitCounters);
+  return QVR_readGfastFduRawCountersFE(line, &fduRawCounters);
+}
+
+void printUnsigned(cli_def* cli, const char* name, uint32_t value) {
+  cli_print(cli, "%35s = %u", name, value);
+}
+void printSigned(cli_def* cli, const char* name, int32_t value) {
+  cli_print(cli, "%35s = %d", name, value);
+}
+
+// One block: the heading with the block's chip address, the fields in chip order, a line holding one blank.
+#define PRINT_UNSIGNED(field) printUnsigned(cli, #field, block.field);
+#define PRINT_SIGNED(field) printSigned(cli, #field, block.field);
+#define PRINT_BLOCK(heading, address, counters, FIELDS) \
+  do {                                                  \
+    const auto& block = (counters);                     \
+    cli_print(cli, heading " (%08x)", (address));       \
+    FIELDS(PRINT_UNSIGNED, PRINT_SIGNED)                \
+    cli_print(cli, " ");                                \
+  } while (false)
+
+// The far end numbers its own line 0, and so do the chips of this board.
+uint32_t blockAddress(uint32_t core, uint32_t type) {
+  return VIRT_ADDR_GFAST_COUNTERS(core, 0, type);
+}
+
+void CLI_printGfastCounters(cli_def* cli) {
+  PRINT_BLOCK("               FRAMER INIT COUNTERS",
+              blockAddress(VIRT_GFAST_CNTR_FRAMER_CORE, VIRT_GFAST_CNTR_INIT), framerInitCounters,
+              GFAST_FRAMER_INIT_COUNTERS_FIELDS);
+  PRINT_BLOCK("                 FDU INIT COUNTERS",
+              blockAddress(VIRT_GFAST_CNTR_FDU_CORE, VIRT_GFAST_CNTR_INIT), fduInitCounters,
+              GFAST_FDU_INIT_COUNTERS_FIELDS);
+  PRINT_BLOCK("                FRAMER RAW COUNTERS",
+              blockAddress(VIRT_GFAST_CNTR_FRAMER_CORE, VIRT_GFAST_CNTR_RAW), framerRawCounters,
+              GFAST_FRAMER_RAW_COUNTERS_FIELDS);
+  PRINT_BLOCK("                   FDU RAW COUNTERS",
+              blockAddress(VIRT_GFAST_CNTR_FDU_CORE, VIRT_GFAST_CNTR_RAW), fduRawCounters,
+              GFAST_FDU_RAW_COUNTERS_FIELDS);
+  PRINT_BLOCK("                   DERIVED COUNTERS",
+              blockAddress(VIRT_GFAST_CNTR_CP_CORE, VIRT_GFAST_CNTR_DERIVED), derivedCounters,
+              GFAST_DERIVED_COUNTERS_FIELDS);
+}
+
+// A name, blanks up to a common column, the value.
+void printLabelled(cli_def* cli, const char* name, uint32_t value) {
+  constexpr size_t column = 25;
+  const size_t length = std::strlen(name);
+  cli_print(cli, "%s %s %u", name, filler(' ', static_cast<uint8_t>(length < column ? column - length : 0)),
+            value);
+}
+
+}  // namespace
+
+int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 0;
+  if (!isValidLineId(argv[0], &lineId)) {
+    cli_print(cli, "invalid line number");
+    return CLI_OK;
+  }
+  Side side = Side::kNear;
+  if (argc > 1 && isKeyword(argv[1], "fe")) {
+    side = Side::kFar;
+  } else if (argc > 1 && !isKeyword(argv[1], "ne")) {
+    cli_print(cli, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
+    return CLI_OK;
+  }
+  const QVR_retval_t status = readBlocks(lineId, side);
+  if (QVR_STATUS_OK(status)) {
+    CLI_printGfastCounters(cli);
+  } else if (side == Side::kNear) {
+    cli_print(cli, "QVR_readGfastCounters failed");
+  } else {
+    cli_print(cli, "QVR_readGfastCounters failed (%d)", static_cast<int>(status));
+  }
+  return CLI_OK;
+}
+
+int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 0;
+  if (!takeLine(cli, argv, argc, &lineId)) {
+    return CLI_OK;
+  }
+  G9701_ManagementCounters_t counters;
+  const QVR_retval_t status = QVR_readFarEndFTUmanagementCounters(lineId, &counters);
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "CLI_showRemoteManagemenCounters failed (%d)", static_cast<int>(status));
+    return CLI_OK;
+  }
+#define PRINT_LABELLED(field) printLabelled(cli, #field, counters.field);
+  G9701_MANAGEMENT_COUNTERS_FIELDS(PRINT_LABELLED, PRINT_LABELLED)
+#undef PRINT_LABELLED
+  return CLI_OK;
+}
+
+int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 0;
+  if (!takeLine(cli, argv, argc, &lineId)) {
+    return CLI_OK;
+  }
+  G9701_PMDTestParameters_t parameters;
+  const QVR_retval_t status = QVR_readFarEndPMDTestParameters(lineId, &parameters);
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "CLI_showPMDTestParameters failed (%d)", static_cast<int>(status));
+    return CLI_OK;
+  }
+  printLabelled(cli, "SNRM", parameters.SNRM);
+  printLabelled(cli, "ATTNDR", parameters.ATTNDR);
+  printLabelled(cli, "nearEnd_ACTATP", parameters.nearEnd_ACTATP);
+  printLabelled(cli, "farEnd_INP_act_shine", parameters.farEnd_INP_act_shine);
+  printLabelled(cli, "farEnd_actualSNRM_RMC", parameters.farEnd_actualSNRM_RMC);
+  printLabelled(cli, "RXpower_dBm_DS", parameters.RXpower_dBm_DS);
+  return CLI_OK;
+}
+
+}  // namespace gfast::console

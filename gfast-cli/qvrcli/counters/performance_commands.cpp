@@ -1,0 +1,296 @@
+#include "qvrcli/counters/performance_commands.h"
+
+#include <string>
+
+#include "qvrcli/qvrcli.h"
+#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/line_buffer.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr size_t kLabelWidth = 20;
+
+// A label with its padding.
+std::string padded(const std::string& label) {
+  const size_t width = label.size() < kLabelWidth ? kLabelWidth - label.size() : 0;
+  return label + ' ' + filler(' ', static_cast<uint8_t>(width));
+}
+
+void printNumber(cli_def* session, const std::string& label, uint32_t value) {
+  cli_print(session, "%s %1d", padded(label).c_str(), static_cast<int>(value));
+}
+
+void printText(cli_def* session, const std::string& label, const char* text) {
+  cli_print(session, "%s %s", padded(label).c_str(), text);
+}
+
+// A counter of a group under the name it is shown by.
+template <typename Group>
+struct Shown {
+  const char* name;
+  uint32_t Group::*counter;
+};
+
+template <typename Group, size_t Count>
+void printGroup(cli_def* session, const char* prefix, const Shown<Group> (&rows)[Count], const Group& group) {
+  for (const Shown<Group>& row : rows) {
+    printNumber(session, std::string(prefix) + row.name, group.*row.counter);
+  }
+}
+
+constexpr const char* prefixOf(bool nearEnd) {
+  return nearEnd ? "NE-" : "FE-";
+}
+
+using Line = QVR_linePerformance_t;
+constexpr Shown<Line> kLineCounters[] = {
+    {"LOS", &Line::LOS}, {"LOM", &Line::LOM}, {"LOR", &Line::LOR},   {"LPR", &Line::LPR},
+    {"ES", &Line::ES},   {"SES", &Line::SES}, {"LOSS", &Line::LOSS}, {"LORS", &Line::LORS},
+    {"UAS", &Line::UAS}, {"SRA", &Line::SRA}, {"FRA", &Line::FRA},   {"RPA", &Line::RPA},
+    {"BSW", &Line::BSW},
+};
+constexpr Shown<Line> kNearLineCounters[] = {
+    {"TIGA", &Line::TIGA},
+    {"FULL_INITS", &Line::FULL_INITS},
+    {"FAILEDFULL_INITS", &Line::FAILEDFULL_INITS},
+    {"FAST_INITS", &Line::FAST_INITS},
+    {"FAILEDFAST_INITS", &Line::FAILEDFAST_INITS},
+};
+
+using Channel = QVR_ChannelPerformance_t;
+constexpr Shown<Channel> kChannelCounters[] = {
+    {"CV", &Channel::CV},
+    {"RTXUC", &Channel::RTXUC},
+    {"RTXTX", &Channel::RTXTX},
+    {"EFB", &Channel::EFB},
+};
+
+using Near = G9972_NEAR_END_COUNTERS_S;
+constexpr Shown<Near> kNearBlock[] = {
+    {"LOS", &Near::LOS},
+    {"LOM", &Near::LOM},
+    {"LOR", &Near::LOR},
+    {"LPR", &Near::LPR},
+    {"ES", &Near::ES},
+    {"SES", &Near::SES},
+    {"LOSS", &Near::LOSS},
+    {"LORS", &Near::LORS},
+    {"UAS", &Near::UAS},
+    {"FULL_INITS", &Near::FULL_INITS},
+    {"FAILEDFULL_INITS", &Near::FAILEDFULL_INITS},
+    {"FAST_INITS", &Near::FAST_INITS},
+    {"FAILEDFAST_INITS", &Near::FAILEDFAST_INITS},
+    {"SRA", &Near::SRA},
+    {"FRA", &Near::FRA},
+    {"RPA", &Near::RPA},
+    {"BSW", &Near::BSW},
+    {"CV", &Near::CV},
+    {"RTXUC", &Near::RTXUC},
+    {"RTXTX", &Near::RTXTX},
+    {"EFB", &Near::EFB},
+};
+
+using Far = G9972_FAR_END_COUNTERS_S;
+constexpr Shown<Far> kFarBlock[] = {
+    {"LOS", &Far::LOS}, {"LOM", &Far::LOM}, {"LOR", &Far::LOR},     {"LPR", &Far::LPR},
+    {"ES", &Far::ES},   {"SES", &Far::SES}, {"LOSS", &Far::LOSS},   {"LORS", &Far::LORS},
+    {"UAS", &Far::UAS}, {"CV", &Far::CV},   {"SRA", &Far::SRA},     {"FRA", &Far::FRA},
+    {"RPA", &Far::RPA}, {"BSW", &Far::BSW}, {"RTXUC", &Far::RTXUC}, {"RTXTX", &Far::RTXTX},
+    {"EFB", &Far::EFB},
+};
+
+void printBlank(cli_def* session) {
+  cli_print(session, " ");
+}
+
+void printEnd(cli_def* session, const QVR_performanceCounterDB_t& counters, bool nearEnd) {
+  CLI_printLinePerformanceCounters(session, counters.linePerformanceCounters, nearEnd);
+  CLI_printChannelPerformanceCounters(session, counters.channelPerformanceCounters, nearEnd);
+}
+
+bool isInvalid(const QVR_performanceCounterDB_t& counters) {
+  return counters.linePerformanceCounters.timeInterval.INVALID != FALSE;
+}
+
+void printInvalid(cli_def* session, bool invalid) {
+  cli_print(session, "\n%s %s", padded("INVALID:").c_str(), invalid ? "T" : "F");
+}
+
+// The optional line; false after a message.
+bool parseLine(cli_def* session, char* argv[], int argc, int* lineId) {
+  if (argc == 0 || isValidLineId(argv[0], lineId)) {
+    return true;
+  }
+  cli_print(session, "invalid line number");
+  return false;
+}
+
+// The optional end. What is neither is said so, and counts as the near end.
+bool parseNearEnd(cli_def* session, char* argv[], int argc) {
+  if (argc < 2 || isKeyword(argv[1], "ne")) {
+    return true;
+  }
+  if (isKeyword(argv[1], "fe")) {
+    return false;
+  }
+  cli_print(session, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
+  return true;
+}
+
+template <typename Counters>
+using Reader = QVR_retval_t (*)(QVR_lineId_t, Counters*);
+
+template <typename Counters>
+int showCurrent(cli_def* session, char* argv[], int argc, Reader<Counters> readNear, Reader<Counters> readFar,
+                void (*print)(cli_def*, const Counters&, bool)) {
+  int lineId = 0;
+  if (!parseLine(session, argv, argc, &lineId)) {
+    return CLI_OK;
+  }
+  const bool nearEnd = parseNearEnd(session, argv, argc);
+  Counters counters{};
+  if (QVR_STATUS_ERROR((nearEnd ? readNear : readFar)(lineId, &counters))) {
+    cli_print(session, "QVR_readGfastCounters failed");
+  } else {
+    print(session, counters, nearEnd);
+  }
+  return CLI_OK;
+}
+
+// One of the two histories.
+struct History {
+  uint8_t (*count)(QVR_lineId_t);
+  QVR_retval_t (*get)(QVR_lineId_t, int8_t, QVR_intervalLinkCounterDB_t*);
+  bool nearEndFirst;  // the flag above the near end's counters is theirs; else it is the far end's as well
+};
+
+// Quarter hours show the far end's flag twice. Scripts that read it expect that.
+constexpr History kQuarterHours{QVR_numberOf15minHistoryIntervals, QVR_getPrev15minCounters, false};
+constexpr History kDays{QVR_numberOf24hrHistoryIntervals, QVR_getPrev24hrCounters, true};
+
+void printInterval(cli_def* session, const QVR_intervalLinkCounterDB_t& interval, bool nearEndFirst) {
+  printNumber(session, "collection time:", interval.collectionTime);
+  printText(session, "timestamp:", interval.timestampString);
+  printInvalid(session, isInvalid(nearEndFirst ? interval.neCounters : interval.feCounters));
+  printEnd(session, interval.neCounters, true);
+  printInvalid(session, isInvalid(interval.feCounters));
+  printEnd(session, interval.feCounters, false);
+}
+
+int showInterval(cli_def* session, char* argv[], int argc, const History& history) {
+  int lineId = 0;
+  if (!parseLine(session, argv, argc, &lineId)) {
+    return CLI_OK;
+  }
+  int interval = 0;
+  int typed = 0;
+  if (argc > 1) {
+    if (!isValidNumber(argv[1], 0, history.count(lineId) - 1, &typed)) {
+      cli_print(session, "Invalid interval number %1d\n", interval);  // not the one that was typed
+      return CLI_OK;
+    }
+    interval = typed;
+  }
+  QVR_intervalLinkCounterDB_t counters{};
+  if (QVR_STATUS_ERROR(history.get(lineId, static_cast<int8_t>(interval), &counters))) {
+    cli_print(session, "Failed to get previous counters for interval %d", interval);
+  } else {
+    printInterval(session, counters, history.nearEndFirst);
+  }
+  return CLI_OK;
+}
+
+int showCount(cli_def* session, char* argv[], int argc, const History& history) {
+  int lineId = 0;
+  if (parseLine(session, argv, argc, &lineId)) {
+    cli_print(session, "%1d", history.count(lineId));
+  }
+  return CLI_OK;
+}
+
+}  // namespace
+
+void CLI_printLinePerformanceCounters(cli_def* session, const QVR_linePerformance_t& counters, bool nearEnd) {
+  printGroup(session, prefixOf(nearEnd), kLineCounters, counters);
+  if (nearEnd) {
+    printGroup(session, prefixOf(nearEnd), kNearLineCounters, counters);
+  }
+}
+
+void CLI_printChannelPerformanceCounters(cli_def* session, const QVR_ChannelPerformance_t& counters,
+                                         bool nearEnd) {
+  printGroup(session, prefixOf(nearEnd), kChannelCounters, counters);
+}
+
+void CLI_printPerformanceMonitoringCounters(cli_def* session, const G9972_PM_COUNTERS_S& counters) {
+  printGroup(session, prefixOf(true), kNearBlock, counters.ne);
+  printBlank(session);
+  printGroup(session, prefixOf(false), kFarBlock, counters.fe);
+}
+
+BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* interval) {
+  printNumber(cli, "Line", static_cast<uint32_t>(lineId));
+  cli_print(cli, "%s %u", padded("intervalNumber").c_str(), interval->intervalNumber);
+  printText(cli, "neCounters", isInvalid(interval->neCounters) ? "INVALID" : "VALID");
+  printText(cli, "feCounters", isInvalid(interval->feCounters) ? "INVALID" : "VALID");
+  printNumber(cli, "collectionTime", interval->collectionTime);
+  printText(cli, "timestamp", interval->timestampString);
+  printEnd(cli, interval->neCounters, true);
+  printBlank(cli);
+  printEnd(cli, interval->feCounters, false);
+  printBlank(cli);
+  return TRUE;
+}
+
+int CLI_showPerformanceMonitoringCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 0;
+  if (!parseLine(session, argv, argc, &lineId)) {
+    return CLI_OK;
+  }
+  G9972_PM_COUNTERS_S counters{};
+  const QVR_retval_t status = QVR_readPerformanceMonitoringCounters(lineId, &counters);
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(session, "QVR_readPerformanceMonitoringCounters failed (%d)", static_cast<int>(status));
+  } else {
+    CLI_printPerformanceMonitoringCounters(session, counters);
+  }
+  return CLI_OK;
+}
+
+int CLI_showLinePerformanceCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  return showCurrent(session, argv, argc, QVR_getCurrNELinePerformance, QVR_getCurrFELinePerformance,
+                     CLI_printLinePerformanceCounters);
+}
+
+int CLI_showChannelPerformanceCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  return showCurrent(session, argv, argc, QVR_getCurrNEChannelPerformance, QVR_getCurrFEChannelPerformance,
+                     CLI_printChannelPerformanceCounters);
+}
+
+int CLI_show15minCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  return showInterval(session, argv, argc, kQuarterHours);
+}
+
+int CLI_show24hrCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  return showInterval(session, argv, argc, kDays);
+}
+
+int CLI_showNumberOf15minIntervals(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  return showCount(session, argv, argc, kQuarterHours);
+}
+
+int CLI_showNumberOf24hrIntervals(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  return showCount(session, argv, argc, kDays);
+}
+
+int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 1;  // without a line it always was this one, whatever the usage line says
+  if (parseLine(session, argv, argc, &lineId)) {
+    QVR_dump15minCounterHistoryDB(lineId, CLI_printCounterHistory);
+  }
+  return CLI_OK;
+}
+
+}  // namespace gfast::console

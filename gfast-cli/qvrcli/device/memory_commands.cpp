@@ -1,0 +1,177 @@
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "chip/boot_register.h"
+#include "qvrcli/device/device_commands.h"
+#include "qvrcli/text/arguments.h"
+#include "std/byte_order.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr int kMaxLength = 65536;  // bytes one command reads or writes
+constexpr int kBadArgument = 1;    // what libcli is told of a bad address or read length
+
+// "address: word" for every 4 bytes; what is missing from the last word is zero.
+template <typename PrintLine>
+void formatMemory(uint32_t address, const uint8_t* bytes, uint32_t length, PrintLine printLine) {
+  for (uint32_t i = 0; i < length; i += 4) {
+    uint8_t word[4] = {};
+    std::memcpy(word, bytes + i, std::min<uint32_t>(4, length - i));
+    char line[32];
+    std::snprintf(line, sizeof line, "%8x: %02x%02x%02x%02x", address + i, word[3], word[2], word[1],
+                  word[0]);
+    printLine(line);
+  }
+}
+
+enum class Side { kNear, kFar };
+
+// Reads from the device, or over the line from the modem at its far end, as the side says; false after a
+// message.
+bool readSide(cli_def* cli, Side side, const char* id, uint32_t address, std::vector<uint8_t>& bytes) {
+  const auto length = static_cast<uint32_t>(bytes.size());
+  int number = 0;
+  QVR_retval_t status = QVR_E_STATUS_OK;
+  if (side == Side::kNear) {
+    if (!isValidDeviceId(id, &number)) {
+      cli_print(cli, "invalid device number");
+      return false;
+    }
+    status = QVR_readmem(number, address, bytes.data(), length);
+  } else {
+    if (!isValidLineId(id, &number)) {
+      cli_print(cli, "invalid line number");
+      return false;
+    }
+    status = QVR_readmemFarEnd(number, address, bytes.data(), length);
+  }
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "readmem error (%1d)", static_cast<int>(status));
+    return false;
+  }
+  return true;
+}
+
+// Bytes in hexadecimal, separated by colons. What does not fit is left out; false after a message.
+bool parseBytes(cli_def* cli, std::string_view text, std::vector<uint8_t>& bytes) {
+  size_t stored = 0;
+  for (;;) {
+    const size_t colon = text.find(':');
+    const std::string piece(text.substr(0, colon));
+    uint32_t value = 0;
+    if (!parseHex(piece.c_str(), &value)) {
+      cli_print(cli, "expecting hex byte, received %s", piece.c_str());
+      return false;
+    }
+    if (value > 0xFF) {
+      cli_print(cli, "hex byte must be between 0x00 and 0xFF");
+      return false;
+    }
+    if (stored < bytes.size()) {
+      bytes[stored++] = static_cast<uint8_t>(value);
+    }
+    if (colon == std::string_view::npos) {
+      return true;
+    }
+    text.remove_prefix(colon + 1);
+  }
+}
+
+bool parseData(cli_def* cli, const char* text, std::vector<uint8_t>& bytes) {
+  uint32_t word = 0;
+  if (bytes.size() == 4 && std::strchr(text, ':') == nullptr && parseHex(text, &word)) {
+    store_be32(bytes.data(), word);  // as the board's processor stores it; it reads back byte-reversed
+    return true;
+  }
+  return parseBytes(cli, text, bytes);
+}
+
+}  // namespace
+
+int CLI_readMemory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  uint32_t address = 0;
+  if (!parseHex(argv[1], &address)) {
+    cli_print(cli, "readmem invalid memaddr (%s)", argv[1]);
+    return kBadArgument;
+  }
+  int length = 0;
+  if (!isValidNumber(argv[2], 1, kMaxLength, &length)) {
+    cli_print(cli, "readmem invalid data len (%s) - must be between 1 and 65536", argv[2]);
+    return kBadArgument;
+  }
+  Side side = Side::kNear;
+  if (argc > 3) {
+    if (isKeyword(argv[3], "fe")) {
+      side = Side::kFar;
+    } else if (!isKeyword(argv[3], "ne")) {
+      cli_print(cli, "parameter must be ne or fe");  // and goes on at the near end
+    }
+  }
+  std::vector<uint8_t> bytes(static_cast<size_t>(length));
+  if (readSide(cli, side, argv[0], address, bytes)) {
+    formatMemory(address, bytes.data(), static_cast<uint32_t>(length),
+                 [cli](const char* line) { cli_print(cli, "%s", line); });
+  }
+  return CLI_OK;
+}
+
+int CLI_readSBR(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
+  constexpr QVR_deviceId_t device = 0;
+  uint8_t sbr[4] = {};
+  if (QVR_STATUS_ERROR(QVR_readmem(device, SBR_REG_ADDRESS, sbr, sizeof sbr))) {
+    cli_print(cli, "Failed reading SBR for device %d", device);
+  } else {
+    cli_print(cli, "SBR=%08x", load_be32(sbr));  // as it lies in device memory
+  }
+  return CLI_OK;
+}
+
+int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
+  int deviceId = 0;
+  if (!isValidDeviceId(argv[0], &deviceId)) {
+    cli_print(cli, "invalid device number");
+    return CLI_OK;
+  }
+  uint32_t address = 0;
+  if (!parseHex(argv[1], &address)) {
+    cli_print(cli, "writemem invalid memaddr (%s)", argv[1]);
+    return kBadArgument;
+  }
+  int length = 0;
+  if (!isValidNumber(argv[2], 0, kMaxLength, &length)) {
+    cli_print(cli, "writemem invalid data len (%s)", argv[2]);
+    return CLI_OK;
+  }
+  std::vector<uint8_t> bytes(static_cast<size_t>(length));
+  if (!parseData(cli, argv[3], bytes)) {
+    return CLI_OK;
+  }
+  const QVR_retval_t status = QVR_writemem(deviceId, address, bytes.data(), static_cast<uint32_t>(length));
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "writemem Failed (%1d)", static_cast<int>(status));
+  }
+  return CLI_OK;
+}
+
+void dumpMemoryToFile(FILE* file, QVR_deviceId_t deviceId, uint32_t address, uint32_t length) {
+  const std::unique_ptr<uint8_t[]> bytes(new (std::nothrow) uint8_t[length]());
+  if (bytes == nullptr) {
+    std::printf("Failed allocating buffer of size %1u bytes\n", length);
+    return;
+  }
+  if (QVR_STATUS_ERROR(QVR_readmem(deviceId, address, bytes.get(), length))) {
+    std::printf("Failed reading memory from %1u bytes from device %d at address %08X", length, deviceId,
+                address);
+  }
+  formatMemory(address, bytes.get(), length, [file](const char* line) { std::fprintf(file, "%s\n", line); });
+}
+
+}  // namespace gfast::console

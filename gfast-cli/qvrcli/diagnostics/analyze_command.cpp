@@ -1,0 +1,81 @@
+
+#include <qvr.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+
+#include "qvrcli/diagnostics/crash_dump.h"
+#include "qvrcli/diagnostics/device_info_text.h"
+#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/report_sink.h"
+#include "qvrcli/text/text_files.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr const char* kCpuNames[] = {"FRAMER", "FDU", "CP"};
+
+const char* cpuName(CLI_CPU_TYPE_E cpu) {
+  return kCpuNames[cpu < std::size(kCpuNames) ? cpu : CPU_CP];
+}
+
+void printLeadingAssert(const ReportSink& out, const CLI_leadingAssert_t& assertion) {
+  out.heading("\n<Leading Assert>\n");
+  out.field("Assert Id", "%08x (%d)", assertion.assertId, static_cast<int>(assertion.assertId));
+  out.field("Symbol Counter", "%08x", assertion.symbolCounter);
+  out.field("TBM Symbol", "%08x", assertion.tbmSymbol);
+  out.field("TBM Phase", "%08x", assertion.tbmPhase);
+  out.field("TBM Sample", "%08x", assertion.tbmSample);
+  out.field("Device Id", "%d", assertion.deviceId);
+  out.field("Line Id", "%d", assertion.lineId);
+  out.field("CPU", "%s", cpuName(assertion.cpuType));
+  out.field("Count", "%d\n", static_cast<int>(assertion.count));
+}
+
+void printAnalysis(cli_def* cli, const DEV_INF_S* devices, const CLI_leadingAssert_t& assertion) {
+  for (QVR_deviceId_t device = 0; device < QVR_K_MAX_DEVICES; device++) {
+    printDeviceInfo(cli, device, devices[device].bytes);
+  }
+  printLeadingAssert(ReportSink(cli), assertion);
+}
+
+// False, with errno saying why, when not everything could be written.
+bool writeAnalysis(const char* path, const DEV_INF_S* devices, const CLI_leadingAssert_t& assertion) {
+  OutputFile file(path);
+  if (!file.isOpen()) {
+    return false;
+  }
+  for (QVR_deviceId_t device = 0; device < QVR_K_MAX_DEVICES; device++) {
+    printDeviceInfoToFile(file.get(), device, devices[device].bytes);
+  }
+  printLeadingAssert(ReportSink(file.get()), assertion);
+  return file.finish();
+}
+
+}  // namespace
+
+int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int addressesPerLine = 0;
+  if (!isValidNumber(argv[0], 1, 4, &addressesPerLine)) {
+    cli_print(cli, "number-of-addresses-per-line must be between 1 and 4");
+    return CLI_OK;
+  }
+  const char* const filename = argc > 1 ? argv[1] : "";
+  DEV_INF_S devices[QVR_K_MAX_DEVICES] = {};
+  if (!loadDeviceInfoFromFile(filename, devices, addressesPerLine)) {
+    cli_print(cli, "Failed loading device information from file %s", filename);
+    return CLI_OK;
+  }
+  CLI_leadingAssert_t assertion;
+  findLeadingAssert(devices, &assertion);
+  if (argc < 3) {
+    printAnalysis(cli, devices, assertion);
+  } else if (!writeAnalysis(argv[2], devices, assertion)) {
+    cli_print(cli, "Failed writing file %s (%s)", argv[2], std::strerror(errno));
+  }
+  return CLI_OK;
+}
+
+}  // namespace gfast::console

@@ -1,0 +1,188 @@
+#include "qvrcli/diagnostics/signal_commands.h"
+
+#include <qvr.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iterator>
+
+#include "qvrcli/diagnostics/signal_files.h"
+#include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/arguments.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr uint32_t kFirstTone = 43;
+constexpr uint32_t kLastTone = 1971;
+constexpr int kMaxIterations = 100;
+
+constexpr const char* kTxSignalFile = "txsignal.dat";
+constexpr const char* kFdSignalFile = "fdsignal.out";
+constexpr const char* kMtprFile = "mtpr.out";
+
+// Too large for the board's stack. The two of the last capture stay until the next one.
+QVR_signal_t tdSignal;
+QVR_signal_t fdSignal;
+QVR_txSignal_t txSignal;
+QVR_MTPR_t mtpr;
+
+// The word at a position, or its default.
+const char* wordOr(const char* otherwise, char* argv[], int argc, int position) {
+  return position < argc ? argv[position] : otherwise;
+}
+
+void reportFailure(cli_def* cli, BOOL written, const char* path) {
+  if (!written) {
+    cli_print(cli, "Failed writing file %s (%s)", path, std::strerror(errno));
+  }
+}
+
+void writeFdSignal(cli_def* cli, const char* path) {
+  reportFailure(cli, dumpSignalToFile(fdSignal, path), path);
+}
+
+void writeMtpr(cli_def* cli, const char* path) {
+  reportFailure(cli, dumpMtprToFile(mtpr, path), path);
+}
+
+// The signal to send: nullptr, the library's own, when the words name no file. False after a message, which
+// is given the file's name; words that are missing from the file are sent as zero.
+bool loadSignal(cli_def* cli, const char* path, const char* failure, const uint32_t** signal) {
+  *signal = nullptr;
+  if (path == nullptr) {
+    return true;
+  }
+  std::memset(txSignal, 0, sizeof txSignal);
+  uint32_t badLine = 0;
+  if (!loadSignalFromFile(path, txSignal, &badLine)) {
+    cli_print(cli, "%s %s", failure, path);
+    return false;
+  }
+  if (badLine != 0) {
+    cli_print(cli, "Signal file %s ends before line %u, which is no hexadecimal word", path, badLine);
+  }
+  *signal = txSignal;
+  return true;
+}
+
+bool parseLine(cli_def* cli, const char* word, int* lineId) {
+  if (isValidLineId(word, lineId)) {
+    return true;
+  }
+  cli_print(cli, "invalid line number %s", word);
+  return false;
+}
+
+// The two lines that every test of the front end begins with.
+struct Path {
+  int txLine = 0;
+  int rxLine = 0;
+};
+
+bool parsePath(cli_def* cli, char* argv[], Path* path) {
+  return parseLine(cli, argv[0], &path->txLine) && parseLine(cli, argv[1], &path->rxLine);
+}
+
+bool succeeded(cli_def* cli, QVR_retval_t status, const char* failure) {
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "%s (%1d)", failure, static_cast<int>(status));
+  }
+  return QVR_STATUS_OK(status);
+}
+
+constexpr const char* kMtprFailure = "Failed in AFE MTPR Performance Test";
+constexpr const char* kLoadFailure = "Failed to load signal from file";
+
+}  // namespace
+
+int CLI_generateRandomSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  const QVR_retval_t status = QVR_generateRandomTxSignal(kFirstTone, kLastTone, QVR_K_SIGNAL_WORDS, txSignal);
+  if (succeeded(cli, status, "failed generating random TX signal error")) {
+    const char* const path = wordOr(kTxSignalFile, argv, argc, 0);
+    reportFailure(cli, dumpTxSignalToFile(txSignal, path), path);
+  }
+  return CLI_OK;
+}
+
+int CLI_transmitSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 0;
+  if (argc > 0 && !isValidLineId(argv[0], &lineId)) {
+    cli_print(cli, "invalid line number");
+    return CLI_OK;
+  }
+  const uint32_t* signal = nullptr;
+  if (!loadSignal(cli, wordOr(nullptr, argv, argc, 1), "Failed loading signal from file", &signal)) {
+    return CLI_OK;
+  }
+  flushSession(cli);
+  succeeded(cli, QVR_startSignalTransmission(lineId, signal), "start transmit signal error");
+  return CLI_OK;
+}
+
+int CLI_receiveSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  int lineId = 0;
+  if (argc > 0 && !isValidLineId(argv[0], &lineId)) {
+    cli_print(cli, "invalid line number");
+    return CLI_OK;
+  }
+  flushSession(cli);
+  if (succeeded(cli, QVR_receiveSignalSnapshot(lineId, tdSignal, fdSignal), "receive signal error")) {
+    writeFdSignal(cli, wordOr(kFdSignalFile, argv, argc, 1));
+  }
+  return CLI_OK;
+}
+
+int CLI_testAfeTxRxPath(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  Path path;
+  const uint32_t* signal = nullptr;
+  if (!parsePath(cli, argv, &path) ||
+      !loadSignal(cli, wordOr(nullptr, argv, argc, 2), kLoadFailure, &signal)) {
+    return CLI_OK;
+  }
+  flushSession(cli);
+  const QVR_retval_t status = QVR_testAfeTxRxPath(path.txLine, path.rxLine, signal, fdSignal);
+  if (succeeded(cli, status, "Failed in AFE TX-RX Path Test")) {
+    writeFdSignal(cli, wordOr(kFdSignalFile, argv, argc, 3));
+  }
+  return CLI_OK;
+}
+
+int CLI_testAfePerformanceMTPR(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  Path path;
+  const uint32_t* signal = nullptr;
+  if (!parsePath(cli, argv, &path) ||
+      !loadSignal(cli, wordOr(nullptr, argv, argc, 2), kLoadFailure, &signal)) {
+    return CLI_OK;
+  }
+  flushSession(cli);
+  const QVR_retval_t status = QVR_testAfePerformanceMTPR(path.txLine, path.rxLine, signal, fdSignal, mtpr);
+  if (succeeded(cli, status, kMtprFailure)) {
+    writeFdSignal(cli, wordOr(kFdSignalFile, argv, argc, 3));
+    writeMtpr(cli, wordOr(kMtprFile, argv, argc, 4));
+  }
+  return CLI_OK;
+}
+
+int CLI_testAfePerformanceMTPRInLoop(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  Path path;
+  if (!parsePath(cli, argv, &path)) {
+    return CLI_OK;
+  }
+  int iterations = 1;
+  if (argc > 2 && !isValidNumber(argv[2], 1, kMaxIterations, &iterations)) {
+    cli_print(cli, "invalid number of iterations %s", argv[2]);
+    return CLI_OK;
+  }
+  flushSession(cli);
+  const QVR_retval_t status =
+      QVR_testAfePerformanceMTPRInLoop(path.txLine, path.rxLine, iterations, fdSignal, mtpr);
+  if (succeeded(cli, status, kMtprFailure)) {
+    writeMtpr(cli, wordOr(kMtprFile, argv, argc, 3));
+    writeFdSignal(cli, kFdSignalFile);
+  }
+  return CLI_OK;
+}
+
+}  // namespace gfast::console

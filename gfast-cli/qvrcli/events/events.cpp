@@ -1,0 +1,159 @@
+#include "qvrcli/events/events.h"
+
+#include <array>
+#include <atomic>
+#include <iterator>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/link_states.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr const char* downloadStatusName[] = {"DOWNLOAD_NOT_STARTED", "DOWNLOAD_IN_PROGRESS",
+                                              "DOWNLOAD_COMPLETE_AND_VALID", "DOWNLOAD_COMMITTED",
+                                              "DOWNLOAD_FAILED"};
+
+std::atomic<int> rebootCounter{0};
+
+std::array<std::atomic<uint32_t>, QVR_K_MAX_LINES> lastDownloadStatus{};
+
+// The log terminal is written by the notification thread and replaced by a command: whoever writes holds a
+// share of the file, so the lock is not held across the writing.
+struct LogTerminal {
+  std::mutex lock;
+  std::shared_ptr<FILE> terminalFd;
+};
+
+std::atomic<bool> logShownInSession{false};
+
+// Never destroyed: the notification thread may still write while the process exits.
+LogTerminal& logTerminal() {
+  static auto& terminal = *new LogTerminal;
+  return terminal;
+}
+
+std::shared_ptr<FILE> terminal() {
+  const std::lock_guard guard(logTerminal().lock);
+  return logTerminal().terminalFd;
+}
+
+// As the session is shown it: the session ends the line itself.
+std::string logLine(QVR_deviceId_t device, std::string_view text) {
+  while (text.ends_with('\n') || text.ends_with('\r')) {
+    text.remove_suffix(1);
+  }
+  char prefix[24];
+  std::snprintf(prefix, sizeof prefix, "DFE%02d: ", device);
+  return prefix + std::string(text);
+}
+
+}  // namespace
+
+void registerEventHandlers() {
+  constexpr auto kEveryChange = static_cast<QVR_linkStateEventMask_t>(0);
+  QVR_registerlinkStateChangeCB(handleLinkStateChange, kEveryChange);
+  QVR_registerRebootEventCB(handleRebootEvent);
+  // Takes the slot that the library's own failure records came from: in the console each failure is this one
+  // line, and nobody who asked for such records (QVR_registerlineFailuresCB) gets any.
+  QVR_registerLinkFailureNotificationCB(handlelinkFailureNotificationEvent);
+  QVR_register24hrEventCB(handle24hrEvent);
+  QVR_registerCommFailureNotificationCB(handleCommFailureNotificationEvent);
+  QVR_registerTraceLogHandlerCB(handleTraceLogMessage);
+  QVR_registerNonCdtaCpeJoinNotificationCB(handleNonCdtaCpeJoinNotification);
+}
+
+void handleLinkStateChange(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState,
+                           G9701_linkState_t xi_newState) {
+  std::printf("Link [%1d] state changed from %s to %s\n", xi_lineId,
+              linkStateString(static_cast<int>(xi_oldState)), linkStateString(static_cast<int>(xi_newState)));
+}
+
+void handleRebootEvent() {
+  std::puts("Reboot notification...");
+  rebootCounter++;
+  // A device that does not answer is taken for one in configuration: its lines are left alone.
+  QVR_deviceInfo_t device{};
+  QVR_getDeviceInfo(QVR_K_DEVICE_ID_FIRST, &device);
+  if (device.configState == CONFIG_STATE_LINE) {
+    for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
+      QVR_activateLine(line, TRUE);
+    }
+  }
+}
+
+void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason,
+                                        time_t xi_time) {
+  tm local{};
+  localtime_r(&xi_time, &local);
+  char time[30];
+  if (std::strftime(time, sizeof time, "%Y-%m-%dT%H:%M:%S+%Z", &local) == 0) {
+    time[0] = '\0';  // a zone name too long for the buffer leaves it undefined
+  }
+  std::printf("Line failure event on line=%d reason=%d at time %s ...\n", xi_lineId,
+              static_cast<int>(xi_reason), time);
+}
+
+void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {
+  const std::shared_ptr<FILE> file = terminal();
+  FILE* const to = file ? file.get() : stdout;
+  // The session first: who sees the line on standard output may count on it there.
+  if (!file && logShownInSession) {
+    printLater(logLine(xi_deviceId, xi_text).c_str());
+  }
+  std::fprintf(to, "DFE%02d: %s", xi_deviceId, xi_text);
+  std::fflush(to);
+}
+
+void handle24hrEvent(QVR_lineId_t /*xi_lineId*/, const char* xi_timeStamp, time_t /*xi_time*/) {
+  std::printf("24 hour event at %s\n", xi_timeStamp);
+}
+
+void handleCommFailureNotificationEvent(QVR_deviceId_t xi_deviceId) {
+  std::printf("Communication failure with DFE%1d\n", xi_deviceId);
+}
+
+void handleTraceLogMessage(QVR_logSeverity_t /*xi_severity*/, const char* xi_text) {
+  std::printf("%s", xi_text);
+}
+
+void handleNonCdtaCpeJoinNotification(QVR_lineId_t xi_lineId) {
+  std::printf("non-cDTA CPE joined on line %d\n", xi_lineId);
+}
+
+void handleDownloadStatusNotification(QVR_lineId_t xi_lineId, QVR_downloadStatus_t xi_status) {
+  if (xi_lineId < 0 || xi_lineId > QVR_K_LINE_ID_LAST) {
+    return;
+  }
+  const auto status = static_cast<uint32_t>(xi_status);
+  if (lastDownloadStatus[static_cast<size_t>(xi_lineId)].exchange(status) == status) {
+    return;
+  }
+  const char* name = status < std::size(downloadStatusName) ? downloadStatusName[status] : "DOWNLOAD_UNKNOWN";
+  std::printf("Download Status Notification (line=%d, status=%s\n", xi_lineId, name);
+}
+
+int rebootCount() {
+  return rebootCounter;
+}
+
+void setTerminal(FILE* xi_file) {
+  std::shared_ptr<FILE> replaced = xi_file == nullptr ? nullptr : std::shared_ptr<FILE>(xi_file, std::fclose);
+  const std::lock_guard guard(logTerminal().lock);
+  logTerminal().terminalFd.swap(replaced);
+}
+
+void showLogInSession(bool xi_show) {
+  logShownInSession = xi_show;
+}
+
+bool isTerminalOpen() {
+  return terminal() != nullptr;
+}
+
+}  // namespace gfast::console

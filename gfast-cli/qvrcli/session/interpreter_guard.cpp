@@ -1,0 +1,91 @@
+#include "qvrcli/session/interpreter_guard.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "qvrcli/session/pattern_size.h"
+
+namespace gfast::console {
+
+namespace {
+
+using FilterInit = int (*)(cli_def*, int, char**, cli_filter*);
+
+struct GuardedFilter {
+  const cli_command* command;
+  FilterInit init;   // libcli's own
+  const char* rest;  // the argument that takes the rest of the line; nullptr if none does
+};
+
+std::vector<GuardedFilter>& guardedFilters() {
+  static auto& filters = *new std::vector<GuardedFilter>;
+  return filters;
+}
+
+const GuardedFilter* findGuarded(const cli_command* command) {
+  for (const GuardedFilter& filter : guardedFilters()) {
+    if (filter.command == command) {
+      return &filter;
+    }
+  }
+  return nullptr;
+}
+
+std::string joinWords(int from, int count, char** words) {
+  std::string joined;
+  for (int i = from; i < count; i++) {
+    if (i > from) {
+      joined += ' ';
+    }
+    joined += words[i];
+  }
+  return joined;
+}
+
+// Stands in for libcli's function that sets a filter up when a line is run.
+int initGuarded(cli_def* cli, int argc, char** argv, cli_filter* filter) {
+  const cli_pipeline_stage& stage = *cli->pipeline->current_stage;
+  const GuardedFilter* const guarded = findGuarded(stage.command);
+  if (guarded == nullptr) {
+    return CLI_ERROR;
+  }
+  if (guarded->rest != nullptr) {
+    const std::string rest = joinWords(stage.first_unmatched - 1, argc, argv);
+    if (std::strcmp(stage.command->command, "egrep") == 0 && patternSize(rest) > kLargestPattern) {
+      cli_error(cli, "Pattern too large");
+      return CLI_ERROR;
+    }
+    cli_set_optarg_value(cli, guarded->rest, rest.c_str(), 0);
+  }
+  char* const typed = argv[0];
+  argv[0] = stage.command->command;
+  const int result = guarded->init(cli, argc, argv, filter);
+  argv[0] = typed;
+  return result;
+}
+
+void guardFilter(cli_command* command) {
+  GuardedFilter guarded{command, command->init, nullptr};
+  for (cli_optarg* argument = command->optargs; argument != nullptr; argument = argument->next) {
+    if ((argument->flags & CLI_CMD_REMAINDER_OF_LINE) != 0) {
+      argument->flags &= ~CLI_CMD_REMAINDER_OF_LINE;
+      guarded.rest = argument->name;
+    }
+  }
+  command->init = initGuarded;
+  guardedFilters().push_back(guarded);
+}
+
+}  // namespace
+
+void guardInterpreter(cli_def* cli) {
+  guardedFilters().clear();
+  for (cli_command* command = cli->commands; command != nullptr; command = command->next) {
+    if (command->command_type == CLI_FILTER_COMMAND) {
+      guardFilter(command);
+    }
+  }
+}
+
+}  // namespace gfast::console

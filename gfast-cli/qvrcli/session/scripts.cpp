@@ -1,0 +1,129 @@
+#include "qvrcli/session/scripts.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <memory>
+
+#include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/arguments.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr int kDeepest = 10;  // scripts that run scripts
+
+class ScriptRun;
+ScriptRun* innermost = nullptr;  // the runs in progress, one inside the other
+bool stopping = false;           // the runs in progress are to end: they nest too deeply
+
+// The interpreter, lent to a script. Its state belongs to the line that runs the script, and the script's
+// lines would free that line's filters: it is put aside, and what the script prints goes through those
+// filters first.
+class ScriptRun {
+ public:
+  explicit ScriptRun(cli_def* cli)
+      : cli_(cli),
+        outer_(innermost),
+        filters_(cli->filters),
+        pipeline_(cli->pipeline),
+        optargs_(cli->found_optargs),
+        printCallback_(cli->print_callback),
+        depth_(outer_ == nullptr ? 1 : outer_->depth_ + 1) {
+    cli->filters = nullptr;
+    cli->pipeline = nullptr;
+    cli->found_optargs = nullptr;
+    if (filters_ != nullptr) {
+      cli_print_callback(cli, printFiltered);
+    }
+    innermost = this;
+  }
+
+  ~ScriptRun() {
+    innermost = outer_;
+    cli_->filters = filters_;
+    cli_->pipeline = pipeline_;
+    cli_->found_optargs = optargs_;
+    cli_print_callback(cli_, printCallback_);
+    if (outer_ == nullptr) {
+      stopping = false;
+    }
+  }
+
+  ScriptRun(const ScriptRun&) = delete;
+  ScriptRun& operator=(const ScriptRun&) = delete;
+
+  int depth() const { return depth_; }
+
+  // What the line that runs this script hands back to libcli.
+  int result() const { return stopping && outer_ != nullptr ? CLI_QUIT : CLI_OK; }
+
+ private:
+  // One line that a script prints, through the filters of every line that led to it, innermost first.
+  // Printing through the interpreter is not possible here: it is in the middle of doing so.
+  static void printFiltered(cli_def* cli, const char* line) {
+    for (const ScriptRun* run = innermost; run != nullptr; run = run->outer_) {
+      for (cli_filter* filter = run->filters_; filter != nullptr; filter = filter->next) {
+        if (filter->filter(cli, line, filter->data) != CLI_OK) {
+          return;
+        }
+      }
+      if (run->printCallback_ != nullptr && run->printCallback_ != printFiltered) {
+        run->printCallback_(cli, line);
+        return;
+      }
+    }
+    if (cli->client != nullptr) {
+      std::fprintf(cli->client, "%s\r\n", line);
+    }
+  }
+
+  cli_def* cli_;
+  ScriptRun* outer_;
+  cli_filter* filters_;
+  cli_pipeline* pipeline_;
+  cli_optarg_pair* optargs_;
+  void (*printCallback_)(cli_def*, const char*);
+  int depth_;
+};
+
+struct CloseFile {
+  void operator()(FILE* file) const { std::fclose(file); }
+};
+
+bool runOnce(cli_def* cli, const char* filename) {
+  const std::unique_ptr<FILE, CloseFile> script(std::fopen(filename, "r"));
+  if (script == nullptr) {
+    cli_print(cli, "Unable to open file [%s]", filename);
+    return false;
+  }
+  cli_file(cli, script.get(), PRIVILEGE_UNPRIVILEGED, MODE_EXEC);
+  return true;
+}
+
+}  // namespace
+
+int CLI_runScript(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  const char* const filename = argc > 0 ? argv[0] : "clitest.txt";
+  uint32_t iterations = 1;
+  if (argc > 1 && !isValidUnsignedNumber(argv[1], 1, std::numeric_limits<uint32_t>::max(), &iterations)) {
+    cli_print(cli, "Invalid number of iterations counter <%s>", argv[1]);
+  }
+  const ScriptRun run(cli);
+  if (run.depth() > kDeepest) {
+    cli_print(cli, "Scripts run each other more than %d deep, stopped at [%s]", kDeepest, filename);
+    stopping = true;
+  }
+  for (uint32_t i = 0; i < iterations && !stopping && !sessionLost(cli); i++) {
+    if (iterations > 1) {
+      cli_print(cli, ">run %s %d of %d", filename, static_cast<int>(i + 1), static_cast<int>(iterations));
+    }
+    if (!runOnce(cli, filename)) {
+      break;
+    }
+  }
+  return run.result();
+}
+
+}  // namespace gfast::console

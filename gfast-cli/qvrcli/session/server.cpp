@@ -1,0 +1,165 @@
+#include "qvrcli/session/server.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <system_error>
+
+#include "clock/clock.h"
+#include "qvrcli/qvrcli.h"
+#include "qvrcli/session/session_relay.h"
+#include "qvrcli/session/session_stream.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr int kBacklog = 50;
+constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
+
+// A peer that is silent for kKeepAliveIdle seconds is asked, and after kKeepAliveProbes unanswered questions
+// it is gone; one that does not take output for kSendTimeout seconds, or does not acknowledge it for
+// kUserTimeout milliseconds, is given up as well.
+constexpr int kKeepAliveIdle = 30;
+constexpr int kKeepAliveInterval = 10;
+constexpr int kKeepAliveProbes = 3;
+constexpr time_t kSendTimeout = 10;
+constexpr int kUserTimeout = 60 * 1000;
+
+void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
+  std::puts(line);
+}
+
+int failed(int socket, const char* what) {
+  std::perror(what);
+  if (socket >= 0) {
+    close(socket);
+  }
+  return -1;
+}
+
+uint16_t portOf(int listener) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  return ntohs(address.sin_port);
+}
+
+void setOption(int connection, int level, int option, int value) {
+  setsockopt(connection, level, option, &value, sizeof value);
+}
+
+// Every failure leaves a working, if slower or longer-lived, session.
+void setConnectionOptions(int connection) {
+  setOption(connection, IPPROTO_TCP, TCP_NODELAY, 1);
+  setOption(connection, SOL_SOCKET, SO_KEEPALIVE, 1);
+  setOption(connection, IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdle);
+  setOption(connection, IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveInterval);
+  setOption(connection, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
+  setOption(connection, IPPROTO_TCP, TCP_USER_TIMEOUT, kUserTimeout);
+  const timeval timeout{kSendTimeout, 0};
+  setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+}
+
+void announce(int connection) {
+  sockaddr_in peer{};
+  socklen_t length = sizeof peer;
+  if (getpeername(connection, reinterpret_cast<sockaddr*>(&peer), &length) == 0) {
+    std::printf(" * accepted connection from %s\n", inet_ntoa(peer.sin_addr));
+  }
+}
+
+void runSession(cli_def* interpreter, int connection) {
+  setConnectionOptions(connection);
+  try {
+    const SessionRelay relay(connection);
+    forgetWaiting();
+    if (cli_loop(interpreter, relay.interpreterSocket()) != CLI_OK) {
+      close(relay.interpreterSocket());
+    }
+  } catch (const std::system_error& error) {
+    std::fprintf(stderr, "session: %s\n", error.what());
+  }
+}
+
+// A connection that could not be accepted is a session that ends at once. The pause keeps a lasting cause
+// from taking the processor.
+void runFailedSession(cli_def* interpreter) {
+  cli_loop(interpreter, -1);
+  clockSource().sleep(kPauseAfterFailedAccept);
+}
+
+void runScript(cli_def* interpreter, FILE* script) {
+  cli_print_callback(interpreter, printToStandardOutput);
+  cli_file(interpreter, script, PRIVILEGE_UNPRIVILEGED, MODE_EXEC);
+  cli_print_callback(interpreter, nullptr);
+  std::fclose(script);
+}
+
+}  // namespace
+
+int openListener(uint16_t port) {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (listener < 0) {
+    return failed(listener, "socket");
+  }
+  setOption(listener, SOL_SOCKET, SO_REUSEADDR, 1);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_ANY);
+  address.sin_port = htons(port);
+  if (bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) < 0) {
+    return failed(listener, "bind");
+  }
+  if (listen(listener, kBacklog) < 0) {
+    return failed(listener, "listen");
+  }
+  return listener;
+}
+
+void serveSessions(cli_def* interpreter, int listener) {
+  const int port = portOf(listener);
+  for (;;) {
+    std::printf("Listening on port %d\n", port);
+    const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    if (connection == 0) {
+      return;
+    }
+    announce(connection);
+    if (connection < 0) {
+      runFailedSession(interpreter);
+    } else {
+      runSession(interpreter, connection);
+    }
+  }
+}
+
+int runConsole(const char* script, uint16_t port) {
+  std::signal(SIGCHLD, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  cli_def* const interpreter = cli_init();
+  QVR_cliInit(interpreter);
+  FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
+  if (file != nullptr) {
+    runScript(interpreter, file);
+    cli_done(interpreter);
+    return 0;
+  }
+  const int listener = openListener(port);
+  if (listener < 0) {
+    return 1;
+  }
+  serveSessions(interpreter, listener);
+  cli_done(interpreter);
+  return 0;
+}
+
+}  // namespace gfast::console

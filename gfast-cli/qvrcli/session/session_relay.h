@@ -1,0 +1,45 @@
+// Stands between a session's connection and the interpreter, so that the interpreter never touches the
+// network.
+#pragma once
+
+#include <thread>
+
+namespace gfast::console {
+
+// Moves bytes between the connection and a socket that the interpreter is given, until one of them ends:
+//  - The peer has nothing more to say: the interpreter still runs what it was sent, and the output still
+//    reaches the peer.
+//  - The peer resets, vanishes, or does not read for the connection's send time-out: it is given up. The
+//    interpreter's socket then reports a hang-up and takes no more output, so whatever runs there ends soon.
+//  - The interpreter closes its socket: what it wrote is still sent.
+// Nothing is awake while neither side has anything to say.
+class SessionRelay {
+ public:
+  // Owns the connection from now on, also when it throws std::system_error for want of resources.
+  explicit SessionRelay(int connection);
+
+  // To be called when the interpreter has closed its socket. Returns when its output has been sent or given
+  // up, and the connection is closed.
+  ~SessionRelay();
+
+  SessionRelay(const SessionRelay&) = delete;
+  SessionRelay& operator=(const SessionRelay&) = delete;
+
+  // For the interpreter, which closes it.
+  int interpreterSocket() const { return interpreterSocket_; }
+
+ private:
+  void relayInput();
+  void relayOutput();
+  void discardInput();
+  void awaitLoss();
+  void giveUp();
+
+  const int connection_;
+  int relaySocket_ = -1;
+  int interpreterSocket_ = -1;
+  std::thread input_;
+  std::thread output_;
+};
+
+}  // namespace gfast::console

@@ -1,0 +1,113 @@
+#include "qvrcli/session/session_stream.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "clock/clock.h"
+
+namespace gfast::console {
+
+namespace {
+
+// The stream that stands in for the session's while a command runs.
+FILE* bufferedStream = nullptr;
+char streamBuffer[64 * 1024];
+
+constexpr size_t kMostWaiting = 100;  // lines
+
+struct WaitingLines {
+  std::mutex lock;
+  std::vector<std::string> lines;
+};
+
+// Never destroyed: the notification thread may still print while the process exits.
+WaitingLines& waitingLines() {
+  static auto& waiting = *new WaitingLines;
+  return waiting;
+}
+
+}  // namespace
+
+BufferedSession::BufferedSession(cli_def* cli) : cli_(cli) {
+  if (cli->client == nullptr || cli->client == bufferedStream) {
+    return;
+  }
+  const int descriptor = dup(fileno(cli->client));
+  bufferedStream = descriptor < 0 ? nullptr : fdopen(descriptor, "w");
+  if (bufferedStream == nullptr) {
+    if (descriptor >= 0) {
+      close(descriptor);
+    }
+    return;  // slower, and no less right
+  }
+  std::setvbuf(bufferedStream, streamBuffer, _IOFBF, sizeof streamBuffer);
+  session_ = cli->client;
+  cli->client = bufferedStream;
+}
+
+BufferedSession::~BufferedSession() {
+  if (session_ == nullptr) {
+    flushSession(cli_);
+    return;
+  }
+  cli_->client = session_;
+  std::fclose(bufferedStream);
+  bufferedStream = nullptr;
+}
+
+void flushSession(cli_def* cli) {
+  if (cli->client != nullptr) {
+    std::fflush(cli->client);
+  }
+}
+
+bool sleepInSession(cli_def* cli, std::chrono::seconds duration) {
+  flushSession(cli);
+  if (cli->client != nullptr) {
+    return clockSource().sleepWhileConnected(fileno(cli->client), duration);
+  }
+  clockSource().sleep(duration);
+  return true;
+}
+
+bool sessionLost(const cli_def* cli) {
+  if (cli->client == nullptr) {
+    return false;
+  }
+  pollfd peer{fileno(cli->client), 0, 0};
+  return poll(&peer, 1, 0) > 0;
+}
+
+void printLater(const char* text) {
+  WaitingLines& waiting = waitingLines();
+  const std::lock_guard guard(waiting.lock);
+  if (waiting.lines.size() < kMostWaiting) {
+    waiting.lines.emplace_back(text);
+  }
+}
+
+bool printWaiting(cli_def* cli) {
+  std::vector<std::string> lines;
+  {
+    WaitingLines& waiting = waitingLines();
+    const std::lock_guard guard(waiting.lock);
+    lines.swap(waiting.lines);
+  }
+  for (const std::string& line : lines) {
+    cli_print(cli, "%s", line.c_str());
+  }
+  return !lines.empty();
+}
+
+void forgetWaiting() {
+  WaitingLines& waiting = waitingLines();
+  const std::lock_guard guard(waiting.lock);
+  waiting.lines.clear();
+}
+
+}  // namespace gfast::console

@@ -1,6 +1,0 @@
-// Who is at the ends of a line.
-#pragma once
-
-#include <libcli.h>
-
-int CLI_showInventory(cli_def* cli, const char* command, char* argv[], int argc);

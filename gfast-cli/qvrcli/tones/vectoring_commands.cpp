@@ -1,0 +1,112 @@
+#include "qvrcli/tones/vectoring_commands.h"
+
+#include <qvr.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "chip/tones.h"
+#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/table_output.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr uint32_t kSubcarriersPerPair = 2;
+
+struct MatrixKind {
+  QVR_retval_t (*read)(QVR_lineId_t line, uint16_t tonePairs, QVR_tonePairMatrix_t* matrices);
+  const char* name;
+};
+constexpr MatrixKind kCanceler = {QVR_readCancelerMatrixForLine, "canceler"};
+constexpr MatrixKind kPrecoder = {QVR_readPrecoderMatrixForLine, "precoder"};
+
+// The coefficients of one line from its first processed subcarrier on, as far as the chip has room for them.
+struct LineMatrices {
+  QVR_linePhyParams_t tones{};
+  uint16_t pairs = 0;
+  std::unique_ptr<QVR_tonePairMatrix_t[]> all;  // of the lines before this one, too
+  const QVR_tonePairMatrix_t* ofLine = nullptr;
+
+  uint32_t subcarriers() const { return std::min(tones.numProcessedTones, kSubcarriersPerPair * pairs); }
+};
+
+QVR_retval_t readMatrices(QVR_lineId_t line, const MatrixKind& kind, LineMatrices& matrices) {
+  QVR_retval_t status = QVR_getLinePhyParams(line, &matrices.tones);
+  if (QVR_STATUS_ERROR(status)) {
+    return status;
+  }
+  const uint32_t pairs = (matrices.tones.numProcessedTones + kSubcarriersPerPair - 1) / kSubcarriersPerPair;
+  matrices.pairs = static_cast<uint16_t>(std::min(pairs, QVR_K_MAX_TONE_PAIRS));
+  const size_t before = size_t{matrices.pairs} * static_cast<size_t>(line);
+  matrices.all.reset(new (std::nothrow) QVR_tonePairMatrix_t[before + matrices.pairs]);
+  if (matrices.all == nullptr) {
+    return QVR_E_FAILED_TO_ALLOCATE_MEMORY;
+  }
+  matrices.ofLine = matrices.all.get() + before;
+  return kind.read(line, matrices.pairs, matrices.all.get());
+}
+
+// Row by row, each coefficient as its real and its imaginary part.
+std::string coefficientsText(const QVR_tonePairMatrix_t& pair) {
+  std::string text;
+  char number[64];
+  for (uint32_t row = 0; row < COEF_NUM_USERS; row++) {
+    for (uint32_t column = 0; column < COEF_NUM_USERS; column++) {
+      std::snprintf(number, sizeof number, "%f %f ", pair.coefficients_re.matrix[row][column],
+                    pair.coefficients_im.matrix[row][column]);
+      text += number;
+    }
+  }
+  return text;
+}
+
+void writeMatrices(FILE* file, const LineMatrices& matrices) {
+  std::string text;
+  for (uint32_t i = 0; i < matrices.subcarriers(); i++) {
+    if (i % kSubcarriersPerPair == 0) {
+      text = coefficientsText(matrices.ofLine[i / kSubcarriersPerPair]);
+    }
+    const double frequency_MHz = (matrices.tones.firstTone + i) * QVR_K_SUBCARRIER_SPACING_MHZ;
+    std::fprintf(file, "%09.5f %s\n", frequency_MHz, text.c_str());
+  }
+}
+
+int showMatrix(cli_def* cli, char* argv[], const MatrixKind& kind) {
+  int lineId = 0;
+  if (!takeLine(cli, argv, 1, &lineId)) {
+    return CLI_OK;
+  }
+  if (QVR_isLineUp(lineId) != TRUE) {
+    cli_print(cli, "Line %1d is not in SHOWTIME", lineId);
+    return CLI_OK;
+  }
+  TableOutput out(cli);
+  if (!out.open(argv[1])) {
+    return CLI_OK;
+  }
+  LineMatrices matrices;
+  const QVR_retval_t status = readMatrices(lineId, kind, matrices);
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "Failed reading %s matrix (%d)", kind.name, static_cast<int>(status));
+    return CLI_OK;
+  }
+  writeMatrices(out.file(), matrices);
+  out.finish();
+  return CLI_OK;
+}
+
+}  // namespace
+
+int CLI_showCancelerMatrix(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
+  return showMatrix(cli, argv, kCanceler);
+}
+
+int CLI_showPrecoderMatrix(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
+  return showMatrix(cli, argv, kPrecoder);
+}
+
+}  // namespace gfast::console

@@ -1,7 +1,0 @@
-// The vectoring coefficients of a line, written to a file.
-#pragma once
-
-#include <libcli.h>
-
-int CLI_showCancelerMatrix(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_showPrecoderMatrix(cli_def* cli, const char* command, char* argv[], int argc);

@@ -1,0 +1,15 @@
+// The flash of a chip.
+#pragma once
+
+#include <cstdint>
+
+namespace gfast {
+
+// Flash: sectors of 64 KiB (and 4 KiB), three regions.
+constexpr uint32_t FLASH_SECTOR_64KB = 0x10000;
+constexpr uint32_t FLASH_BOOTLOADER_START = 0x00000;
+constexpr uint32_t FLASH_MANUFACTURER_BLOCK_START = 0x10000;
+constexpr uint32_t FLASH_APP_FIRMWARE_START = 0x20000;
+constexpr uint32_t FLASH_SIZE = 0x100000;
+
+}  // namespace gfast

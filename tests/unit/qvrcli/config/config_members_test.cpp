@@ -1,0 +1,438 @@
+// Editing a line configuration: for every member, when this is typed, this field holds that and no other
+// changed.
+#include <cstring>
+#include <functional>
+#include <limits>
+
+#include "qvrcli/config/config_commands.h"
+#include "support/vocabulary.h"
+#include "unit/qvrcli/typed_console.h"
+
+using namespace gfast;
+using namespace gfast::console;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kNoDirection = "invalid parameter - must enter ds or us";
+constexpr const char* kNoFlag = "invalid parameter - must enter T or F";
+constexpr const char* kNoRise = "invalid value - stop value must be greater than start value";
+constexpr const char* kNoIndex = "invalid parameter - must enter a value between 0..1";
+
+using Config = QVR_lineConfig_t;
+
+// Typed in configuration mode, at a record in which every byte is the same.
+class Editing : public TypedConsole {
+ protected:
+  Editing() { typed("configure"); }
+
+  void SetUp() override { fill(0x5A); }
+
+  void fill(int byte) {
+    std::memset(static_cast<void*>(&configParams), byte, sizeof configParams);
+    expected_ = configParams;
+  }
+
+  bool onlyExpectedChanged() const { return std::memcmp(&expected_, &configParams, sizeof expected_) == 0; }
+
+  // The line is accepted without a word, and leaves what the change makes of the record as it was.
+  template <typename Change>
+  void expectChange(const std::string& line, const Change& change) {
+    for (const int byte : {0x5A, 0xA5}) {
+      fill(byte);
+      change(expected_);
+      EXPECT_THAT(typed(line), IsEmpty()) << line;
+      EXPECT_TRUE(onlyExpectedChanged()) << line << " over " << byte;
+    }
+    EXPECT_EQ(result(), CLI_OK);
+  }
+
+  void expectRefusal(const std::string& line, const std::string& text) {
+    fill(0x5A);
+    EXPECT_THAT(typed(line), ElementsAre(text)) << line;
+    EXPECT_TRUE(onlyExpectedChanged()) << line;
+    EXPECT_EQ(result(), CLI_OK);
+  }
+
+  Config expected_{};
+};
+
+// A member that takes one number: its range, what is said outside it, and its fields.
+struct NumberMember {
+  const char* keyword;
+  int64_t low;
+  int64_t high;
+  const char* refusal;
+  std::function<void(Config&, int64_t)> storeDs;  // or without a direction
+  std::function<void(Config&, int64_t)> storeUs;  // none without a direction
+};
+
+#define STORES(field) \
+  [](Config& config, int64_t value) { config.field = static_cast<decltype(config.field)>(value); }
+#define BOTH(field) STORES(field##ds), STORES(field##us)
+#define NUMBER(text) "invalid parameter - must enter value between " text
+#define A_NUMBER(text) "invalid parameter - must enter a value between " text
+
+const NumberMember kNumbers[] = {
+    {"TARSNRM", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.TARSNRM)},
+    {"TARSNRM_RMC", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.TARSNRM_RMC)},
+    {"MINSNRM_RMC", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.MINSNRM_RMC)},
+    {"MAXBL_RMC", 0, 14, NUMBER("2..6"), STORES(noiseMarginProfile.MAXBL_RMCus),
+     STORES(noiseMarginProfile.MAXBL_RMCus)},
+    {"INPMIN_SHINE", 0, 520, NUMBER("0..520"), BOTH(retransmissionProfile.INPMIN_SHINE)},
+    {"INPMIN_REIN", 0, 63, NUMBER("0..63"), BOTH(retransmissionProfile.INPMIN_REIN)},
+    {"IAT_REIN", 0, 3, NUMBER("0..3"), BOTH(retransmissionProfile.IAT_REIN)},
+    {"SHINERATIO", 0, 310, NUMBER("0..310"), BOTH(retransmissionProfile.SHINERATIO)},
+    {"RNRATIO", 0, 8, NUMBER("0..8"), BOTH(retransmissionProfile.RNRATIO)},
+    {"ACEMODE", 0, 1, NUMBER("0..1"), STORES(aceConfigProfile.ACEMODE), {}},
+    {"ACEP2N2", 0, 1, NUMBER("0..1"), STORES(aceConfigProfile.ACEP2N2), {}},
+    {"ALLOWACEON", 0, 1, NUMBER("0..1"), STORES(aceConfigProfile.ALLOWACEON), {}},
+    {"Mds", 10, 32, "invalid line number - Mds must be between 10..32", STORES(tddProfile.Mds), {}},
+    {"IARBANDS", 0, 4095, A_NUMBER("0..4095"), STORES(rfiProfile.IARBANDS), {}},
+    {"UPBOPSDA", 0, 4095, A_NUMBER("0..4095"), STORES(upboProfile.UPBOPSDA), {}},
+    {"UPBOPSDB", 0, 4095, A_NUMBER("0..4095"), STORES(upboProfile.UPBOPSDB), {}},
+    {"UPBOKL", 0, 1280, A_NUMBER("0..1280"), STORES(upboProfile.UPBOKL), {}},
+    {"BLUPPERLIMIT", 0, 14, NUMBER("0..310"), BOTH(dataRateProfile.BLUPPERLIMIT)},
+    {"DELAYMAX", 4, 252, NUMBER("4..252"), BOTH(retransmissionProfile.DELAYMAX)},
+    {"MAXSNRM", 0, 511, NUMBER("0..511"), STORES(noiseMarginProfile.MAXSNRMus),
+     STORES(noiseMarginProfile.MAXSNRMus)},
+    {"MINSNRM", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.MINSNRM)},
+    {"SRA_USNRM", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.SRA_USNRM)},
+    {"SRA_UTIME", 0, 16383, NUMBER("0..16383"), BOTH(noiseMarginProfile.SRA_UTIME)},
+    {"SRA_DSNRM", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.SRA_DSNRM)},
+    {"SRA_DTIME", 0, 16383, NUMBER("0..16383"), BOTH(noiseMarginProfile.SRA_DTIME)},
+    {"FRA_TIME", 1, 8, NUMBER("1..8"), BOTH(fastRateAdaptationProfile.FRA_TIME)},
+    {"FRA_NTONES", 0, 100, NUMBER("0..100"), BOTH(fastRateAdaptationProfile.FRA_NTONES)},
+    {"FRA_RTXUC", 0, 1023, NUMBER("0..1023"), BOTH(fastRateAdaptationProfile.FRA_RTXUC)},
+    {"REINIT_TIME_THRESHOLD", 5, 31, NUMBER("5, 31"), BOTH(reinitPolicyProfile.REINIT_TIME_THRESHOLD)},
+    {"LOW_ETR_THRESHOLD", 0, 30, NUMBER("0..30"), BOTH(reinitPolicyProfile.LOW_ETR_THRESHOLD)},
+    {"LOS_PERSISTENCY", 1, 20, NUMBER("0..30"), BOTH(reinitPolicyProfile.LOS_PERSISTENCY)},
+    {"LOM_PERSISTENCY", 2, 20, NUMBER("2..20"), BOTH(reinitPolicyProfile.LOM_PERSISTENCY)},
+    {"LOR_PERSISTENCY", 1, 20, NUMBER("0..30"), BOTH(reinitPolicyProfile.LOR_PERSISTENCY)},
+    {"MAXATP", -310, 310, NUMBER("-310..310"), BOTH(lineSpectrumProfile.MAXATP)},
+    {"DTA_MODE", 0, 2, NUMBER("0..2"), STORES(dtaProfile.DTA_MODE), {}},
+    {"MINMds", 5, 30, "MINMds must be between 5..30", STORES(dtaProfile.MINMds), {}},
+    {"MAXMds", 5, 30, "MAXMds must be between 5..30", STORES(dtaProfile.MAXMds), {}},
+    {"cDTA_MAXMds", 5, 30, "cDTA_MAXMds must be between 8..30", STORES(dtaProfile.cDTA_MAXMds), {}},
+    {"cDTA_MINMds", 5, 30, "cDTA_MINMds must be between 8..30", STORES(dtaProfile.cDTA_MINMds), {}},
+};
+
+// A member that is on or off.
+struct FlagMember {
+  const char* keyword;
+  std::function<void(Config&, int64_t)> storeDs;
+  std::function<void(Config&, int64_t)> storeUs;
+};
+
+const FlagMember kFlags[] = {
+    {"RTX_TESTMODE", BOTH(retransmissionProfile.RTX_TESTMODE)},
+    {"TPS_TESTMODE", STORES(dataPathConfigProfile.TPS_TESTMODE), {}},
+    {"DRA_TESTMODE", STORES(dataPathConfigProfile.DRA_TESTMODE), {}},
+    {"FEXT_CANCEL_ENABLE", BOTH(vectoringProfile.FEXT_CANCEL_ENABLE)},
+    {"SRA_ENABLE", BOTH(sraProfile.SRA_ENABLE)},
+    {"UPBOKLF", STORES(upboProfile.UPBOKLF), {}},
+    {"FRA_VENDISC", BOTH(fastRateAdaptationProfile.FRA_VENDISC)},
+    {"cDTA_ENABLE", STORES(dtaProfile.cDTA_ENABLE), {}},
+};
+
+// The members of all 32 bits.
+const FlagMember kUnsignedNumbers[] = {
+    {"MAXNDR", BOTH(dataRateProfile.MAXNDR)},
+    {"MINETR", BOTH(dataRateProfile.MINETR)},
+};
+
+using Store = std::function<void(Config&, int64_t)>;
+
+// A member's command up to its value, with what it stores: once in every way to give the direction.
+std::vector<std::pair<std::string, Store>> ways(const std::string& keyword, const Store& ds,
+                                                const Store& us) {
+  if (!us) {
+    return {{keyword + " ", ds}};
+  }
+  return {{keyword + " ds ", ds}, {keyword + " DS ", ds}, {keyword + " us ", us}, {keyword + " US ", us}};
+}
+
+TEST_F(Editing, StoresNumbersAtBothEndsOfTheirRange) {
+  for (const NumberMember& member : kNumbers) {
+    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+      for (const int64_t value : {member.low, member.high, (member.low + member.high) / 2}) {
+        expectChange(command + std::to_string(value), [&](Config& config) { store(config, value); });
+      }
+    }
+  }
+}
+
+TEST_F(Editing, RefusesNumbersOneStepOutside) {
+  for (const NumberMember& member : kNumbers) {
+    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+      expectRefusal(command + std::to_string(member.low - 1), member.refusal);
+      expectRefusal(command + std::to_string(member.high + 1), member.refusal);
+      expectRefusal(command + "99999999999", member.refusal);
+    }
+  }
+}
+
+TEST_F(Editing, RefusesWordsThatHoldNoNumber) {
+  for (const NumberMember& member : kNumbers) {
+    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+      expectRefusal(command + "many", member.refusal);
+      expectRefusal(command + "\"\"", member.refusal);
+    }
+  }
+  for (const FlagMember& member : kUnsignedNumbers) {
+    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+      expectRefusal(command + "many", NUMBER("0..4294967295"));
+      expectRefusal(command + "\"\"", NUMBER("0..4294967295"));
+    }
+  }
+}
+
+TEST_F(Editing, TakesANumberWithoutWhatFollowsIt) {
+  expectChange("TARSNRM us 60dB", [](Config& config) { config.noiseMarginProfile.TARSNRMus = 60; });
+}
+
+TEST_F(Editing, StoresEveryUnsignedNumber) {
+  for (const FlagMember& member : kUnsignedNumbers) {
+    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+      for (const int64_t value : {int64_t{0}, int64_t{1}, int64_t{4294967295}}) {
+        expectChange(command + std::to_string(value), [&](Config& config) { store(config, value); });
+      }
+    }
+  }
+}
+
+TEST_F(Editing, HasNothingOutsideAnUnsignedNumber) {
+  // Below, it wraps around as unsigned numbers do; above, it is the nearest there is.
+  for (const char* word : {"-1", "4294967296"}) {
+    expectChange(std::string("MAXNDR ds ") + word,
+                 [](Config& config) { config.dataRateProfile.MAXNDRds = 4294967295; });
+  }
+}
+
+TEST_F(Editing, StoresFlags) {
+  for (const FlagMember& member : kFlags) {
+    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+      for (const char* word : {"t", "T"}) {
+        expectChange(command + word, [&](Config& config) { store(config, TRUE); });
+      }
+      for (const char* word : {"f", "F"}) {
+        expectChange(command + word, [&](Config& config) { store(config, FALSE); });
+      }
+      for (const char* word : {"1", "0", "true", "TT", "\"\""}) {
+        expectRefusal(command + word, kNoFlag);
+      }
+    }
+  }
+}
+
+TEST_F(Editing, StoresWhatTheFieldKeepsOfANumber) {
+  expectChange("SHINERATIO ds 300", [](Config& config) { config.retransmissionProfile.SHINERATIOds = 44; });
+  expectChange("MAXATP us -310", [](Config& config) { config.lineSpectrumProfile.MAXATPus = -310; });
+}
+
+TEST_F(Editing, StoresTheMaximaOfBothDirectionsUpstream) {
+  expectChange("MAXBL_RMC ds 5", [](Config& config) { config.noiseMarginProfile.MAXBL_RMCus = 5; });
+  expectChange("MAXSNRM ds 511", [](Config& config) { config.noiseMarginProfile.MAXSNRMus = 511; });
+}
+
+TEST_F(Editing, StoresTheCyclicExtensionsThereAre) {
+  for (int value = -1; value <= 256 + 33; value++) {
+    const std::string line = "CE " + std::to_string(value);
+    const bool exists = value == 10 || value == 12 || value == 14 || value == 16 || value == 20 ||
+                        value == 24 || value == 30 || value == 33;
+    if (exists) {
+      expectChange(line, [&](Config& config) { config.tddProfile.CE = static_cast<uint8_t>(value); });
+    } else {
+      expectRefusal(line, "invalid parameter - must enter value 10, 12, 14, 16, 20, 24, 30 and 33");
+    }
+  }
+  expectRefusal("CE long", "invalid parameter - must enter value 10, 12, 14, 16, 20, 24, 30 and 33");
+}
+
+TEST_F(Editing, StoresNoReferenceLengthOrOneInItsRange) {
+  for (const int value : {0, 18, 100, 255}) {
+    expectChange("UPBOKLREF " + std::to_string(value),
+                 [&](Config& config) { config.upboProfile.UPBOKLREF = static_cast<uint16_t>(value); });
+  }
+  for (const char* word : {"-1", "1", "10", "17", "256", "none", "\"\""}) {
+    expectRefusal(std::string("UPBOKLREF ") + word, A_NUMBER("0, 18..255"));
+  }
+}
+
+// A member that is a list of 16 pairs.
+struct ListMember {
+  const char* keyword;
+  int lastFirst;
+  int lastSecond;
+  bool rises;
+  const char* refusal;
+  std::function<void(Config&, int index, int first, int second)> storeDs;
+  std::function<void(Config&, int index, int first, int second)> storeUs;
+};
+
+void storeRange(G9972_subCarrierIdxRange_t& range, int start, int stop) {
+  range.startSubcarrierIdx = static_cast<uint16_t>(start);
+  range.stopSubcarrierIdx = static_cast<uint16_t>(stop);
+}
+
+void storeBreakpoint(G9972_PSDMASKdescriptor_t& breakpoint, int subcarrier, int level) {
+  breakpoint.subCarrierIndex = static_cast<uint16_t>(subcarrier);
+  breakpoint.PSDlevel = static_cast<uint8_t>(level);
+}
+
+#define LISTS(how, list) \
+  [](Config& config, int index, int first, int second) { how(config.list[index], first, second); }
+
+const ListMember kLists[] = {
+    {"CARMASK", 2047, 2047, true, A_NUMBER("0..2047"), LISTS(storeRange, lineSpectrumProfile.CARMASKds),
+     LISTS(storeRange, lineSpectrumProfile.CARMASKus)},
+    {"PSDMASK", 4095, 255, false, A_NUMBER("0..2047"), LISTS(storeBreakpoint, lineSpectrumProfile.PSDMASKds),
+     LISTS(storeBreakpoint, lineSpectrumProfile.PSDMASKus)},
+    {"RFIBAND", 4095, 4095, true, A_NUMBER("0..4095"), LISTS(storeRange, rfiProfile.RFIBANDS), {}},
+};
+
+using ListStore = std::function<void(Config&, int index, int first, int second)>;
+
+std::vector<std::pair<std::string, ListStore>> listWays(const ListMember& member) {
+  const std::string keyword = member.keyword;
+  if (!member.storeUs) {
+    return {{keyword + " ", member.storeDs}};
+  }
+  return {{keyword + " ds ", member.storeDs},
+          {keyword + " DS ", member.storeDs},
+          {keyword + " us ", member.storeUs},
+          {keyword + " US ", member.storeUs}};
+}
+
+std::string numbers(int index, int first, int second) {
+  return std::to_string(index) + " " + std::to_string(first) + " " + std::to_string(second);
+}
+
+TEST_F(Editing, StoresListEntriesAtBothEndsOfTheirRanges) {
+  for (const ListMember& member : kLists) {
+    for (const auto& [command, store] : listWays(member)) {
+      for (int index = 0; index <= 15; index++) {
+        for (const auto& [first, second] :
+             {std::pair{0, member.rises ? 1 : 0}, std::pair{0, member.lastSecond},
+              std::pair{member.rises ? member.lastFirst - 1 : member.lastFirst, member.lastSecond}}) {
+          expectChange(command + numbers(index, first, second),
+                       [&](Config& config) { store(config, index, first, second); });
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Editing, RefusesListEntriesOneStepOutside) {
+  for (const ListMember& member : kLists) {
+    for (const auto& [command, store] : listWays(member)) {
+      expectRefusal(command + numbers(-1, 1, 2), kNoIndex);
+      expectRefusal(command + numbers(16, 1, 2), kNoIndex);
+      expectRefusal(command + "one 1 2", kNoIndex);
+      expectRefusal(command + numbers(0, -1, 2), member.refusal);
+      expectRefusal(command + numbers(0, member.lastFirst + 1, 2), member.refusal);
+      expectRefusal(command + "0 low 2", member.refusal);
+      expectRefusal(command + numbers(0, 1, -1), member.refusal);
+      expectRefusal(command + numbers(0, 1, member.lastSecond + 1), member.refusal);
+      expectRefusal(command + "0 1 high", member.refusal);
+    }
+  }
+}
+
+TEST_F(Editing, RefusesRangesThatDoNotRise) {
+  for (const ListMember& member : kLists) {
+    for (const auto& [command, store] : listWays(member)) {
+      if (member.rises) {
+        expectRefusal(command + numbers(3, 200, 100), kNoRise);
+        expectRefusal(command + numbers(3, 200, 200), kNoRise);
+      } else {
+        expectChange(command + numbers(3, 200, 100), [&](Config& config) { store(config, 3, 200, 100); });
+      }
+    }
+  }
+}
+
+TEST_F(Editing, LooksAtTheIndexThenTheRangeThenTheOrder) {
+  expectRefusal("RFIBAND 16 5000 1", kNoIndex);
+  expectRefusal("RFIBAND 3 5000 1", A_NUMBER("0..4095"));
+  expectRefusal("CARMASK sideways 16 5000 1", kNoDirection);
+}
+
+std::string words(int count) {
+  std::string text;
+  for (int i = 0; i < count; i++) {
+    text += " 1";
+  }
+  return text;
+}
+
+bool takesDirection(const VocabularyRow& row) {
+  return std::strstr(row.usage, "(ds | us)") != nullptr;
+}
+
+int wordsTaken(const VocabularyRow& row) {
+  const std::string keyword = row.path;
+  const int directions = takesDirection(row) ? 1 : 0;
+  return directions + (keyword == "CARMASK" || keyword == "PSDMASK" || keyword == "RFIBAND" ? 3 : 1);
+}
+
+bool isMember(const VocabularyRow& row) {
+  const std::string keyword = row.path;
+  return row.mode == MODE_CONFIG && keyword != "restore" && keyword != "save" && keyword != "show" &&
+         keyword != "get";
+}
+
+TEST_F(Editing, PrintsTheUsageOfEveryMember) {
+  int members = 0;
+  for (const VocabularyRow& row : kVocabulary) {
+    if (isMember(row)) {
+      members++;
+      const std::string keyword = row.path;
+      expectRefusal(keyword + " ?", row.usage);
+      for (int count = 0; count < 6; count++) {
+        if (count != wordsTaken(row)) {
+          expectRefusal(keyword + words(count), row.usage);
+        }
+      }
+    }
+  }
+  EXPECT_EQ(members, 54);
+}
+
+TEST_F(Editing, RefusesOtherWordsForADirection) {
+  for (const VocabularyRow& row : kVocabulary) {
+    if (isMember(row) && takesDirection(row)) {
+      for (const char* word : {"Us", "uS", "Ds", "dS", "u", "dsx", "1", "\"\""}) {
+        const std::string line = std::string(row.path) + " " + word + words(wordsTaken(row) - 1);
+        expectRefusal(line, kNoDirection);
+      }
+    }
+  }
+}
+
+TEST_F(Editing, HasATestForEveryMember) {
+  std::vector<std::string> tested = {"CE", "UPBOKLREF"};
+  for (const NumberMember& member : kNumbers) {
+    tested.emplace_back(member.keyword);
+  }
+  for (const FlagMember& member : kFlags) {
+    tested.emplace_back(member.keyword);
+  }
+  for (const FlagMember& member : kUnsignedNumbers) {
+    tested.emplace_back(member.keyword);
+  }
+  for (const ListMember& member : kLists) {
+    tested.emplace_back(member.keyword);
+  }
+  std::vector<std::string> members;
+  for (const VocabularyRow& row : kVocabulary) {
+    if (isMember(row)) {
+      members.emplace_back(row.path);
+    }
+  }
+  EXPECT_THAT(tested, testing::UnorderedElementsAreArray(members));
+}
+
+}  // namespace

@@ -1,0 +1,156 @@
+#include "qvrcli/session/interpreter_guard.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "qvrcli/session/pattern_size.h"
+
+using namespace gfast;
+using namespace gfast::console;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::Gt;
+
+std::vector<std::string> printed;
+
+void remember(cli_def* /*cli*/, const char* line) {
+  printed.emplace_back(line);
+}
+
+int printFruit(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
+  for (const char* const line : {"apple", "red apple", "pear", "fig (dried)", "red  apple"}) {
+    cli_print(cli, "%s", line);
+  }
+  return CLI_OK;
+}
+
+// A guarded interpreter with one command.
+class GuardedFilters : public testing::Test {
+ protected:
+  void SetUp() override {
+    cli_ = cli_init();
+    guardInterpreter(cli_);
+    cli_register_command(cli_, nullptr, "fruit", printFruit, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, "Fruit");
+    cli_set_configmode(cli_, MODE_CONFIG, nullptr);
+    cli_set_configmode(cli_, MODE_EXEC, nullptr);
+    cli_print_callback(cli_, remember);
+  }
+  void TearDown() override { cli_done(cli_); }
+
+  std::vector<std::string> run(const std::string& line) {
+    printed.clear();
+    cli_run_command(cli_, line.c_str());
+    return printed;
+  }
+
+  cli_def* cli_ = nullptr;
+};
+
+TEST_F(GuardedFilters, TakeOneWord) {
+  EXPECT_THAT(run("fruit | include pear"), ElementsAre("pear"));
+  EXPECT_THAT(run("fruit | exclude apple"), ElementsAre("pear", "fig (dried)"));
+  EXPECT_THAT(run("fruit | begin pear"), ElementsAre("pear", "fig (dried)", "red  apple"));
+  EXPECT_THAT(run("fruit | between red pear"), ElementsAre("red apple", "pear", "red  apple"));
+  EXPECT_THAT(run("fruit | grep ^red"), ElementsAre("red apple", "red  apple"));
+  EXPECT_THAT(run("fruit | egrep \"^(pear|fig)\""), ElementsAre("pear", "fig (dried)"));
+}
+
+TEST_F(GuardedFilters, TakeTheRestOfTheLine) {
+  EXPECT_THAT(run("fruit | include red apple"), ElementsAre("red apple"));
+  EXPECT_THAT(run("fruit | include \"red  apple\""), ElementsAre("red  apple"));
+  EXPECT_THAT(run("fruit | exclude red apple"), ElementsAre("apple", "pear", "fig (dried)", "red  apple"));
+  EXPECT_THAT(run("fruit | begin fig (dried)"), ElementsAre("fig (dried)", "red  apple"));
+  EXPECT_THAT(run("fruit | between pear fig (dried)"), ElementsAre("pear", "fig (dried)"));
+  EXPECT_THAT(run("fruit | egrep red +apple"), ElementsAre("red apple", "red  apple"));
+  EXPECT_THAT(run("fruit | grep -v red apple"), ElementsAre("apple", "pear", "fig (dried)", "red  apple"));
+}
+
+TEST_F(GuardedFilters, TakeFlags) {
+  EXPECT_THAT(run("fruit | egrep -i ^PEAR$"), ElementsAre("pear"));
+  EXPECT_THAT(run("fruit | grep -iv APPLE"), ElementsAre("pear", "fig (dried)"));
+}
+
+TEST_F(GuardedFilters, MayBeAbbreviated) {
+  EXPECT_THAT(run("fruit | inc pear"), ElementsAre("pear"));
+  EXPECT_THAT(run("fruit | exc apple"), ElementsAre("pear", "fig (dried)"));
+  EXPECT_THAT(run("fruit | eg \"^(pear|fig)\""), ElementsAre("pear", "fig (dried)"));
+  EXPECT_THAT(run("fruit | INCLUDE pear"), ElementsAre("pear"));
+}
+
+TEST_F(GuardedFilters, FollowEachOther) {
+  EXPECT_THAT(run("fruit | include apple | exclude red | include app"), ElementsAre("apple"));
+}
+
+TEST_F(GuardedFilters, WantTheirWord) {
+  EXPECT_THAT(
+      run("fruit | include"),
+      ElementsAre("Incomplete command, missing required argument 'search_pattern' for command 'include'"));
+  EXPECT_THAT(run("fruit | "), ElementsAre("Empty command given"));
+  EXPECT_THAT(run("fruit | between red"),
+              ElementsAre("Incomplete command, missing required argument 'range_end' for command 'between'"));
+}
+
+TEST_F(GuardedFilters, SurviveABadPattern) {
+  EXPECT_THAT(run("fruit | egrep ("), ElementsAre());
+  EXPECT_THAT(run("fruit | egrep a{2"), ElementsAre());
+  EXPECT_THAT(run("fruit | grep ["), ElementsAre());
+  EXPECT_THAT(run("fruit | count now"), ElementsAre());
+}
+
+TEST_F(GuardedFilters, RefuseAPatternThatGrowsTooLarge) {
+  EXPECT_THAT(run("fruit | egrep ((((a{99}){99}){99}){99})"), ElementsAre("Pattern too large"));
+  EXPECT_THAT(run("fruit | eg a{30000}"), ElementsAre("Pattern too large"));
+  EXPECT_THAT(run("fruit | include apple | egrep ((((a{99}){99}){99}){99})"),
+              ElementsAre("Pattern too large"));
+  EXPECT_THAT(run("fruit | include ((((a{99}){99}){99}){99})"), ElementsAre());
+}
+
+TEST_F(GuardedFilters, TakeEveryWordALineCanHold) {
+  std::string line = "fruit";
+  for (int i = 0; i < 200; i++) {
+    line += " | include apple";
+  }
+  EXPECT_THAT(run(line), ElementsAre("apple", "red apple", "red  apple"));
+  EXPECT_THAT(run(std::string(300, '|')), ElementsAre("Invalid command \"\""));
+  EXPECT_THAT(run("fruit " + std::string(300, '|')), ElementsAre("Empty command given"));
+}
+
+TEST(PatternSize, CountsWhatAPatternMatches) {
+  EXPECT_EQ(patternSize(""), 0U);
+  EXPECT_EQ(patternSize("abc"), 3U);
+  EXPECT_EQ(patternSize("[abc]"), 1U);
+  EXPECT_LE(patternSize("^(Version|Compiled|State).*[0-9]+$"), 60U);
+}
+
+TEST(PatternSize, MultipliesRepetitions) {
+  EXPECT_GE(patternSize("a{100}"), 100U);
+  EXPECT_GE(patternSize("(abc){100}"), 300U);
+  EXPECT_GE(patternSize("a{2,100}"), 100U);
+  EXPECT_GE(patternSize("a{100,}"), 100U);
+  EXPECT_GE(patternSize("a{,100}"), 100U);
+  EXPECT_LE(patternSize("(abc){10}x{10}"), 100U);
+}
+
+TEST(PatternSize, IsTooLargeWhenRepetitionsNest) {
+  EXPECT_THAT(patternSize("(a{99}){99}"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("a{99}{99}"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("a{99999999999999999999999}"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("((((((((((a+)+)+)+)+)+)+)+)+)+)"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("a++++++++++"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("(((((a{99}){99}){99}"), Gt(kLargestPattern));
+}
+
+TEST(PatternSize, IsNotMisledByBrackets) {
+  EXPECT_THAT(patternSize("[]](a{99}){99}[]]"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("[^]](a{99}){99}]"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("[[:alpha:][](a{99}){99}]"), Gt(kLargestPattern));
+  EXPECT_THAT(patternSize("[[.].][](a{99}){99}]"), Gt(kLargestPattern));
+  EXPECT_EQ(patternSize("[(a{99}){99}]"), 1U);
+}
+
+}  // namespace

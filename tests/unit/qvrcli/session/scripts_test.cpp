@@ -1,0 +1,160 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "qvrcli/session/scripts.h"
+#include "support/console_session.h"
+#include "unit/qvrcli/captured_console.h"
+
+using namespace gfast;
+using namespace gfast::console;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $";
+
+class Scripts : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(chdir(directory_.path().c_str()), 0); }
+
+  ScratchDirectory directory_;
+  CapturedConsole console_;
+};
+
+TEST_F(Scripts, RunOnceWithoutBeingAnnounced) {
+  directory_.write("a.txt", "show version\n# a comment\n\n  sleep ?  # another\n");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kVersion, "sleep <seconds>"));
+}
+
+TEST_F(Scripts, AreClitestTxtUnlessNamed) {
+  EXPECT_THAT(console_.run("run"), ElementsAre("Unable to open file [clitest.txt]"));
+  directory_.write("clitest.txt", "show version\n");
+  EXPECT_THAT(console_.run("run"), ElementsAre(kVersion));
+}
+
+TEST_F(Scripts, AreAnnouncedWhenTheyRunAgain) {
+  directory_.write("a.txt", "show version\n");
+  EXPECT_THAT(console_.run("run a.txt 3"), ElementsAre(">run a.txt 1 of 3", kVersion, ">run a.txt 2 of 3",
+                                                       kVersion, ">run a.txt 3 of 3", kVersion));
+}
+
+TEST_F(Scripts, StopWhenTheFileCannotBeOpened) {
+  EXPECT_THAT(console_.run("run missing.txt 3"),
+              ElementsAre(">run missing.txt 1 of 3", "Unable to open file [missing.txt]"));
+}
+
+TEST_F(Scripts, AreOpenedAnewEachTime) {
+  directory_.write("a.txt", "show version\n");
+  directory_.write("b.txt", "run a.txt\n");
+  EXPECT_THAT(console_.run("run b.txt 2"),
+              ElementsAre(">run b.txt 1 of 2", kVersion, ">run b.txt 2 of 2", kVersion));
+}
+
+TEST_F(Scripts, GoOnWithTheCountAsItStandsAfterABadOne) {
+  directory_.write("a.txt", "show version\n");
+  EXPECT_THAT(console_.run("run a.txt 0"), ElementsAre("Invalid number of iterations counter <0>"));
+  EXPECT_THAT(console_.run("run a.txt \"\""),
+              ElementsAre("Invalid number of iterations counter <>", kVersion));
+  EXPECT_THAT(console_.run("run a.txt often"), ElementsAre(kVersion));
+}
+
+TEST_F(Scripts, StartInExecModeAndLeaveTheModeAsItWas) {
+  directory_.write("a.txt", "configure\nTARSNRM ?\n");
+  EXPECT_THAT(console_.run("run a.txt 2"),
+              ElementsAre(">run a.txt 1 of 2", "TARSNRM (ds | us) <0..310> * (0.1) dB", ">run a.txt 2 of 2",
+                          "TARSNRM (ds | us) <0..310> * (0.1) dB"));
+  EXPECT_EQ(console_.cli()->mode, MODE_EXEC);
+}
+
+TEST_F(Scripts, EndAtQuitAndTheCommandAnswersOk) {
+  directory_.write("a.txt", "show version\nquit\nshow version\n");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kVersion));
+  EXPECT_EQ(console_.result(), CLI_OK);
+}
+
+TEST_F(Scripts, ThatRunThemselvesAreStoppedWithOneLine) {
+  directory_.write("self.txt", "show version\nrun self.txt 2\nsleep ?\n");
+  const std::vector<std::string> printed = console_.run("run self.txt");
+  EXPECT_EQ(std::count(printed.begin(), printed.end(), kVersion), 10);
+  EXPECT_THAT(printed.back(), StartsWith("Scripts run each other more than 10 deep"));
+  EXPECT_EQ(std::count(printed.begin(), printed.end(), "sleep <seconds>"), 0);
+  EXPECT_EQ(console_.result(), CLI_OK);
+}
+
+TEST_F(Scripts, ThatRunEachOtherAreStopped) {
+  directory_.write("a.txt", "run b.txt\nshow version\n");
+  directory_.write("b.txt", "run a.txt\nshow version\n");
+  EXPECT_THAT(console_.run("run a.txt 1000"),
+              ElementsAre(">run a.txt 1 of 1000", StartsWith("Scripts run each other more than 10 deep")));
+}
+
+TEST_F(Scripts, RunAgainAfterSomeWereStopped) {
+  directory_.write("self.txt", "run self.txt\n");
+  directory_.write("a.txt", "show version\n");
+  console_.run("run self.txt");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kVersion));
+  EXPECT_EQ(console_.run("run self.txt").size(), 1U);
+}
+
+TEST_F(Scripts, MayNestTenDeep) {
+  for (int i = 1; i < 10; i++) {
+    directory_.write(std::to_string(i), "run " + std::to_string(i + 1) + "\n");
+  }
+  directory_.write("10", "show version\n");
+  EXPECT_THAT(console_.run("run 1"), ElementsAre(kVersion));
+}
+
+TEST_F(Scripts, PrintThroughTheFilterOfTheLineThatRunsThem) {
+  directory_.write("a.txt", "show version\nsleep ?\nread sbr ?\n");
+  EXPECT_THAT(console_.run("run a.txt | include sleep"), ElementsAre("sleep <seconds>"));
+  EXPECT_THAT(console_.run("run a.txt | exclude sleep | exclude read"), ElementsAre(kVersion));
+  EXPECT_THAT(console_.run("run a.txt 2 | include run"),
+              ElementsAre(">run a.txt 1 of 2", ">run a.txt 2 of 2"));
+}
+
+TEST_F(Scripts, KeepTheirOwnFiltersApartFromThatOfTheLineThatRunsThem) {
+  directory_.write("a.txt", "sleep ? | exclude nothing\nsleep ? | exclude sleep\nread sbr ?\n");
+  EXPECT_THAT(console_.run("run a.txt | exclude read"), ElementsAre("sleep <seconds>"));
+}
+
+TEST_F(Scripts, PrintThroughTheFiltersOfEveryLineThatLedToThem) {
+  directory_.write("outer.txt", "run inner.txt | exclude version\nsleep ?\n");
+  directory_.write("inner.txt", "show version ?\nread sbr ?\nreboot ?\nsleep ?\n");
+  EXPECT_THAT(console_.run("run outer.txt | exclude reboot"),
+              ElementsAre("read sbr <device-id> [ 0 ]", "sleep <seconds>", "sleep <seconds>"));
+  EXPECT_THAT(console_.run("show version ?"), ElementsAre("show version"));
+}
+
+TEST_F(Scripts, SurviveABrokenFilterInside) {
+  directory_.write("a.txt",
+                   "sleep ? | include\nsleep ? |\nsleep ? | egrep (\nsleep ? | nothing x\nsleep ?\n");
+  EXPECT_THAT(console_.run("run a.txt | include sleep <"), ElementsAre("sleep <seconds>"));
+}
+
+TEST_F(Scripts, StopWhenTheSessionIsLost) {
+  directory_.write("a.txt", "show version\n");
+  int sockets[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
+  console_.cli()->client = fdopen(sockets[1], "w+");
+  close(sockets[0]);
+  char name[] = "a.txt";
+  char times[] = "4294967295";
+  char* words[] = {name, times};
+  EXPECT_EQ(CLI_runScript(console_.cli(), "run", words, 2), CLI_OK);
+  fclose(console_.cli()->client);
+  console_.cli()->client = nullptr;
+}
+
+TEST_F(Scripts, AreNotRunFromADirectory) {
+  EXPECT_THAT(console_.run("run " + directory_.path()), ElementsAre());
+}
+
+}  // namespace

@@ -1,0 +1,153 @@
+#include "qvrcli/session/server.h"
+
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <string>
+
+#include "qvrcli/qvrcli.h"
+#include "qvrcli/session/interpreter_guard.h"
+#include "support/console_session.h"
+#include "support/test_clock.h"
+
+using namespace gfast;
+using namespace gfast::console;
+
+namespace {
+
+bool failListen = false;
+
+uint16_t portOf(int listener) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  return ntohs(address.sin_port);
+}
+
+}  // namespace
+
+// The linker puts this in the place of listen.
+extern "C" int __real_listen(int socket, int backlog);
+extern "C" int __wrap_listen(int socket, int backlog) {
+  if (failListen) {
+    errno = EADDRINUSE;
+    return -1;
+  }
+  return __real_listen(socket, backlog);
+}
+
+namespace {
+
+TEST(Listener, TakesAFreePortWhenItIsTo) {
+  const int listener = openListener(0);
+  ASSERT_GE(listener, 0);
+  EXPECT_NE(portOf(listener), 0);
+  close(listener);
+}
+
+TEST(Listener, SaysThatThereIsNoSocket) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit none{3, limit.rlim_max};
+  testing::internal::CaptureStderr();
+  setrlimit(RLIMIT_NOFILE, &none);
+  const int listener = openListener(0);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "socket: Too many open files\n");
+  EXPECT_EQ(listener, -1);
+}
+
+TEST(Listener, SaysThatThePortIsTaken) {
+  const int first = openListener(0);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(openListener(portOf(first)), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "bind: Address already in use\n");
+  close(first);
+}
+
+TEST(Listener, SaysThatItCannotListen) {
+  failListen = true;
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(openListener(0), -1);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "listen: Address already in use\n");
+}
+
+// Serving on the test's own thread.
+class Server : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::signal(SIGPIPE, SIG_IGN);
+    cli_ = cli_init();
+    guardInterpreter(cli_);
+    listener_ = openListener(0);
+    ASSERT_GE(listener_, 0);
+    announcement_ = "Listening on port " + std::to_string(portOf(listener_)) + "\n";
+  }
+
+  void TearDown() override {
+    close(listener_);
+    cli_done(cli_);
+  }
+
+  cli_def* cli_ = nullptr;
+  int listener_ = -1;
+  std::string announcement_;
+};
+
+TEST_F(Server, EndsWhenAcceptAnswersDescriptor0) {
+  ConsoleSession client(portOf(listener_));
+  testing::internal::CaptureStdout();
+  close(STDIN_FILENO);  // 0 is the next descriptor there is
+  serveSessions(cli_, listener_);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), announcement_);
+}
+
+TEST_F(Server, TakesAFailedAcceptAsASessionThatEndsAtOnceAndPauses) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  ConsoleSession client(portOf(listener_));
+  const rlimit none{static_cast<rlim_t>(client.socket()) + 1, limit.rlim_max};
+  testing::internal::CaptureStdout();
+  testClock().onSleep([&] {
+    if (testClock().sleeps().size() == 4) {
+      setrlimit(RLIMIT_NOFILE, &limit);
+      close(STDIN_FILENO);
+    }
+  });
+  clockSource().sleep({});  // UBSan needs a descriptor to look at an object's type the first time
+  setrlimit(RLIMIT_NOFILE, &none);
+  serveSessions(cli_, listener_);
+  std::string expected;
+  for (int i = 0; i < 4; i++) {
+    expected += announcement_;
+  }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+  const auto sleeps = testClock().sleeps();
+  ASSERT_EQ(sleeps.size(), 4U);
+  for (size_t i = 1; i < sleeps.size(); i++) {
+    EXPECT_GT(sleeps[i].count(), 0);
+    EXPECT_LE(sleeps[i], std::chrono::seconds(1));
+  }
+}
+
+int freeDescriptor0(cli_def* /*cli*/, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
+  close(STDIN_FILENO);
+  return CLI_OK;
+}
+
+TEST_F(Server, TellsWhoConnectedAndThatItListensAgain) {
+  cli_register_command(cli_, nullptr, "free", freeDescriptor0, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, nullptr);
+  ConsoleSession first(portOf(listener_));
+  first.send("free\rquit\r");
+  ConsoleSession second(portOf(listener_));
+  testing::internal::CaptureStdout();
+  serveSessions(cli_, listener_);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            announcement_ + " * accepted connection from 127.0.0.1\n" + announcement_);
+}
+
+}  // namespace

@@ -1,0 +1,144 @@
+#include "qvrcli/session/typed_input.h"
+
+#include <gtest/gtest.h>
+#include <libcli.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "qvrcli/vocabulary/command_tree.h"
+
+using namespace gfast;
+using namespace gfast::console;
+
+namespace {
+
+using namespace std::string_literals;
+
+constexpr size_t kLineBuffer = CLI_MAX_LINE_LENGTH;
+
+std::string passed(TypedInput& input, const std::string& received) {
+  std::string typed;
+  input.receive(received, typed);
+  return typed;
+}
+
+std::string passed(const std::string& received) {
+  TypedInput input;
+  return passed(input, received);
+}
+
+TEST(TypedInput, PassesOnWhatIsTyped) {
+  EXPECT_EQ(passed("show version\r"), "show version\r");
+  EXPECT_EQ(passed("a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r\n"),
+            "a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r\n");
+}
+
+TEST(TypedInput, TakesOutTelnetCommands) {
+  EXPECT_EQ(passed("a\xFF\xFB\x01"
+                   "b\xFF\xFD\x03"
+                   "c\xFF\xF1"
+                   "d"),
+            "abcd");
+}
+
+TEST(TypedInput, TakesOutSubnegotiationsWithTheirContent) {
+  EXPECT_EQ(passed("a\xFF\xFA\x1F\x00\x50\x00\x18\xFF\xF0"
+                   "b"s),
+            "ab");
+  EXPECT_EQ(passed("a\xFF\xFA\x18\xFF\xFFquit\r\xFF\xF0"
+                   "b"),
+            "ab");
+}
+
+TEST(TypedInput, PassesOnADoubledByte255AsLibcliReadsIt) {
+  EXPECT_EQ(passed("a\xFF\xFF"
+                   "b"),
+            "a\xFF\xFF"
+            "b");
+}
+
+TEST(TypedInput, TakesTelnetCommandsThatArriveInPieces) {
+  TypedInput input;
+  EXPECT_EQ(passed(input, "a\xFF"), "a");
+  EXPECT_EQ(passed(input, "\xFB"), "");
+  EXPECT_EQ(passed(input,
+                   "\x0D"
+                   "b"),
+            "b");
+}
+
+TEST(TypedInput, PassesOnArrowKeysWhole) {
+  EXPECT_EQ(passed("\x1b[A\x1b[B\x1b[C\x1b[D"), "\x1b[A\x1b[B\x1b[C\x1b[D");
+  TypedInput input;
+  EXPECT_EQ(passed(input, "\x1b"), "");
+  EXPECT_EQ(passed(input, "["), "");
+  EXPECT_EQ(passed(input, "A"), "\x1b[A");
+}
+
+TEST(TypedInput, TakesOutKeysTheEditorDoesNotKnow) {
+  EXPECT_EQ(passed("a\x1b[3~b"), "ab");
+  EXPECT_EQ(passed("a\x1b[1;5Cb"), "ab");
+  EXPECT_EQ(passed("a\x1b[Hb"), "ab");
+  EXPECT_EQ(passed("a\x1bxb"), "ab");
+}
+
+TEST(TypedInput, LetsALineEndInsideAnEscapeSequence) {
+  EXPECT_EQ(passed("a\x1b\r"), "a\r");
+  EXPECT_EQ(passed("a\x1b[1\r"), "a\r");
+}
+
+TEST(TypedInput, TurnsATabIntoABellWhenThereMightBeNoRoom) {
+  TypedInput input;
+  const size_t roomy = kLineBuffer - 1 - TypedInput::kLongestCompletion;
+  EXPECT_EQ(passed(input, std::string(roomy, 'x')), std::string(roomy, 'x'));
+  EXPECT_EQ(passed(input, "\t"), "\t");
+  EXPECT_EQ(passed(input, "\t"), "\x03");
+  EXPECT_EQ(passed(input, "\r\t"), "\r\t");
+}
+
+TEST(TypedInput, CountsWhatEarlierTabsMayHaveAdded) {
+  TypedInput input;
+  const std::string answer = passed(input, std::string(100, '\t'));
+  const auto tabs = static_cast<size_t>(std::count(answer.begin(), answer.end(), '\t'));
+  EXPECT_EQ(tabs, (kLineBuffer - 1) / TypedInput::kLongestCompletion);
+}
+
+TEST(TypedInput, CountsALineThatMayComeBackFromHistory) {
+  for (const std::string& key : {"\x10"s, "\x0e"s, "\x1b[A"s, "\x1b[B"s}) {
+    TypedInput input;
+    passed(input, std::string(4090, 'x') + "\r");
+    EXPECT_EQ(passed(input, "\t"), "\t");
+    passed(input, "\r");
+    EXPECT_EQ(passed(input, key + "\t"), key + "\x03");
+  }
+}
+
+TEST(TypedInput, CountsAfreshAfterALineIsCleared) {
+  TypedInput input;
+  passed(input, std::string(4090, 'x'));
+  EXPECT_EQ(passed(input, "\t\x15\t"), "\x03\x15\t");
+}
+
+TEST(TypedInput, RemembersAClearedLineAsOneThatMayComeBack) {
+  TypedInput input;
+  passed(input, std::string(4090, 'x') + "\x15\r");
+  EXPECT_EQ(passed(input, "\x10\t"), "\x10\x03");
+}
+
+TEST(TypedInput, IsNotMisledByTabsAndLineEndsInsideTelnetCommands) {
+  TypedInput input;
+  passed(input, std::string(4090, 'x') + "\xFF\xFB\r");
+  EXPECT_EQ(passed(input, "\t"), "\x03");
+}
+
+TEST(TypedInput, LeavesRoomForTheLongestWordThereIs) {
+  for (const Command& command : commandTable()) {
+    const char* const blank = std::strrchr(command.path, ' ');
+    const size_t length = std::strlen(blank == nullptr ? command.path : blank + 1);
+    EXPECT_LT(length + 1, TypedInput::kLongestCompletion) << command.path;
+  }
+}
+
+}  // namespace

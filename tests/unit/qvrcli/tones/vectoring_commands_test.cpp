@@ -1,0 +1,148 @@
+// The vectoring matrices at the console: given the coefficients a chip has, this is written into the file.
+#include "unit/qvrcli/tones/tone_requests.h"
+
+using namespace gfast;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr size_t kUsers = 16;
+
+class ShowVectoring : public ToneConsole {
+ protected:
+  struct Kind {
+    std::string name;
+    uint32_t area;
+  };
+  const Kind kKinds[2] = {{"canceler", 0xE4000000}, {"precoder", 0xE4380000}};
+
+  // A coefficient in units of 2^-12: its real part; the imaginary part is the negative of it.
+  static int coefficient(size_t i, size_t j, size_t pair) {
+    return static_cast<int>(16 * (kUsers * i + j) + 4096 * pair);
+  }
+
+  // The chip's area, in windows of 256 bytes of which 8 are guard words.
+  static Script readsArea(int device, uint32_t area, size_t pairs) {
+    std::vector<int> values;
+    for (size_t i = 0; i < kUsers; i++) {
+      for (size_t j = 0; j < kUsers; j++) {
+        for (size_t pair = 0; pair < pairs; pair++) {
+          values.push_back(coefficient(i, j, pair));
+          values.push_back(-coefficient(i, j, pair));
+        }
+      }
+    }
+    const Bytes bytes = halves(values);
+    Script script;
+    for (size_t at = 0; at < bytes.size(); at += 248) {
+      Bytes window = words({9, 9});
+      window.resize(256);
+      std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(at), std::min<size_t>(248, bytes.size() - at),
+                  window.begin() + 8);
+      script = script + reads(device, area + static_cast<uint32_t>(at), window);
+    }
+    return script;
+  }
+
+  // A row of the file: the chip's j-th value of user i stands in line j, column i.
+  static std::string rowOf(const std::string& frequency, size_t pair) {
+    std::string row = frequency + " ";
+    for (size_t line = 0; line < kUsers; line++) {
+      for (size_t column = 0; column < kUsers; column++) {
+        const double value = coefficient(column, line, pair) / 4096.0;
+        row += std::to_string(value) + " " + std::to_string(value == 0 ? 0 : -value) + " ";
+      }
+    }
+    return row + "\n";
+  }
+
+  static Script finds(int device, uint32_t tones) {
+    return findsLineUp(device) + readsFraming(device, kFirstTone, tones);
+  }
+};
+
+TEST_F(ShowVectoring, WritesARowASubcarrierOfWhichPairsShareTheirCoefficients) {
+  for (const Kind& kind : kKinds) {
+    for (const int device : {0, 1}) {
+      expect(finds(device, 3) + readsArea(device, kind.area, 2));
+      EXPECT_THAT(typed("show vectoring " + kind.name + " " + std::to_string(device) + " " + scratch_.file()),
+                  IsEmpty());
+      EXPECT_EQ(scratch_.content(), rowOf("005.17500", 0) + rowOf("005.22675", 0) + rowOf("005.27850", 1));
+      EXPECT_EQ(result(), CLI_OK);
+      verify();
+    }
+  }
+}
+
+TEST_F(ShowVectoring, ShowsFourThousandAndNinetySixAsOne) {
+  expect(finds(0, 3) + readsArea(0, 0xE4000000, 2));
+  typed("show vectoring canceler 0 " + scratch_.file());
+  EXPECT_NE(scratch_.content().find("005.27850 1.000000 -1.000000 1.062500 -1.062500 "), std::string::npos);
+}
+
+TEST_F(ShowVectoring, WritesNothingOfALineThatProcessesNothing) {
+  for (const Kind& kind : kKinds) {
+    expect(finds(0, 0));
+    EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + scratch_.file()), IsEmpty());
+    EXPECT_EQ(scratch_.content(), "");
+  }
+}
+
+TEST_F(ShowVectoring, GoesAsFarAsTheChipHasRoom) {
+  expect(finds(0, 4000000000) + readsArea(0, 0xE4380000, 512));
+  EXPECT_THAT(typed("show vectoring precoder 0 " + scratch_.file()), IsEmpty());
+  const std::string content = scratch_.content();
+  EXPECT_EQ(std::ranges::count(content, '\n'), 1024);
+  EXPECT_TRUE(content.substr(content.rfind('\n', content.size() - 2) + 1).starts_with("058.11525 "));
+}
+
+TEST_F(ShowVectoring, SaysThatAMatrixCannotBeRead) {
+  for (const Kind& kind : kKinds) {
+    const std::string command = "show vectoring " + kind.name + " 1 " + scratch_.file();
+    Bytes window(256);
+    window[0] = 1;  // the guard words differ
+    expect(finds(1, 2) + reads(1, kind.area, window).times(16));
+    EXPECT_THAT(typed(command), ElementsAre("Failed reading " + kind.name + " matrix (1)"));
+    EXPECT_EQ(scratch_.content(), "");
+    verify();
+    expect(finds(1, 2) + reads(1, kind.area, window).fails(EIO).times(16));
+    EXPECT_THAT(typed(command), ElementsAre("Failed reading " + kind.name + " matrix (1)"));
+    verify();
+    expect(findsLineUp(1) + readsFraming(1).fails(EIO));
+    EXPECT_THAT(typed(command), ElementsAre("Failed reading " + kind.name + " matrix (12)"));
+    EXPECT_EQ(result(), CLI_OK);
+    verify();
+  }
+}
+
+TEST_F(ShowVectoring, SaysThatAFileDidNotTakeAllRows) {
+  expect(finds(0, 2) + readsArea(0, 0xE4000000, 1));
+  EXPECT_THAT(typed("show vectoring canceler 0 /dev/full"), ElementsAre("Could not write file /dev/full"));
+}
+
+TEST_F(ShowVectoring, OfALineThatIsNotUpTouchesNoFile) {
+  for (const Kind& kind : kKinds) {
+    expect(readsIdentity(0, chipWithLine(LS_IDLE)));
+    EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + scratch_.file()),
+                ElementsAre("Line 0 is not in SHOWTIME"));
+    EXPECT_EQ(scratch_.content(), "no file");
+  }
+}
+
+TEST_F(ShowVectoring, ChecksLineThenStateThenFile) {
+  const std::string noFile = scratch_.path() + "/no/file";
+  for (const Kind& kind : kKinds) {
+    const std::string show = "show vectoring " + kind.name;
+    EXPECT_THAT(typed(show + " 2 " + noFile),
+                ElementsAre("invalid parameter - line number must be between 0..1"));
+    expect(findsLineUp(0));
+    EXPECT_THAT(typed(show + " 0 " + noFile), ElementsAre("Could not open file " + noFile));
+    for (const std::string words : {"", " 0", " 0 ?", " 0 file 1"}) {
+      EXPECT_THAT(typed(show + words), ElementsAre(show + " <line-id> <filename>"));
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,110 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "qvrcli/session/session_stream.h"
+#include "unit/qvrcli/captured_console.h"
+
+using namespace gfast;
+using namespace gfast::console;
+
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $";
+
+TEST(Dispatch, PrintsTheUsageWhenTheLastWordHoldsAQuestionMark) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("show version ?"), ElementsAre("show version"));
+  EXPECT_THAT(console.run("show version one two?three"), ElementsAre("show version"));
+  EXPECT_THAT(console.run("read sbr ?"), ElementsAre("read sbr <device-id> [ 0 ]"));
+  EXPECT_EQ(console.result(), CLI_OK);
+}
+
+TEST(Dispatch, LooksAtTheLastWordOnly) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("show version ? now"), ElementsAre(kVersion));
+}
+
+TEST(Dispatch, PrintsTheUsageForAnotherNumberOfWords) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("sleep"), ElementsAre("sleep <seconds>"));
+  EXPECT_THAT(console.run("sleep 1 2"), ElementsAre("sleep <seconds>"));
+  EXPECT_THAT(console.run("show log-level now"), ElementsAre("show log-level"));
+  EXPECT_THAT(console.run("rediscover now"), ElementsAre("rediscover"));
+  EXPECT_THAT(console.run("activate line"), ElementsAre("activate line [<line-id> | all] : { 0 }"));
+}
+
+TEST(Dispatch, RunsACommandThatTakesAnyNumberOfWords) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("show version"), ElementsAre(kVersion));
+  EXPECT_THAT(console.run("show version one two three"), ElementsAre(kVersion));
+}
+
+TEST(Dispatch, PrintsTheUsageForTheOneNumberOfWordsThatIsRefused) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("set inventory 0 1 2 3"),
+              ElementsAre("set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
+                          "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"));
+}
+
+TEST(Dispatch, TellsExecShowFromConfigurationShow) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("show"), ElementsAre("Incomplete command"));
+  console.run("configure");
+  EXPECT_THAT(console.run("show ?"), ElementsAre("show"));
+  EXPECT_THAT(console.run("show version"), ElementsAre("show"));
+}
+
+TEST(Dispatch, ReachesEveryCommandByItsFullName) {
+  CapturedConsole console;
+  for (const Command& command : commandTable()) {
+    if (command.handler != nullptr) {
+      cli_set_configmode(console.cli(), command.mode, nullptr);
+      EXPECT_THAT(console.run(std::string(command.path) + " ?"), ElementsAre(command.usage)) << command.path;
+    }
+  }
+}
+
+TEST(Dispatch, RefusesAKeywordAlone) {
+  CapturedConsole console;
+  for (const Command& command : commandTable()) {
+    if (command.handler == nullptr) {
+      EXPECT_THAT(console.run(command.path), ElementsAre("Incomplete command")) << command.path;
+    }
+  }
+}
+
+TEST(Dispatch, PrintsWhatWaitedBehindTheCommandsOwnLines) {
+  CapturedConsole console;
+  printLater("Event occurred");
+  EXPECT_THAT(console.run("show version"), ElementsAre(kVersion, "Event occurred"));
+}
+
+TEST(Dispatch, RunsNothingForASessionThatIsLost) {
+  CapturedConsole console;
+  int sockets[2];
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
+  console.cli()->client = fdopen(sockets[1], "w+");
+  close(sockets[0]);
+  EXPECT_THAT(console.run("show version"), ElementsAre());
+  EXPECT_EQ(console.result(), CLI_QUIT);
+  fclose(console.cli()->client);
+  console.cli()->client = nullptr;
+}
+
+TEST(Configure, NeedsNeitherPrivilegeNorASecondWord) {
+  CapturedConsole console;
+  EXPECT_EQ(console.cli()->privilege, PRIVILEGE_UNPRIVILEGED);
+  EXPECT_THAT(console.run("configure"), ElementsAre());
+  EXPECT_EQ(console.cli()->mode, MODE_CONFIG);
+  EXPECT_STREQ(console.cli()->modestring, "(config)");
+  console.run("exit");
+  EXPECT_EQ(console.cli()->mode, MODE_EXEC);
+  console.run("configure terminal");
+  EXPECT_EQ(console.cli()->mode, MODE_CONFIG);
+}
+
+}  // namespace

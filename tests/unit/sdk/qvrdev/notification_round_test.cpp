@@ -1,0 +1,441 @@
+// What the notification thread does, one step at a time.
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+#include "qvrdev/device_events.h"
+#include "qvrdev/device_table.h"
+#include "qvrdev/log_records.h"
+#include "qvrdev/notification.h"
+#include "unit/sdk/qvrdev/notification_chips.h"
+
+using namespace gfast;
+
+namespace {
+
+using std::chrono::microseconds;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr time_t kMidnight = 1700006400;  // 2023-11-15 00:00:00 UTC
+constexpr time_t at(int hour, int minute, int second) {
+  return kMidnight + (hour * 60 + minute) * 60 + second;
+}
+
+class Round : public testing::Test {
+ protected:
+  Round() {
+    setenv("TZ", "UTC0", 1);
+    tzset();
+    bench_.clock.time = at(10, 0, 0);
+    bench_.start(0, 10);
+    bench_.start(1, 12);
+  }
+
+  Chip& chip(int device) { return bench_.chips.chip(device); }
+  StandingClock& clock() { return bench_.clock; }
+
+  void onlyReadable(int descriptor) {
+    clock().readable = [descriptor](int candidate) { return candidate == descriptor; };
+  }
+
+  static void steps(NotificationRound& round, int count) {
+    for (int i = 0; i < count; i++) {
+      round.step();
+    }
+  }
+
+  Bench bench_;
+};
+
+TEST_F(Round, WaitsHalfASecondForBothDevices) {
+  NotificationRound round;
+  round.step();
+  EXPECT_THAT(clock().waits, ElementsAre(microseconds{500000}));
+  EXPECT_THAT(clock().waitedFor, ElementsAre(10, 12));
+  EXPECT_THAT(clock().limits, ElementsAre(13));
+  EXPECT_THAT(clock().sleeps, IsEmpty());
+}
+
+TEST_F(Round, WithoutReadableDevicesReadsNothing) {
+  QVR_registerLogMessageCB(0, [](QVR_deviceId_t, const char*) {});
+  NotificationRound round;
+  steps(round, 5);
+  EXPECT_EQ(chip(0).eventReads + chip(1).eventReads + chip(0).logReads + chip(1).logReads, 0);
+}
+
+TEST_F(Round, DrainsTheEventsOfReadableDevicesOnly) {
+  onlyReadable(12);
+  NotificationRound round;
+  round.step();
+  EXPECT_EQ(chip(0).eventReads, 0);
+  EXPECT_EQ(chip(1).eventReads, 1);
+}
+
+TEST_F(Round, DrainsTheLogsOfBothDevicesWhenOneIsReadable) {
+  QVR_registerLogMessageCB(0, [](QVR_deviceId_t, const char*) {});
+  onlyReadable(12);
+  NotificationRound round;
+  round.step();
+  EXPECT_EQ(chip(0).logReads, 1);
+  EXPECT_EQ(chip(1).logReads, 1);
+}
+
+TEST_F(Round, LeavesLogsInTheDriverWhileNobodyListens) {
+  chip(0).logs = {Record(8, 0)};
+  onlyReadable(10);
+  NotificationRound round;
+  round.step();
+  EXPECT_EQ(chip(0).logReads, 0);
+  EXPECT_EQ(chip(0).logs.size(), 1U);
+}
+
+// Its descriptor stays readable for as long as nobody takes them, and would keep the thread awake.
+TEST_F(Round, WaitsWithoutADeviceThatWasReadyForNothing) {
+  chip(0).logs = {Record(8, 0)};
+  onlyReadable(10);
+  NotificationRound round;
+  round.step();
+  round.step();
+  EXPECT_THAT(clock().waitedFor, ElementsAre(12));
+  round.step();
+  EXPECT_THAT(clock().waitedFor, ElementsAre(10, 12));
+}
+
+TEST_F(Round, DrainsDeviceZeroBeforeDeviceOneAndEventsBeforeLogs) {
+  QVR_registerLinkFailureNotificationCB([](QVR_lineId_t line, LINK_FAILURE_TYPE_E, time_t) {
+    told().push_back("event " + std::to_string(line));
+  });
+  QVR_registerLogMessageCB(
+      0, [](QVR_deviceId_t device, const char*) { told().push_back("log " + std::to_string(device)); });
+  for (const int device : {1, 0}) {
+    chip(device).events = {event(EVENT_TYPE_LINE_FAILURE, 1, static_cast<uint32_t>(device))};
+    chip(device).logs = {Record(4, 0)};
+  }
+  clock().readable = [](int) { return true; };
+  NotificationRound round;
+  round.step();
+  EXPECT_THAT(told(), ElementsAre("event 0", "event 1", "log 0", "log 1"));
+}
+
+TEST_F(Round, WithOneDeviceWaitsForThatOne) {
+  Bench alone;
+  clearDeviceTable();
+  alone.start(0, 7);
+  NotificationRound round;
+  round.step();
+  EXPECT_THAT(alone.clock.waitedFor, ElementsAre(7));
+  EXPECT_THAT(alone.clock.limits, ElementsAre(8));
+}
+
+TEST_F(Round, DoesNotCoverADescriptorOpenedHigherLater) {
+  Bench later;
+  clearDeviceTable();
+  later.start(0, 7);
+  NotificationRound round;
+  later.start(1, 9);
+  later.clock.readable = [](int) { return true; };
+  round.step();
+  EXPECT_EQ(later.chips.chip(0).eventReads, 1);
+  EXPECT_EQ(later.chips.chip(1).eventReads, 0);
+  EXPECT_THAT(later.clock.limits, ElementsAre(8));
+}
+
+TEST_F(Round, CoversADescriptorOpenedLowerLater) {
+  Bench later;
+  clearDeviceTable();
+  later.start(0, 7);
+  NotificationRound round;
+  later.start(1, 5);
+  later.clock.readable = [](int) { return true; };
+  round.step();
+  EXPECT_EQ(later.chips.chip(1).eventReads, 1);
+}
+
+TEST_F(Round, WithADescriptorBeyondSelectLeavesItOut) {
+  Bench beyond;
+  clearDeviceTable();
+  beyond.start(0, FD_SETSIZE + 5);
+  NotificationRound round;
+  round.step();
+  EXPECT_THAT(beyond.clock.waitedFor, IsEmpty());
+}
+
+// ---- The quarter-hour boundary ----
+
+class RoundAtBoundary : public Round {
+ protected:
+  RoundAtBoundary() {
+    QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE,
+                                    [](time_t time) { told().push_back("first " + std::to_string(time)); });
+    QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE,
+                                    [](time_t time) { told().push_back("second " + std::to_string(time)); });
+  }
+
+  static std::vector<std::string> bothTold(time_t time) {
+    return {"first " + std::to_string(time), "second " + std::to_string(time)};
+  }
+
+  void stepAt(NotificationRound& round, time_t time) {
+    clock().time = time;
+    round.step();
+  }
+};
+
+TEST_F(RoundAtBoundary, CallsBothSlotsOnceInOrderAndPausesASecond) {
+  clock().time = at(10, 14, 59);
+  NotificationRound round;
+  stepAt(round, at(10, 14, 59));
+  EXPECT_THAT(told(), IsEmpty());
+  stepAt(round, at(10, 15, 0));
+  EXPECT_EQ(told(), bothTold(at(10, 15, 0)));
+  EXPECT_THAT(clock().sleeps, ElementsAre(microseconds{1000000}));
+  stepAt(round, at(10, 15, 0));
+  stepAt(round, at(10, 15, 1));
+  stepAt(round, at(10, 15, 1));
+  EXPECT_EQ(told(), bothTold(at(10, 15, 0)));
+  EXPECT_THAT(clock().sleeps, ElementsAre(microseconds{1000000}));
+}
+
+TEST_F(RoundAtBoundary, CallsAtTheFirstRoundAfterIt) {
+  clock().time = at(10, 14, 58);
+  NotificationRound round;
+  stepAt(round, at(10, 15, 3));
+  EXPECT_EQ(told(), bothTold(at(10, 15, 3)));
+}
+
+TEST_F(RoundAtBoundary, StartedOnItDoesNotCall) {
+  clock().time = at(10, 15, 0);
+  NotificationRound round;
+  stepAt(round, at(10, 15, 0));
+  stepAt(round, at(10, 15, 1));
+  EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(RoundAtBoundary, CallsEveryQuarterHourOfADay) {
+  clock().time = at(0, 0, 0);
+  NotificationRound round;
+  for (time_t time = at(0, 0, 0); time <= at(24, 0, 0); time++) {
+    stepAt(round, time);
+  }
+  EXPECT_EQ(told().size(), 2U * 96U);
+  EXPECT_EQ(told().back(), "second " + std::to_string(at(24, 0, 0)));
+}
+
+TEST_F(RoundAtBoundary, CallsAcrossMidnight) {
+  clock().time = at(23, 59, 59);
+  NotificationRound round;
+  stepAt(round, at(24, 0, 0));
+  EXPECT_EQ(told(), bothTold(at(24, 0, 0)));
+}
+
+// New York, 2023-03-12: 01:59:59 is followed by 03:00:00. 2023-11-05: by 01:00:00.
+TEST_F(RoundAtBoundary, CallsOnceWhenClocksChange) {
+  setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
+  tzset();
+  for (const time_t change : {time_t{1678604400}, time_t{1699164000}}) {
+    told().clear();
+    clock().time = change - 2;
+    NotificationRound round;
+    for (time_t time = change - 2; time < change + 900; time++) {
+      stepAt(round, time);
+    }
+    EXPECT_EQ(told(), bothTold(change));
+  }
+}
+
+TEST_F(RoundAtBoundary, OfAZoneAQuarterHourOffCallsAtItsOwn) {
+  setenv("TZ", "<+0545>-5:45", 1);
+  tzset();
+  clock().time = at(10, 14, 59);
+  NotificationRound round;
+  stepAt(round, at(10, 15, 0));
+  EXPECT_EQ(told(), bothTold(at(10, 15, 0)));
+}
+
+TEST_F(RoundAtBoundary, WithoutCallbacksStillPauses) {
+  QVR_register15minCounterEventCB(0, nullptr);
+  QVR_register15minCounterEventCB(1, nullptr);
+  clock().time = at(10, 14, 59);
+  NotificationRound round;
+  stepAt(round, at(10, 15, 0));
+  EXPECT_THAT(clock().sleeps, ElementsAre(microseconds{1000000}));
+}
+
+TEST_F(RoundAtBoundary, CallsBeforeItDrainsWhatIsPending) {
+  QVR_registerRebootEventCB([] { told().emplace_back("reboot"); });
+  chip(0).events = {event(EVENT_TYPE_BOOT_SUCCEEDED)};
+  onlyReadable(10);
+  clock().time = at(10, 14, 59);
+  NotificationRound round;
+  stepAt(round, at(10, 15, 0));
+  EXPECT_EQ(told().size(), 3U);
+  EXPECT_EQ(told().back(), "reboot");
+}
+
+// ---- The liveness watch ----
+
+class RoundWatch : public Round {
+ protected:
+  static constexpr int kRounds = 10;  // between two checks
+
+  RoundWatch() {
+    QVR_registerCommFailureNotificationCB(
+        [](QVR_deviceId_t device) { told().push_back(std::to_string(device)); });
+  }
+
+  NotificationRound round_;
+};
+
+TEST_F(RoundWatch, ReadsTheBootRegisterOfBothDevicesEveryTenRounds) {
+  steps(round_, kRounds - 1);
+  EXPECT_EQ(chip(0).livenessReads, 0);
+  steps(round_, 1);
+  EXPECT_EQ(chip(0).livenessReads, 1);
+  EXPECT_EQ(chip(1).livenessReads, 1);
+  steps(round_, kRounds);
+  EXPECT_EQ(chip(0).livenessReads, 2);
+}
+
+TEST_F(RoundWatch, ReportsAtTheFourthFailureInARowAndAtEachFurtherOne) {
+  steps(round_, kRounds);
+  chip(1).answers = false;
+  steps(round_, 3 * kRounds);
+  EXPECT_THAT(told(), IsEmpty());
+  steps(round_, kRounds - 1);
+  EXPECT_THAT(told(), IsEmpty());
+  steps(round_, 1);
+  EXPECT_THAT(told(), ElementsAre("1"));
+  steps(round_, kRounds);
+  EXPECT_THAT(told(), ElementsAre("1", "1"));
+  steps(round_, kRounds);
+  EXPECT_THAT(told(), ElementsAre("1", "1", "1"));
+}
+
+TEST_F(RoundWatch, CountsAfreshAfterOneSuccess) {
+  chip(0).answers = false;
+  steps(round_, 5 * kRounds);
+  EXPECT_EQ(told().size(), 2U);
+  chip(0).answers = true;
+  steps(round_, kRounds);
+  chip(0).answers = false;
+  steps(round_, 3 * kRounds);
+  EXPECT_EQ(told().size(), 2U);
+  steps(round_, kRounds);
+  EXPECT_EQ(told().size(), 3U);
+}
+
+TEST_F(RoundWatch, CountsEachDeviceByItself) {
+  chip(0).answers = false;
+  steps(round_, 2 * kRounds);
+  chip(1).answers = false;
+  steps(round_, 2 * kRounds);
+  EXPECT_THAT(told(), ElementsAre("0"));
+  steps(round_, 2 * kRounds);
+  EXPECT_THAT(told(), ElementsAre("0", "0", "0", "1"));
+}
+
+TEST_F(RoundWatch, WithoutACallbackKeepsCounting) {
+  QVR_registerCommFailureNotificationCB(nullptr);
+  chip(0).answers = false;
+  steps(round_, 6 * kRounds);
+  QVR_registerCommFailureNotificationCB(
+      [](QVR_deviceId_t device) { told().push_back(std::to_string(device)); });
+  steps(round_, kRounds);
+  EXPECT_THAT(told(), ElementsAre("0"));
+}
+
+TEST_F(RoundWatch, LeavesInactiveDevicesAlone) {
+  closeDevices();
+  steps(round_, 5 * kRounds);
+  EXPECT_EQ(chip(0).livenessReads + chip(1).livenessReads, 0);
+  EXPECT_THAT(told(), IsEmpty());
+}
+
+// ---- Floods ----
+
+class RoundFlood : public Round {
+ protected:
+  static constexpr int kFlood = 10000;
+
+  // The devices are readable while something is pending.
+  RoundFlood() {
+    clock().readable = [this](int descriptor) { return bench_.chips.pending(descriptor); };
+  }
+};
+
+TEST_F(RoundFlood, OfOneDeviceDoesNotKeepTheOtherWaiting) {
+  QVR_registerLinkFailureNotificationCB(
+      [](QVR_lineId_t line, LINK_FAILURE_TYPE_E, time_t) { told().push_back(std::to_string(line)); });
+  chip(0).events.assign(kFlood, event(EVENT_TYPE_LINE_FAILURE, 1, 0));
+  chip(1).events = {event(EVENT_TYPE_LINE_FAILURE, 1, 1)};
+  NotificationRound round;
+  round.step();
+  EXPECT_EQ(told().size(), kMostEventsInOneGo + 1U);
+  EXPECT_EQ(told().back(), "1");
+}
+
+TEST_F(RoundFlood, IsDrainedInOrderWithoutWaiting) {
+  QVR_registerLinkFailureNotificationCB(
+      [](QVR_lineId_t line, LINK_FAILURE_TYPE_E, time_t) { told().push_back(std::to_string(line)); });
+  std::vector<std::string> expected;
+  for (uint32_t i = 0; i < kFlood; i++) {
+    chip(0).events.push_back(event(EVENT_TYPE_LINE_FAILURE, 1, i));
+    expected.push_back(std::to_string(i));
+  }
+  NotificationRound round;
+  steps(round, 1 + kFlood / kMostEventsInOneGo);
+  EXPECT_EQ(told(), expected);
+  EXPECT_EQ(clock().waits.front(), microseconds{500000});
+  clock().waits.erase(clock().waits.begin());
+  EXPECT_THAT(clock().waits, Each(microseconds{0}));
+}
+
+// Even when the descriptor is not reported readable again, what was left is taken.
+TEST_F(RoundFlood, IsContinuedWhateverTheDescriptorSays) {
+  chip(0).events.assign(kMostEventsInOneGo + 1, event(EVENT_TYPE_MODEM_IS_READY));
+  NotificationRound round;
+  round.step();
+  EXPECT_EQ(chip(0).events.size(), 1U);
+  clock().readable = [](int) { return false; };
+  round.step();
+  EXPECT_THAT(chip(0).events, IsEmpty());
+  round.step();
+  EXPECT_EQ(clock().waits.back(), microseconds{500000});
+}
+
+TEST_F(RoundFlood, IsOneRoundToTheLivenessWatch) {
+  chip(0).events.assign(kFlood, event(EVENT_TYPE_MODEM_IS_READY));
+  NotificationRound round;
+  steps(round, 1 + kFlood / kMostEventsInOneGo);
+  EXPECT_EQ(chip(0).livenessReads, 0);
+  steps(round, 9);
+  EXPECT_EQ(chip(0).livenessReads, 1);
+}
+
+TEST_F(RoundFlood, DoesNotHoldUpTheQuarterHour) {
+  QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, [](time_t) { told().emplace_back("quarter"); });
+  chip(0).events.assign(kFlood, event(EVENT_TYPE_MODEM_IS_READY));
+  clock().time = at(10, 14, 59);
+  NotificationRound round;
+  round.step();
+  clock().time = at(10, 15, 0);
+  round.step();
+  EXPECT_THAT(told(), ElementsAre("quarter"));
+}
+
+TEST_F(RoundFlood, OfLogsDoesNotKeepTheOtherWaiting) {
+  QVR_registerLogMessageCB(
+      0, [](QVR_deviceId_t device, const char*) { told().push_back(std::to_string(device)); });
+  chip(0).logs.assign(kFlood, Record(4, 0));
+  chip(1).logs = {Record(4, 0)};
+  NotificationRound round;
+  round.step();
+  EXPECT_EQ(told().size(), kMostLogBuffersInOneGo + 1U);
+  EXPECT_EQ(told().back(), "1");
+  steps(round, kFlood / kMostLogBuffersInOneGo + 1);
+  EXPECT_EQ(told().size(), kFlood + 1U);
+}
+
+}  // namespace

@@ -1,0 +1,175 @@
+// The notification thread itself, beside a thread that registers and asks.
+#include <gmock/gmock.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
+
+#include "qvrdev/device_table.h"
+#include "qvrdev/notification.h"
+#include "unit/sdk/qvrdev/notification_chips.h"
+
+using namespace gfast;
+
+namespace {
+
+std::atomic<int> reboots;
+std::atomic<int> link_changes;
+std::atomic<int> log_lines;
+
+void countReboot() {
+  reboots++;
+}
+void countLinkChange(QVR_lineId_t, G9701_linkState_t, G9701_linkState_t) {
+  link_changes++;
+}
+void countLogLine(QVR_deviceId_t, const char*) {
+  log_lines++;
+}
+
+// Readable while something is pending; the time goes on as fast as it is asked for. Shared by both threads.
+class BusyClock final : public Clock {
+ public:
+  explicit BusyClock(Chips& chips) : chips_(chips) {}
+
+  time_t now() override { return time_++; }
+  void sleep(std::chrono::microseconds) override { std::this_thread::yield(); }
+  int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds) override {
+    int count = 0;
+    for (int descriptor = 0; descriptor < limit; descriptor++) {
+      if (FD_ISSET(descriptor, &descriptors) && chips_.pending(descriptor)) {
+        count++;
+      } else {
+        FD_CLR(descriptor, &descriptors);
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds{count == 0 ? 200 : 0});
+    return count;
+  }
+  bool sleepWhileConnected(int, std::chrono::microseconds duration) override {
+    sleep(duration);
+    return true;
+  }
+
+ private:
+  Chips& chips_;
+  std::atomic<time_t> time_{1700006400};
+};
+
+template <typename Condition>
+bool comesTrue(Condition condition) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds{20};
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) {
+      return false;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds{1});
+  }
+  return true;
+}
+
+class Thread : public testing::Test {
+ protected:
+  Thread() {
+    installClock(forever(new BusyClock(bench_.chips)));
+    bench_.start(0, 10);
+    bench_.start(1, 11);
+  }
+
+  Bench bench_;
+};
+
+TEST_F(Thread, TurnsEventsAndLogRecordsIntoCallbacks) {
+  QVR_registerRebootEventCB(countReboot);
+  QVR_registerDeviceLinkStateChangeCB(countLinkChange);
+  QVR_registerLogMessageCB(0, countLogLine);
+  ASSERT_EQ(startNotificationThread(), QVR_E_STATUS_OK);
+  bench_.chips.queueEvent(0, event(EVENT_TYPE_BOOT_SUCCEEDED));
+  bench_.chips.queueEvent(1, event(EVENT_TYPE_LINKS_STATUS_CHANGED, 5, 6));
+  bench_.chips.queueLog(0, Record(4, 0));
+  EXPECT_TRUE(comesTrue([] { return reboots == 1 && link_changes == 1 && log_lines == 1; }));
+}
+
+TEST_F(Thread, RunsWhileCallbacksComeAndGo) {
+  ASSERT_EQ(startNotificationThread(), QVR_E_STATUS_OK);
+  for (int i = 0; i < 500; i++) {
+    const int device = i % 2;
+    bench_.chips.queueEvent(device, event(EVENT_TYPE_LINKS_STATUS_CHANGED, 5, 6));
+    bench_.chips.queueEvent(device, event(EVENT_TYPE_BOOT_SUCCEEDED));
+    bench_.chips.queueLog(device, Record(8, 0));
+    QVR_registerRebootEventCB(i % 3 == 0 ? nullptr : countReboot);
+    QVR_registerDeviceLinkStateChangeCB(i % 5 == 0 ? nullptr : countLinkChange);
+    QVR_registerLogMessageCB(0, i % 7 == 0 ? nullptr : countLogLine);
+    QVR_registerLinkFailureNotificationCB(nullptr);
+    QVR_registerCommFailureNotificationCB([](QVR_deviceId_t) {});
+    QVR_registerNonCdtaCpeJoinNotificationCB([](QVR_lineId_t) {});
+    const int handle = QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, [](time_t) {});
+    QVR_register15minCounterEventCB(handle, nullptr);
+    registerLineRebootHandler([] { deviceRecord(0); });
+    QVR_getDeviceInfo(device, nullptr);
+    QVR_secsTo15minBoundary(nullptr);
+  }
+  QVR_registerRebootEventCB(countReboot);
+  const int before = reboots;
+  bench_.chips.queueEvent(0, event(EVENT_TYPE_BOOT_SUCCEEDED));
+  EXPECT_TRUE(comesTrue([before] { return reboots > before; }));
+}
+
+// A driver whose descriptor is an eventfd, under the system's own clock and select.
+class EventDescriptors final : public Driver {
+ public:
+  int open(int device) override { return device == 0 ? descriptor_ : -1; }
+  int request(int /*descriptor*/, uint32_t code, gfast_iocreq& request) override {
+    if (code == DFEIOCMEMRD) {
+      std::memset(request.req_u.memread.buf, 0, request.req_u.memread.bufsize);
+      return 0;
+    }
+    uint64_t pending = 0;
+    if (code != DFEIOCALMRD || ::read(descriptor_, &pending, sizeof pending) < 0) {
+      return -1;
+    }
+    const Record record = event(EVENT_TYPE_BOOT_SUCCEEDED);
+    std::memcpy(request.req_u.logalm_read.buf, record.data(), record.size());
+    request.req_u.logalm_read.datalen_copied_to_user = static_cast<uint32_t>(record.size());
+    return 0;
+  }
+  void close(int /*descriptor*/) override {}
+  void rediscover() override {}
+
+  void announce() {
+    const uint64_t one = 1;
+    ASSERT_EQ(::write(descriptor_, &one, sizeof one), ssize_t{sizeof one});
+  }
+
+ private:
+  const int descriptor_ = ::eventfd(0, EFD_NONBLOCK);
+};
+
+TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
+  auto& chip = forever(new EventDescriptors);
+  forever(&driver());
+  installDriver(chip);
+  QVR_getDeviceInfo(0, nullptr);
+  QVR_registerRebootEventCB(countReboot);
+  ASSERT_EQ(startNotificationThread(), QVR_E_STATUS_OK);
+  for (int i = 1; i <= 3; i++) {
+    chip.announce();
+    EXPECT_TRUE(comesTrue([i] { return reboots == i; }));
+  }
+}
+
+#if defined(__GLIBC__) && !defined(__UCLIBC__)
+// A stack that no address space holds makes every further thread fail.
+TEST(ThreadThatTheSystemRefuses, IsReported) {
+  pthread_attr_t attributes;
+  ASSERT_EQ(pthread_attr_init(&attributes), 0);
+  const size_t beyond = sizeof(void*) == 8 ? size_t{1} << 47 : size_t{0x7FFF0000};
+  ASSERT_EQ(pthread_attr_setstacksize(&attributes, beyond), 0);
+  ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+  EXPECT_EQ(startNotificationThread(), QVR_E_FAILED_CREATING_THREAD);
+}
+#endif
+
+}  // namespace

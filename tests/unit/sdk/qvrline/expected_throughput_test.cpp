@@ -1,0 +1,197 @@
+// Expected throughput and raw rates: the formulas bit by bit, and what of a line goes into them.
+#include "unit/sdk/qvrline/tones.h"
+
+using namespace gfast;
+
+namespace {
+
+// A framing whose words are in the order of the database.
+Bytes database(const std::vector<uint32_t>& words) {
+  Bytes bytes;
+  for (const uint32_t word : words) {
+    append32(bytes, word);
+  }
+  return bytes;
+}
+
+ETR_DB_S framingOf(const std::vector<uint32_t>& words) {
+  Bytes bytes = database(words);
+  ETR_DB_S record{};
+  std::memcpy(&record, bytes.data(), sizeof record);
+  QVR_NTOHGfastCounters(&record, sizeof record);
+  return record;
+}
+
+// Shared: overhead, samples, frequency, frames, symbols; then transmitter and receiver, each: symbols, K, N,
+// Q, bytes of data symbols, bytes of RMC symbols.
+const std::vector<uint32_t> kFraming{28,   4416, 211968000, 8,   36,  28, 239,  255, 4,
+                                     1871, 702,  7,         223, 239, 3,  1733, 655};
+
+// Figures computed apart from this code, one correctly rounded operation of single precision at a time.
+constexpr float kTxEtr = 0x1.e330fep+18F;      // 494787.97
+constexpr float kRxEtr = 0x1.93a7p+16F;        // 103335.0
+constexpr float kTxEtrLive = 0x1.017396p+19F;  // with 1990 and 850 bytes
+constexpr float kTxRaw = 0x1.5edp+19F;         // 718464.0
+
+TEST(ExpectedThroughput, IsWhatOneRmcSymbolCarriesWithoutItsOverhead) {
+  // O = 0; S, F, M, Nf; then Ns, K, N, Q, BD, BDR of either direction.
+  const ETR_DB_S framing = framingOf({0, 1, 1000, 1, 1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1, 0, 1});
+  float etr = 0;
+  EXPECT_EQ(QVR_calcTxETR(framing, &etr), QVR_E_STATUS_OK);
+  EXPECT_EQ(etr, 7.0F);
+  etr = 0;
+  EXPECT_EQ(QVR_calcRxETR(framing, &etr), QVR_E_STATUS_OK);
+  EXPECT_EQ(etr, 7.0F);
+}
+
+TEST(ExpectedThroughput, IsTheSameToTheLastBitOnEveryMachine) {
+  const ETR_DB_S framing = framingOf(kFraming);
+  float etr = 0;
+  EXPECT_EQ(QVR_calcTxETR(framing, &etr), QVR_E_STATUS_OK);
+  EXPECT_EQ(etr, kTxEtr);
+  EXPECT_EQ(QVR_calcRxETR(framing, &etr), QVR_E_STATUS_OK);
+  EXPECT_EQ(etr, kRxEtr);
+  QVR_calcTxETR(framingOf({31, 4096, 105984000, 7, 35, 11, 201, 221, 9, 997, 313, 0, 0, 0, 0, 0, 0}), &etr);
+  EXPECT_EQ(etr, 0x1.a2d5ecp+15F);
+  QVR_calcRxETR(
+      framingOf({3, 4001, 0xFFFFFFFF, 11, 37, 0, 0, 0, 0, 0, 0, 29, 4294967041, 251, 7, 65537, 1048577}),
+      &etr);
+  EXPECT_EQ(etr, 0x1.44d43p+53F);
+}
+
+TEST(ExpectedThroughput, DividesByZeroWithoutAWord) {
+  float etr = 0;
+  EXPECT_EQ(QVR_calcTxETR(framingOf(std::vector<uint32_t>(17, 0)), &etr), QVR_E_STATUS_OK);
+  EXPECT_TRUE(std::isnan(etr));
+  // Symbols of no samples carry without bound.
+  EXPECT_EQ(QVR_calcRxETR(framingOf({0, 0, 1000, 1, 1, 0, 0, 0, 0, 0, 0, 3, 1, 1, 1, 1, 1}), &etr),
+            QVR_E_STATUS_OK);
+  EXPECT_EQ(etr, std::numeric_limits<float>::infinity());
+  EXPECT_EQ(QVR_calcTxRawPhyRate(framingOf({0, 0, 1000, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}), &etr),
+            QVR_E_STATUS_OK);
+  EXPECT_EQ(etr, std::numeric_limits<float>::infinity());
+  EXPECT_EQ(QVR_calcRxRawPhyRate(framingOf(std::vector<uint32_t>(17, 0)), &etr), QVR_E_STATUS_OK);
+  EXPECT_TRUE(std::isnan(etr));
+}
+
+TEST(RawRate, IsWhatDataSymbolsCarry) {
+  std::vector<uint32_t> words(17, 0);
+  words[1] = 4096;
+  words[2] = 4096000;
+  words[9] = 100;  // transmitted
+  words[15] = 50;  // received
+  float rate = 0;
+  EXPECT_EQ(QVR_calcTxRawPhyRate(framingOf(words), &rate), QVR_E_STATUS_OK);
+  EXPECT_EQ(rate, 800.0F);
+  EXPECT_EQ(QVR_calcRxRawPhyRate(framingOf(words), &rate), QVR_E_STATUS_OK);
+  EXPECT_EQ(rate, 400.0F);
+}
+
+TEST(RawRate, CountsItsBitsIn32AndGoesOnInSinglePrecision) {
+  std::vector<uint32_t> words(17, 0);
+  words[1] = 4416;
+  words[2] = 211968000;
+  words[9] = 0x20000001;  // times 8 is 8
+  float rate = 0;
+  QVR_calcTxRawPhyRate(framingOf(words), &rate);
+  EXPECT_EQ(rate, 384.0F);
+  words[1] = 3;
+  words[2] = words[9] = 0xFFFFFFFF;
+  QVR_calcTxRawPhyRate(framingOf(words), &rate);
+  EXPECT_EQ(rate, 0x1.5d867cp+52F);
+  words[1] = 4099;
+  words[2] = 211968001;
+  words[15] = 1733;
+  QVR_calcRxRawPhyRate(framingOf(words), &rate);
+  EXPECT_EQ(rate, 0x1.5e111cp+19F);
+}
+
+class LineThroughput : public ToneTest {
+ protected:
+  // The framer's byte counts as they are now, different from those of the database.
+  static Bytes liveBytes() {
+    Bytes block(340);
+    store_le32(&block[21 * 4], 1990);  // TxBD
+    store_le32(&block[23 * 4], 850);   // TxBDR
+    store_le32(&block[24 * 4], 1733);  // RxBD
+    store_le32(&block[26 * 4], 655);   // RxBDR
+    return block;
+  }
+
+  // In the database the receiver's counts are not those of the framer.
+  static Bytes databaseBytes() {
+    std::vector<uint32_t> words = kFraming;
+    words[15] = 1;
+    words[16] = 2;
+    return database(words);
+  }
+
+  static Script readsThroughput(int device) {
+    return findsLineUp(device) + reads(device, 0xE5002000, databaseBytes()) +
+           reads(device, 0xE2440000, liveBytes());
+  }
+
+  float etrDs_ = -1;
+  float etrUs_ = -1;
+  float rawDs_ = -1;
+  float rawUs_ = -1;
+};
+
+TEST_F(LineThroughput, OnTheSubscriberSideComesDownThroughTheReceiver) {
+  driver_.expect(readsThroughput(1));
+  EXPECT_EQ(QVR_calcETRsForLine(kSubscriberSide, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_STATUS_OK);
+  EXPECT_EQ(etrDs_, kRxEtr);
+  EXPECT_EQ(etrUs_, kTxEtrLive);
+  EXPECT_EQ(rawDs_, kTxRaw);     // the transmitter's, of the database
+  EXPECT_EQ(rawUs_, 764160.0F);  // 1990 bytes in 48000 symbols a second
+}
+
+TEST_F(LineThroughput, OnTheNetworkSideComesUpThroughTheReceiver) {
+  driver_.expect(readsThroughput(0));
+  EXPECT_EQ(QVR_calcETRsForLine(kNetworkSide, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_STATUS_OK);
+  EXPECT_EQ(etrUs_, kRxEtr);
+  EXPECT_EQ(etrDs_, kTxEtrLive);
+  EXPECT_EQ(rawUs_, 665472.0F);  // 1733 bytes
+  EXPECT_EQ(rawDs_, 764160.0F);
+}
+
+TEST_F(LineThroughput, RawRatesAreOnlyComputedWhenWanted) {
+  for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
+    driver_.expect(readsThroughput(line).times(3));
+    EXPECT_EQ(QVR_calcETRsForLine(line, &etrDs_, &etrUs_, nullptr, nullptr), QVR_E_STATUS_OK);
+    EXPECT_EQ(line == kNetworkSide ? etrDs_ : etrUs_, kTxEtrLive);
+    EXPECT_EQ(QVR_calcETRsForLine(line, &etrDs_, &etrUs_, &rawDs_, nullptr), QVR_E_STATUS_OK);
+    EXPECT_EQ(rawDs_, line == kNetworkSide ? 764160.0F : kTxRaw);
+    EXPECT_EQ(QVR_calcETRsForLine(line, &etrDs_, &etrUs_, nullptr, &rawUs_), QVR_E_STATUS_OK);
+    EXPECT_EQ(rawUs_, line == kNetworkSide ? 665472.0F : 764160.0F);
+  }
+}
+
+TEST_F(LineThroughput, OfALineThatIsNotUpIsNotTouched) {
+  for (const G9701_linkState_t state : {LS_IDLE, LS_INIT_TRAIN, LS_DEACTIVATING1}) {
+    driver_.expect(readsIdentity(0, chipWithLine(state)));
+    EXPECT_EQ(QVR_calcETRsForLine(0, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_ERROR);
+  }
+  addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
+  EXPECT_EQ(QVR_calcETRsForLine(1, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_ERROR);
+  EXPECT_EQ(etrDs_ + etrUs_ + rawDs_ + rawUs_, -4.0F);
+}
+
+TEST_F(LineThroughput, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+  for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
+    expectEachFailureAnswered([&] { return readsThroughput(line); },
+                              [&](bool& untouched) {
+                                const QVR_retval_t status =
+                                    QVR_calcETRsForLine(line, &etrDs_, &etrUs_, &rawDs_, &rawUs_);
+                                untouched = etrDs_ == -1 && etrUs_ == -1 && rawDs_ == -1 && rawUs_ == -1;
+                                return status;
+                              });
+  }
+}
+
+TEST_F(LineThroughput, OfNoLineIsAnAssertion) {
+  EXPECT_ASSERTION(QVR_calcETRsForLine(2, &etrDs_, &etrUs_, nullptr, nullptr),
+                   asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
+}
+
+}  // namespace

@@ -1,0 +1,225 @@
+// The eoc of a line carries one exchange at a time, and no longer than that.
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <functional>
+#include <future>
+#include <memory>
+#include <thread>
+
+#include "chip/far_end_messages.h"
+#include "qvrdev/device_table.h"
+#include "qvrline/eoc.h"
+#include "unit/sdk/lines.h"
+
+using namespace gfast;
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr uint32_t kAddress = 0xE2440000;
+
+// Both lines are up, and their far ends answer every request with zeros.
+class AnsweringFarEnds final : public Driver {
+ public:
+  AnsweringFarEnds() {
+    enterBothLines();
+    installDriver(*this);
+    for (QVR_deviceId_t device = 0; device < QVR_K_MAX_DEVICES; device++) {
+      EXPECT_EQ(QVR_getDeviceInfo(device, nullptr), QVR_E_STATUS_OK);
+      setLineState(device, 0, LS_SHOWTIME);
+    }
+  }
+
+  int open(int device) override { return device; }
+  int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
+    if (code == DFEIOCMEMRD) {
+      std::memset(request.req_u.memread.buf, 0, request.req_u.memread.bufsize);
+      return 0;
+    }
+    gfast_farendmsg& message = request.req_u.farendmsg;
+    EXPECT_EQ(under_way_[descriptor]++, 0) << "two exchanges at once";
+    exchanges++;
+    if (duringExchange) {
+      duringExchange(descriptor);
+    }
+    if (message.farend_msg_req_type == MGMT_FAR_END_REQ_TYPE_READMEM) {
+      message.buf[1] = '\x80';
+    }
+    message.datalen_copied_to_user = message.bufsize;
+    under_way_[descriptor]--;
+    return refuses ? -1 : 0;
+  }
+  void close(int /*descriptor*/) override {}
+  void rediscover() override {}
+
+  std::function<void(int device)> duringExchange;
+  std::atomic<int> exchanges{0};
+  bool refuses = false;
+
+ private:
+  std::atomic<int> under_way_[QVR_K_MAX_DEVICES] = {};
+};
+
+void exchangeOn(QVR_lineId_t line) {
+  QVR_EOC_CaptureLine(line);
+  QVR_EOC_ReleaseLine(line);
+}
+
+bool isFree(QVR_lineId_t line) {
+  auto captured = std::async(std::launch::async, exchangeOn, line);
+  return captured.wait_for(10s) == std::future_status::ready;
+}
+
+TEST(Eoc, OfALineOutOfRangeIsAnAssertion) {
+  for (const QVR_lineId_t line : {2, -1}) {
+    const auto report = asserts(200, "Invalid Line Identifier", line, "../qvrline");
+    EXPECT_ASSERTION(QVR_EOC_CaptureLine(line), report);
+    EXPECT_ASSERTION(QVR_EOC_ReleaseLine(line), report);
+  }
+}
+
+TEST(Eoc, ACapturedLineMakesOthersWaitForIt) {
+  std::atomic<bool> captured{false};
+  QVR_EOC_CaptureLine(1);
+  std::thread other([&] {
+    QVR_EOC_CaptureLine(1);
+    captured = true;
+    QVR_EOC_ReleaseLine(1);
+  });
+  std::this_thread::sleep_for(20ms);
+  EXPECT_FALSE(captured);
+  QVR_EOC_ReleaseLine(1);
+  other.join();
+  EXPECT_TRUE(captured);
+}
+
+TEST(Eoc, OneLineDoesNotWaitForTheOther) {
+  QVR_EOC_CaptureLine(0);
+  EXPECT_TRUE(isFree(1));
+  QVR_EOC_ReleaseLine(0);
+}
+
+TEST(Eoc, IsHeldForTheLengthOfAScope) {
+  {
+    const EocExchange exchange(0);
+    EXPECT_TRUE(isFree(1));
+  }
+  EXPECT_TRUE(isFree(0));
+}
+
+// What exchanges with the far end of line 0, in one exchange each.
+void makeEveryExchange() {
+  uint8_t bytes[4];
+  QVR_readmemFarEnd(0, kAddress, bytes, sizeof bytes);
+  G9701_ManagementCounters_t management;
+  QVR_readFarEndFTUmanagementCounters(0, &management);
+  G9701_PMDTestParameters_t pmd;
+  QVR_readFarEndPMDTestParameters(0, &pmd);
+}
+
+TEST(Eoc, IsHeldDuringEveryExchange) {
+  AnsweringFarEnds farEnds;
+  std::atomic<int> captures{0};
+  std::vector<std::thread> waiting;
+  farEnds.duringExchange = [&](int) {
+    const auto captured = std::make_shared<std::atomic<bool>>(false);
+    waiting.emplace_back([&captures, captured] {
+      exchangeOn(0);
+      *captured = true;
+      captures++;
+    });
+    std::this_thread::sleep_for(20ms);
+    EXPECT_FALSE(*captured);
+    EXPECT_TRUE(isFree(1));
+  };
+  for (int exchange = 0; exchange < 3; exchange++) {
+    makeEveryExchange();
+    for (std::thread& thread : waiting) {
+      thread.join();
+    }
+    waiting.clear();
+  }
+  EXPECT_EQ(captures, 9);
+}
+
+TEST(Eoc, IsFreeBehindEveryExchangeGoodOrBad) {
+  AnsweringFarEnds farEnds;
+  makeEveryExchange();
+  EXPECT_TRUE(isFree(0));
+  farEnds.refuses = true;
+  makeEveryExchange();
+  EXPECT_TRUE(isFree(0));
+  for (const auto state : {LS_IDLE, LS_SHOWTIME}) {
+    setLineState(0, 0, state);
+    makeEveryExchange();
+    EXPECT_TRUE(isFree(0));
+  }
+  EXPECT_EQ(farEnds.exchanges, 9);
+}
+
+TEST(Eoc, ReadingFarEndMemoryLetsOthersInBetweenTwoPieces) {
+  const AnsweringFarEnds farEnds;
+  constexpr int kPieces = 128;
+  std::atomic<bool> stop{false};
+  std::atomic<bool> cameBetween{false};
+  std::thread other([&] {
+    while (!stop) {
+      QVR_EOC_CaptureLine(0);
+      if (farEnds.exchanges % kPieces != 0) {
+        cameBetween = true;
+      }
+      QVR_EOC_ReleaseLine(0);
+    }
+  });
+  Bytes bytes(kPieces * MGMT_MAX_DATA);
+  for (int reading = 0; reading < 1000 && !cameBetween; reading++) {
+    EXPECT_EQ(QVR_readmemFarEnd(0, 0, bytes.data(), kPieces * MGMT_MAX_DATA), QVR_E_STATUS_OK);
+  }
+  stop = true;
+  other.join();
+  EXPECT_TRUE(cameBetween);
+}
+
+TEST(Eoc, ALineThatTakesItsTimeDoesNotKeepTheOther) {
+  AnsweringFarEnds farEnds;
+  std::promise<void> otherLineDone;
+  auto done = otherLineDone.get_future();
+  farEnds.duringExchange = [&](int device) {
+    if (device == 0) {
+      EXPECT_EQ(done.wait_for(10s), std::future_status::ready);
+    }
+  };
+  std::thread slow([] {
+    G9701_ManagementCounters_t management;
+    EXPECT_EQ(QVR_readFarEndFTUmanagementCounters(0, &management), QVR_E_STATUS_OK);
+  });
+  G9701_PMDTestParameters_t pmd;
+  EXPECT_EQ(QVR_readFarEndPMDTestParameters(1, &pmd), QVR_E_STATUS_OK);
+  otherLineDone.set_value();
+  slow.join();
+}
+
+TEST(EocThreads, ExchangesOfManyThreadsNeverOverlap) {
+  AnsweringFarEnds farEnds;
+  farEnds.duringExchange = [](int) { std::this_thread::yield(); };
+  std::vector<std::thread> threads;
+  threads.reserve(4);
+  for (int i = 0; i < 4; i++) {
+    threads.emplace_back([i] {
+      Bytes bytes(2048);
+      for (int reading = 0; reading < 50; reading++) {
+        EXPECT_EQ(QVR_readmemFarEnd(i % 2, 0, bytes.data(), 2048), QVR_E_STATUS_OK);
+        G9701_ManagementCounters_t management;
+        EXPECT_EQ(QVR_readFarEndFTUmanagementCounters(i % 2, &management), QVR_E_STATUS_OK);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(farEnds.exchanges, 4 * 50 * 5);
+}
+
+}  // namespace

@@ -1,0 +1,147 @@
+// A quarter hour ends: the lines' counters are read, accounted for, and become the start of the next.
+#include "qvrline/interval_counters.h"
+#include "unit/sdk/lines.h"
+
+using namespace gfast;
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr time_t kBoundary = 1700000100;
+
+Script readsCounters(int device, uint32_t first) {
+  return reads(device, 0xF0000000, countingWords(156, first));
+}
+
+// What the callback found, call by call.
+struct Update {
+  QVR_lineId_t line;
+  time_t boundary;
+  uint32_t now;
+  uint32_t start;
+  bool operator==(const Update&) const = default;
+};
+
+std::vector<Update>& updates() {
+  static auto& all = *new std::vector<Update>;
+  return all;
+}
+
+void account(QVR_lineId_t line, time_t boundary) {
+  const QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
+  updates().push_back({line, boundary, counters.curr15minSnapshot.ne.LOS, counters.prev15minSnapshot.ne.LOS});
+}
+
+// Both lines started their quarter hour with these counters.
+class QuarterHour : public testing::Test {
+ protected:
+  void SetUp() override {
+    enterBothLines();
+    openDevice(driver_, 0);
+    openDevice(driver_, 1);
+    QVR_register15minCounterUpdateNotificationCB(account);
+    for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
+      QVR_intervalCounterDB_t counters{};
+      counters.curr15minSnapshot.ne.LOS = 7;
+      counters.prev15minSnapshot.ne.LOS = 5;
+      storeCounters(line, counters);
+    }
+  }
+
+  static QVR_intervalCounterDB_t countersOf(QVR_lineId_t line) {
+    return QVR_lineDescriptorForLine(line).counters;
+  }
+
+  ExpectedRequests driver_{Script()};
+};
+
+TEST(IntervalCounters, StartAfreshFromTheLatestRead) {
+  QVR_intervalCounterDB_t counters{};
+  counters.curr15minSnapshot.ne.LOS = 1;
+  counters.curr15minSnapshot.fe.EFB = 2;
+  counters.prev15minSnapshot.ne.ES = 3;
+  QVR_resetIntervalCounters(&counters);
+  EXPECT_EQ(counters.prev15minSnapshot.ne.LOS, 1U);
+  EXPECT_EQ(counters.prev15minSnapshot.fe.EFB, 2U);
+  EXPECT_EQ(counters.prev15minSnapshot.ne.ES, 0U);
+  EXPECT_EQ(counters.curr15minSnapshot.ne.LOS, 1U);
+}
+
+TEST_F(QuarterHour, IsAccountedForLineByLineAndTheNextStartsThere) {
+  driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
+  QVR_15minCounterEventHandler(kBoundary);
+  EXPECT_THAT(updates(), ElementsAre(Update{0, kBoundary, 1000, 5}, Update{1, kBoundary, 2000, 5}));
+  expectCountingWords(countersOf(0).curr15minSnapshot, 1000);
+  expectCountingWords(countersOf(0).prev15minSnapshot, 1000);
+  expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
+}
+
+TEST_F(QuarterHour, ALineThatCannotBeReadIsLoggedAndItsQuarterHourGoesOn) {
+  const TraceLog trace;
+  driver_.expect(readsCounters(0, 1000).fails(EIO) + readsCounters(1, 2000));
+  QVR_15minCounterEventHandler(kBoundary);
+  EXPECT_THAT(updates(), ElementsAre(Update{1, kBoundary, 2000, 5}));
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 7U);
+  EXPECT_EQ(countersOf(0).prev15minSnapshot.ne.LOS, 5U);
+  EXPECT_THAT(trace.lines(),
+              ElementsAre(testing::MatchesRegex("\\[LOG_ERR\\] QVR_15minCounterEventHandler:[0-9]+ Failed "
+                                                "reading performance monitoring counters for line 0\n")));
+}
+
+TEST_F(QuarterHour, WithNoLineToReadIsOnlyLogged) {
+  const TraceLog trace;
+  driver_.expect(readsCounters(0, 0).fails(EIO) + readsCounters(1, 0).fails(EIO));
+  QVR_15minCounterEventHandler(kBoundary);
+  EXPECT_THAT(updates(), IsEmpty());
+  EXPECT_EQ(trace.lines().size(), 2U);
+}
+
+TEST_F(QuarterHour, WithoutACallbackStartsAfreshAllTheSame) {
+  QVR_register15minCounterUpdateNotificationCB(nullptr);
+  driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
+  QVR_15minCounterEventHandler(kBoundary);
+  EXPECT_THAT(updates(), IsEmpty());
+  expectCountingWords(countersOf(0).prev15minSnapshot, 1000);
+  expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
+}
+
+TEST_F(QuarterHour, ALaterReadDuringTheAccountingDoesNotMoveTheNextStart) {
+  QVR_register15minCounterUpdateNotificationCB([](QVR_lineId_t line, time_t) {
+    G9972_PM_COUNTERS_S later{};
+    later.ne.LOS = 1500;
+    storeLatestCounters(line, later);
+  });
+  driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
+  QVR_15minCounterEventHandler(kBoundary);
+  expectCountingWords(countersOf(0).prev15minSnapshot, 1000);
+  expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
+}
+
+TEST_F(QuarterHour, ALookThatEndsLateDoesNotReplaceTheClosingRead) {
+  G9972_PM_COUNTERS_S block{};
+  block.ne.LOS = 8;
+  storeLatestCounters(0, block);
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 8U);
+  block.ne.LOS = 10;
+  storeClosingCounters(0, block);
+  storeLatestCounters(0, {});
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 10U);
+  storeCounters(0, countersOf(0));
+  storeLatestCounters(0, {});
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 0U) << "the next quarter hour has started";
+}
+
+TEST_F(QuarterHour, UnavailableSecondsMoveOnlyFromWhereTheyWereFound) {
+  QVR_intervalCounterDB_t counters{};
+  counters.prev15minSnapshot.ne.UAS = 100;
+  storeCounters(1, counters);
+  moveUnavailableSecondsStart(1, 90, 120);
+  EXPECT_EQ(countersOf(1).prev15minSnapshot.ne.UAS, 100U);
+  moveUnavailableSecondsStart(1, 100, 120);
+  EXPECT_EQ(countersOf(1).prev15minSnapshot.ne.UAS, 120U);
+  EXPECT_EQ(countersOf(0).prev15minSnapshot.ne.UAS, 0U);
+}
+
+}  // namespace

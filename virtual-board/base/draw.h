@@ -1,0 +1,15 @@
+// Draws that are the same everywhere: one number from another, by SplitMix64.
+#pragma once
+
+#include <cstdint>
+
+namespace gfast::board {
+
+constexpr uint64_t mix(uint64_t x) {
+  x += 0x9E3779B97F4A7C15U;
+  x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9U;
+  x = (x ^ (x >> 27)) * 0x94D049BB133111EBU;
+  return x ^ (x >> 31);
+}
+
+}  // namespace gfast::board

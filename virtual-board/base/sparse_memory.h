@@ -1,0 +1,48 @@
+// Bytes scattered over a 32-bit address space, kept only where something was written.
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <span>
+
+namespace gfast::board {
+
+class SparseMemory {
+ public:
+  static constexpr uint32_t kPageSize = 4096;
+  static constexpr size_t kMaxPages = 4096;  // 16 MiB: what one memory holds at most
+
+  // False, and nothing written, when the bytes would need more pages than a memory has or run past the end of
+  // the address space.
+  bool write(uint32_t address, std::span<const uint8_t> bytes);
+
+  // Replaces those bytes of `out` that were written; the others keep what they hold.
+  void copyOver(uint32_t address, std::span<uint8_t> out) const;
+
+  // Replaces those written bytes that lie in the range; the others stay unwritten.
+  void update(uint32_t address, std::span<const uint8_t> bytes);
+
+  // Forgets what was written there.
+  void forget(uint32_t address, size_t length);
+
+ private:
+  struct Page {
+    std::array<uint8_t, kPageSize> bytes{};
+    std::bitset<kPageSize> written;
+  };
+  const Page* find(uint32_t address) const;
+  Page* find(uint32_t address);
+
+  std::map<uint32_t, std::unique_ptr<Page>> pages_;  // by address / kPageSize
+};
+
+// Whether `length` bytes from `address` lie within 32 bits.
+constexpr bool inAddressSpace(uint32_t address, size_t length) {
+  return length <= uint64_t{0x100000000} - address;
+}
+
+}  // namespace gfast::board

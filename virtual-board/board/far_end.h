@@ -1,0 +1,48 @@
+// The modem at the other end of a line, as it answers management messages.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/chip.h"
+#include "virtual-board/measured/counter_blocks.h"
+
+namespace gfast::board {
+
+// From a request that was sent to the far end until its answer is there.
+constexpr double kFarEndExchange_s = 0.004;
+
+class FarEnd {
+ public:
+  using Response = std::vector<uint8_t>;
+
+  // The answers of `remote` to messages on the line `line`, unless a board file replaced them; `insight` is
+  // what that modem knows of its line.
+  FarEnd(int line, Chip& remote, std::function<LineInsight()> insight,
+         const std::vector<FarEndReplacement>& replacements);
+
+  // 0 and the response, or an errno. EINVAL: no such message type; EIO: the far end does not answer it;
+  // ETIMEDOUT: it hangs. A memory message that it refuses is answered with a header of MGMT_OPCODE_NACK, a
+  // request for a vector of test parameters with PMD_VECTOR_NACK.
+  int answer(uint32_t type, std::span<const uint8_t> request, Response& response);
+
+ private:
+  using Answer = Response (FarEnd::*)(std::span<const uint8_t> request);
+  static const Answer kAnswers[];
+
+  Response counters(std::span<const uint8_t> request);
+  Response inventory(std::span<const uint8_t> request);
+  Response readMemory(std::span<const uint8_t> request);
+  Response writeMemory(std::span<const uint8_t> request);
+  Response pmdParameters(std::span<const uint8_t> request);
+  Response pmdVector(std::span<const uint8_t> request);
+
+  Chip& remote_;
+  std::function<LineInsight()> insight_;
+  std::vector<FarEndReplacement> replacements_;
+};
+
+}  // namespace gfast::board

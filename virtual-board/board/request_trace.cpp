@@ -1,0 +1,56 @@
+#include "virtual-board/board/request_trace.h"
+
+#include <cerrno>
+
+#include "virtual-board/base/errno_names.h"
+
+namespace gfast::board {
+
+namespace {
+
+std::string place(const TracedRequest& request) {
+  char text[16];
+  switch (request.kind) {
+    case RequestKind::MemRead:
+    case RequestKind::MemWrite:
+    case RequestKind::Activate:
+    case RequestKind::FlashErase:
+    case RequestKind::FlashProg:
+    case RequestKind::FlashRead:
+      std::snprintf(text, sizeof text, "0x%08x", request.where);
+      return text;
+    case RequestKind::FarEnd:
+      return std::to_string(request.where);
+    default:
+      return "-";
+  }
+}
+
+}  // namespace
+
+RequestTrace::~RequestTrace() {
+  if (file_ != nullptr) {
+    std::fclose(file_);
+  }
+}
+
+int RequestTrace::open(const std::string& path) {
+  file_ = std::fopen(path.c_str(), "we");
+  if (file_ == nullptr) {
+    return errno;
+  }
+  std::setvbuf(file_, nullptr, _IOLBF, 0);
+  return 0;
+}
+
+void RequestTrace::write(const TracedRequest& request) {
+  if (file_ == nullptr) {
+    return;
+  }
+  const std::string result = request.error == 0 ? "ok" : errnoName(request.error);
+  const std::lock_guard lock(mutex_);
+  std::fprintf(file_, "%.6f %d %s %s %u %s\n", request.time, request.device, requestName(request.kind),
+               place(request).c_str(), request.length, result.c_str());
+}
+
+}  // namespace gfast::board

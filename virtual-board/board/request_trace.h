@@ -1,0 +1,40 @@
+// One line a driver request: seconds since start, device, request, address or line, length, result.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+#include <string>
+
+#include "virtual-board/board/faults.h"
+
+namespace gfast::board {
+
+struct TracedRequest {
+  double time = 0;
+  int device = 0;
+  RequestKind kind = RequestKind::Unknown;
+  uint32_t where = 0;  // memory and flash requests: an address; far-end messages: a line
+  uint32_t length = 0;
+  int error = 0;
+};
+
+class RequestTrace {
+ public:
+  RequestTrace() = default;
+  RequestTrace(const RequestTrace&) = delete;
+  RequestTrace& operator=(const RequestTrace&) = delete;
+  ~RequestTrace();
+
+  // 0, or the errno that kept the file from being created.
+  int open(const std::string& path);
+
+  // Nothing without a file. What cannot be written is lost and nothing else.
+  void write(const TracedRequest& request);
+
+ private:
+  std::mutex mutex_;
+  std::FILE* file_ = nullptr;
+};
+
+}  // namespace gfast::board

@@ -1,9 +1,0 @@
-#pragma once
-
-#include <stdexcept>
-
-// What is wrong with a board file, as one line: "file:line: reason".
-class BoardFileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};

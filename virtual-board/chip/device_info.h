@@ -1,0 +1,30 @@
+// The two blocks that say who a chip is: the device-information image and the boot-stage block.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/initialisation.h"
+
+namespace gfast::board {
+
+// ITU-T G.994.1 vendor id: country code, four letters of the vendor's code, two bytes of its own.
+constexpr std::array<uint8_t, 8> kVendorId = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
+
+struct DeviceIdentity {
+  Firmware firmware;  // of the stage that runs
+  MacAddress mac{};
+  int temperature_c = 0;
+  LineState lineState = LineState::SelfTest;
+  Initialisation initialisation;
+};
+
+// DEV_INF_SIZE bytes.
+std::vector<uint8_t> deviceInfoImage(const DeviceIdentity& identity);
+
+// B0_REGS_SIZE bytes.
+std::vector<uint8_t> bootStageBlock(const DeviceIdentity& identity);
+
+}  // namespace gfast::board

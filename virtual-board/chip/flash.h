@@ -1,0 +1,48 @@
+// A chip's NOR flash: erasing sets bits, sector by sector; programming can only clear them.
+#pragma once
+
+#include <gfast_api.h>
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "chip/flash.h"
+
+namespace gfast::board {
+
+constexpr uint32_t FLASH_SECTOR_4KB = 0x1000;
+
+struct FlashRegion {
+  uint32_t start;
+  uint32_t end;  // one past the last byte
+};
+
+constexpr FlashRegion kBootloaderRegion{FLASH_BOOTLOADER_START, FLASH_MANUFACTURER_BLOCK_START};
+constexpr FlashRegion kManufacturerRegion{FLASH_MANUFACTURER_BLOCK_START, FLASH_APP_FIRMWARE_START};
+constexpr FlashRegion kAppRegion{FLASH_APP_FIRMWARE_START, FLASH_SIZE};
+
+class Flash {
+ public:
+  // Erased to 0xFF.
+  Flash() : bytes_(FLASH_SIZE, uint8_t{0xFF}) {}
+
+  // Erases the sector that holds the address, or everything. 0, or EINVAL: no such type or address.
+  int erase(uint16_t type, uint32_t address);
+
+  // Clears the bits that are 0 in the image. 0; EINVAL: no such address; EFBIG: the image is larger than what
+  // is left of the address's region. On failure nothing is written.
+  int program(uint32_t address, std::span<const uint8_t> image);
+
+  // 0, or EINVAL when the range reaches past the end.
+  int read(uint32_t address, std::span<uint8_t> out) const;
+
+  std::span<const uint8_t> region(const FlashRegion& region) const {
+    return std::span(bytes_).subspan(region.start, region.end - region.start);
+  }
+
+ private:
+  std::vector<uint8_t> bytes_;
+};
+
+}  // namespace gfast::board

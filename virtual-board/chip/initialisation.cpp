@@ -1,0 +1,42 @@
+#include "virtual-board/chip/initialisation.h"
+
+#include "chip/init_failure_causes.h"
+
+namespace gfast::board {
+
+namespace {
+
+// Training begins with the discovery of the channel; its analysis, and the exchange of what came of it, take
+// the rest.
+constexpr double kChannelDiscovery_s = 1.2;
+
+}  // namespace
+
+void Initialisation::entered(LineState state, double now) {
+  state_ = state;
+  since_ = now;
+}
+
+void Initialisation::ended(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause,
+                           bool networkSide, double now) {
+  startup_ms_ = startup_ms;
+  handshake_ms_ = handshake_ms;
+  failureCause_ = failureCause;
+  if (failureCause == E_INITSFCAUSE_NO_FAR_END_FTU_DETECTED) {
+    // The subscriber's end speaks first, the network's waits to hear it.
+    lastDownstream_ = InitSignal::None;
+    lastUpstream_ = networkSide ? InitSignal::None : InitSignal::Handshake;
+    return;
+  }
+  lastDownstream_ = failureCause == E_INITSFCAUSE_SUCCESSS ? InitSignal::Showtime : reached(now);
+  lastUpstream_ = lastDownstream_;
+}
+
+InitSignal Initialisation::reached(double now) const {
+  if (state_ != LineState::Training) {
+    return InitSignal::Handshake;
+  }
+  return now - since_ < kChannelDiscovery_s ? InitSignal::ChannelDiscovery : InitSignal::ChannelAnalysis;
+}
+
+}  // namespace gfast::board

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace gfast::board {
+
+// What is wrong with a board file, as one line: "file:line: reason".
+class BoardFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace gfast::board

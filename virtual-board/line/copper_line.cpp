@@ -1,0 +1,406 @@
+#include "virtual-board/line/copper_line.h"
+
+#include <gfast_api.h>
+
+#include <cmath>
+
+#include "chip/log_records.h"
+
+namespace gfast::board {
+
+namespace {
+
+constexpr double kSilence_s = 1.0;
+constexpr double kHandshake_s = 1.2;
+constexpr double kTraining_s = 2.4;
+constexpr double kJitter = 0.1;          // of a training's durations, to either side
+constexpr double kDeactivating_s = 0.2;  // each of the two steps
+constexpr double kLossDetection_s = 1.0;
+// A ready end that hears nobody for so long reports that no far end was detected.
+constexpr double kSearch_s = 5.0;
+// From one failure to the next attempt.
+constexpr double kRetry_s = 10.0;
+// Errors that drown the robust management channel, and how long an end waits for it.
+constexpr double kRmcDrowned = 0.5;
+constexpr double kRmcLossDetection_s = 2.5;
+
+// Initialisation success/failure causes (ITU-T G.997.2).
+constexpr uint32_t kInitSuccess = 0;
+constexpr uint32_t kInitNotFeasible = 2;
+constexpr uint32_t kInitCommunicationProblem = 3;
+constexpr uint32_t kInitNoFarEnd = 4;
+
+uint32_t milliseconds(double seconds) {
+  return static_cast<uint32_t>(std::lround(seconds * 1000));
+}
+
+}  // namespace
+
+CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, const LoopConfig& loop, uint32_t seed)
+    : ends_{&first, &second},
+      agenda_(agenda),
+      loop_(loop, seed),
+      ledger_(seed),
+      random_(seed),
+      cut_(loop.cut) {
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    Chip* const end = ends_[i];
+    end->attachLine({[this] { reconsider(); },
+                     [this, end] {
+                       if (phase_ == Phase::Showtime) {
+                         leave(*end);
+                       }
+                     },
+                     [this, i] {
+                       ledger_.restarted(agenda_.now(), i);
+                       survey();
+                     }});
+  }
+}
+
+void CopperLine::powerUp(LineState state) {
+  drawDurations();
+  survey();
+  for (Chip* end : ends_) {
+    end->resetLineState(restState(*end));
+  }
+  if (canMeet() && state >= LineState::Handshake && trainable()) {
+    for (Chip* end : ends_) {
+      end->resetLineState(state);
+    }
+    switch (state) {
+      case LineState::Handshake:
+        phase_ = Phase::Handshake;
+        schedule(handshake_s_, Phase::Training);
+        return;
+      case LineState::Training:
+        phase_ = Phase::Training;
+        schedule(training_s_, Phase::Showtime);
+        return;
+      default:
+        trained();
+        setPhase(Phase::Showtime);
+        return;
+    }
+  }
+  reconsider();
+}
+
+void CopperLine::setCut(bool cut) {
+  cut_ = cut;
+  reconsider();
+}
+
+void CopperLine::setErrors(double share) {
+  errors_ = share;
+  if (phase_ == Phase::Showtime) {
+    updateTraffic();
+  }
+}
+
+void CopperLine::losePower(size_t end) {
+  Chip& other = *ends_[1 - end];
+  if (phase_ == Phase::Showtime && !cut_ && other.lineState() == LineState::Showtime) {
+    setPhase(Phase::Leaving);
+    fail(1 - end, LF_REASON_LOSS_OF_POWER, &EndCounts::lossOfPowerFailures);
+    schedule(kDeactivating_s, Phase::Apart);
+  }
+  ends_[end]->powerOff();
+}
+
+bool CopperLine::canMeet() const {
+  return !cut_ && heard_ && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
+         ends_[0]->networkSide() != ends_[1]->networkSide();
+}
+
+TonePlan CopperLine::plan() const {
+  const bool first = ends_[0]->networkSide();
+  return tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters());
+}
+
+// What the ends say of themselves when they meet. The pair itself never changes, so the same plan finds the
+// same again.
+void CopperLine::survey() {
+  if (TonePlan now = plan(); now != plan_) {
+    plan_ = std::move(now);
+    heard_ = loop_.heard(plan_);
+    next_ = {};
+  }
+}
+
+bool CopperLine::trainable() {
+  if (next_.plan == nullptr) {
+    next_ = loop_.budget(plan_);
+  }
+  return next_.trainable;
+}
+
+LineState CopperLine::restState(const Chip& chip) const {
+  if (!chip.running() || chip.stage() != Stage::App) {
+    return LineState::SelfTest;
+  }
+  return chip.lineWanted() ? LineState::Silent : LineState::Idle;
+}
+
+// One of the conditions that decide about the line has changed.
+void CopperLine::reconsider() {
+  const bool meet = canMeet();
+  switch (phase_) {
+    case Phase::Apart:
+      rest();
+      break;
+    case Phase::Handshake:
+    case Phase::Training:
+      if (!meet) {
+        trainingInterrupted();
+      }
+      break;
+    case Phase::Showtime:
+      if (meet) {
+        break;
+      }
+      for (Chip* end : ends_) {
+        if (end->running() && end->stage() == Stage::App && !end->lineWanted() && !cut_) {
+          leave(*end);
+          return;
+        }
+      }
+      setPhase(Phase::Losing);
+      agenda_.cancel(step_);
+      step_ = agenda_.after(kLossDetection_s,
+                            [this] { lost(LF_REASON_LOSS_OF_SIGNAL, &EndCounts::lossOfSignalFailures); });
+      break;
+    case Phase::Losing:
+      if (meet && ends_[0]->lineState() == LineState::Showtime &&
+          ends_[1]->lineState() == LineState::Showtime) {
+        agenda_.cancel(step_);
+        setPhase(Phase::Showtime);
+      }
+      break;
+    case Phase::Leaving:
+      break;
+  }
+}
+
+// Apart: every end waits where its own state puts it, and two that can hear each other start to talk.
+void CopperLine::rest() {
+  bool searching = false;
+  for (Chip* end : ends_) {
+    const LineState state = restState(*end);
+    if (end->running()) {
+      setState(*end, state);
+    }
+    searching = searching || state == LineState::Silent;
+  }
+  const bool meet = canMeet();
+  if (!meet) {
+    agenda_.cancel(step_);
+  } else if (step_ == Agenda::kNone) {
+    schedule(kSilence_s, Phase::Handshake);
+  }
+  if (meet || !searching) {
+    agenda_.cancel(search_);
+  } else if (search_ == Agenda::kNone) {
+    search_ = agenda_.after(kSearch_s, [this] { nobodyFound(); });
+  }
+}
+
+void CopperLine::nobodyFound() {
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    if (ends_[i]->lineState() == LineState::Silent) {
+      initialisationFailed(i, kInitNoFarEnd);
+    }
+  }
+  search_ = agenda_.after(kRetry_s, [this] { nobodyFound(); });
+}
+
+void CopperLine::schedule(double seconds, Phase next) {
+  agenda_.cancel(step_);
+  step_ = agenda_.after(seconds, [this, next] {
+    step_ = Agenda::kNone;
+    enterPhase(next);
+  });
+}
+
+void CopperLine::setPhase(Phase phase) {
+  phase_ = phase;
+  updateTraffic();
+}
+
+// What flows, and what the ends hear, follows from the phase.
+void CopperLine::updateTraffic() {
+  const double now = agenda_.now();
+  const bool flows = phase_ == Phase::Showtime || phase_ == Phase::Losing;
+  const double errors = phase_ == Phase::Losing ? 1 : errors_;
+  agenda_.cancel(rmcLoss_);
+  if (flows) {
+    std::array<StreamFraming, kEnds> framing;
+    for (size_t i = 0; i < kEnds; ++i) {
+      framing[i] = (ends_[i]->networkSide() ? budget_.downstream : budget_.upstream).framing;
+    }
+    ledger_.flow(now, framing, errors);
+  } else {
+    ledger_.stop(now);
+  }
+  if (phase_ == Phase::Showtime && errors >= kRmcDrowned) {
+    rmcLoss_ = agenda_.after(kRmcLossDetection_s, [this] {
+      rmcLoss_ = Agenda::kNone;
+      lost(LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
+    });
+  }
+  if (phase_ == Phase::Losing) {
+    ledger_.signalLost(now, true);
+  } else if (phase_ == Phase::Showtime || phase_ == Phase::Handshake) {
+    ledger_.signalLost(now, false);
+  }
+}
+
+void CopperLine::enterPhase(Phase phase) {
+  if (phase == Phase::Showtime) {
+    trained();
+  }
+  setPhase(phase);
+  switch (phase) {
+    case Phase::Handshake:
+      survey();
+      drawDurations();
+      setBoth(LineState::Handshake);
+      schedule(handshake_s_, Phase::Training);
+      break;
+    case Phase::Training:
+      setBoth(LineState::Training);
+      if (trainable()) {
+        schedule(training_s_, Phase::Showtime);
+      } else {
+        agenda_.cancel(step_);
+        step_ = agenda_.after(training_s_, [this] { trainingFailed(); });
+      }
+      break;
+    case Phase::Showtime:
+      setBoth(LineState::Showtime);
+      break;
+    default:
+      rest();
+      break;
+  }
+}
+
+void CopperLine::drawDurations() {
+  // Not std::uniform_real_distribution: the same seed must give the same draw with every standard library.
+  const auto draw = [this](double usual) {
+    const double unit = static_cast<double>(random_()) / static_cast<double>(std::mt19937::max());
+    return usual * (1 + kJitter * (2 * unit - 1));
+  };
+  handshake_s_ = draw(kHandshake_s);
+  training_s_ = draw(kTraining_s);
+}
+
+void CopperLine::trained() {
+  budget_ = next_;
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    ends_[i]->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
+                                kInitSuccess);
+    ledger_.count(i, &EndCounts::initialisations);
+  }
+}
+
+void CopperLine::initialisationFailed(size_t end, uint32_t cause) {
+  ends_[end]->setInitialisation(0, 0, cause);
+  ledger_.count(end, &EndCounts::initialisations);
+  ledger_.count(end, &EndCounts::failedInitialisations);
+  const uint32_t params[] = {cause};
+  ends_[end]->log(CP_CORE, "initialisation failed, cause %u", params);
+}
+
+void CopperLine::trainingInterrupted() {
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    if (ends_[i]->running()) {
+      initialisationFailed(i, kInitCommunicationProblem);
+    }
+  }
+  setPhase(Phase::Apart);
+  agenda_.cancel(step_);
+  rest();
+}
+
+// The loop carries too little: both ends see it, and try again later.
+void CopperLine::trainingFailed() {
+  step_ = Agenda::kNone;
+  setPhase(Phase::Apart);
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    const uint32_t params[] = {LF_REASON_INIT_SF_FAILURE, 0};
+    ends_[i]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
+    initialisationFailed(i, kInitNotFeasible);
+  }
+  rest();
+  schedule(kRetry_s, Phase::Handshake);
+}
+
+// The end that wants out tells the other; both fall silent together.
+void CopperLine::leave(Chip& initiator) {
+  setPhase(Phase::Leaving);
+  for (Chip* end : ends_) {
+    if (end->lineState() == LineState::Showtime) {
+      setState(*end, end == &initiator ? LineState::Deactivating1 : LineState::PreDeactivating1E);
+    }
+  }
+  agenda_.cancel(step_);
+  step_ = agenda_.after(kDeactivating_s, [this] {
+    for (Chip* end : ends_) {
+      if (end->lineState() == LineState::Deactivating1 || end->lineState() == LineState::PreDeactivating1E) {
+        setState(*end, LineState::Deactivating2);
+      }
+    }
+    schedule(kDeactivating_s, Phase::Apart);
+  });
+}
+
+// Nothing arrives any more: those still in showtime report it and go down by themselves.
+void CopperLine::lost(uint32_t reason, EndCounter counter) {
+  setPhase(Phase::Leaving);
+  for (size_t i = 0; i < ends_.size(); ++i) {
+    if (ends_[i]->lineState() == LineState::Showtime) {
+      fail(i, reason, counter);
+    }
+  }
+  schedule(kDeactivating_s, Phase::Apart);
+}
+
+void CopperLine::fail(size_t end, uint32_t reason, EndCounter counter) {
+  ledger_.count(end, counter);
+  const uint32_t params[] = {reason, 0};
+  ends_[end]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
+  ends_[end]->log(FRAMER_CORE, "line failure %u on link %u", params);
+  setState(*ends_[end], LineState::Deactivating1);
+}
+
+void CopperLine::setState(Chip& chip, LineState state) {
+  const LineState before = chip.lineState();
+  if (state != before) {
+    chip.setLineState(state);
+    logState(chip, before);
+  }
+}
+
+void CopperLine::setBoth(LineState state) {
+  for (Chip* end : ends_) {
+    setState(*end, state);
+  }
+}
+
+// What the cores have to say about a change: always the control processor, the others where they are at work.
+void CopperLine::logState(Chip& chip, LineState before) {
+  const LineState state = chip.lineState();
+  const uint32_t change[] = {0, static_cast<uint32_t>(before), static_cast<uint32_t>(state)};
+  chip.log(CP_CORE, "link %u: state %u to %u", change);
+  if (state == LineState::Training) {
+    const uint32_t tones[] = {kFirstTone, kLastTone};
+    chip.log(FDU_CORE, "training on tones %u to %u", tones);
+  } else if (state == LineState::Showtime) {
+    const EndView view = ledger_.view(agenda_.now(), &chip == ends_[0] ? 0 : 1);
+    const uint32_t rates[] = {streamRates(view.sends.framing).net, streamRates(view.receives.framing).net};
+    chip.log(FRAMER_CORE, "showtime: sends %u kbit/s, receives %u kbit/s", rates);
+  }
+}
+
+}  // namespace gfast::board

@@ -1,0 +1,94 @@
+// What has happened on a line since the board was switched on, end by end, and what each chip may know of it:
+// its own end since it last started, and the other end as far as the two could tell each other.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "virtual-board/base/line_framing.h"
+#include "virtual-board/line/stream_meter.h"
+
+namespace gfast::board {
+
+constexpr size_t kEnds = 2;
+
+// One end's history; never falls.
+struct EndCounts {
+  StreamCounts sent;
+  StreamCounts received;
+  uint64_t lossOfSignalFailures = 0;
+  uint64_t lossOfRmcFailures = 0;
+  uint64_t lossOfPowerFailures = 0;
+  uint64_t initialisations = 0;  // all that came to an end
+  uint64_t failedInitialisations = 0;
+  uint64_t lossOfSignalSeconds = 0;
+  uint64_t unavailableSeconds = 0;
+};
+using EndCounter = uint64_t EndCounts::*;
+
+EndCounts operator-(EndCounts counts, const EndCounts& before);
+
+// How one direction is doing.
+struct StreamState {
+  StreamFraming framing;
+  uint32_t load_percent = 0;
+  double lastLoss = 0;
+  double worstLoss = 0;
+};
+
+// A chip's knowledge of its line at one moment. The streams are those of the last showtime; none before the
+// first.
+struct EndView {
+  EndCounts near;  // since this chip started
+  EndCounts far;   // what the other end counted since then, as of the last showtime
+  StreamState sends;
+  StreamState receives;
+  bool showtime = false;
+  bool signalLost = false;
+  uint32_t signalLostFor_s = 0;
+};
+
+class LineLedger {
+ public:
+  explicit LineLedger(uint32_t seed);
+
+  // Both directions carry data from now on; framing by the end that sends, `errors` as StreamMeter has it.
+  void flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors);
+  void stop(double now);
+  void signalLost(double now, bool lost);
+  void count(size_t end, EndCounter what) { ++(ends_[end].events.*what); }
+  // The chip at that end has started: it begins to count.
+  void restarted(double now, size_t end);
+
+  EndView view(double now, size_t end);
+
+ private:
+  // Seconds while something lasts.
+  struct Stopwatch {
+    double before = 0;
+    std::optional<double> since;
+
+    void run(double now, bool on);
+    double current(double now) const { return since ? now - *since : 0; }
+    uint64_t seconds(double now) const { return static_cast<uint64_t>(before + current(now)); }
+  };
+  struct End {
+    EndCounts events;  // only what is counted one by one
+    // Both ends' histories when this end's chip started.
+    EndCounts nearAtStart;
+    EndCounts farAtStart;
+    EndCounts farHeard;  // the other end's, when data last flowed
+  };
+
+  EndCounts total(double now, size_t end);
+
+  std::array<StreamMeter, kEnds> streams_;  // by the end that sends
+  std::array<StreamFraming, kEnds> framing_;
+  std::array<End, kEnds> ends_;
+  Stopwatch unavailable_;
+  Stopwatch withoutSignal_;
+  bool flowing_ = false;
+};
+
+}  // namespace gfast::board

@@ -1,0 +1,217 @@
+#include "virtual-board/line/tone_plan.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+#include "virtual-board/base/line_framing.h"
+
+namespace gfast::board {
+
+namespace {
+
+constexpr uint32_t kTopmostTone = kTones - 1;
+
+// Transmit PSD before it is shaped: straight lines between these points.
+constexpr struct {
+  double mhz;
+  double dbm_hz;
+} kPsd[] = {{2.2, -65}, {30, -73}, {106, -76}};
+constexpr double kMostPower_dbm = 4;
+
+// International amateur radio bands (ITU-T G.9700), by bit of IARBands.
+constexpr struct {
+  double from_mhz;
+  double to_mhz;
+} kAmateurBands[] = {{1.8, 2.0},    {3.5, 4.0},       {7.0, 7.3},    {10.1, 10.15},
+                     {14.0, 14.35}, {18.068, 18.168}, {21.0, 21.45}, {24.89, 24.99},
+                     {28.0, 29.7},  {50.0, 54.0},     {69.9, 70.5}};
+
+constexpr uint32_t kRfiBands = 16;
+constexpr uint32_t kPsdBands = 8;
+// A medley set has room for no more.
+constexpr size_t kMostBands = 31;
+static_assert(kRfiBands + std::size(kAmateurBands) < kMostBands);
+
+constexpr uint32_t kMostMargin = 310;  // 0.1 dB
+constexpr uint32_t kPilotSpacing = 128;
+constexpr uint32_t kPilots = 8;
+
+// Downstream symbols that a frame may have (ITU-T G.9701).
+constexpr struct {
+  uint32_t frameSymbols;
+  uint32_t fewestDown, mostDown;
+} kFrames[] = {{36, 10, 32}, {23, 6, 19}};
+
+uint32_t indexed(const Parameters& parameters, eConstParams first, uint32_t i) {
+  return parameters.running(static_cast<eConstParams>(first + i));
+}
+
+void spare(ToneMask& mask, uint32_t first, uint32_t last) {
+  for (uint32_t tone = first; tone <= std::min(last, kTopmostTone); ++tone) {
+    mask.reset(tone);
+  }
+}
+
+// Start in the low half of the word, stop in the high half; 0 is no band.
+void spareRfiBands(ToneMask& mask, const Parameters& parameters) {
+  for (uint32_t i = 0; i < kRfiBands; ++i) {
+    const uint32_t band = indexed(parameters, PARAMS_RFIBand_0, i);
+    if (band != 0) {
+      spare(mask, band & 0xFFFF, band >> 16);
+    }
+  }
+}
+
+// Every subcarrier whose main lobe reaches into the band.
+void spareAmateurBands(ToneMask& mask, uint32_t bits) {
+  for (size_t i = 0; i < std::size(kAmateurBands); ++i) {
+    if ((bits >> i & 1) != 0) {
+      spare(mask, static_cast<uint32_t>(std::floor(kAmateurBands[i].from_mhz / kSubcarrierSpacing_mhz)),
+            static_cast<uint32_t>(std::ceil(kAmateurBands[i].to_mhz / kSubcarrierSpacing_mhz)));
+    }
+  }
+}
+
+// Where the bands of the spectrum begin, in rising order; the last one is the end of the topmost band. The
+// usual band when the parameters name no other.
+std::vector<uint32_t> bandEdges(const Parameters& parameters) {
+  std::vector<uint32_t> edges;
+  for (uint32_t i = 0; i < kPsdBands; ++i) {
+    const uint32_t edge = indexed(parameters, PARAMS_bandStart_0, i);
+    if (edge > kTopmostTone || (edges.empty() ? edge == 0 : edge <= edges.back())) {
+      break;
+    }
+    edges.push_back(edge);
+  }
+  return edges.size() < 2 ? std::vector<uint32_t>{kFirstTone, kLastTone} : edges;
+}
+
+double unshapedPsd(uint32_t tone) {
+  const double mhz = std::clamp(tone * kSubcarrierSpacing_mhz, kPsd[0].mhz, std::rbegin(kPsd)->mhz);
+  const auto* above = std::find_if(std::next(std::begin(kPsd)), std::prev(std::end(kPsd)),
+                                   [mhz](const auto& point) { return mhz <= point.mhz; });
+  const auto* below = std::prev(above);
+  return below->dbm_hz + (mhz - below->mhz) * (above->dbm_hz - below->dbm_hz) / (above->mhz - below->mhz);
+}
+
+// An end's bands: lowered by flatDecrease (0.1 dB), or else kept below the level -saturation (0.1 dBm/Hz).
+void shape(TonePlan& plan, const Parameters& parameters) {
+  const std::vector<uint32_t> edges = bandEdges(parameters);
+  const bool lowered = parameters.running(PARAMS_isFlatDecrease) != 0;
+  for (uint32_t tone = 0; tone < kTones; ++tone) {
+    if (tone < edges.front() || tone > edges.back()) {
+      plan.medley.reset(tone);
+      continue;
+    }
+    const auto next = std::upper_bound(edges.begin(), std::prev(edges.end()), tone);
+    const auto band = static_cast<uint32_t>(next - edges.begin() - 1);
+    double level = unshapedPsd(tone);
+    if (lowered) {
+      level -= indexed(parameters, PARAMS_flatDecrease_0, band) / 10.0;
+    } else if (const uint32_t ceiling = indexed(parameters, PARAMS_saturation_0, band); ceiling != 0) {
+      level = std::min(level, -(ceiling / 10.0));
+    }
+    plan.sent_dbm_hz[tone] = std::min(plan.sent_dbm_hz[tone], level);
+  }
+}
+
+// As a whole, so that the aggregate is at most what may be sent.
+void scale(TonePlan& plan) {
+  double power_mw = 0;
+  for (uint32_t tone = 0; tone < kTones; ++tone) {
+    if (plan.medley.test(tone)) {
+      power_mw += std::pow(10, plan.sent_dbm_hz[tone] / 10) * kSubcarrierSpacing_hz;
+    }
+  }
+  const double excess_db = power_mw > 0 ? 10 * std::log10(power_mw) - kMostPower_dbm : 0;
+  plan.highest_dbm_hz = -std::numeric_limits<double>::infinity();
+  for (uint32_t tone = 0; tone < kTones; ++tone) {
+    if (plan.medley.test(tone)) {
+      plan.sent_dbm_hz[tone] -= std::max(0.0, excess_db);
+      plan.highest_dbm_hz = std::max(plan.highest_dbm_hz, plan.sent_dbm_hz[tone]);
+    } else {
+      plan.sent_dbm_hz[tone] = 0;
+    }
+  }
+}
+
+std::vector<ToneBand> bandsOf(const ToneMask& medley) {
+  std::vector<ToneBand> bands;
+  for (uint32_t tone = 0; tone < kTones; ++tone) {
+    if (!medley.test(tone)) {
+      continue;
+    }
+    const auto index = static_cast<uint16_t>(tone);
+    if (bands.empty() || bands.back().last + 1U != tone) {
+      bands.push_back({index, index});
+    } else {
+      bands.back().last = index;
+    }
+  }
+  return bands;
+}
+
+// Far enough apart that no one notch takes all; one that falls into a notch moves up.
+ToneMask pilotsOf(const ToneMask& medley) {
+  ToneMask pilots;
+  for (uint32_t i = 1; i <= kPilots; ++i) {
+    for (uint32_t tone = i * kPilotSpacing; tone < (i + 1) * kPilotSpacing; ++tone) {
+      if (medley.test(tone)) {
+        pilots.set(tone);
+        break;
+      }
+    }
+  }
+  return pilots;
+}
+
+uint32_t margin(const Parameters& parameters, eConstParams id) {
+  const auto value = static_cast<int16_t>(parameters.running(id));
+  return value < 0 ? 0 : std::min<uint32_t>(static_cast<uint32_t>(value), kMostMargin);
+}
+
+void shareFrame(TonePlan& plan, const Parameters& network) {
+  const uint32_t wanted = network.running(PARAMS_numTxSymbolsInFrame);
+  const auto* frame = std::find_if(std::begin(kFrames), std::end(kFrames),
+                                   [wanted](const auto& each) { return each.frameSymbols == wanted; });
+  if (frame == std::end(kFrames)) {
+    frame = std::begin(kFrames);
+  }
+  plan.frameSymbols = frame->frameSymbols;
+  plan.downstream.symbols =
+      std::clamp(network.running(PARAMS_numDownstreamSymbols), frame->fewestDown, frame->mostDown);
+  // One symbol's time is left for turning round.
+  plan.upstream.symbols = plan.frameSymbols - 1 - plan.downstream.symbols;
+}
+
+}  // namespace
+
+TonePlan tonePlan(const Parameters& network, const Parameters& subscriber) {
+  TonePlan plan;
+  plan.medley.set();
+  for (const Parameters* end : {&network, &subscriber}) {
+    shape(plan, *end);
+    spareRfiBands(plan.medley, *end);
+    spareAmateurBands(plan.medley, end->running(PARAMS_IARBands));
+  }
+  spare(plan.medley, 0, kFirstTone - 1);
+  spare(plan.medley, kLastTone + 1, kTopmostTone);
+  scale(plan);
+  plan.bands = bandsOf(plan.medley);
+  plan.pilots = pilotsOf(plan.medley);
+  plan.vectoring = network.running(PARAMS_vectoringEnabled) != 0;
+  shareFrame(plan, network);
+  plan.downstream.targetMargin = margin(network, PARAMS_dsMargin);
+  plan.upstream.targetMargin = margin(network, PARAMS_usMargin);
+  plan.downstream.mostBits = plan.upstream.mostBits = std::min(
+      {network.running(PARAMS_blUpperLimit), subscriber.running(PARAMS_blUpperLimit), kMostToneBits});
+  plan.downstream.seamlessRateAdaptation = network.running(PARAMS_disableDsSra) == 0;
+  plan.upstream.seamlessRateAdaptation = network.running(PARAMS_disableUsSra) == 0;
+  plan.downstream.fastRateAdaptation = network.running(PARAMS_disableDsFra) == 0;
+  plan.upstream.fastRateAdaptation = network.running(PARAMS_disableUsFra) == 0;
+  return plan;
+}
+
+}  // namespace gfast::board

@@ -1,0 +1,390 @@
+#include "virtual-board/measured/counter_blocks.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "chip/counters.h"
+#include "std/byte_order.h"
+
+namespace gfast::board {
+
+namespace {
+
+constexpr uint32_t kRevision = 1;
+constexpr uint32_t kEfbUnit_bits = 65536;
+constexpr uint64_t kMeanPacket = 600;
+constexpr uint64_t kRingSize = 1024;
+// One codeword in so many has errors that its redundancy corrects, three bytes each.
+constexpr uint64_t kCodewordsPerCorrection = 256;
+constexpr uint64_t kBytesPerCorrection = 3;
+// The wire's length follows from this figure as the host computes it: EWL = (262752 - 483 * gap) / 1024.
+constexpr double kGapAtZero = 262752.0 / 483;
+constexpr double kGapPerMetre = 1024.0 / 483;
+constexpr uint32_t kImpulseProtection = 10;  // symbols, 0.1 each
+// What the chip's processors are busy with, in per cent.
+constexpr uint32_t kTxHardRealTime = 22;
+constexpr uint32_t kTxSoftRealTime = 9;
+constexpr uint32_t kRxHardRealTime = 31;
+constexpr uint32_t kRxSoftRealTime = 12;
+constexpr uint32_t kTraps[] = {2, 1, 1};
+
+// A counter as the chip's 32 bits show it.
+constexpr uint32_t wrapped(uint64_t count) {
+  return static_cast<uint32_t>(count);
+}
+
+template <typename Block>
+Bytes inChipOrder(const Block& block) {
+  std::array<uint32_t, sizeof(Block) / 4> words;
+  std::memcpy(words.data(), &block, sizeof block);
+  Bytes bytes(sizeof block);
+  for (size_t i = 0; i < words.size(); ++i) {
+    store_le32(bytes.data() + 4 * i, words[i]);
+  }
+  return bytes;
+}
+
+template <typename Block>
+Block headed() {
+  Block block{};
+  block.revision = kRevision;
+  block.lengthInBytes = sizeof block;
+  return block;
+}
+
+// What a direction's units carried, at one of its ends.
+struct Carried {
+  uint64_t dataDtus, idleDtus;
+  uint64_t dataBytes, idleBytes;
+  uint64_t eocBytes;
+  uint64_t packets;
+};
+
+// Every unit but a repeated one is new; so is every good one that arrives.
+Carried carried(uint64_t newDtus, uint64_t frames, uint32_t load_percent) {
+  Carried c{};
+  c.dataDtus = newDtus * load_percent / 100;
+  c.idleDtus = newDtus - c.dataDtus;
+  c.dataBytes = c.dataDtus * kDtuPayload;
+  c.idleBytes = c.idleDtus * kDtuPayload;
+  c.eocBytes = frames * kEocBytesPer3s / kFramesPer3s;
+  c.packets = c.dataBytes / kMeanPacket;
+  return c;
+}
+
+uint64_t corrections(const StreamCounts& stream) {
+  return stream.dtusArrived * kCodewordsPerDtu / kCodewordsPerCorrection;
+}
+
+// In units of 65536 bits (ITU-T G.997.2).
+uint64_t errorFreeBits(const StreamCounts& stream) {
+  return stream.dtusGood() * kDtuPayload * 8 / kEfbUnit_bits;
+}
+
+Bytes framerInit(const LineInsight& line) {
+  auto block = headed<GFAST_FRAMER_INIT_COUNTERS_S>();
+  if (line.everTrained()) {
+    block.firstTone = kFirstTone;
+    block.numProcessedTones = kLastTone - kFirstTone + 1;
+    block.dsCodeWordSize = block.usCodeWordSize = block.txCodeWordSize = block.rxCodeWordSize = kCodewordSize;
+    block.dsNumCodeWords = block.usNumCodeWords = block.txNumCodeWords = block.rxNumCodeWords =
+        kCodewordsPerDtu;
+    block.dsRsRedundancy = block.usRsRedundancy = block.txRsRedundancy = block.rxRsRedundancy =
+        kCodewordRedundancy;
+    block.txLogicalFrameNumSym = line.view.sends.framing.symbolsPerFrame;
+    block.rxLogicalFrameNumSym = line.view.receives.framing.symbolsPerFrame;
+  }
+  return inChipOrder(block);
+}
+
+Bytes fduInit(const LineInsight& line) {
+  auto block = headed<GFAST_FDU_INIT_COUNTERS_S>();
+  if (line.everTrained()) {
+    block.winSize = kSnrWindow;
+    block.sseScale = line.loop.spectrum->snrScale;
+    block.vectoringEnabled = line.loop.plan->vectoring ? 1 : 0;
+    block.dsMargin = line.loop.plan->downstream.targetMargin;
+    block.usMargin = line.loop.plan->upstream.targetMargin;
+    block.DacScaler = -12;
+    block.ActualAnalogGainTx = -3;
+  }
+  return inChipOrder(block);
+}
+
+void fillSent(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& sent, const StreamState& state) {
+  const uint64_t newDtus = sent.dtusSent - sent.dtusRetransmitted;
+  const Carried c = carried(newDtus, sent.framesSent, state.load_percent);
+  block.numOfTxFrames = wrapped(sent.framesSent);
+  block.numOfTxDTUs = wrapped(sent.dtusSent);
+  block.numOfDataTxDTUs = wrapped(c.dataDtus);
+  block.numOfDummyTxDTUs = wrapped(c.idleDtus);
+  block.numOfRetTxDTUs = wrapped(sent.dtusRetransmitted);
+  block.numOfTxPackets = wrapped(c.packets);
+  block.numOfTxRScw = wrapped(sent.dtusSent * kCodewordsPerDtu);
+  block.numDescriptorsProcessedByDtuBuilder = wrapped(c.packets);
+  block.TxBytes = wrapped(c.dataBytes + c.idleBytes + c.eocBytes);
+  block.TxDataBytes = wrapped(c.dataBytes);
+  block.TxIdleDataBytes = wrapped(c.idleBytes);
+  block.EoCTxBytes = wrapped(c.eocBytes);
+  block.sraTxExngCnt = wrapped(sent.seamlessRateAdaptations);
+  block.fraTxExngCnt = wrapped(sent.fastRateAdaptations);
+  block.bitswapTxExngCnt = wrapped(sent.bitSwaps);
+  block.rpaTxExngCnt = wrapped(sent.rmcParameterAdaptations);
+  block.nextSegmentIndexForPdlBuilding = wrapped(newDtus % kRingSize);
+  block.currentIndex = wrapped(sent.dtusSent % kRingSize);
+}
+
+void fillReceived(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& received,
+                  const StreamState& state) {
+  const Carried c = carried(received.dtusGood(), received.framesArrived, state.load_percent);
+  block.numOfRxFrames = wrapped(received.framesArrived);
+  block.numOfGoodRMCs = wrapped(received.framesArrived - received.lostRmcs);
+  block.numOfBadRMCs = wrapped(received.lostRmcs);
+  block.numOfRxDTUs = wrapped(received.dtusArrived);
+  block.numOfGoodRxDTUs = wrapped(received.dtusGood());
+  block.numOfGoodRxDummyDTUs = wrapped(c.idleDtus);
+  block.numOfBadRxDTUs = wrapped(received.dtusBad);
+  block.numOfOutRxDTUs = wrapped(c.dataDtus);
+  block.numOfRxPackets = wrapped(c.packets);
+  block.numOfRxRScw = wrapped(received.dtusArrived * kCodewordsPerDtu);
+  block.numOfRxRSBytesCorrected = wrapped(corrections(received) * kBytesPerCorrection);
+  block.numOfRxRScwUncorrected = wrapped(received.dtusBad);
+  block.rtxuc = wrapped(received.dtusUncorrected);
+  block.RxBytes = wrapped(c.dataBytes + c.idleBytes + c.eocBytes);
+  block.RxDataBytes = wrapped(c.dataBytes);
+  block.RxIdleDataBytes = wrapped(c.idleBytes);
+  block.EoCRxBytes = wrapped(c.eocBytes);
+  block.sraRxExngCnt = wrapped(received.seamlessRateAdaptations);
+  block.fraRxExngCnt = wrapped(received.fastRateAdaptations);
+  block.bitswapRxExngCnt = wrapped(received.bitSwaps);
+  block.rpaRxExngCnt = wrapped(received.rmcParameterAdaptations);
+  block.numNormalDescriptorsCreated = wrapped(c.packets);
+  block.nextReleaseIndex = wrapped(received.dtusGood() % kRingSize);
+  const uint32_t ring = wrapped(c.packets % kRingSize);
+  block.tailIndex = block.xgmacRxRingTailIndex = block.xgmacRxRingCurrentDescriptor = ring;
+  block.xgmacRxRingCurrentIndexFirstRead = block.xgmacRxRingCurrentIndexSecondRead = ring;
+}
+
+// Processors are busy for a share of the time, counted in samples of the line.
+void fillProcessorTime(GFAST_FRAMER_RAW_COUNTERS_S& block, uint64_t frames) {
+  const auto share = [samples = frames * kSymbolsPerFrame * kSamplesPerSymbol](uint32_t percent) {
+    return wrapped(samples / 100 * percent);
+  };
+  block.txHrtAccumulatedNumSamples = share(kTxHardRealTime);
+  block.txSrtAccumulatedNumSamples = share(kTxSoftRealTime);
+  block.rxHrtAccumulatedNumSamples = share(kRxHardRealTime);
+  block.rxSrtAccumulatedNumSamples = share(kRxSoftRealTime);
+  block.hrtAccumulatedCycles = share(kTxHardRealTime + kRxHardRealTime);
+  block.srtAccumulatedCycles = share(kTxSoftRealTime + kRxSoftRealTime);
+  block.trap0AccumulatedCycles = share(kTraps[0]);
+  block.trap1AccumulatedCycles = share(kTraps[1]);
+  block.trap2AccumulatedCycles = share(kTraps[2]);
+}
+
+Bytes framerRaw(const LineInsight& line) {
+  auto block = headed<GFAST_FRAMER_RAW_COUNTERS_S>();
+  const EndView& view = line.view;
+  fillSent(block, view.near.sent, view.sends);
+  fillReceived(block, view.near.received, view.receives);
+  fillProcessorTime(block, view.near.sent.framesSent);
+  block.nearEndLossOfSignal = wrapped(view.near.lossOfSignalFailures);
+  block.farEndLossOfSignal = wrapped(view.far.lossOfSignalFailures);
+  if (line.everTrained()) {
+    const StreamFraming& tx = view.sends.framing;
+    const StreamFraming& rx = view.receives.framing;
+    block.TxBD = tx.bytesPerSymbol;
+    block.TxBDR = tx.bytesPerRmcSymbol;
+    block.TxBR = line.sends().loading->rmcBytes;
+    block.RxBD = rx.bytesPerSymbol;
+    block.RxBDR = rx.bytesPerRmcSymbol;
+    block.RxBR = line.receives().loading->rmcBytes;
+    block.RxLD = rx.bytesPerSymbol * 8;
+    block.attainableNdr = line.receives().attainable_kbps;
+    block.snrMargin = line.receives().loading->margin;
+    block.rmcSnrMargin = line.receives().loading->rmcMargin;
+    block.dtaCurrentMds = line.loop.plan->downstream.symbols;
+  }
+  return inChipOrder(block);
+}
+
+Bytes fduRaw(const LineInsight& line) {
+  auto block = headed<GFAST_FDU_RAW_COUNTERS_S>();
+  block.lossOfPower = wrapped(line.view.near.lossOfPowerFailures);
+  if (line.everTrained()) {
+    block.rxMargin = line.receives().loading->margin;
+    block.UPBOKLE = line.loop.electricalLength;
+    block.UPBOKLE_R = line.loop.electricalLength;
+    block.ACTATPds = line.loop.powerSent;
+    block.ACTATPus = line.loop.powerSent;
+    block.TimeGapCorrection =
+        static_cast<uint32_t>(std::max(0.0, kGapAtZero - line.loop.length_m * kGapPerMetre));
+  }
+  return inChipOrder(block);
+}
+
+uint32_t throughLoss(uint32_t rate, double loss) {
+  return static_cast<uint32_t>(rate * (1 - loss));
+}
+
+void fillRates(GFAST_DERIVED_COUNTERS_S& block, const LineInsight& line) {
+  const StreamRates tx = streamRates(line.view.sends.framing);
+  const StreamRates rx = streamRates(line.view.receives.framing);
+  block.PreShowTimeTxETR = tx.expected;
+  block.PreShowTimeRxETR = rx.expected;
+  block.EFTR_min = throughLoss(rx.expected, line.view.receives.worstLoss);
+  if (!line.view.showtime) {
+    return;
+  }
+  block.TxRateInKbps = tx.line;
+  block.TxNDR = tx.net;
+  block.RxNDR = rx.net;
+  block.TxETR = block.TxEtrAvg = tx.expected;
+  block.RxETR = block.RxEtrAvg = rx.expected;
+  block.EFTR = throughLoss(rx.expected, line.view.receives.lastLoss);
+  block.EocTxRateInKbps = block.EocRxRateInKbps = kEocRate_kbps;
+  block.ETRds_MaxMds = streamRates(line.loop.downstream.framing).expected;
+  block.ETRus_MaxMus = streamRates(line.loop.upstream.framing).expected;
+  block.NewMds = line.loop.plan->downstream.symbols;
+  block.txHrtPrecentage = kTxHardRealTime;
+  block.txSrtPrecentage = kTxSoftRealTime;
+  block.rxHrtPrecentage = kRxHardRealTime;
+  block.rxSrtPrecentage = kRxSoftRealTime;
+  block.hrtPrecentage = kTxHardRealTime + kRxHardRealTime;
+  block.srtPrecentage = kTxSoftRealTime + kRxSoftRealTime;
+  block.trap0Precentage = kTraps[0];
+  block.trap1Precentage = kTraps[1];
+  block.trap2Precentage = kTraps[2];
+}
+
+Bytes derived(const LineInsight& line) {
+  auto block = headed<GFAST_DERIVED_COUNTERS_S>();
+  const EndView& view = line.view;
+  const EndCounts& near = view.near;
+  const bool failed = view.signalLost && !view.showtime;
+  block.lossOfSignalFailure = failed ? 1 : 0;
+  block.persistentLossOfSignalDefect = view.signalLost ? 1 : 0;
+  block.lossOfSignalFailureCounter = wrapped(near.lossOfSignalFailures);
+  block.lossOfRmcFailureCounter = wrapped(near.lossOfRmcFailures);
+  block.lossOfPowerFailureCounter = wrapped(near.lossOfPowerFailures);
+  block.erroredSeconds = wrapped(near.received.erroredSeconds);
+  block.severlyErroredSeconds = wrapped(near.received.severelyErroredSeconds);
+  block.lossOfSignalSeconds = wrapped(near.lossOfSignalSeconds);
+  block.lossOfRMCSeconds = wrapped(near.received.lossOfRmcSeconds);
+  block.unavailableSeconds = wrapped(near.unavailableSeconds);
+  block.fullInits = wrapped(near.initialisations);
+  block.failedFullInits = wrapped(near.failedInitialisations);
+  block.crcAnomaly = wrapped(near.received.dtusUncorrected);
+  block.lorDefects = wrapped(near.received.lossOfRmcSeconds);
+  block.errorFreeBits = wrapped(errorFreeBits(near.received));
+  block.continuousLossOfSignalSeconds = view.signalLostFor_s;
+  fillRates(block, line);
+  return inChipOrder(block);
+}
+
+Bytes etrDatabase(const LineInsight& line) {
+  ETR_DB_S block{};
+  if (line.everTrained()) {
+    block.dtuOverheadSize = kDtuOverhead;
+    block.numSamplesInSymbol = kSamplesPerSymbol;
+    block.samplingFrequency = kSampleRate_hz;
+    block.numFramesInSuperFrame = kFramesPerSuperframe;
+    block.numSymbolsInFrame = line.view.sends.framing.frameSymbols;
+    const StreamFraming& tx = line.view.sends.framing;
+    const StreamFraming& rx = line.view.receives.framing;
+    block.numTxSymbols = tx.symbolsPerFrame;
+    block.numRxSymbols = rx.symbolsPerFrame;
+    block.Tx_kFec = block.Rx_kFec = kCodewordData;
+    block.Tx_nFec = block.Rx_nFec = kCodewordSize;
+    block.Tx_Q = block.Rx_Q = kCodewordsPerDtu;
+    block.Tx_B_D = tx.bytesPerSymbol;
+    block.Tx_B_DR = tx.bytesPerRmcSymbol;
+    block.Rx_B_D = rx.bytesPerSymbol;
+    block.Rx_B_DR = rx.bytesPerRmcSymbol;
+  }
+  return inChipOrder(block);
+}
+
+// The counters that both groups have.
+template <typename Group>
+void fillGroup(Group& group, const EndCounts& end) {
+  group.LOS = wrapped(end.lossOfSignalFailures);
+  group.LOR = wrapped(end.lossOfRmcFailures);
+  group.LPR = wrapped(end.lossOfPowerFailures);
+  group.ES = wrapped(end.received.erroredSeconds);
+  group.SES = wrapped(end.received.severelyErroredSeconds);
+  group.LOSS = wrapped(end.lossOfSignalSeconds);
+  group.LORS = wrapped(end.received.lossOfRmcSeconds);
+  group.UAS = wrapped(end.unavailableSeconds);
+  group.SRA = wrapped(end.received.seamlessRateAdaptations);
+  group.FRA = wrapped(end.received.fastRateAdaptations);
+  group.RPA = wrapped(end.received.rmcParameterAdaptations);
+  group.BSW = wrapped(end.received.bitSwaps);
+  group.CV = wrapped(end.received.dtusUncorrected);
+  group.RTXUC = wrapped(end.received.dtusUncorrected);
+  group.RTXTX = wrapped(end.sent.dtusRetransmitted);
+  group.EFB = wrapped(errorFreeBits(end.received));
+}
+
+Bytes performanceMonitoring(const LineInsight& line) {
+  G9972_PM_COUNTERS_S block{};
+  fillGroup(block.ne, line.view.near);
+  fillGroup(block.fe, line.view.far);
+  block.ne.FULL_INITS = wrapped(line.view.near.initialisations);
+  block.ne.FAILEDFULL_INITS = wrapped(line.view.near.failedInitialisations);
+  return inChipOrder(block);
+}
+
+constexpr CounterBlock kBlocks[] = {
+    {VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FRAMER_CORE, 0, VIRT_GFAST_CNTR_INIT),
+     sizeof(GFAST_FRAMER_INIT_COUNTERS_S), framerInit},
+    {VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FDU_CORE, 0, VIRT_GFAST_CNTR_INIT),
+     sizeof(GFAST_FDU_INIT_COUNTERS_S), fduInit},
+    {VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FRAMER_CORE, 0, VIRT_GFAST_CNTR_RAW),
+     sizeof(GFAST_FRAMER_RAW_COUNTERS_S), framerRaw},
+    {VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_FDU_CORE, 0, VIRT_GFAST_CNTR_RAW),
+     sizeof(GFAST_FDU_RAW_COUNTERS_S), fduRaw},
+    {VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_CP_CORE, 0, VIRT_GFAST_CNTR_DERIVED),
+     sizeof(GFAST_DERIVED_COUNTERS_S), derived},
+    {VIRT_ADDR_ETR_DB(0), sizeof(ETR_DB_S), etrDatabase},
+    {VIRT_ADDR_15MIN_24HRS_COUNTERS(0), sizeof(G9972_PM_COUNTERS_S), performanceMonitoring},
+};
+
+}  // namespace
+
+std::span<const CounterBlock> counterBlocks() {
+  return kBlocks;
+}
+
+Bytes managementCounters(const LineInsight& line) {
+  const EndCounts& near = line.view.near;
+  G9701_ManagementCounters_t counters{};
+  counters.fec = wrapped(corrections(near.received));
+  counters.crc = wrapped(near.received.dtusUncorrected);
+  counters.rtxUc = wrapped(near.received.dtusUncorrected);
+  counters.rtxTx = wrapped(near.sent.dtusRetransmitted);
+  counters.erroredSeconds = wrapped(near.received.erroredSeconds);
+  counters.serverlyErroredSeconds = wrapped(near.received.severelyErroredSeconds);
+  counters.lossOfSignalSeconds = wrapped(near.lossOfSignalSeconds);
+  counters.lossOfRmcSeconds = wrapped(near.received.lossOfRmcSeconds);
+  counters.unavailableSeconds = wrapped(near.unavailableSeconds);
+  counters.eftrMin =
+      throughLoss(streamRates(line.view.receives.framing).expected, line.view.receives.worstLoss);
+  counters.errorFreeBitsCounter = wrapped(errorFreeBits(near.received));
+  return inChipOrder(counters);
+}
+
+Bytes pmdTestParameters(const LineInsight& line) {
+  Bytes bytes(sizeof(G9701_PMDTestParameters_t));
+  uint8_t* const p = bytes.data();
+  const auto half = [](auto value) { return static_cast<uint16_t>(value); };
+  store_le16(p, half(line.receives().loading->margin));
+  store_le32(p + 2, line.receives().attainable_kbps);
+  store_le16(p + 6, half(line.loop.powerSent));
+  store_le16(p + 8, half(kImpulseProtection));
+  store_le16(p + 10, half(line.receives().loading->rmcMargin));
+  store_le16(p + 12, half(line.loop.powerReceived));
+  return bytes;
+}
+
+}  // namespace gfast::board

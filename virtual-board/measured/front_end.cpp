@@ -1,0 +1,83 @@
+#include "virtual-board/measured/front_end.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+#include "virtual-board/base/line_framing.h"
+
+namespace gfast::board {
+
+namespace {
+
+constexpr double kNominalSteps = 4096;
+constexpr double kNominal_dbm = 4;
+constexpr double kReceiverNoise_dbm_hz = -150;
+// The second-order products of a balanced circuit, relative to its third-order ones.
+constexpr double kBalance_db = -10;
+// The programmable gain, and the largest peak that it lets through, in units of the nominal level.
+constexpr double kLeastGain_db = -12;
+constexpr double kMostGain_db = 60;
+constexpr double kHighestPeak = 7;
+
+double power(double decibels) {
+  return std::pow(10, decibels / 10);
+}
+
+// The gain at which the signal is at its nominal level, and no peak too high.
+double gainFor(std::span<const double> signal) {
+  double energy = 0;
+  double peak = 0;
+  for (const double x : signal) {
+    energy += x * x;
+    peak = std::max(peak, std::abs(x));
+  }
+  const double rms = std::sqrt(energy / static_cast<double>(std::max<size_t>(signal.size(), 1)));
+  const double wanted_db = -20 * std::log10(std::max(rms, peak / kHighestPeak));
+  return std::sqrt(power(std::clamp(std::floor(wanted_db), kLeastGain_db, kMostGain_db)));
+}
+
+int16_t converted(double x) {
+  constexpr double most = std::numeric_limits<int16_t>::max();
+  return static_cast<int16_t>(std::lround(std::clamp(x * kNominalSteps, -most, most)));
+}
+
+}  // namespace
+
+// Of a Gaussian x of variance 1, the products that are not part of x itself have the power 2 in x^2 and 6 in
+// x^3. A driver's third-order term compresses.
+FrontEnd::FrontEnd(double distortion_db, uint32_t seed)
+    : second_(std::sqrt(power(distortion_db + kBalance_db) / 2)),
+      third_(-std::sqrt(power(distortion_db) / 6)),
+      random_(seed) {}
+
+std::vector<double> FrontEnd::send(std::span<const int16_t> samples) const {
+  std::vector<double> signal(samples.size());
+  std::transform(samples.begin(), samples.end(), signal.begin(),
+                 [this](int16_t sample) { return distorted(sample / kNominalSteps); });
+  return signal;
+}
+
+std::vector<int16_t> FrontEnd::receive(std::vector<double> signal, double background_dbm_hz) {
+  constexpr double bandwidth_hz = kSampleRate_hz / 2.0;
+  const double noise = std::sqrt((power(background_dbm_hz) + power(kReceiverNoise_dbm_hz)) * bandwidth_hz /
+                                 power(kNominal_dbm));
+  for (double& x : signal) {
+    x += noise * gaussian();
+  }
+  const double gain = gainFor(signal);
+  std::vector<int16_t> samples(signal.size());
+  std::transform(signal.begin(), signal.end(), samples.begin(),
+                 [this, gain](double x) { return converted(distorted(gain * x)); });
+  return samples;
+}
+
+// Not std::normal_distribution: the same seed must give the same noise with every standard library.
+double FrontEnd::gaussian() {
+  constexpr double range = static_cast<double>(std::mt19937::max()) + 1;
+  const double radius = std::sqrt(-2 * std::log((static_cast<double>(random_()) + 1) / range));
+  return radius * std::cos(2 * std::numbers::pi * static_cast<double>(random_()) / range);
+}
+
+}  // namespace gfast::board
