@@ -62,7 +62,7 @@ Rates ratesOf(const char* cable, double length_m) {
   BoardConfig config;
   config.loop.cable = cable;
   config.loop.length_m = length_m;
-  config.device[0].line = LineState::Showtime;
+  config.device[0].line = LineState::kShowtime;
   VirtualBoard board(config, [] { return 0.0; });
   const int descriptor = board.open(0);
   const uint32_t block = VIRT_ADDR_GFAST_COUNTERS(VIRT_GFAST_CNTR_CP_CORE, 0, VIRT_GFAST_CNTR_DERIVED);
@@ -80,7 +80,7 @@ bool printRates() {
   Rates before[std::size(kCables)] = {{1000, 1000}, {1000, 1000}};
   for (const auto& known : kRates) {
     Rates rates[std::size(kCables)];
-    for (size_t i = 0; i < std::size(kCables); ++i) {
+    for (size_t i = 0; i < std::size(kCables); i++) {
       rates[i] = ratesOf(kCables[i], known.length_m);
       good = good && rates[i].both() <= before[i].both();
       before[i] = rates[i];

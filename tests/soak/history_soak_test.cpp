@@ -155,10 +155,10 @@ BoardConfig eventfulWeek() {
   }
   for (int i = 0; i < kPowerLosses; i++) {
     config.deviceEvents.push_back(
-        {i % 2, at(1 + 2 * i, 20, 22, 5), DeviceEvent::Kind::PowerOff, 10.0 + 600 * i});
+        {i % 2, at(1 + 2 * i, 20, 22, 5), DeviceEvent::Kind::kPowerOff, 10.0 + 600 * i});
   }
   for (int i = 0; i < kHangs; i++) {
-    config.deviceEvents.push_back({i % 2, at(2 + i, 6, 44, 0), DeviceEvent::Kind::Hang, 120.0});
+    config.deviceEvents.push_back({i % 2, at(2 + i, 6, 44, 0), DeviceEvent::Kind::kHang, 120.0});
   }
   return config;
 }

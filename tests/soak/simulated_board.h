@@ -70,7 +70,7 @@ class CountedBoard final : public Driver {
   int open(int device) override { return board_.open(device); }
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
     if (code == DFEIOCMEMRD && request.req_u.memread.hw_mem_addr == VIRT_ADDR_15MIN_24HRS_COUNTERS(0)) {
-      ++counterReads_;
+      counterReads_++;
     }
     return board_.request(descriptor, code, request);
   }
@@ -90,7 +90,7 @@ class SimulatedBoard {
     setenv("TZ", "UTC0", 1);
     tzset();
     for (DeviceConfig& device : config.device) {
-      device.line = LineState::Showtime;
+      device.line = LineState::kShowtime;
     }
     static auto& instance = *new SimulatedBoard(config);
     return instance;

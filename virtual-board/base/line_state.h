@@ -7,16 +7,16 @@ namespace gfast::board {
 
 // A nibble each (ITU-T G.9701).
 enum class LineState : uint32_t {
-  SelfTest = 0,
-  UnitFail = 1,
-  Idle = 2,
-  Silent = 3,
-  Handshake = 4,
-  Training = 5,
-  Showtime = 6,
-  Deactivating1 = 7,
-  Deactivating2 = 8,
-  PreDeactivating1E = 9
+  kSelfTest = 0,
+  kUnitFail = 1,
+  kIdle = 2,
+  kSilent = 3,
+  kHandshake = 4,
+  kTraining = 5,
+  kShowtime = 6,
+  kDeactivating1 = 7,
+  kDeactivating2 = 8,
+  kPreDeactivating1E = 9
 };
 
 }  // namespace gfast::board

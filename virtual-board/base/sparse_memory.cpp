@@ -22,13 +22,13 @@ bool SparseMemory::write(uint32_t address, std::span<const uint8_t> bytes) {
   const uint32_t first = address / kPageSize;
   const auto last = static_cast<uint32_t>((address + bytes.size() - 1) / kPageSize);
   size_t missing = 0;
-  for (uint32_t page = first; page <= last; ++page) {
+  for (uint32_t page = first; page <= last; page++) {
     missing += pages_.contains(page) ? 0 : 1;
   }
   if (pages_.size() + missing > kMaxPages) {
     return false;
   }
-  for (uint32_t page = first; page <= last; ++page) {
+  for (uint32_t page = first; page <= last; page++) {
     if (auto& place = pages_[page]; !place) {
       place = std::make_unique<Page>();
     }
@@ -37,7 +37,7 @@ bool SparseMemory::write(uint32_t address, std::span<const uint8_t> bytes) {
     Page& page = *find(address);
     page.bytes[address % kPageSize] = byte;
     page.written.set(address % kPageSize);
-    ++address;
+    address++;
   }
   return true;
 }
@@ -48,7 +48,7 @@ void SparseMemory::copyOver(uint32_t address, std::span<uint8_t> out) const {
     if (page != nullptr && page->written.test(address % kPageSize)) {
       byte = page->bytes[address % kPageSize];
     }
-    ++address;
+    address++;
   }
 }
 
@@ -58,12 +58,12 @@ void SparseMemory::update(uint32_t address, std::span<const uint8_t> bytes) {
     if (page != nullptr && page->written.test(address % kPageSize)) {
       page->bytes[address % kPageSize] = byte;
     }
-    ++address;
+    address++;
   }
 }
 
 void SparseMemory::forget(uint32_t address, size_t length) {
-  for (size_t i = 0; i < length; ++i, ++address) {
+  for (size_t i = 0; i < length; i++, address++) {
     if (Page* page = find(address); page != nullptr) {
       page->written.reset(address % kPageSize);
     }

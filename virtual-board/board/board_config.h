@@ -19,7 +19,7 @@ namespace gfast::board {
 constexpr int kMaxDevices = 2;
 
 // The firmware that runs on a chip, as bits 23-24 of its boot register.
-enum class Stage : uint32_t { None = 0, B0 = 1, B1 = 2, App = 3 };
+enum class Stage : uint32_t { kNone = 0, kB0 = 1, kB1 = 2, kApp = 3 };
 
 using MacAddress = std::array<uint8_t, 6>;
 // Start-up parameters' bytes in chip order.
@@ -27,7 +27,7 @@ using ParameterSettings = std::map<eConstParams, std::vector<uint8_t>>;
 
 struct DeviceConfig {
   FirmwareVersion firmware;
-  Stage boot = Stage::App;
+  Stage boot = Stage::kApp;
   MacAddress mac{};
   int temperature_c = 47;
   // The inventory as delivered, at most 8 and 32 bytes; none: the usual.
@@ -96,7 +96,7 @@ struct LoopEvent {
 
 // What happens to a modem, the remote one included.
 struct DeviceEvent {
-  enum class Kind { Hang, PowerOff };
+  enum class Kind { kHang, kPowerOff };
   int device;
   double at_s;
   Kind kind;

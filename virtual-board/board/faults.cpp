@@ -9,7 +9,7 @@ namespace {
 constexpr const char* kNames[] = {"open",       "memread",   "memwrite", "activate", "imgdnld",
                                   "flasherase", "flashprog", "logcfg",   "logread",  "eventread",
                                   "farend",     "flashread", "unknown"};
-constexpr size_t kFaultNames = static_cast<size_t>(RequestKind::FlashRead);
+constexpr size_t kFaultNames = static_cast<size_t>(RequestKind::kFlashRead);
 
 bool touches(const FaultConfig& fault, uint32_t address, uint32_t length) {
   // A request without bytes touches the address it names.

@@ -13,19 +13,19 @@ namespace gfast::board {
 // The requests by the names that board files and request traces use; "flashread" and what follows cannot be
 // made to fail. In the order of RequestKind.
 enum class RequestKind {
-  Open,
-  MemRead,
-  MemWrite,
-  Activate,
-  ImgDnld,
-  FlashErase,
-  FlashProg,
-  LogCfg,
-  LogRead,
-  EventRead,
-  FarEnd,
-  FlashRead,
-  Unknown
+  kOpen,
+  kMemRead,
+  kMemWrite,
+  kActivate,
+  kImgDnld,
+  kFlashErase,
+  kFlashProg,
+  kLogCfg,
+  kLogRead,
+  kEventRead,
+  kFarEnd,
+  kFlashRead,
+  kUnknown
 };
 const char* requestName(RequestKind kind);
 

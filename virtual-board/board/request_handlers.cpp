@@ -170,45 +170,45 @@ int notServed(Exchange& /*exchange*/) {
 }
 
 constexpr RequestHandler kHandlers[] = {
-    {DFEIOCMEMRD, RequestKind::MemRead, memRead,
+    {DFEIOCMEMRD, RequestKind::kMemRead, memRead,
      [](Exchange& e) {
        e.where = e.request.req_u.memread.hw_mem_addr;
        e.length = e.request.req_u.memread.hw_mem_len;
      }},
-    {DFEIOCMEMWR, RequestKind::MemWrite, memWrite,
+    {DFEIOCMEMWR, RequestKind::kMemWrite, memWrite,
      [](Exchange& e) {
        e.where = e.request.req_u.memwrite.hw_mem_addr;
        e.length = e.request.req_u.memwrite.hw_mem_len;
      }},
-    {DFEIOCIMGACT, RequestKind::Activate, activate,
+    {DFEIOCIMGACT, RequestKind::kActivate, activate,
      [](Exchange& e) { e.where = e.request.req_u.activate.hw_mem_addr; }},
-    {DFEIOCIMGDNLD, RequestKind::ImgDnld, imgDnld,
+    {DFEIOCIMGDNLD, RequestKind::kImgDnld, imgDnld,
      [](Exchange& e) {
        e.image = readHostFile(e.request.req_u.imgdnld.fw_filename, FLASH_SIZE);
        e.length = static_cast<uint32_t>(e.image.bytes.size());
      }},
-    {DFEIOCFLASHRD, RequestKind::FlashRead, flashRead,
+    {DFEIOCFLASHRD, RequestKind::kFlashRead, flashRead,
      [](Exchange& e) {
        e.where = e.request.req_u.flashread.hw_flash_addr;
        e.length = e.request.req_u.flashread.hw_flash_len;
      }},
-    {DFEIOCFLASHERASE, RequestKind::FlashErase, flashErase,
+    {DFEIOCFLASHERASE, RequestKind::kFlashErase, flashErase,
      [](Exchange& e) { e.where = e.request.req_u.flasherase.hw_flash_addr; }},
-    {DFEIOCFLASHPROG, RequestKind::FlashProg, flashProg,
+    {DFEIOCFLASHPROG, RequestKind::kFlashProg, flashProg,
      [](Exchange& e) {
        e.image = readHostFile(e.request.req_u.flashprog.fw_filename, FLASH_SIZE);
        e.where = e.request.req_u.flashprog.hw_flash_addr;
        e.length = static_cast<uint32_t>(e.image.bytes.size());
      }},
-    {DFEIOCOAMGET, RequestKind::Unknown, notServed, nullptr},
-    {DFEIOCOAMSET, RequestKind::Unknown, notServed, nullptr},
-    {DFEIOCLOGCFG, RequestKind::LogCfg, logCfg, nullptr},
-    {DFEIOCLOGRD, RequestKind::LogRead, logRead, nullptr},
-    {DFEIOCALMRD, RequestKind::EventRead, eventRead, nullptr},
-    {DFEIOCSETPORTTAG, RequestKind::Unknown, notServed, nullptr},
-    {DFEIOCGETRESULT, RequestKind::Unknown, notServed, nullptr},
-    {DFEIOCDEVINFO, RequestKind::Unknown, notServed, nullptr},
-    {DFEIOCFARENDMSG, RequestKind::FarEnd, farEnd,
+    {DFEIOCOAMGET, RequestKind::kUnknown, notServed, nullptr},
+    {DFEIOCOAMSET, RequestKind::kUnknown, notServed, nullptr},
+    {DFEIOCLOGCFG, RequestKind::kLogCfg, logCfg, nullptr},
+    {DFEIOCLOGRD, RequestKind::kLogRead, logRead, nullptr},
+    {DFEIOCALMRD, RequestKind::kEventRead, eventRead, nullptr},
+    {DFEIOCSETPORTTAG, RequestKind::kUnknown, notServed, nullptr},
+    {DFEIOCGETRESULT, RequestKind::kUnknown, notServed, nullptr},
+    {DFEIOCDEVINFO, RequestKind::kUnknown, notServed, nullptr},
+    {DFEIOCFARENDMSG, RequestKind::kFarEnd, farEnd,
      [](Exchange& e) {
        e.where = e.request.req_u.farendmsg.port_idx;
        e.length = e.request.req_u.farendmsg.outmsg_datalen;

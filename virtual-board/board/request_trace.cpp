@@ -11,15 +11,15 @@ namespace {
 std::string place(const TracedRequest& request) {
   char text[16];
   switch (request.kind) {
-    case RequestKind::MemRead:
-    case RequestKind::MemWrite:
-    case RequestKind::Activate:
-    case RequestKind::FlashErase:
-    case RequestKind::FlashProg:
-    case RequestKind::FlashRead:
+    case RequestKind::kMemRead:
+    case RequestKind::kMemWrite:
+    case RequestKind::kActivate:
+    case RequestKind::kFlashErase:
+    case RequestKind::kFlashProg:
+    case RequestKind::kFlashRead:
       std::snprintf(text, sizeof text, "0x%08x", request.where);
       return text;
-    case RequestKind::FarEnd:
+    case RequestKind::kFarEnd:
       return std::to_string(request.where);
     default:
       return "-";

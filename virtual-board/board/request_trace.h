@@ -13,7 +13,7 @@ namespace gfast::board {
 struct TracedRequest {
   double time = 0;
   int device = 0;
-  RequestKind kind = RequestKind::Unknown;
+  RequestKind kind = RequestKind::kUnknown;
   uint32_t where = 0;  // memory and flash requests: an address; far-end messages: a line
   uint32_t length = 0;
   int error = 0;

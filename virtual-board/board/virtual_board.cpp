@@ -26,9 +26,9 @@ VirtualBoard::TimeSource realTime() {
 
 // The state in which a line starts: what either device's configuration says about it.
 LineState lineAtPowerUp(const BoardConfig& config) {
-  LineState state = LineState::Silent;
+  LineState state = LineState::kSilent;
   for (const DeviceConfig& device : config.device) {
-    state = std::max(state, device.line.value_or(LineState::Silent));
+    state = std::max(state, device.line.value_or(LineState::kSilent));
   }
   return state;
 }
@@ -37,15 +37,15 @@ LineState lineAtPowerUp(const BoardConfig& config) {
 
 VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
     : devices_(config.devices), time_(time ? time : realTime()), realTime_(!time), faults_(config.faults) {
-  for (size_t i = 0; i < chips_.size(); ++i) {
+  for (size_t i = 0; i < chips_.size(); i++) {
     chips_[i] = std::make_unique<Chip>(config.device[i], agenda_);
   }
-  for (size_t i = 0; i < chips_.size(); ++i) {
+  for (size_t i = 0; i < chips_.size(); i++) {
     mapCounters(i);
     farEnds_[i] = std::make_unique<FarEnd>(
         static_cast<int>(i), *chips_[1 - i], [this, i] { return insight(1 - i); }, config.farEnd);
   }
-  for (size_t i = 0; i < chips_.size(); ++i) {
+  for (size_t i = 0; i < chips_.size(); i++) {
     chips_[i]->onShowtime([this, i] { introduce(i); });
   }
   for (const MemoryOverlay& overlay : config.memory) {
@@ -83,16 +83,16 @@ VirtualBoard::~VirtualBoard() {
 void VirtualBoard::mapCounters(size_t device) {
   for (const CounterBlock& block : counterBlocks()) {
     const auto read = [this, device, &block] {
-      return chips_[device]->stage() == Stage::App ? block.build(insight(device)) : Bytes(block.length);
+      return chips_[device]->stage() == Stage::kApp ? block.build(insight(device)) : Bytes(block.length);
     };
     chips_[device]->memory().add({block.address, block.length, read, {}, {}});
   }
   for (const ToneArea& area : toneAreas()) {
     const auto part = [this, device, &area](uint32_t offset, uint32_t length) {
-      return chips_[device]->stage() == Stage::App ? area.read(insight(device), offset, length)
+      return chips_[device]->stage() == Stage::kApp ? area.read(insight(device), offset, length)
                                                    : Bytes(length);
     };
-    const bool window = area.kind == ToneArea::Kind::Window;
+    const bool window = area.kind == ToneArea::Kind::kWindow;
     chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part, window});
   }
 }
@@ -137,7 +137,7 @@ void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
   }
   for (const DeviceEvent& event : config.deviceEvents) {
     const auto device = static_cast<size_t>(event.device);
-    const bool hang = event.kind == DeviceEvent::Kind::Hang;
+    const bool hang = event.kind == DeviceEvent::Kind::kHang;
     agenda_.at(event.at_s, [this, device, hang] {
       if (hang) {
         chips_[device]->setHung(true);
@@ -160,7 +160,7 @@ void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
 
 void VirtualBoard::disturbExtcom(const ExtcomErrors& errors) {
   Extcom& extcom = chips_[static_cast<size_t>(errors.device)]->extcom();
-  for (size_t lane = 0; lane < kExtcomLanes; ++lane) {
+  for (size_t lane = 0; lane < kExtcomLanes; lane++) {
     if (errors.lane.value_or(lane) == lane) {
       extcom.setErrorRate(lane, errors.errors_per_s);
     }
@@ -234,13 +234,13 @@ void VirtualBoard::showPending() {
 int VirtualBoard::open(int device) {
   TracedRequest traced;
   traced.device = device;
-  traced.kind = RequestKind::Open;
+  traced.kind = RequestKind::kOpen;
   int descriptor = -1;
   {
     const std::lock_guard lock(mutex_);
     advanceLocked();
     traced.time = agenda_.now();
-    traced.error = device < 0 || device >= devices_ ? ENODEV : faults_.match(device, RequestKind::Open, 0, 0);
+    traced.error = device < 0 || device >= devices_ ? ENODEV : faults_.match(device, RequestKind::kOpen, 0, 0);
     if (traced.error == 0) {
       descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
       traced.error = descriptor < 0 ? errno : 0;
@@ -272,7 +272,7 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
   if (!device) {
     return failWith(EBADF);
   }
-  static constexpr RequestHandler unknown{0, RequestKind::Unknown, nullptr, nullptr};
+  static constexpr RequestHandler unknown{0, RequestKind::kUnknown, nullptr, nullptr};
   const RequestHandler* handler = requestHandler(code);
   const RequestHandler& chosen = handler == nullptr ? unknown : *handler;
   const auto index = static_cast<size_t>(*device);
@@ -290,7 +290,7 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
     showPending();
     wakeClock();
   }
-  if (realTime_ && chosen.kind == RequestKind::FarEnd && traced.error == 0) {
+  if (realTime_ && chosen.kind == RequestKind::kFarEnd && traced.error == 0) {
     std::this_thread::sleep_for(std::chrono::duration<double>(kFarEndExchange_s));
   }
   traced.device = *device;
@@ -302,7 +302,7 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
 }
 
 int VirtualBoard::serve(const RequestHandler& handler, Exchange& exchange) {
-  const uint32_t touched = handler.kind == RequestKind::FarEnd ? 1 : exchange.length;
+  const uint32_t touched = handler.kind == RequestKind::kFarEnd ? 1 : exchange.length;
   const int fault = faults_.match(exchange.device, handler.kind, exchange.where, touched);
   return fault != 0 ? fault : handler.serve(exchange);
 }

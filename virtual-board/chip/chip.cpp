@@ -37,9 +37,9 @@ constexpr uint32_t kConfigurationState = bit(SBR_USER_ACTIVATION_STATE_OFFSET);
 
 double bootTime(Stage stage) {
   switch (stage) {
-    case Stage::B0:
+    case Stage::kB0:
       return kBootTimeB0_s;
-    case Stage::B1:
+    case Stage::kB1:
       return kBootTimeB1_s;
     default:
       return kBootTimeApp_s;
@@ -65,9 +65,9 @@ Bytes factoryPayload(size_t length, uint32_t seed) {
 
 uint32_t sbrAtPowerUp(Stage boot) {
   switch (boot) {
-    case Stage::B0:
+    case Stage::kB0:
       return bit(SBR_DISABLE_FLASH_OFFSET);
-    case Stage::B1:
+    case Stage::kB1:
       return bit(SBR_DISABLE_FLASH_OVERRIDE_OFFSET);
     default:
       return 0;
@@ -94,20 +94,20 @@ Chip::Chip(const DeviceConfig& config, Agenda& agenda)
   constexpr size_t manufacturerSize = 1024;
   if (config.bootloaderInFlash) {
     flash_.program(FLASH_BOOTLOADER_START,
-                   makeFirmware(FirmwareKind::Bootloader, {config.firmware.chipset, 2, 1, 0}, kFactoryBuilt,
+                   makeFirmware(FirmwareKind::kBootloader, {config.firmware.chipset, 2, 1, 0}, kFactoryBuilt,
                                 factoryPayload(bootloaderSize, 1)));
   }
   if (config.manufacturerInFlash) {
     flash_.program(FLASH_MANUFACTURER_BLOCK_START, factoryPayload(manufacturerSize, 2));
   }
   if (config.applicationInFlash) {
-    flash_.program(FLASH_APP_FIRMWARE_START, makeFirmware(FirmwareKind::Application, config.firmware,
+    flash_.program(FLASH_APP_FIRMWARE_START, makeFirmware(FirmwareKind::kApplication, config.firmware,
                                                           kFactoryBuilt, factoryPayload(applicationSize, 3)));
   }
   identity_.mac = config.mac;
   identity_.temperature_c = config.temperature_c;
   sbr_ = sbrAtPowerUp(config.boot);
-  lineProvisioned_ = config.line != LineState::Idle;
+  lineProvisioned_ = config.line != LineState::kIdle;
   mapRegisters();
   mapIdentity();
   mapParameters();
@@ -132,7 +132,7 @@ int Chip::download(std::span<const uint8_t> image) {
   if (const int error = unreachable(); error != 0) {
     return error;
   }
-  if (stage_ != Stage::B0) {
+  if (stage_ != Stage::kB0) {
     return EBUSY;
   }
   downloaded_.assign(image.begin(), image.end());
@@ -143,19 +143,19 @@ int Chip::activate(uint32_t address) {
   if (const int error = unreachable(); error != 0) {
     return error;
   }
-  if (stage_ != Stage::B0) {
+  if (stage_ != Stage::kB0) {
     return EBUSY;
   }
   if (address != ROM_DEFAULT_ENTRY_POINT) {
     return EFAULT;
   }
-  const auto firmware = parseFirmware(downloaded_, FirmwareKind::Bootloader);
+  const auto firmware = parseFirmware(downloaded_, FirmwareKind::kBootloader);
   if (!firmware) {
     return ENOEXEC;
   }
   downloaded_.clear();
   identity_.firmware = *firmware;
-  setFwState(Stage::B1);
+  setFwState(Stage::kB1);
   return 0;
 }
 
@@ -182,7 +182,7 @@ int Chip::unreachable() const {
 }
 
 bool Chip::lineWanted() const {
-  return running() && stage_ == Stage::App && (sbr_ & kConfigurationState) == 0 && lineProvisioned_;
+  return running() && stage_ == Stage::kApp && (sbr_ & kConfigurationState) == 0 && lineProvisioned_;
 }
 
 void Chip::setLineState(LineState state) {
@@ -197,7 +197,7 @@ void Chip::setLineState(LineState state) {
 void Chip::resetLineState(LineState state) {
   identity_.lineState = state;
   identity_.initialisation.entered(state, agenda_.now());
-  if (state == LineState::Showtime && introduce_) {
+  if (state == LineState::kShowtime && introduce_) {
     introduce_();
   }
 }
@@ -224,7 +224,7 @@ void Chip::say(uint8_t core, std::string_view text, std::span<const uint32_t> pa
 
 void Chip::crash(const Assertion& assertion) {
   static constexpr uint8_t cores[] = {FRAMER_CORE, FDU_CORE, CP_CORE};  // by Processor
-  if (inReset_ || stage_ != Stage::App) {
+  if (inReset_ || stage_ != Stage::kApp) {
     return;
   }
   assertions_.add(assertion);
@@ -234,11 +234,11 @@ void Chip::crash(const Assertion& assertion) {
     return;
   }
   crashed_ = true;
-  if (identity_.lineState != LineState::Idle) {
+  if (identity_.lineState != LineState::kIdle) {
     const uint32_t failure[] = {LF_REASON_QUELVOR_PROPRIETARY, 0};
     raiseEvent(EVENT_TYPE_LINE_FAILURE, failure);
   }
-  setLineState(LineState::UnitFail);
+  setLineState(LineState::kUnitFail);
   lineConditionsChanged();
 }
 
@@ -264,7 +264,7 @@ void Chip::mapRegisters() {
                4,
                zero,
                [this](const Bytes&) {
-                 if (stage_ == Stage::App && lineControl_.reinitialise) {
+                 if (stage_ == Stage::kApp && lineControl_.reinitialise) {
                    lineControl_.reinitialise();
                  }
                },
@@ -304,10 +304,10 @@ void Chip::mapIdentity() {
 }
 
 void Chip::mapParameters() {
-  parameters_.map(memory_, {[this] { return stage_ == Stage::App; },
+  parameters_.map(memory_, {[this] { return stage_ == Stage::kApp; },
                             [this] { sbr_ |= bit(SBR_SYSTEM_PARAMETER_CHANGE_OFFSET); }});
   inventory_.map(memory_,
-                 {[this] { return stage_ == Stage::App; }, [this] { return identity_.firmware.version; }});
+                 {[this] { return stage_ == Stage::kApp; }, [this] { return identity_.firmware.version; }});
 }
 
 // The running stage is the chip's to say; the other fields are the host's.
@@ -322,7 +322,7 @@ void Chip::setFwState(Stage stage) {
 }
 
 void Chip::activateUser() {
-  if (stage_ != Stage::App || (sbr_ & kConfigurationState) == 0 || activation_ != Agenda::kNone) {
+  if (stage_ != Stage::kApp || (sbr_ & kConfigurationState) == 0 || activation_ != Agenda::kNone) {
     return;
   }
   activation_ = agenda_.after(kUserActivationTime_s, [this] {
@@ -333,7 +333,7 @@ void Chip::activateUser() {
 }
 
 void Chip::provision(bool wanted) {
-  if (stage_ == Stage::App) {
+  if (stage_ == Stage::kApp) {
     lineProvisioned_ = wanted;
     lineConditionsChanged();
   }
@@ -372,9 +372,9 @@ void Chip::goDown() {
   crashed_ = false;
   assertions_.clear();
   downloaded_.clear();
-  setFwState(Stage::None);
+  setFwState(Stage::kNone);
   identity_.initialisation = {};
-  resetLineState(LineState::SelfTest);
+  resetLineState(LineState::kSelfTest);
   extcom_.forget();
   for (const auto& forget : atReset_) {
     forget();
@@ -406,20 +406,20 @@ void Chip::bootFinished(Stage selected) {
 
 Stage Chip::selectedStage() const {
   if ((sbr_ & bit(SBR_DISABLE_FLASH_OFFSET)) != 0) {
-    return Stage::B0;
+    return Stage::kB0;
   }
-  return (sbr_ & bit(SBR_DISABLE_FLASH_OVERRIDE_OFFSET)) != 0 ? Stage::B1 : Stage::App;
+  return (sbr_ & bit(SBR_DISABLE_FLASH_OVERRIDE_OFFSET)) != 0 ? Stage::kB1 : Stage::kApp;
 }
 
 // Takes the stage's firmware from where it lives; false when there is none that runs.
 bool Chip::load(Stage stage) {
-  if (stage == Stage::B0) {
+  if (stage == Stage::kB0) {
     identity_.firmware = romFirmware(config_.firmware.chipset);
     return true;
   }
-  const auto firmware = stage == Stage::B1
-                            ? parseFirmware(flash_.region(kBootloaderRegion), FirmwareKind::Bootloader)
-                            : parseFirmware(flash_.region(kAppRegion), FirmwareKind::Application);
+  const auto firmware = stage == Stage::kB1
+                            ? parseFirmware(flash_.region(kBootloaderRegion), FirmwareKind::kBootloader)
+                            : parseFirmware(flash_.region(kAppRegion), FirmwareKind::kApplication);
   if (firmware) {
     identity_.firmware = *firmware;
   }
@@ -428,19 +428,19 @@ bool Chip::load(Stage stage) {
 
 // The application is started by the boot loader and that by the ROM: the chip gets as far as flash lets it.
 void Chip::enter(Stage stage) {
-  Stage reached = Stage::B0;
-  load(Stage::B0);
-  if (stage != Stage::B0 && load(Stage::B1)) {
-    reached = stage == Stage::App && load(Stage::App) ? Stage::App : Stage::B1;
+  Stage reached = Stage::kB0;
+  load(Stage::kB0);
+  if (stage != Stage::kB0 && load(Stage::kB1)) {
+    reached = stage == Stage::kApp && load(Stage::kApp) ? Stage::kApp : Stage::kB1;
   }
   if (reached != stage) {
     sbr_ = countedUp(sbr_, SBR_BOOT_RESET_COUNTER_OFFSET);
   }
   setFwState(reached);
-  if (reached == Stage::App) {
+  if (reached == Stage::kApp) {
     parameters_.apply();
   }
-  resetLineState(reached == Stage::App ? LineState::Idle : LineState::SelfTest);
+  resetLineState(reached == Stage::kApp ? LineState::kIdle : LineState::kSelfTest);
 }
 
 void Chip::lineConditionsChanged() {

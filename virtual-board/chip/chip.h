@@ -125,7 +125,7 @@ class Chip {
   LineControl lineControl_;
   std::function<void()> introduce_;
   std::vector<std::function<void()>> atReset_;
-  Stage stage_ = Stage::None;
+  Stage stage_ = Stage::kNone;
   AssertionRecords assertions_;
   bool inReset_ = false;
   bool crashed_ = false;

@@ -42,7 +42,7 @@ void AssertionRecords::add(const Assertion& assertion) {
   const size_t params = std::min(assertion.params.size(), CPU_ASSERT_MAX_PARAMS);
   store_le32(record + CPU_ASSERT_INFO_ASSERT_ID, assertion.id);
   store_le32(record + CPU_ASSERT_INFO_NUM_PARAMS, static_cast<uint32_t>(params));
-  for (size_t i = 0; i < params; ++i) {
+  for (size_t i = 0; i < params; i++) {
     store_le32(record + CPU_ASSERT_INFO_PARAMS + 4 * i, assertion.params[i]);
   }
   uint8_t* const extension = image_.data() + place.extension;

@@ -14,10 +14,10 @@
 
 namespace gfast::board {
 
-enum class Processor { Framer, Fdu, Cp };
+enum class Processor { kFramer, kFdu, kCp };
 
 struct Assertion {
-  Processor processor = Processor::Framer;
+  Processor processor = Processor::kFramer;
   uint32_t id = 0;
   std::vector<uint32_t> params;  // at most CPU_ASSERT_MAX_PARAMS
   // The symbol at which it failed, counted since the chip started, and where the chip's time base stood then:

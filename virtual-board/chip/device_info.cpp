@@ -18,7 +18,7 @@ constexpr uint32_t kDevInfVersion = 4;
 // Two characters a word, in bits 0-7 and 16-23.
 void storeText(uint8_t* to, size_t words, std::string_view text) {
   const auto at = [text](size_t i) { return i < text.size() ? static_cast<uint8_t>(text[i]) : uint32_t{0}; };
-  for (size_t i = 0; i < words; ++i) {
+  for (size_t i = 0; i < words; i++) {
     store_le32(to + 4 * i, at(2 * i) | (at(2 * i + 1) << 16));
   }
 }

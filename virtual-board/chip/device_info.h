@@ -17,7 +17,7 @@ struct DeviceIdentity {
   Firmware firmware;  // of the stage that runs
   MacAddress mac{};
   int temperature_c = 0;
-  LineState lineState = LineState::SelfTest;
+  LineState lineState = LineState::kSelfTest;
   Initialisation initialisation;
 };
 

@@ -44,7 +44,7 @@ Bytes bigEndian(uint32_t value) {
 }  // namespace
 
 void Extcom::map(AddressSpace& memory) {
-  for (size_t block = 0; block < blocks_.size(); ++block) {
+  for (size_t block = 0; block < blocks_.size(); block++) {
     mapBlock(memory, block);
   }
 }

@@ -12,7 +12,7 @@ constexpr std::string_view kMagic = "GFAST-IMAGE";
 constexpr size_t kMaxHeader = 200;  // bytes of the header line
 
 const char* kindName(FirmwareKind kind) {
-  return kind == FirmwareKind::Bootloader ? "bootloader" : "application";
+  return kind == FirmwareKind::kBootloader ? "bootloader" : "application";
 }
 
 template <typename T>
@@ -56,9 +56,9 @@ bool parseBuilt(std::string_view built, Firmware& firmware) {
 
 std::array<uint32_t, 256> crcTable() {
   std::array<uint32_t, 256> table{};
-  for (uint32_t i = 0; i < table.size(); ++i) {
+  for (uint32_t i = 0; i < table.size(); i++) {
     uint32_t crc = i << 24;
-    for (int bit = 0; bit < 8; ++bit) {
+    for (int bit = 0; bit < 8; bit++) {
       crc = (crc & 0x80000000U) != 0 ? (crc << 1) ^ 0x04C11DB7U : crc << 1;
     }
     table[i] = crc;
@@ -86,7 +86,7 @@ std::optional<FirmwareVersion> parseVersion(std::string_view text) {
   if (numbers.size() != std::size(fields)) {
     return std::nullopt;
   }
-  for (size_t i = 0; i < numbers.size(); ++i) {
+  for (size_t i = 0; i < numbers.size(); i++) {
     if (!parseNumber(numbers[i], *fields[i])) {
       return std::nullopt;
     }

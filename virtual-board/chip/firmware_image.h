@@ -34,7 +34,7 @@ struct Firmware {
   std::string time;  // "21:49:22"
 };
 
-enum class FirmwareKind { Bootloader, Application };
+enum class FirmwareKind { kBootloader, kApplication };
 
 // The firmware that these bytes hold; nothing when they are not an image of that kind with a matching
 // checksum.

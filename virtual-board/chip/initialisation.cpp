@@ -24,19 +24,19 @@ void Initialisation::ended(uint32_t startup_ms, uint32_t handshake_ms, uint32_t 
   failureCause_ = failureCause;
   if (failureCause == E_INITSFCAUSE_NO_FAR_END_FTU_DETECTED) {
     // The subscriber's end speaks first, the network's waits to hear it.
-    lastDownstream_ = InitSignal::None;
-    lastUpstream_ = networkSide ? InitSignal::None : InitSignal::Handshake;
+    lastDownstream_ = InitSignal::kNone;
+    lastUpstream_ = networkSide ? InitSignal::kNone : InitSignal::kHandshake;
     return;
   }
-  lastDownstream_ = failureCause == E_INITSFCAUSE_SUCCESSS ? InitSignal::Showtime : reached(now);
+  lastDownstream_ = failureCause == E_INITSFCAUSE_SUCCESSS ? InitSignal::kShowtime : reached(now);
   lastUpstream_ = lastDownstream_;
 }
 
 InitSignal Initialisation::reached(double now) const {
-  if (state_ != LineState::Training) {
-    return InitSignal::Handshake;
+  if (state_ != LineState::kTraining) {
+    return InitSignal::kHandshake;
   }
-  return now - since_ < kChannelDiscovery_s ? InitSignal::ChannelDiscovery : InitSignal::ChannelAnalysis;
+  return now - since_ < kChannelDiscovery_s ? InitSignal::kChannelDiscovery : InitSignal::kChannelAnalysis;
 }
 
 }  // namespace gfast::board

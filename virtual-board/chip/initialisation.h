@@ -9,7 +9,7 @@ namespace gfast::board {
 
 // How far an initialisation got in one direction: the stage whose signal was the last to be sent (ITU-T
 // G.9701).
-enum class InitSignal : uint8_t { None, Handshake, ChannelDiscovery, ChannelAnalysis, Showtime };
+enum class InitSignal : uint8_t { kNone, kHandshake, kChannelDiscovery, kChannelAnalysis, kShowtime };
 
 class Initialisation {
  public:
@@ -27,13 +27,13 @@ class Initialisation {
  private:
   InitSignal reached(double now) const;
 
-  LineState state_ = LineState::SelfTest;
+  LineState state_ = LineState::kSelfTest;
   double since_ = 0;
   uint32_t startup_ms_ = 0;
   uint32_t handshake_ms_ = 0;
   uint32_t failureCause_ = 0;
-  InitSignal lastDownstream_ = InitSignal::None;
-  InitSignal lastUpstream_ = InitSignal::None;
+  InitSignal lastDownstream_ = InitSignal::kNone;
+  InitSignal lastUpstream_ = InitSignal::kNone;
 };
 
 }  // namespace gfast::board

@@ -198,7 +198,7 @@ constexpr Layout kLayout = [] {
 }();
 
 constexpr bool inOrder(const Table& table) {
-  for (size_t i = 0; i < table.size(); ++i) {
+  for (size_t i = 0; i < table.size(); i++) {
     if (table[i].id != i || table[i].length == 0 || table[i].length > kMaxLength) {
       return false;
     }

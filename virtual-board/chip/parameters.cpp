@@ -45,7 +45,7 @@ void Parameters::powerUp() {
   startup_.assign(parameterAreaSize(), 0);
   for (const Parameter& parameter : parameterTable()) {
     uint64_t rest = parameter.initial;
-    for (uint32_t i = 0; i < parameter.length; ++i, rest >>= 8) {
+    for (uint32_t i = 0; i < parameter.length; i++, rest >>= 8) {
       startup_[parameter.offset + i] = static_cast<uint8_t>(rest);
     }
   }

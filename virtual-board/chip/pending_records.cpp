@@ -29,7 +29,7 @@ void PendingRecords::raiseEvent(double time, uint32_t type, std::span<const uint
   store_le32(record.data() + GFAST_EVENT_TIMESTAMP0, static_cast<uint32_t>(microseconds));
   store_le32(record.data() + GFAST_EVENT_TIMESTAMP1, static_cast<uint32_t>(microseconds >> 32));
   store_le32(record.data() + GFAST_EVENT_TYPE, type);
-  for (size_t i = 0; i < params.size(); ++i) {
+  for (size_t i = 0; i < params.size(); i++) {
     store_le32(record.data() + GFAST_EVENT_PARAMS + 4 * i, params[i]);
   }
   append(events_, kMaxEvents, std::move(record));

@@ -96,31 +96,31 @@ void readFlashContents(TomlReader& table, DeviceConfig& device) {
 }
 
 void readBootStage(TomlReader& table, DeviceConfig& device) {
-  const auto boot = table.choice("boot", {{"b0", static_cast<int>(Stage::B0)},
-                                          {"b1", static_cast<int>(Stage::B1)},
-                                          {"app", static_cast<int>(Stage::App)}});
+  const auto boot = table.choice("boot", {{"b0", static_cast<int>(Stage::kB0)},
+                                          {"b1", static_cast<int>(Stage::kB1)},
+                                          {"app", static_cast<int>(Stage::kApp)}});
   if (!boot) {
     return;
   }
   device.boot = static_cast<Stage>(*boot);
-  const bool needsBootloader = device.boot != Stage::B0;
-  const bool needsApplication = device.boot == Stage::App;
+  const bool needsBootloader = device.boot != Stage::kB0;
+  const bool needsApplication = device.boot == Stage::kApp;
   if ((needsBootloader && !device.bootloaderInFlash) || (needsApplication && !device.applicationInFlash)) {
     table.failAt("boot", "\"boot\" asks for firmware that \"flash\" does not hold");
   }
 }
 
 void readLineState(TomlReader& table, DeviceConfig& device) {
-  const auto state = table.choice("line", {{"idle", static_cast<int>(LineState::Idle)},
-                                           {"silent", static_cast<int>(LineState::Silent)},
-                                           {"handshake", static_cast<int>(LineState::Handshake)},
-                                           {"training", static_cast<int>(LineState::Training)},
-                                           {"showtime", static_cast<int>(LineState::Showtime)}});
+  const auto state = table.choice("line", {{"idle", static_cast<int>(LineState::kIdle)},
+                                           {"silent", static_cast<int>(LineState::kSilent)},
+                                           {"handshake", static_cast<int>(LineState::kHandshake)},
+                                           {"training", static_cast<int>(LineState::kTraining)},
+                                           {"showtime", static_cast<int>(LineState::kShowtime)}});
   if (!state) {
     return;
   }
   device.line = static_cast<LineState>(*state);
-  if (device.boot != Stage::App || !device.bootloaderInFlash || !device.applicationInFlash) {
+  if (device.boot != Stage::kApp || !device.bootloaderInFlash || !device.applicationInFlash) {
     table.failAt("line", "\"line\" needs application firmware that runs");
   }
 }
@@ -156,7 +156,7 @@ void readDeviceTable(TomlReader& table, DeviceConfig& device) {
 }
 
 bool together(LineState state) {
-  return state == LineState::Handshake || state == LineState::Training || state == LineState::Showtime;
+  return state == LineState::kHandshake || state == LineState::kTraining || state == LineState::kShowtime;
 }
 
 bool trainable(const BoardConfig& config) {
@@ -168,7 +168,7 @@ bool trainable(const BoardConfig& config) {
 
 // A line that both ends are on must be one that both can be on.
 void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config) {
-  for (size_t i = 0; i < tables.size(); ++i) {
+  for (size_t i = 0; i < tables.size(); i++) {
     const DeviceConfig& end = config.device[i];
     const DeviceConfig& other = config.device[1 - i];
     if (!end.line || !together(*end.line)) {
@@ -180,7 +180,7 @@ void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config)
     if (end.firmware.networkSide() == other.firmware.networkSide()) {
       tables[i].failAt("line", "\"line\" needs a dp and a cpe");
     }
-    if (other.boot != Stage::App || !other.bootloaderInFlash || !other.applicationInFlash) {
+    if (other.boot != Stage::kApp || !other.bootloaderInFlash || !other.applicationInFlash) {
       tables[i].failAt("line", "\"line\" needs application firmware that runs on both devices");
     }
     if (config.loop.cut) {
@@ -197,7 +197,7 @@ void readDevices(TomlReader& root, BoardConfig& config) {
   if (tables.size() > kMaxDevices) {
     tables[kMaxDevices].failHere("there are at most " + std::to_string(kMaxDevices) + " devices");
   }
-  for (size_t i = 0; i < tables.size(); ++i) {
+  for (size_t i = 0; i < tables.size(); i++) {
     readDeviceTable(tables[i], config.device[i]);
   }
   checkLine(tables, config);

@@ -93,7 +93,7 @@ std::vector<MemoryOverlay> readDump(const std::string& path, int device) {
   std::ifstream file(path);
   std::vector<MemoryOverlay> overlays;
   std::string line;
-  for (size_t number = 1; std::getline(file, line); ++number) {
+  for (size_t number = 1; std::getline(file, line); number++) {
     if (!line.empty() && line.back() == '\r') {
       line.pop_back();
     }
@@ -211,8 +211,8 @@ DeviceEvent readDeviceEventTable(TomlReader& table) {
   event.device = static_cast<int>(table.required("device", table.integer("device", 0, kMaxDevices - 1)));
   event.at_s = readTime(table);
   event.kind = static_cast<Kind>(
-      table.required("kind", table.choice("kind", {{"hang", static_cast<int>(Kind::Hang)},
-                                                   {"power_off", static_cast<int>(Kind::PowerOff)}})));
+      table.required("kind", table.choice("kind", {{"hang", static_cast<int>(Kind::kHang)},
+                                                   {"power_off", static_cast<int>(Kind::kPowerOff)}})));
   event.for_s = table.number("for_s", 0, kLatest_s);
   table.finish();
   return event;
@@ -224,9 +224,9 @@ CrashEvent readCrashTable(TomlReader& table) {
   crash.at_s = readTime(table);
   Assertion& assertion = crash.assertion;
   assertion.processor = static_cast<Processor>(
-      table.required("processor", table.choice("processor", {{"framer", static_cast<int>(Processor::Framer)},
-                                                             {"fdu", static_cast<int>(Processor::Fdu)},
-                                                             {"cp", static_cast<int>(Processor::Cp)}})));
+      table.required("processor", table.choice("processor", {{"framer", static_cast<int>(Processor::kFramer)},
+                                                             {"fdu", static_cast<int>(Processor::kFdu)},
+                                                             {"cp", static_cast<int>(Processor::kCp)}})));
   assertion.id = static_cast<uint32_t>(table.required("assert_id", table.integer("assert_id", 0, kWordMax)));
   assertion.params = table.words("params", CPU_ASSERT_MAX_PARAMS).value_or(std::vector<uint32_t>{});
   // A record whose symbol counter is 0 is one of no assertion.

@@ -32,7 +32,7 @@ int hexDigit(char c) {
 bool parseBytes(const std::string& text, std::vector<uint8_t>& bytes) {
   for (size_t i = 0; i < text.size();) {
     if (text[i] == ' ') {
-      ++i;
+      i++;
       continue;
     }
     const int high = hexDigit(text[i]);

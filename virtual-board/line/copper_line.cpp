@@ -43,11 +43,11 @@ CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, const LoopConf
       ledger_(seed),
       random_(seed),
       cut_(loop.cut) {
-  for (size_t i = 0; i < ends_.size(); ++i) {
+  for (size_t i = 0; i < ends_.size(); i++) {
     Chip* const end = ends_[i];
     end->attachLine({[this] { reconsider(); },
                      [this, end] {
-                       if (phase_ == Phase::Showtime) {
+                       if (phase_ == Phase::kShowtime) {
                          leave(*end);
                        }
                      },
@@ -64,22 +64,22 @@ void CopperLine::powerUp(LineState state) {
   for (Chip* end : ends_) {
     end->resetLineState(restState(*end));
   }
-  if (canMeet() && state >= LineState::Handshake && trainable()) {
+  if (canMeet() && state >= LineState::kHandshake && trainable()) {
     for (Chip* end : ends_) {
       end->resetLineState(state);
     }
     switch (state) {
-      case LineState::Handshake:
-        phase_ = Phase::Handshake;
-        schedule(handshake_s_, Phase::Training);
+      case LineState::kHandshake:
+        phase_ = Phase::kHandshake;
+        schedule(handshake_s_, Phase::kTraining);
         return;
-      case LineState::Training:
-        phase_ = Phase::Training;
-        schedule(training_s_, Phase::Showtime);
+      case LineState::kTraining:
+        phase_ = Phase::kTraining;
+        schedule(training_s_, Phase::kShowtime);
         return;
       default:
         trained();
-        setPhase(Phase::Showtime);
+        setPhase(Phase::kShowtime);
         return;
     }
   }
@@ -93,17 +93,17 @@ void CopperLine::setCut(bool cut) {
 
 void CopperLine::setErrors(double share) {
   errors_ = share;
-  if (phase_ == Phase::Showtime) {
+  if (phase_ == Phase::kShowtime) {
     updateTraffic();
   }
 }
 
 void CopperLine::losePower(size_t end) {
   Chip& other = *ends_[1 - end];
-  if (phase_ == Phase::Showtime && !cut_ && other.lineState() == LineState::Showtime) {
-    setPhase(Phase::Leaving);
+  if (phase_ == Phase::kShowtime && !cut_ && other.lineState() == LineState::kShowtime) {
+    setPhase(Phase::kLeaving);
     fail(1 - end, LF_REASON_LOSS_OF_POWER, &EndCounts::lossOfPowerFailures);
-    schedule(kDeactivating_s, Phase::Apart);
+    schedule(kDeactivating_s, Phase::kApart);
   }
   ends_[end]->powerOff();
 }
@@ -136,48 +136,48 @@ bool CopperLine::trainable() {
 }
 
 LineState CopperLine::restState(const Chip& chip) const {
-  if (!chip.running() || chip.stage() != Stage::App) {
-    return LineState::SelfTest;
+  if (!chip.running() || chip.stage() != Stage::kApp) {
+    return LineState::kSelfTest;
   }
-  return chip.lineWanted() ? LineState::Silent : LineState::Idle;
+  return chip.lineWanted() ? LineState::kSilent : LineState::kIdle;
 }
 
 // One of the conditions that decide about the line has changed.
 void CopperLine::reconsider() {
   const bool meet = canMeet();
   switch (phase_) {
-    case Phase::Apart:
+    case Phase::kApart:
       rest();
       break;
-    case Phase::Handshake:
-    case Phase::Training:
+    case Phase::kHandshake:
+    case Phase::kTraining:
       if (!meet) {
         trainingInterrupted();
       }
       break;
-    case Phase::Showtime:
+    case Phase::kShowtime:
       if (meet) {
         break;
       }
       for (Chip* end : ends_) {
-        if (end->running() && end->stage() == Stage::App && !end->lineWanted() && !cut_) {
+        if (end->running() && end->stage() == Stage::kApp && !end->lineWanted() && !cut_) {
           leave(*end);
           return;
         }
       }
-      setPhase(Phase::Losing);
+      setPhase(Phase::kLosing);
       agenda_.cancel(step_);
       step_ = agenda_.after(kLossDetection_s,
                             [this] { lost(LF_REASON_LOSS_OF_SIGNAL, &EndCounts::lossOfSignalFailures); });
       break;
-    case Phase::Losing:
-      if (meet && ends_[0]->lineState() == LineState::Showtime &&
-          ends_[1]->lineState() == LineState::Showtime) {
+    case Phase::kLosing:
+      if (meet && ends_[0]->lineState() == LineState::kShowtime &&
+          ends_[1]->lineState() == LineState::kShowtime) {
         agenda_.cancel(step_);
-        setPhase(Phase::Showtime);
+        setPhase(Phase::kShowtime);
       }
       break;
-    case Phase::Leaving:
+    case Phase::kLeaving:
       break;
   }
 }
@@ -190,13 +190,13 @@ void CopperLine::rest() {
     if (end->running()) {
       setState(*end, state);
     }
-    searching = searching || state == LineState::Silent;
+    searching = searching || state == LineState::kSilent;
   }
   const bool meet = canMeet();
   if (!meet) {
     agenda_.cancel(step_);
   } else if (step_ == Agenda::kNone) {
-    schedule(kSilence_s, Phase::Handshake);
+    schedule(kSilence_s, Phase::kHandshake);
   }
   if (meet || !searching) {
     agenda_.cancel(search_);
@@ -206,8 +206,8 @@ void CopperLine::rest() {
 }
 
 void CopperLine::nobodyFound() {
-  for (size_t i = 0; i < ends_.size(); ++i) {
-    if (ends_[i]->lineState() == LineState::Silent) {
+  for (size_t i = 0; i < ends_.size(); i++) {
+    if (ends_[i]->lineState() == LineState::kSilent) {
       initialisationFailed(i, kInitNoFarEnd);
     }
   }
@@ -230,54 +230,54 @@ void CopperLine::setPhase(Phase phase) {
 // What flows, and what the ends hear, follows from the phase.
 void CopperLine::updateTraffic() {
   const double now = agenda_.now();
-  const bool flows = phase_ == Phase::Showtime || phase_ == Phase::Losing;
-  const double errors = phase_ == Phase::Losing ? 1 : errors_;
+  const bool flows = phase_ == Phase::kShowtime || phase_ == Phase::kLosing;
+  const double errors = phase_ == Phase::kLosing ? 1 : errors_;
   agenda_.cancel(rmcLoss_);
   if (flows) {
     std::array<StreamFraming, kEnds> framing;
-    for (size_t i = 0; i < kEnds; ++i) {
+    for (size_t i = 0; i < kEnds; i++) {
       framing[i] = (ends_[i]->networkSide() ? budget_.downstream : budget_.upstream).framing;
     }
     ledger_.flow(now, framing, errors);
   } else {
     ledger_.stop(now);
   }
-  if (phase_ == Phase::Showtime && errors >= kRmcDrowned) {
+  if (phase_ == Phase::kShowtime && errors >= kRmcDrowned) {
     rmcLoss_ = agenda_.after(kRmcLossDetection_s, [this] {
       rmcLoss_ = Agenda::kNone;
       lost(LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
     });
   }
-  if (phase_ == Phase::Losing) {
+  if (phase_ == Phase::kLosing) {
     ledger_.signalLost(now, true);
-  } else if (phase_ == Phase::Showtime || phase_ == Phase::Handshake) {
+  } else if (phase_ == Phase::kShowtime || phase_ == Phase::kHandshake) {
     ledger_.signalLost(now, false);
   }
 }
 
 void CopperLine::enterPhase(Phase phase) {
-  if (phase == Phase::Showtime) {
+  if (phase == Phase::kShowtime) {
     trained();
   }
   setPhase(phase);
   switch (phase) {
-    case Phase::Handshake:
+    case Phase::kHandshake:
       survey();
       drawDurations();
-      setBoth(LineState::Handshake);
-      schedule(handshake_s_, Phase::Training);
+      setBoth(LineState::kHandshake);
+      schedule(handshake_s_, Phase::kTraining);
       break;
-    case Phase::Training:
-      setBoth(LineState::Training);
+    case Phase::kTraining:
+      setBoth(LineState::kTraining);
       if (trainable()) {
-        schedule(training_s_, Phase::Showtime);
+        schedule(training_s_, Phase::kShowtime);
       } else {
         agenda_.cancel(step_);
         step_ = agenda_.after(training_s_, [this] { trainingFailed(); });
       }
       break;
-    case Phase::Showtime:
-      setBoth(LineState::Showtime);
+    case Phase::kShowtime:
+      setBoth(LineState::kShowtime);
       break;
     default:
       rest();
@@ -297,7 +297,7 @@ void CopperLine::drawDurations() {
 
 void CopperLine::trained() {
   budget_ = next_;
-  for (size_t i = 0; i < ends_.size(); ++i) {
+  for (size_t i = 0; i < ends_.size(); i++) {
     ends_[i]->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
                                 kInitSuccess);
     ledger_.count(i, &EndCounts::initialisations);
@@ -313,12 +313,12 @@ void CopperLine::initialisationFailed(size_t end, uint32_t cause) {
 }
 
 void CopperLine::trainingInterrupted() {
-  for (size_t i = 0; i < ends_.size(); ++i) {
+  for (size_t i = 0; i < ends_.size(); i++) {
     if (ends_[i]->running()) {
       initialisationFailed(i, kInitCommunicationProblem);
     }
   }
-  setPhase(Phase::Apart);
+  setPhase(Phase::kApart);
   agenda_.cancel(step_);
   rest();
 }
@@ -326,44 +326,44 @@ void CopperLine::trainingInterrupted() {
 // The loop carries too little: both ends see it, and try again later.
 void CopperLine::trainingFailed() {
   step_ = Agenda::kNone;
-  setPhase(Phase::Apart);
-  for (size_t i = 0; i < ends_.size(); ++i) {
+  setPhase(Phase::kApart);
+  for (size_t i = 0; i < ends_.size(); i++) {
     const uint32_t params[] = {LF_REASON_INIT_SF_FAILURE, 0};
     ends_[i]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
     initialisationFailed(i, kInitNotFeasible);
   }
   rest();
-  schedule(kRetry_s, Phase::Handshake);
+  schedule(kRetry_s, Phase::kHandshake);
 }
 
 // The end that wants out tells the other; both fall silent together.
 void CopperLine::leave(Chip& initiator) {
-  setPhase(Phase::Leaving);
+  setPhase(Phase::kLeaving);
   for (Chip* end : ends_) {
-    if (end->lineState() == LineState::Showtime) {
-      setState(*end, end == &initiator ? LineState::Deactivating1 : LineState::PreDeactivating1E);
+    if (end->lineState() == LineState::kShowtime) {
+      setState(*end, end == &initiator ? LineState::kDeactivating1 : LineState::kPreDeactivating1E);
     }
   }
   agenda_.cancel(step_);
   step_ = agenda_.after(kDeactivating_s, [this] {
     for (Chip* end : ends_) {
-      if (end->lineState() == LineState::Deactivating1 || end->lineState() == LineState::PreDeactivating1E) {
-        setState(*end, LineState::Deactivating2);
+      if (end->lineState() == LineState::kDeactivating1 || end->lineState() == LineState::kPreDeactivating1E) {
+        setState(*end, LineState::kDeactivating2);
       }
     }
-    schedule(kDeactivating_s, Phase::Apart);
+    schedule(kDeactivating_s, Phase::kApart);
   });
 }
 
 // Nothing arrives any more: those still in showtime report it and go down by themselves.
 void CopperLine::lost(uint32_t reason, EndCounter counter) {
-  setPhase(Phase::Leaving);
-  for (size_t i = 0; i < ends_.size(); ++i) {
-    if (ends_[i]->lineState() == LineState::Showtime) {
+  setPhase(Phase::kLeaving);
+  for (size_t i = 0; i < ends_.size(); i++) {
+    if (ends_[i]->lineState() == LineState::kShowtime) {
       fail(i, reason, counter);
     }
   }
-  schedule(kDeactivating_s, Phase::Apart);
+  schedule(kDeactivating_s, Phase::kApart);
 }
 
 void CopperLine::fail(size_t end, uint32_t reason, EndCounter counter) {
@@ -371,7 +371,7 @@ void CopperLine::fail(size_t end, uint32_t reason, EndCounter counter) {
   const uint32_t params[] = {reason, 0};
   ends_[end]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
   ends_[end]->log(FRAMER_CORE, "line failure %u on link %u", params);
-  setState(*ends_[end], LineState::Deactivating1);
+  setState(*ends_[end], LineState::kDeactivating1);
 }
 
 void CopperLine::setState(Chip& chip, LineState state) {
@@ -393,10 +393,10 @@ void CopperLine::logState(Chip& chip, LineState before) {
   const LineState state = chip.lineState();
   const uint32_t change[] = {0, static_cast<uint32_t>(before), static_cast<uint32_t>(state)};
   chip.log(CP_CORE, "link %u: state %u to %u", change);
-  if (state == LineState::Training) {
+  if (state == LineState::kTraining) {
     const uint32_t tones[] = {kFirstTone, kLastTone};
     chip.log(FDU_CORE, "training on tones %u to %u", tones);
-  } else if (state == LineState::Showtime) {
+  } else if (state == LineState::kShowtime) {
     const EndView view = ledger_.view(agenda_.now(), &chip == ends_[0] ? 0 : 1);
     const uint32_t rates[] = {streamRates(view.sends.framing).net, streamRates(view.receives.framing).net};
     chip.log(FRAMER_CORE, "showtime: sends %u kbit/s, receives %u kbit/s", rates);

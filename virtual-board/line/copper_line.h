@@ -34,7 +34,7 @@ class CopperLine {
   // The end's power goes; if the other end hears its last gasp, it knows why the line went down.
   void losePower(size_t end);
 
-  bool inShowtime() const { return phase_ == Phase::Showtime; }
+  bool inShowtime() const { return phase_ == Phase::kShowtime; }
   // What the last training found; empty before the first.
   const LoopBudget& budget() const { return budget_; }
   // What the chip at that end knows of its line now.
@@ -43,7 +43,7 @@ class CopperLine {
  private:
   // What both ends do together. Leaving: an orderly end or the end after a loss; Losing: in showtime still,
   // but nothing arrives any more.
-  enum class Phase { Apart, Handshake, Training, Showtime, Losing, Leaving };
+  enum class Phase { kApart, kHandshake, kTraining, kShowtime, kLosing, kLeaving };
 
   bool canMeet() const;
   TonePlan plan() const;
@@ -78,7 +78,7 @@ class CopperLine {
   LoopBudget budget_;
   LineLedger ledger_;
   std::mt19937 random_;
-  Phase phase_ = Phase::Apart;
+  Phase phase_ = Phase::kApart;
   bool cut_;
   double errors_ = 0;
   Agenda::Ticket step_ = Agenda::kNone;

@@ -25,7 +25,7 @@ LineLedger::LineLedger(uint32_t seed) : streams_{StreamMeter(seed, 0), StreamMet
 }
 
 void LineLedger::flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors) {
-  for (size_t end = 0; end < kEnds; ++end) {
+  for (size_t end = 0; end < kEnds; end++) {
     streams_[end].flow(now, framing[end], errors);
   }
   framing_ = framing;
@@ -40,7 +40,7 @@ void LineLedger::stop(double now) {
   for (StreamMeter& stream : streams_) {
     stream.stop(now);
   }
-  for (size_t end = 0; end < kEnds; ++end) {
+  for (size_t end = 0; end < kEnds; end++) {
     ends_[end].farHeard = total(now, 1 - end);
   }
   flowing_ = false;

@@ -62,7 +62,7 @@ uint32_t snrScale(const LineSpectrum& spectrum, const TonePlan& plan) {
   constexpr double fewestSteps = 64;
   double least = 1;
   double most = 1;
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {
       least = std::min(least, spectrum.snr[tone]);
       most = std::max(most, spectrum.snr[tone]);
@@ -77,7 +77,7 @@ uint32_t snrScale(const LineSpectrum& spectrum, const TonePlan& plan) {
 void loadRmc(ToneLoading& loading, const LineSpectrum& spectrum, const TonePlan& plan, double margin_db) {
   LeastMargin least;
   uint32_t bits = 0;
-  for (uint32_t tone = 0; tone < kTones && loading.rmcTones.size() < kMostRmcTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones && loading.rmcTones.size() < kMostRmcTones; tone++) {
     const uint8_t most =
         wholeBits(capacity(spectrum.snr[tone], margin_db + kRmcMarginAbove_db), kMostRmcBits);
     if (!plan.medley.test(tone) || plan.pilots.test(tone) || most < kFewestRmcBits) {
@@ -99,7 +99,7 @@ LineSpectrum lineSpectrum(const std::vector<std::complex<double>>& gains, const 
   LineSpectrum spectrum;
   double sent_mw = 0;
   double received_mw = 0;
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     spectrum.gain[tone] = gains[tone];
     spectrum.received_dbm_hz[tone] = noise_dbm_hz;
     if (!plan.medley.test(tone)) {
@@ -127,7 +127,7 @@ ToneLoading toneLoading(const LineSpectrum& spectrum, const TonePlan& plan, cons
   uint32_t setAside = 0;
   double attainable = 0;
   double attainableSetAside = 0;
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     if (!plan.medley.test(tone) || plan.pilots.test(tone)) {
       continue;
     }

@@ -60,11 +60,11 @@ Loop::Loop(const LoopConfig& config, uint32_t seed)
 bool Loop::heard(const TonePlan& plan) const {
   double sum_db = 0;
   uint32_t tones = 0;
-  for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; tone++) {
     if (plan.medley.test(tone)) {
       const double loss_db = -20 * std::log10(std::abs(cable_.insertionGain(tone * kSubcarrierSpacing_hz)));
       sum_db += plan.sent_dbm_hz[tone] - loss_db - noise_dbm_hz_;
-      ++tones;
+      tones++;
     }
   }
   return tones == kHandshakeTones && sum_db / tones >= kHandshakeSnr_db;
@@ -77,7 +77,7 @@ bool Loop::soonEnough() const {
 const std::vector<std::complex<double>>& Loop::gains() {
   if (gains_.empty()) {
     gains_.resize(kTones);
-    for (uint32_t tone = kFirstTone; tone <= kLastTone; ++tone) {
+    for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
       gains_[tone] = cable_.insertionGain(tone * kSubcarrierSpacing_hz);
     }
   }

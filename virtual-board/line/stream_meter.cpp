@@ -75,7 +75,7 @@ void StreamMeter::flow(double now, const StreamFraming& framing, double errors) 
     worstLoss_ = 0;
   }
   lastLoss_ = 0;
-  ++stretches_;
+  stretches_++;
   open_ = Stretch{now, framing, errors, 0, {}};
 }
 
@@ -164,7 +164,7 @@ void StreamMeter::settle(uint64_t framesArrived) {
     judgeSecond(stretch.settled, second.uncorrected);
     lastLoss_ = length == 0 ? 0 : static_cast<double>(second.uncorrected) / static_cast<double>(length);
     worstLoss_ = std::max(worstLoss_, lastLoss_);
-    ++stretch.seconds;
+    stretch.seconds++;
   }
 }
 

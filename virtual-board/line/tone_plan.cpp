@@ -49,14 +49,14 @@ uint32_t indexed(const Parameters& parameters, eConstParams first, uint32_t i) {
 }
 
 void spare(ToneMask& mask, uint32_t first, uint32_t last) {
-  for (uint32_t tone = first; tone <= std::min(last, kTopmostTone); ++tone) {
+  for (uint32_t tone = first; tone <= std::min(last, kTopmostTone); tone++) {
     mask.reset(tone);
   }
 }
 
 // Start in the low half of the word, stop in the high half; 0 is no band.
 void spareRfiBands(ToneMask& mask, const Parameters& parameters) {
-  for (uint32_t i = 0; i < kRfiBands; ++i) {
+  for (uint32_t i = 0; i < kRfiBands; i++) {
     const uint32_t band = indexed(parameters, PARAMS_RFIBand_0, i);
     if (band != 0) {
       spare(mask, band & 0xFFFF, band >> 16);
@@ -66,7 +66,7 @@ void spareRfiBands(ToneMask& mask, const Parameters& parameters) {
 
 // Every subcarrier whose main lobe reaches into the band.
 void spareAmateurBands(ToneMask& mask, uint32_t bits) {
-  for (size_t i = 0; i < std::size(kAmateurBands); ++i) {
+  for (size_t i = 0; i < std::size(kAmateurBands); i++) {
     if ((bits >> i & 1) != 0) {
       spare(mask, static_cast<uint32_t>(std::floor(kAmateurBands[i].from_mhz / kSubcarrierSpacing_mhz)),
             static_cast<uint32_t>(std::ceil(kAmateurBands[i].to_mhz / kSubcarrierSpacing_mhz)));
@@ -78,7 +78,7 @@ void spareAmateurBands(ToneMask& mask, uint32_t bits) {
 // usual band when the parameters name no other.
 std::vector<uint32_t> bandEdges(const Parameters& parameters) {
   std::vector<uint32_t> edges;
-  for (uint32_t i = 0; i < kPsdBands; ++i) {
+  for (uint32_t i = 0; i < kPsdBands; i++) {
     const uint32_t edge = indexed(parameters, PARAMS_bandStart_0, i);
     if (edge > kTopmostTone || (edges.empty() ? edge == 0 : edge <= edges.back())) {
       break;
@@ -100,7 +100,7 @@ double unshapedPsd(uint32_t tone) {
 void shape(TonePlan& plan, const Parameters& parameters) {
   const std::vector<uint32_t> edges = bandEdges(parameters);
   const bool lowered = parameters.running(PARAMS_isFlatDecrease) != 0;
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     if (tone < edges.front() || tone > edges.back()) {
       plan.medley.reset(tone);
       continue;
@@ -120,14 +120,14 @@ void shape(TonePlan& plan, const Parameters& parameters) {
 // As a whole, so that the aggregate is at most what may be sent.
 void scale(TonePlan& plan) {
   double power_mw = 0;
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {
       power_mw += std::pow(10, plan.sent_dbm_hz[tone] / 10) * kSubcarrierSpacing_hz;
     }
   }
   const double excess_db = power_mw > 0 ? 10 * std::log10(power_mw) - kMostPower_dbm : 0;
   plan.highest_dbm_hz = -std::numeric_limits<double>::infinity();
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {
       plan.sent_dbm_hz[tone] -= std::max(0.0, excess_db);
       plan.highest_dbm_hz = std::max(plan.highest_dbm_hz, plan.sent_dbm_hz[tone]);
@@ -139,7 +139,7 @@ void scale(TonePlan& plan) {
 
 std::vector<ToneBand> bandsOf(const ToneMask& medley) {
   std::vector<ToneBand> bands;
-  for (uint32_t tone = 0; tone < kTones; ++tone) {
+  for (uint32_t tone = 0; tone < kTones; tone++) {
     if (!medley.test(tone)) {
       continue;
     }
@@ -156,8 +156,8 @@ std::vector<ToneBand> bandsOf(const ToneMask& medley) {
 // Far enough apart that no one notch takes all; one that falls into a notch moves up.
 ToneMask pilotsOf(const ToneMask& medley) {
   ToneMask pilots;
-  for (uint32_t i = 1; i <= kPilots; ++i) {
-    for (uint32_t tone = i * kPilotSpacing; tone < (i + 1) * kPilotSpacing; ++tone) {
+  for (uint32_t i = 1; i <= kPilots; i++) {
+    for (uint32_t tone = i * kPilotSpacing; tone < (i + 1) * kPilotSpacing; tone++) {
       if (medley.test(tone)) {
         pilots.set(tone);
         break;

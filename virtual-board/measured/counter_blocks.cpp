@@ -39,7 +39,7 @@ Bytes inChipOrder(const Block& block) {
   std::array<uint32_t, sizeof(Block) / 4> words;
   std::memcpy(words.data(), &block, sizeof block);
   Bytes bytes(sizeof block);
-  for (size_t i = 0; i < words.size(); ++i) {
+  for (size_t i = 0; i < words.size(); i++) {
     store_le32(bytes.data() + 4 * i, words[i]);
   }
   return bytes;

@@ -11,7 +11,7 @@ namespace {
 // Bit-reversed order, in which the butterflies leave the spectrum in order.
 void reorder(Spectrum& points) {
   const size_t size = points.size();
-  for (size_t i = 0, j = 0; i < size; ++i) {
+  for (size_t i = 0, j = 0; i < size; i++) {
     if (i < j) {
       std::swap(points[i], points[j]);
     }
@@ -27,13 +27,13 @@ void transform(Spectrum& points) {
   reorder(points);
   const size_t size = points.size();
   Spectrum turns(size / 2);
-  for (size_t i = 0; i < turns.size(); ++i) {
+  for (size_t i = 0; i < turns.size(); i++) {
     turns[i] = std::polar(1.0, -2 * std::numbers::pi * static_cast<double>(i) / static_cast<double>(size));
   }
   for (size_t span = 1; span < size; span *= 2) {
     const size_t step = size / (2 * span);
     for (size_t block = 0; block < size; block += 2 * span) {
-      for (size_t i = 0; i < span; ++i) {
+      for (size_t i = 0; i < span; i++) {
         std::complex<double>& even = points[block + i];
         std::complex<double>& odd = points[block + i + span];
         const std::complex<double> turned = turns[i * step] * odd;

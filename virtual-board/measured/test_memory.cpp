@@ -33,7 +33,7 @@ TestMemory::TestMemory(const std::array<Chip*, kMaxDevices>& chips, const Copper
       line_(line),
       agenda_(agenda),
       loop_(config.loop) {
-  for (size_t end = 0; end < ends_.size(); ++end) {
+  for (size_t end = 0; end < ends_.size(); end++) {
     forget(end);
     map(end);
     ends_[end].chip->atReset([this, end] { forget(end); });
@@ -47,7 +47,7 @@ void TestMemory::map(size_t end) {
               QVR_K_TEST_SYMBOL_SIZE,
               [&self] { return self.transmit; },
               [this, end](const Bytes& symbol) {
-                if (ends_[end].chip->stage() == Stage::App) {
+                if (ends_[end].chip->stage() == Stage::kApp) {
                   ends_[end].transmit = symbol;
                   transmitter_ = end;
                 }
@@ -81,7 +81,7 @@ void TestMemory::request(size_t end, uint32_t count) {
   End& self = ends_[end];
   agenda_.cancel(self.due);
   self.requested = 0;
-  if (count != 0 && self.chip->stage() == Stage::App) {
+  if (count != 0 && self.chip->stage() == Stage::kApp) {
     self.requested = count;
     self.due = agenda_.after(kCaptureTime_s, [this, end] { capture(end); });
   }
@@ -94,7 +94,7 @@ void TestMemory::capture(size_t end) {
     return;
   }
   const std::vector<int16_t> samples = self.frontEnd.receive(arriving(end), loop_.noise_dbm_hz);
-  for (size_t i = 0; i < samples.size(); ++i) {
+  for (size_t i = 0; i < samples.size(); i++) {
     store_le16(&self.captured[kSampleSize * i], static_cast<uint16_t>(samples[i]));
   }
   self.requested = 0;
@@ -103,7 +103,7 @@ void TestMemory::capture(size_t end) {
 // The front end of a line that is not activated is switched off.
 bool TestMemory::active(size_t end) const {
   const Chip& chip = *ends_[end].chip;
-  return chip.running() && chip.stage() == Stage::App && chip.lineState() != LineState::Idle;
+  return chip.running() && chip.stage() == Stage::kApp && chip.lineState() != LineState::kIdle;
 }
 
 std::vector<double> TestMemory::arriving(size_t end) {
@@ -113,7 +113,7 @@ std::vector<double> TestMemory::arriving(size_t end) {
   }
   const End& sender = ends_[*transmitter_];
   std::vector<int16_t> samples(kPoints);
-  for (size_t i = 0; i < samples.size(); ++i) {
+  for (size_t i = 0; i < samples.size(); i++) {
     samples[i] = static_cast<int16_t>(load_le16(&sender.transmit[kSampleSize * i]));
   }
   std::vector<double> signal = sender.frontEnd.send(samples);
@@ -132,14 +132,14 @@ std::vector<double> TestMemory::throughLoop(const std::vector<double>& signal) {
     // A line's transformers pass neither end of the band.
     response_.assign(half, 0);
     const Cable cable(loop_);
-    for (size_t k = 1; k < half; ++k) {
+    for (size_t k = 1; k < half; k++) {
       response_[k] = cable.insertionGain(static_cast<double>(k) * kToneSpacing_hz);
     }
   }
   Spectrum spectrum = spectrumOf(signal);
   spectrum[0] = 0;
   spectrum[half] = 0;
-  for (size_t k = 1; k < half; ++k) {
+  for (size_t k = 1; k < half; k++) {
     spectrum[k] *= response_[k];
     spectrum[kPoints - k] = std::conj(spectrum[k]);
   }

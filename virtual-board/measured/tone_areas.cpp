@@ -227,10 +227,10 @@ void storeVector(const LineInsight& line, VectorMatrix matrix, uint32_t entry, u
 }
 
 void storeCanceller(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  storeVector(line, VectorMatrix::Canceller, entry, bytes);
+  storeVector(line, VectorMatrix::kCanceller, entry, bytes);
 }
 void storePrecoder(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  storeVector(line, VectorMatrix::Precoder, entry, bytes);
+  storeVector(line, VectorMatrix::kPrecoder, entry, bytes);
 }
 
 constexpr uint32_t kEnergiesSize = kWord * kTones;
@@ -239,25 +239,25 @@ static_assert(kMatrixSize == VIRT_ADDR_RX_FEQ_MAN(0) - VIRT_ADDR_RX_VEC_COEFFS(0
 
 using Kind = ToneArea::Kind;
 constexpr ToneArea kAreas[] = {
-    {VIRT_ADDR_MEDLEY_SET_DS(0), (kMedleyBands + 1) * kWord, kWord, Kind::Table, storeMedley},
-    {VIRT_ADDR_MEDLEY_SET_US(0), (kMedleyBands + 1) * kWord, kWord, Kind::Table, storeMedley},
-    {VIRT_ADDR_TX_BLT(0), kTones* kHalf, kHalf, Kind::Table, storeTxLoading},
-    {VIRT_ADDR_RX_BLT(0), kTones* kHalf, kHalf, Kind::Table, storeRxLoading},
-    {VIRT_ADDR_TX_RMC_BLT_INDEX(0), kWord, kWord, Kind::Table, storeTxRmcIndex},
-    {VIRT_ADDR_RX_RMC_BLT_INDEX(0), kWord, kWord, Kind::Table, storeRxRmcIndex},
-    {VIRT_ADDR_TX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeTxRmc<0>},
-    {VIRT_ADDR_TX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeTxRmc<1>},
-    {VIRT_ADDR_RX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeRxRmc<0>},
-    {VIRT_ADDR_RX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, Kind::Table, storeRxRmc<1>},
-    {VIRT_ADDR_SNR_BUF(0), kEnergiesSize, kWord, Kind::Window, storeNoiseEnergy},
-    {VIRT_ADDR_RX_FEQ_MAN(0), kProcessedTones* kWord, kWord, Kind::Table, storeFeqMantissa},
-    {VIRT_ADDR_RX_FEQ_EXP(0), kProcessedTones, 1, Kind::Table, storeFeqExponent},
-    {VIRT_ADDR_RX_GAIN(0), kWord, kWord, Kind::Table, storeRxGain},
-    {VIRT_ADDR_RX_ACE_MODE(0), kWord, kWord, Kind::Table, storeAceMode},
-    {VIRT_ADDR_TX_SIGNAL(0), kProcessedTones* kHalf, kHalf, Kind::Table, storeTxSignal},
-    {VIRT_ADDR_TX_FEQ(0), kProcessedTones* kHalf, kHalf, Kind::Table, storeTxFeq},
-    {VIRT_ADDR_RX_VEC_COEFFS(0), kMatrixSize, kWord, Kind::Window, storeCanceller},
-    {VIRT_ADDR_TX_VEC_COEFFS(0), kMatrixSize, kWord, Kind::Window, storePrecoder},
+    {VIRT_ADDR_MEDLEY_SET_DS(0), (kMedleyBands + 1) * kWord, kWord, Kind::kTable, storeMedley},
+    {VIRT_ADDR_MEDLEY_SET_US(0), (kMedleyBands + 1) * kWord, kWord, Kind::kTable, storeMedley},
+    {VIRT_ADDR_TX_BLT(0), kTones* kHalf, kHalf, Kind::kTable, storeTxLoading},
+    {VIRT_ADDR_RX_BLT(0), kTones* kHalf, kHalf, Kind::kTable, storeRxLoading},
+    {VIRT_ADDR_TX_RMC_BLT_INDEX(0), kWord, kWord, Kind::kTable, storeTxRmcIndex},
+    {VIRT_ADDR_RX_RMC_BLT_INDEX(0), kWord, kWord, Kind::kTable, storeRxRmcIndex},
+    {VIRT_ADDR_TX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, Kind::kTable, storeTxRmc<0>},
+    {VIRT_ADDR_TX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, Kind::kTable, storeTxRmc<1>},
+    {VIRT_ADDR_RX_RMC_BLT(0, 0), QVR_K_RMC_BLT_SIZE, kHalf, Kind::kTable, storeRxRmc<0>},
+    {VIRT_ADDR_RX_RMC_BLT(0, 1), QVR_K_RMC_BLT_SIZE, kHalf, Kind::kTable, storeRxRmc<1>},
+    {VIRT_ADDR_SNR_BUF(0), kEnergiesSize, kWord, Kind::kWindow, storeNoiseEnergy},
+    {VIRT_ADDR_RX_FEQ_MAN(0), kProcessedTones* kWord, kWord, Kind::kTable, storeFeqMantissa},
+    {VIRT_ADDR_RX_FEQ_EXP(0), kProcessedTones, 1, Kind::kTable, storeFeqExponent},
+    {VIRT_ADDR_RX_GAIN(0), kWord, kWord, Kind::kTable, storeRxGain},
+    {VIRT_ADDR_RX_ACE_MODE(0), kWord, kWord, Kind::kTable, storeAceMode},
+    {VIRT_ADDR_TX_SIGNAL(0), kProcessedTones* kHalf, kHalf, Kind::kTable, storeTxSignal},
+    {VIRT_ADDR_TX_FEQ(0), kProcessedTones* kHalf, kHalf, Kind::kTable, storeTxFeq},
+    {VIRT_ADDR_RX_VEC_COEFFS(0), kMatrixSize, kWord, Kind::kWindow, storeCanceller},
+    {VIRT_ADDR_TX_VEC_COEFFS(0), kMatrixSize, kWord, Kind::kWindow, storePrecoder},
 };
 
 // ---- Vectors of test parameters ----
@@ -280,7 +280,7 @@ Bytes ToneArea::read(const LineInsight& line, uint32_t offset, uint32_t partLeng
   if (!line.view.showtime || partLength == 0) {
     return part;
   }
-  const uint32_t lead = kind == Kind::Window ? std::min(kGuard, partLength) : 0;
+  const uint32_t lead = kind == Kind::kWindow ? std::min(kGuard, partLength) : 0;
   if (lead != 0) {
     // Equal while nothing is being written, and never 0.
     uint8_t guard[kGuard];
@@ -291,7 +291,7 @@ Bytes ToneArea::read(const LineInsight& line, uint32_t offset, uint32_t partLeng
   const uint32_t first = offset / entrySize;
   const uint32_t end = std::min(offset + partLength - lead, length);
   Bytes entries;
-  for (uint32_t entry = first; entry * entrySize < end; ++entry) {
+  for (uint32_t entry = first; entry * entrySize < end; entry++) {
     entries.resize(entries.size() + entrySize);
     store(line, entry, &entries[entries.size() - entrySize]);
   }
@@ -317,7 +317,7 @@ Bytes pmdVectorBlock(const LineInsight& line, std::span<const uint8_t> request) 
   }
   Bytes response(PMD_VECTOR_RESPONSE_HEADER_SIZE);
   store_le16(response.data(), kSnrWindow);
-  for (uint32_t tone = first; tone <= last; ++tone) {
+  for (uint32_t tone = first; tone <= last; tone++) {
     response.push_back(snrByte(line, tone));
   }
   return response;

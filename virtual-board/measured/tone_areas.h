@@ -16,7 +16,7 @@ struct ToneArea {
   uint32_t length;
   uint32_t entrySize;
   // Window: every read is a look of its own, two guard words and then what lies at its address.
-  enum class Kind : uint8_t { Table, Window } kind;
+  enum class Kind : uint8_t { kTable, kWindow } kind;
   void (*store)(const LineInsight& line, uint32_t entry, uint8_t* bytes);
 
   // A part of the area.

@@ -42,7 +42,7 @@ std::complex<double> vectorCoefficient(const Binder& binder, VectorMatrix matrix
     return -coupling(binder, matrix, i, j, frequency_hz);
   }
   double elsewhere = 0;
-  for (uint32_t other = 0; other < kVectorUsers; ++other) {
+  for (uint32_t other = 0; other < kVectorUsers; other++) {
     elsewhere += other == i ? 0 : std::norm(coupling(binder, matrix, i, other, frequency_hz));
   }
   return std::sqrt(std::max(0.0, 1 - elsewhere));

@@ -13,7 +13,7 @@ namespace gfast::board {
 
 constexpr uint32_t kVectorUsers = 16;
 
-enum class VectorMatrix : uint32_t { Canceller = 0, Precoder = 1 };
+enum class VectorMatrix : uint32_t { kCanceller = 0, kPrecoder = 1 };
 
 struct Binder {
   uint32_t seed = 0;

@@ -27,7 +27,7 @@ using namespace gfast::board;
 
 inline std::string hex(const void* bytes, size_t length) {
   std::string text;
-  for (size_t i = 0; i < length; ++i) {
+  for (size_t i = 0; i < length; i++) {
     char pair[4];
     std::snprintf(pair, sizeof pair, i == 0 ? "%02x" : " %02x", static_cast<const uint8_t*>(bytes)[i]);
     text += pair;
@@ -240,7 +240,7 @@ struct Bench {
   static Block record(const std::string& text) {
     const auto bytes = fromHex(text);
     std::array<uint32_t, sizeof(Block) / 4> words{};
-    for (size_t i = 0; i < words.size() && bytes.size() == sizeof(Block); ++i) {
+    for (size_t i = 0; i < words.size() && bytes.size() == sizeof(Block); i++) {
       words[i] = load_le32(bytes.data() + 4 * i);
     }
     Block block;

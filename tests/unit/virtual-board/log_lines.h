@@ -29,7 +29,7 @@ inline std::vector<std::string> logLines(Bench& bench, int device) {
       EXPECT_TRUE(line.ends_with('\n')) << line;
       line.pop_back();
       at += STRING_HEADER_SIZE + length;
-      for (size_t i = 0; i < params; ++i, at += 4) {
+      for (size_t i = 0; i < params; i++, at += 4) {
         line += (i == 0 ? " (" : ", ") + std::to_string(load_le32(&bytes.at(at)));
       }
       at += length % 2;

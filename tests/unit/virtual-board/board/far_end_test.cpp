@@ -150,7 +150,7 @@ TEST(FarEnd, FirmwareDownloadIsLeftUnanswered) {
 }
 
 TEST(FarEnd, EveryAnswerCanBeReplaced) {
-  for (uint16_t type = 0; type < MGMT_FAR_END_REQ_TYPE_LAST; ++type) {
+  for (uint16_t type = 0; type < MGMT_FAR_END_REQ_TYPE_LAST; type++) {
     const std::string toml = std::string(kShowtime) + "[[farend]]\nline = 0\nresponse = \"aa 0" +
                              std::to_string(type) + "\"\nrequest = " + std::to_string(type);
     Bench bench(toml.c_str());

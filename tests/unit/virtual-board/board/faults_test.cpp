@@ -13,7 +13,7 @@ namespace {
 // "12x4": what each of the requests below answers, x for a failure.
 std::string readFour(Bench& bench, uint32_t address = SBR_REG_ADDRESS) {
   std::string results;
-  for (int i = 1; i <= 4; ++i) {
+  for (int i = 1; i <= 4; i++) {
     results += bench.read(0, address, 4) == "EIO" ? "x" : std::to_string(i);
   }
   return results;

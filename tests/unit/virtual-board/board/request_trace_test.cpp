@@ -74,7 +74,7 @@ TEST(RequestTrace, AFileThatCannotBeCreatedIsReported) {
 
 TEST(RequestTrace, AFullDiskDoesNotHurtTheBoard) {
   TracedBench bench("/dev/full");
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 1000; i++) {
     ASSERT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "00 00 80 01");
   }
 }

@@ -12,7 +12,7 @@ using namespace gfast::board;
 
 TEST(Threads, RequestsOnOneDescriptorAtTheSameTime) {
   BoardConfig config;
-  for (uint32_t i = 0; i < 200; ++i) {
+  for (uint32_t i = 0; i < 200; i++) {
     config.events.push_back({0, i * 0.001, 3, {i}});
   }
   VirtualBoard board(config);
@@ -33,7 +33,7 @@ TEST(Threads, RequestsOnOneDescriptorAtTheSameTime) {
       }
     }
   });
-  for (uint32_t i = 0; i < 2000; ++i) {
+  for (uint32_t i = 0; i < 2000; i++) {
     char word[4];
     store_le32(word, i);
     gfast_iocreq request{};
@@ -51,12 +51,12 @@ TEST(Threads, OpeningAndClosingWhileOthersAsk) {
   VirtualBoard board{BoardConfig()};
   const int descriptor = board.open(1);
   std::thread other([&] {
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 500; i++) {
       board.close(board.open(0));
       board.rediscover();
     }
   });
-  for (int i = 0; i < 2000; ++i) {
+  for (int i = 0; i < 2000; i++) {
     char word[4];
     gfast_iocreq request{};
     request.req_u.memread = {SBR_REG_ADDRESS, 4, word, 4, 0, 0};
@@ -67,12 +67,12 @@ TEST(Threads, OpeningAndClosingWhileOthersAsk) {
 
 TEST(Threads, AnExchangeWithTheFarEndKeepsNobodyWaiting) {
   BoardConfig config;
-  config.device[0].line = LineState::Showtime;
+  config.device[0].line = LineState::kShowtime;
   VirtualBoard board(config);
   const int descriptor = board.open(0);
   std::atomic<bool> exchanging = true;
   std::thread command([&] {
-    for (int i = 0; i < 50; ++i) {
+    for (int i = 0; i < 50; i++) {
       char response[44];
       gfast_iocreq request{};
       request.req_u.farendmsg = {0, 0, response, sizeof response, 0, sizeof response, 0};
@@ -81,7 +81,7 @@ TEST(Threads, AnExchangeWithTheFarEndKeepsNobodyWaiting) {
     exchanging = false;
   });
   int served = 0;
-  for (; exchanging; ++served) {
+  for (; exchanging; served++) {
     char block[340];
     gfast_iocreq request{};
     request.req_u.memread = {0xE2440000, sizeof block, block, sizeof block, 0, 0};

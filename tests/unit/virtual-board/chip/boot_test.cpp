@@ -12,7 +12,7 @@ using namespace gfast::board;
 namespace {
 
 std::vector<uint8_t> bootloader(const FirmwareVersion& version = {1, 5, 6, 7}) {
-  return makeFirmware(FirmwareKind::Bootloader, version, "2020-01-02T03:04:05", fromHex("aa bb"));
+  return makeFirmware(FirmwareKind::kBootloader, version, "2020-01-02T03:04:05", fromHex("aa bb"));
 }
 
 constexpr uint32_t kFirmwareVersion = VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_FIRMWARE_VERSION;
@@ -161,7 +161,7 @@ TEST(Boot, WhatFlashHoldsAtPowerUpIsTheBoardFiles) {
 
 TEST(Boot, AnUpgradedApplicationRunsAfterTheReset) {
   const TempFile image(
-      makeFirmware(FirmwareKind::Application, {1, 9, 5, 106}, "2024-05-02T09:15:00", fromHex("01 02 03")));
+      makeFirmware(FirmwareKind::kApplication, {1, 9, 5, 106}, "2024-05-02T09:15:00", fromHex("01 02 03")));
   Bench bench;
   for (uint32_t sector = FLASH_APP_FIRMWARE_START; sector < FLASH_SIZE; sector += FLASH_SECTOR_64KB) {
     bench.erase(0, FLASHERASE_64KB, sector);
@@ -177,7 +177,7 @@ TEST(Boot, AnUpgradedApplicationRunsAfterTheReset) {
 
 TEST(Boot, AnImageProgrammedOverAnotherDoesNotRun) {
   const TempFile image(
-      makeFirmware(FirmwareKind::Application, {1, 9, 5, 106}, "2024-05-02T09:15:00", fromHex("01 02 03")));
+      makeFirmware(FirmwareKind::kApplication, {1, 9, 5, 106}, "2024-05-02T09:15:00", fromHex("01 02 03")));
   Bench bench;
   EXPECT_EQ(bench.program(0, image.path(), FLASH_APP_FIRMWARE_START), "ok");
   bench.rebootToApp(0);
@@ -200,7 +200,7 @@ TEST(Boot, ADownloadedBootLoaderRunsWhenActivated) {
 
 TEST(Boot, ActivationNeedsABootLoaderAtTheRomsEntryPoint) {
   const TempFile application(
-      makeFirmware(FirmwareKind::Application, {1, 1, 1, 1}, "2020-01-02T03:04:05", {}));
+      makeFirmware(FirmwareKind::kApplication, {1, 1, 1, 1}, "2020-01-02T03:04:05", {}));
   const TempFile image(bootloader());
   Bench bench("[[device]]\nboot = \"b0\"");
   EXPECT_EQ(bench.activate(0, ROM_DEFAULT_ENTRY_POINT), "ENOEXEC");

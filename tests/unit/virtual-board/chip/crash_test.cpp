@@ -43,7 +43,7 @@ constexpr const char* kFramerCrash = R"(
 
 std::string zeros(size_t words) {
   std::string text;
-  for (size_t i = 0; i < words; ++i) {
+  for (size_t i = 0; i < words; i++) {
     text += " 00 00 00 00";
   }
   return text;

@@ -47,7 +47,7 @@ TEST(Events, AnyTypeAndNegativeParametersAreDelivered) {
 
 TEST(Events, TheLargestRecordFitsItsBuffer) {
   std::string params;
-  for (int i = 0; i < 253; ++i) {
+  for (int i = 0; i < 253; i++) {
     params += i == 0 ? "7" : ", 7";
   }
   Bench bench(("[[event]]\ndevice = 0\ntype = 3\nparams = [" + params + ']').c_str());
@@ -65,12 +65,12 @@ TEST(Events, ABufferTooSmallKeepsTheEvent) {
 
 TEST(Events, AFloodIsDeliveredInOrder) {
   BoardConfig config;
-  for (uint32_t i = 0; i < 10000; ++i) {
+  for (uint32_t i = 0; i < 10000; i++) {
     config.events.push_back({0, 0.1, 100, {i}});
   }
   Bench bench(config);
   bench.wait(0.2);
-  for (uint32_t i = 0; i < 10000; ++i) {
+  for (uint32_t i = 0; i < 10000; i++) {
     ASSERT_EQ(load_le32(fromHex(bench.event(0)).data() + 4), i);
   }
   EXPECT_EQ(bench.event(0), "");
@@ -78,7 +78,7 @@ TEST(Events, AFloodIsDeliveredInOrder) {
 
 TEST(Events, TheOldestGiveWayWhenNobodyReads) {
   PendingRecords records;
-  for (uint32_t i = 0; i < PendingRecords::kMaxEvents + 5; ++i) {
+  for (uint32_t i = 0; i < PendingRecords::kMaxEvents + 5; i++) {
     records.raiseEvent(0, 3, std::span(&i, 1));
   }
   uint8_t out[64];
@@ -161,7 +161,7 @@ TEST(Logs, ABufferTakesWholeRecordsOnly) {
 TEST(Logs, TheOldestGiveWayWhenNobodyReads) {
   PendingRecords records;
   records.raiseLog(FDU_CORE, 0, "first", {});
-  for (size_t i = 0; i < PendingRecords::kMaxLogs; ++i) {
+  for (size_t i = 0; i < PendingRecords::kMaxLogs; i++) {
     records.raiseLog(FDU_CORE, 1, "", {});
   }
   records.enableLogs();

@@ -36,8 +36,8 @@ uint32_t get(Bench& bench, int device, size_t block, uint32_t unit, uint32_t reg
 }
 
 void start(Bench& bench, int device) {
-  for (size_t block = 0; block < 2; ++block) {
-    for (uint32_t unit = 0x10; unit < 0x10 + kUnits[block]; ++unit) {
+  for (size_t block = 0; block < 2; block++) {
+    for (uint32_t unit = 0x10; unit < 0x10 + kUnits[block]; unit++) {
       for (const uint32_t value : {0U, 4U}) {
         put(bench, device, block, unit, 0x15, value);
       }
@@ -51,8 +51,8 @@ void start(Bench& bench, int device) {
 // The counters of all seven lanes.
 std::vector<uint32_t> errors(Bench& bench, int device) {
   std::vector<uint32_t> counts;
-  for (size_t block = 0; block < 2; ++block) {
-    for (uint32_t unit = 0x10; unit < 0x10 + kUnits[block]; ++unit) {
+  for (size_t block = 0; block < 2; block++) {
+    for (uint32_t unit = 0x10; unit < 0x10 + kUnits[block]; unit++) {
       counts.push_back(get(bench, device, block, unit, 0x17));
     }
   }

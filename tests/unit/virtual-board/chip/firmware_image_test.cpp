@@ -13,7 +13,7 @@ std::vector<uint8_t> bytes(const std::string& text) {
 }
 
 bool runs(const std::string& image) {
-  return parseFirmware(bytes(image), FirmwareKind::Application).has_value();
+  return parseFirmware(bytes(image), FirmwareKind::kApplication).has_value();
 }
 
 }  // namespace
@@ -26,7 +26,7 @@ TEST(FirmwareImage, ChecksumIsThatOfTheCksumCommand) {
 TEST(FirmwareImage, HeaderNamesVersionAndBuildTime) {
   const auto firmware =
       parseFirmware(bytes("GFAST-IMAGE application 1.9.5.106 2024-05-02T09:15:00 930766865 9\n123456789"),
-                    FirmwareKind::Application);
+                    FirmwareKind::kApplication);
   ASSERT_TRUE(firmware);
   EXPECT_EQ(firmware->version.chipset, 1);
   EXPECT_EQ(firmware->version.ga, 9);
@@ -65,8 +65,8 @@ TEST(FirmwareImage, AnythingElseIsNoImage) {
 
 TEST(FirmwareImage, WhatIsMadeIsRead) {
   const auto image =
-      makeFirmware(FirmwareKind::Bootloader, {2, 0, 255, 7}, "2019-12-31T23:59:59", bytes("payload"));
-  const auto firmware = parseFirmware(image, FirmwareKind::Bootloader);
+      makeFirmware(FirmwareKind::kBootloader, {2, 0, 255, 7}, "2019-12-31T23:59:59", bytes("payload"));
+  const auto firmware = parseFirmware(image, FirmwareKind::kBootloader);
   ASSERT_TRUE(firmware);
   EXPECT_EQ(firmware->date, "Dec 31 2019");
   EXPECT_FALSE(firmware->version.networkSide());

@@ -32,7 +32,7 @@ std::string mistake(const std::string& toml) {
 
 std::string zeros(size_t bytes) {
   std::string text;
-  for (size_t i = 0; i < bytes; ++i) {
+  for (size_t i = 0; i < bytes; i++) {
     text += i == 0 ? "00" : " 00";
   }
   return text;
@@ -100,7 +100,7 @@ TEST(Inventory, OnlyVendorAndSerialNumberAreTheHosts) {
   Bench bench(kShowtime);
   const std::string before = bench.read(0, kArea, NE_AND_FE_INVENTORY_SIZE);
   std::string ones;
-  for (uint32_t i = 0; i < NE_AND_FE_INVENTORY_SIZE; ++i) {
+  for (uint32_t i = 0; i < NE_AND_FE_INVENTORY_SIZE; i++) {
     ones += i == 0 ? "2e" : " 2e";
   }
   EXPECT_EQ(bench.write(0, kArea, ones), "ok");
@@ -137,7 +137,7 @@ TEST(Inventory, AFarEndThatAnswersOtherwiseIsTakenAtItsWord) {
   Bench brief((std::string(kShowtime) + "[[farend]]\nline = 0\nrequest = 1\nresponse = \"41 42\"").c_str());
   EXPECT_EQ(brief.read(0, kHeard, INVENTORY_RESPONSE_SIZE), "41 42 " + zeros(54));
   std::string tooMuch;
-  for (int i = 0; i < 80; ++i) {
+  for (int i = 0; i < 80; i++) {
     tooMuch += "43 ";
   }
   Bench lengthy(

@@ -85,7 +85,7 @@ TEST(Memory, ThePllRegisterIsRestoredByAReset) {
 TEST(Memory, GrowsToItsBoundAndNoFurther) {
   SparseMemory memory;
   const uint8_t byte[] = {0x5A};
-  for (uint32_t page = 0; page < SparseMemory::kMaxPages; ++page) {
+  for (uint32_t page = 0; page < SparseMemory::kMaxPages; page++) {
     ASSERT_TRUE(memory.write(page * SparseMemory::kPageSize, byte));
   }
   EXPECT_FALSE(memory.write(0xF0000000, byte));
@@ -101,7 +101,7 @@ TEST(Memory, GrowsToItsBoundAndNoFurther) {
 TEST(Memory, AFullChipRefusesAndKeepsWhatItHas) {
   AddressSpace space;
   const uint8_t byte[] = {0x5A};
-  for (uint32_t page = 0; page < SparseMemory::kMaxPages; ++page) {
+  for (uint32_t page = 0; page < SparseMemory::kMaxPages; page++) {
     ASSERT_EQ(space.write(page * SparseMemory::kPageSize, byte), 0);
   }
   EXPECT_EQ(space.write(0xF0000000, byte), ENOMEM);

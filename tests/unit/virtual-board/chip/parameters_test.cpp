@@ -99,7 +99,7 @@ TEST(ParameterDictionary, EveryParameterHasItsEntryInTheArea) {
     EXPECT_GT(entry.length, 0U) << id;
     EXPECT_LE(entry.offset + entry.length, size) << id;
     EXPECT_EQ(entry.offset % (entry.length == 4 ? 4 : 2), 0U) << id;
-    for (uint32_t byte = entry.offset; byte < entry.offset + entry.length; ++byte) {
+    for (uint32_t byte = entry.offset; byte < entry.offset + entry.length; byte++) {
       EXPECT_TRUE(taken.insert(byte).second) << id << " shares byte " << byte;
     }
     // A chip's own setting is never a line's to change.
@@ -294,7 +294,7 @@ TEST(RunningParameters, AreTheAppliedOnesAndTheLinesOwn) {
   AddressSpace memory;
   Parameters parameters(settings);
   int restartsNeeded = 0;
-  parameters.map(memory, {[] { return true; }, [&] { ++restartsNeeded; }});
+  parameters.map(memory, {[] { return true; }, [&] { restartsNeeded++; }});
   const auto offset = [](eConstParams id) { return parameterTable()[id].offset; };
   memory.write(0xE9000000 + offset(PARAMS_cyclicPrefixSize), fromHex("40 01 00 00"));
   memory.write(kLineArea + offset(PARAMS_usMargin), fromHex("c4 ff"));

@@ -89,12 +89,12 @@ TEST(BoardFile, EveryKeyIsRead) {
   EXPECT_EQ(config.loop.taps[0].length_m, 5.0);
   EXPECT_TRUE(config.loop.cut);
   EXPECT_EQ(config.device[0].firmware.chipset, 3);
-  EXPECT_EQ(config.device[0].boot, Stage::B1);
+  EXPECT_EQ(config.device[0].boot, Stage::kB1);
   EXPECT_EQ(config.device[0].mac[5], 0x0F);
   EXPECT_EQ(config.device[0].temperature_c, -5);
   EXPECT_EQ(config.device[0].params.at(PARAMS_usMargin), fromHex("3c 00"));
   EXPECT_EQ(config.device[0].params.at(PARAMS_dsMargin), fromHex("ff ff"));
-  EXPECT_EQ(config.device[1].line, LineState::Idle);
+  EXPECT_EQ(config.device[1].line, LineState::kIdle);
   EXPECT_EQ(config.farEnd.at(0).error, EIO);
   EXPECT_EQ(config.faults.at(0).address, 1U);
   EXPECT_EQ(config.faults.at(0).skip, 2U);
@@ -262,7 +262,7 @@ TEST(BoardFile, DumpsThatAreNoDumps) {
 
 TEST(BoardFile, MemoryLaidOverADeviceIsBounded) {
   std::string dump;
-  for (uint32_t page = 0; page <= SparseMemory::kMaxPages; ++page) {
+  for (uint32_t page = 0; page <= SparseMemory::kMaxPages; page++) {
     char line[32];
     std::snprintf(line, sizeof line, "%8x: 00000001\n", page * SparseMemory::kPageSize);
     dump += line;
@@ -277,7 +277,7 @@ TEST(BoardFile, TheExamplesAreBoards) {
   for (const auto& entry : std::filesystem::directory_iterator(BOARD_EXAMPLES)) {
     if (entry.path().extension() == ".toml") {
       EXPECT_NO_THROW(readBoardFile(entry.path().string())) << entry.path();
-      ++examples;
+      examples++;
     }
   }
   EXPECT_GE(examples, 4U);

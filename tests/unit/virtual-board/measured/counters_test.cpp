@@ -43,7 +43,7 @@ void expectNoneFell(Bench& bench, int device, GFAST_FRAMER_RAW_COUNTERS_S& frame
     ASSERT_GE(wordOf(&framerNow, i), wordOf(&framerBefore, i)) << "word " << i << " at " << bench.now;
   }
   const auto pmNow = pm(bench, device);
-  for (size_t i = 0; i < sizeof pmNow / 4; ++i) {
+  for (size_t i = 0; i < sizeof pmNow / 4; i++) {
     ASSERT_GE(wordOf(&pmNow, i), wordOf(&pmBefore, i)) << "PM word " << i << " at " << bench.now;
   }
   framerBefore = framerNow;
@@ -91,7 +91,7 @@ TEST(Counters, ALineThatHasNeverTrainedHasCountedNothing) {
   Bench bench("[[device]]\nline = \"idle\"");
   bench.wait(30);
   const auto raw = framer(bench, 0);
-  for (size_t i = 2; i < sizeof raw / 4; ++i) {
+  for (size_t i = 2; i < sizeof raw / 4; i++) {
     EXPECT_EQ(wordOf(&raw, i), 0U) << "word " << i;
   }
   EXPECT_EQ(derived(bench, 0).fullInits, 0U);
@@ -120,7 +120,7 @@ TEST(Counters, GrowWithTheTimeInShowtime) {
 
 TEST(Counters, WhatOneEndSendsTheOtherReceives) {
   Bench bench(kShowtime);
-  for (int i = 0; i < 2000; ++i) {
+  for (int i = 0; i < 2000; i++) {
     bench.wait(0.0371);
     for (const int sender : {0, 1}) {
       expectNothingLost(bench, sender);
@@ -251,7 +251,7 @@ TEST(Counters, NothingFallsWhateverHappens) {
   )");
   GFAST_FRAMER_RAW_COUNTERS_S framerBefore[2] = {};
   G9972_PM_COUNTERS_S pmBefore[2] = {};
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 20000; i++) {
     bench.wait(i % 3 == 0 ? 0.000011 : 0.0031);
     const int device = i % 2;
     expectNoneFell(bench, device, framerBefore[device], pmBefore[device]);
@@ -264,7 +264,7 @@ TEST(Counters, NothingFallsWhateverHappens) {
 TEST(Counters, DoNotDependOnWhoLooked) {
   Bench watched(kShowtime);
   Bench left(kShowtime);
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 1000; i++) {
     watched.wait(0.37);
     framer(watched, 0);
   }
@@ -342,7 +342,7 @@ TEST(Loop, RatesFallWithLengthOnceNotEverySubcarrierIsFull) {
       BoardConfig config;
       config.loop.cable = cable;
       config.loop.length_m = length;
-      config.device[0].line = LineState::Showtime;
+      config.device[0].line = LineState::kShowtime;
       Bench bench(config);
       const double both = (derived(bench, 0).TxNDR + derived(bench, 0).RxNDR) / 1000.0;
       EXPECT_GT(both, 0) << cable << ' ' << length;

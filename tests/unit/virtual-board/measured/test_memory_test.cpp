@@ -39,7 +39,7 @@ Spectrum pattern(uint32_t seed = kSeed) {
     state = state * 1664525U + 1013904223U;
     return (state >> 31) == 0 ? 1.0 : -1.0;
   };
-  for (size_t k = 1; k < kPoints / 2; ++k) {
+  for (size_t k = 1; k < kPoints / 2; k++) {
     const double re = sign();
     const double im = sign();
     const std::complex<double> point(re, im);
@@ -70,7 +70,7 @@ Samples testSignal(double level = 4096, uint32_t seed = kSeed) {
 
 void transmit(Bench& bench, int device, const Samples& samples) {
   std::vector<uint8_t> bytes(2 * samples.size());
-  for (size_t i = 0; i < samples.size(); ++i) {
+  for (size_t i = 0; i < samples.size(); i++) {
     store_le16(&bytes[2 * i], static_cast<uint16_t>(samples[i]));
   }
   for (size_t at = 0; at < bytes.size(); at += IOCTL_MAX_WRITE_BYTES) {
@@ -118,7 +118,7 @@ double likeness(const Samples& captured) {
   double common = 0;
   double energySent = 0;
   double energyGot = 0;
-  for (size_t k = 1; k < kPoints / 2; ++k) {
+  for (size_t k = 1; k < kPoints / 2; k++) {
     common += std::abs(std::conj(sent[k]) * got[k]);
     energySent += std::norm(sent[k]);
     energyGot += std::norm(got[k]);
@@ -130,7 +130,7 @@ double likeness(const Samples& captured) {
 double mtpr_db(const Spectrum& spectrum) {
   double sum = 0;
   int tones = 0;
-  for (size_t k = 60; k <= 1960; k += 20, ++tones) {
+  for (size_t k = 60; k <= 1960; k += 20, tones++) {
     sum += 10 *
            std::log10((std::norm(spectrum[k - 1]) + std::norm(spectrum[k + 1])) / 2 / std::norm(spectrum[k]));
   }
@@ -147,7 +147,7 @@ int wrongDecisions(const Spectrum& spectrum, const LoopConfig& loop) {
   const Cable cable(loop);
   const Spectrum sent = pattern();
   int wrong = 0;
-  for (size_t k = 43; k <= 1972; ++k) {
+  for (size_t k = 43; k <= 1972; k++) {
     if (!loaded(k)) {
       continue;
     }
@@ -163,19 +163,19 @@ int wrongDecisions(const Spectrum& spectrum, const LoopConfig& loop) {
 TEST(Spectrum, IsTheSumOfItsDefinition) {
   constexpr size_t size = 64;
   std::vector<double> samples;
-  for (size_t n = 0; n < size; ++n) {
+  for (size_t n = 0; n < size; n++) {
     samples.push_back(static_cast<double>((n * n * 37 + 11) % 101) - 50);
   }
   const Spectrum spectrum = spectrumOf(samples);
-  for (size_t k = 0; k < size; ++k) {
+  for (size_t k = 0; k < size; k++) {
     std::complex<double> sum;
-    for (size_t n = 0; n < size; ++n) {
+    for (size_t n = 0; n < size; n++) {
       sum += samples[n] * std::polar(1.0, -2 * std::numbers::pi * static_cast<double>(k * n % size) / size);
     }
     EXPECT_NEAR(std::abs(spectrum[k] - sum), 0, 1e-9) << k;
   }
   const auto back = samplesOf(spectrum);
-  for (size_t n = 0; n < size; ++n) {
+  for (size_t n = 0; n < size; n++) {
     EXPECT_NEAR(back[n], samples[n], 1e-9) << n;
   }
 }
@@ -249,7 +249,7 @@ TEST(TestMemory, EmptySubcarriersHoldTheBackgroundsNoise) {
   // Power of one loaded subcarrier: +4 dBm shared by all of them; of the noise: 51.75 kHz of it, and of the
   // receiver's own ten decibels below.
   int count = 0;
-  for (size_t k = 0; k < kPoints / 2; ++k) {
+  for (size_t k = 0; k < kPoints / 2; k++) {
     count += loaded(k);
   }
   const double sent_dbm = 4 - 10 * std::log10(count);
@@ -268,7 +268,7 @@ TEST(TestMemory, EmptySubcarriersHoldTheBackgroundsNoise) {
 double meanMtpr_db(Bench& bench, int sender, int receiver) {
   constexpr int patterns = 8;
   double sum = 0;
-  for (uint32_t seed = 1; seed <= patterns; ++seed) {
+  for (uint32_t seed = 1; seed <= patterns; seed++) {
     sum += mtpr_db(fromTo(bench, sender, receiver, seed));
   }
   return sum / patterns;
@@ -420,7 +420,7 @@ TEST(TestMemory, TheSeedDecidesTheNoise) {
 
 TEST(TestMemory, AnythingMayBeSent) {
   Samples square(kPoints);
-  for (size_t i = 0; i < kPoints; ++i) {
+  for (size_t i = 0; i < kPoints; i++) {
     square[i] = i % 2 == 0 ? INT16_MIN : INT16_MAX;
   }
   Samples impulse(kPoints);

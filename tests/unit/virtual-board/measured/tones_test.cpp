@@ -48,7 +48,7 @@ struct Medley {
 Medley medley(Bench& bench, int device, uint32_t address) {
   const Memory set = readAll(bench, device, address, 132);
   Medley medley{"", load_le16(&set[130])};
-  for (size_t i = 0; i < load_le16(&set[128]); ++i) {
+  for (size_t i = 0; i < load_le16(&set[128]); i++) {
     medley.bands += (i == 0 ? "" : " ") + std::to_string(load_le16(&set[4 * i])) + '-' +
                     std::to_string(load_le16(&set[4 * i + 2]));
   }
@@ -159,7 +159,7 @@ TEST(Tones, AmateurBandsAreSparedByTheirBits) {
 
 TEST(Tones, ASetHasRoomForEveryBandThatCanBeSpared) {
   std::string params = "IARBands = 0xFFFFFFFF";
-  for (uint32_t i = 0; i < 16; ++i) {
+  for (uint32_t i = 0; i < 16; i++) {
     params += ", RFIBand_" + std::to_string(i) + " = " + std::to_string((1100 + 9 * i) * 0x10001U);
   }
   Bench bench(withParams(0, params.c_str()).c_str());
@@ -201,7 +201,7 @@ TEST(Tones, WhatArrivesIsWhatTheCableLeavesOfIt) {
     LoopConfig loop{"CAT5", length, -137, {{5, 3}}, false};
     BoardConfig config;
     config.loop = loop;
-    config.device[0].line = LineState::Showtime;
+    config.device[0].line = LineState::kShowtime;
     Bench bench(config);
     const Cable cable(loop);
     for (const int device : {0, 1}) {
@@ -224,7 +224,7 @@ TEST(Tones, BitsFollowFromTheSnr) {
     const auto loading = bits(bench, device, VIRT_ADDR_RX_BLT(0));
     EXPECT_EQ(loading, bits(bench, 1 - device, VIRT_ADDR_TX_BLT(0)));
     EXPECT_EQ(counted(loading, 15, 15), 8U);
-    for (uint32_t tone = kFirstTone; tone <= kLastTone; ++tone) {
+    for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
       const double capacity =
           std::log2(1 + std::pow(10, (snr_db(bench, device, tone) - 9.8 - margin + 5) / 10));
       ASSERT_TRUE(loading[tone] == 15 || (loading[tone] <= capacity + 0.01 &&
@@ -242,7 +242,7 @@ TEST(Tones, BytesOfASymbolAreTheSumOfTheBits) {
     uint32_t all = 0;
     uint32_t besideRmc = 0;
     uint32_t inRmc = 0;
-    for (uint32_t tone = 0; tone < 2048; ++tone) {
+    for (uint32_t tone = 0; tone < 2048; tone++) {
       const uint32_t carried =
           loading[tone] == 15 || loading[tone] < 0 ? 0 : static_cast<uint32_t>(loading[tone]);
       all += carried;
@@ -355,7 +355,7 @@ TEST(Tones, MarginsAreWhatTheLoadingLeaves) {
   Bench bench("[loop]\nlength_m = 5\n[[device]]\nline = \"showtime\"\nparams = { usMargin = 90 }");
   // 12 bits everywhere; the topmost subcarrier has the least to spare.
   double least_db = 1000;
-  for (uint32_t tone = kFirstTone; tone <= kLastTone; ++tone) {
+  for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
     least_db = std::min(least_db, snr_db(bench, 0, tone) - 4.8 - 10 * std::log10(4095));
   }
   EXPECT_NEAR(framer(bench, 0).snrMargin, least_db * 10, 1);
@@ -469,7 +469,7 @@ double strength(const Coefficient& c) {
 TEST(Vectoring, CoefficientsAreNearlyTheIdentity) {
   Bench bench(kShowtime);
   for (const uint32_t area : {VIRT_ADDR_RX_VEC_COEFFS(0), VIRT_ADDR_TX_VEC_COEFFS(0)}) {
-    for (uint32_t i = 0; i < 16; ++i) {
+    for (uint32_t i = 0; i < 16; i++) {
       const Coefficient self = coefficient(bench, area, i, i, 511);
       EXPECT_GT(self.re, 4000);
       EXPECT_LT(self.re, 4096);
