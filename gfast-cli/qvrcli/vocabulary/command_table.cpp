@@ -26,20 +26,6 @@ constexpr bool anyNumberButFour(int argc) {
   return argc != 4;
 }
 
-constexpr Command keyword(const char* path) {
-  return {path, MODE_EXEC, nullptr, nullptr, anyNumber, nullptr};
-}
-
-constexpr Command exec(const char* path, const char* help, Handler handler, ArgumentCount accepts,
-                       const char* usage) {
-  return {path, MODE_EXEC, help, handler, accepts, usage};
-}
-
-constexpr Command config(const char* path, const char* help, Handler handler, ArgumentCount accepts,
-                         const char* usage) {
-  return {path, MODE_CONFIG, help, handler, accepts, usage};
-}
-
 constexpr Command kCommands[] = {
     keyword("read"),
     exec("read memory", "Read memory from device", CLI_readMemory, between<3, 4>,

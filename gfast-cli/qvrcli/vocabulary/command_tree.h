@@ -6,40 +6,9 @@
 
 #include <span>
 
+#include "qvrcli/vocabulary/command.h"
+
 namespace gfast::console {
-
-// A handler checks, calls, prints. It has libcli's signature: interpreter, the command's full name, the words
-// after the keyword path, their count. It answers CLI_OK, failures included (they are printed), unless its
-// own comment says otherwise.
-using Handler = int (*)(cli_def* cli, const char* command, char* argv[], int argc);
-
-// Whether a command takes this many words.
-using ArgumentCount = bool (*)(int argc);
-
-template <int Least, int Most>
-constexpr bool between(int argc) {
-  return argc >= Least && argc <= Most;
-}
-template <int Number>
-constexpr bool exactly(int argc) {
-  return argc == Number;
-}
-template <int Least>
-constexpr bool atLeast(int argc) {
-  return argc >= Least;
-}
-constexpr bool anyNumber(int /*argc*/) {
-  return true;
-}
-
-struct Command {
-  const char* path;       // keyword path, words separated by one blank
-  int mode;               // MODE_EXEC or MODE_CONFIG
-  const char* help;       // as help shows it; nullptr for a keyword-only word
-  Handler handler;        // nullptr for a keyword-only word
-  ArgumentCount accepts;  // any other count prints the usage line
-  const char* usage;
-};
 
 // Every registration, parents directly before their children.
 std::span<const Command> commandTable();

@@ -1,0 +1,58 @@
+// What a command is: one row of the console's vocabulary. Each family of commands publishes its own rows.
+#pragma once
+
+#include <libcli.h>
+
+namespace gfast::console {
+
+// A handler checks, calls, prints. It has libcli's signature: interpreter, the command's full name, the words
+// after the keyword path, their count. It answers CLI_OK, failures included (they are printed), unless its
+// own comment says otherwise.
+using Handler = int (*)(cli_def* cli, const char* command, char* argv[], int argc);
+
+// Whether a command takes this many words.
+using ArgumentCount = bool (*)(int argc);
+
+template <int Least, int Most>
+constexpr bool between(int argc) {
+  return argc >= Least && argc <= Most;
+}
+template <int Number>
+constexpr bool exactly(int argc) {
+  return argc == Number;
+}
+template <int Least>
+constexpr bool atLeast(int argc) {
+  return argc >= Least;
+}
+constexpr bool anyNumber(int /*argc*/) {
+  return true;
+}
+
+struct Command {
+  const char* path;       // keyword path, words separated by one blank
+  int mode;               // MODE_EXEC or MODE_CONFIG
+  const char* help;       // as help shows it; nullptr for a keyword-only word
+  Handler handler;        // nullptr for a keyword-only word
+  ArgumentCount accepts;  // any other count prints the usage line
+  const char* usage;
+};
+
+// A word that only leads to others.
+constexpr Command keyword(const char* path) {
+  return {path, MODE_EXEC, nullptr, nullptr, anyNumber, nullptr};
+}
+
+// A command of exec mode.
+constexpr Command exec(const char* path, const char* help, Handler handler, ArgumentCount accepts,
+                       const char* usage) {
+  return {path, MODE_EXEC, help, handler, accepts, usage};
+}
+
+// A command of configuration mode.
+constexpr Command config(const char* path, const char* help, Handler handler, ArgumentCount accepts,
+                         const char* usage) {
+  return {path, MODE_CONFIG, help, handler, accepts, usage};
+}
+
+}  // namespace gfast::console
