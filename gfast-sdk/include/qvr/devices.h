@@ -11,15 +11,18 @@ QVR_BEGIN_C
 // The firmware that runs on a chip (bits 23-24 of the software boot register).
 QVR_ENUM(QVR_fwState_t){
     FW_UNDEFINED = 0,
-    FW_B0 = 1,  // ROM boot stage
-    FW_B1 = 2,  // boot loader, from flash or downloaded
-    FW_APP = 3  // application firmware
+    FW_B0 = 1,   // ROM boot stage
+    FW_B1 = 2,   // boot loader, from flash or downloaded
+    FW_APP = 3,  // application firmware
 };
 
-QVR_ENUM(QVR_deviceState_t){SS_INACTIVE_STATE = 0,  // absent or lost
-                            SS_IDLE_STATE = 1, SS_CONFIG_STATE = 2,
-                            SS_RUN_STATE = 3,  // the device has answered
-                            SS_RESTARTING = 4};
+QVR_ENUM(QVR_deviceState_t){
+    SS_INACTIVE_STATE = 0,  // absent or lost
+    SS_IDLE_STATE = 1,      // never set, as SS_CONFIG_STATE and SS_RESTARTING
+    SS_CONFIG_STATE = 2,
+    SS_RUN_STATE = 3,  // the device has answered
+    SS_RESTARTING = 4,
+};
 
 // Link state of a line (ITU-T G.9701). A line is up only in LS_SHOWTIME.
 QVR_ENUM(G9701_linkState_t){
