@@ -19,3 +19,4 @@
 #include <qvr/tones.h>
 #include <qvr/trace_log.h>
 #include <qvr/types.h>
+#include <qvr/version.h>
