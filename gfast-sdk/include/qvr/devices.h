@@ -82,8 +82,9 @@ typedef struct QVR_deviceInfo_t {
 //   QVR_E_FAILED_CREATING_THREAD  the notification thread could not be started
 QVR_retval_t QVR_initDeviceModule(QVR_bool_t xi_waitForDevice);
 
-// Closes every device, has the driver search for chips, and reads both devices afresh. Always
-// QVR_E_STATUS_OK, whatever was found.
+// Closes every device, has the driver search for chips, and reads both devices afresh. The notification
+// thread waits for descriptors up to the highest one that was open at its start: the events of a device whose
+// descriptor is higher now are not seen. Always QVR_E_STATUS_OK, whatever was found.
 QVR_retval_t QVR_rediscoverDevices(void);
 
 // The device's descriptor, opened on first use and kept until rediscovery; -1 when it cannot be opened, in

@@ -84,8 +84,8 @@ QVR_WORDS{
 #define QVR_STATUS_OK(status) ((status) == QVR_E_STATUS_OK)
 #define QVR_STATUS_ERROR(status) ((status) != QVR_E_STATUS_OK)
 
-// What a result code says, in a few lower-case words such as "device not found"; "unknown result" of any other
-// value. The text lives as long as the process.
+// What a result code says, in a few lower-case words such as "device not found"; "unknown result" of any
+// other value. The text lives as long as the process.
 const char* QVR_resultText(QVR_retval_t xi_result);
 
 // ---- Limits and identifiers ----
