@@ -1,6 +1,6 @@
-// The counter blocks of a chip, word by word. Each block is one list of its fields in chip order, from which
-// the record is made and by which the console prints it: X(field) for unsigned words, S(field) for signed
-// ones. In chip memory every word is little-endian; in these records it is a value.
+// The counter blocks of a chip, word by word. In chip memory every word is little-endian; in these records it
+// is a value. A block that is printed whole is one list of its fields in chip order, from which the record is
+// made: X(field) for unsigned words, S(field) for signed ones.
 #pragma once
 
 #include <stdint.h>
@@ -89,39 +89,39 @@ typedef struct G9701_ManagementCounters_t {
   G9701_MANAGEMENT_COUNTERS_FIELDS(QVR_UNSIGNED_WORD, QVR_SIGNED_WORD)
 } G9701_ManagementCounters_t;
 
+// clang-format on
+
+#undef QVR_UNSIGNED_WORD
+#undef QVR_SIGNED_WORD
+
 // What the expected throughput is computed from.
-#define ETR_DB_FIELDS(X, S) \
-  X(dtuOverheadSize) X(numSamplesInSymbol) X(samplingFrequency) X(numFramesInSuperFrame) \
-  X(numSymbolsInFrame) X(numTxSymbols) X(Tx_kFec) X(Tx_nFec) X(Tx_Q) X(Tx_B_D) X(Tx_B_DR) \
-  X(numRxSymbols) X(Rx_kFec) X(Rx_nFec) X(Rx_Q) X(Rx_B_D) X(Rx_B_DR)
 typedef struct ETR_DB_S {
-  ETR_DB_FIELDS(QVR_UNSIGNED_WORD, QVR_SIGNED_WORD)
+  uint32_t dtuOverheadSize, numSamplesInSymbol, samplingFrequency, numFramesInSuperFrame, numSymbolsInFrame;
+  uint32_t numTxSymbols, Tx_kFec, Tx_nFec, Tx_Q, Tx_B_D, Tx_B_DR;
+  uint32_t numRxSymbols, Rx_kFec, Rx_nFec, Rx_Q, Rx_B_D, Rx_B_DR;
 } ETR_DB_S;
 
 // Cumulative performance monitoring counters since the chip started (ITU-T G.997.2), both ends.
-#define G9972_NEAR_END_COUNTERS_FIELDS(X, S) \
-  X(LOS) X(LOM) X(LOR) X(LPR) X(ES) X(SES) X(LOSS) X(LORS) X(UAS) X(FULL_INITS) X(FAILEDFULL_INITS) \
-  X(FAST_INITS) X(FAILEDFAST_INITS) X(SRA) X(FRA) X(RPA) X(BSW) X(TIGA) X(CV) X(RTXUC) X(RTXTX) X(EFB)
 typedef struct G9972_NEAR_END_COUNTERS_S {
-  G9972_NEAR_END_COUNTERS_FIELDS(QVR_UNSIGNED_WORD, QVR_SIGNED_WORD)
+  uint32_t LOS, LOM, LOR, LPR;
+  uint32_t ES, SES, LOSS, LORS, UAS;
+  uint32_t FULL_INITS, FAILEDFULL_INITS, FAST_INITS, FAILEDFAST_INITS;
+  uint32_t SRA, FRA, RPA, BSW, TIGA;
+  uint32_t CV, RTXUC, RTXTX, EFB;
 } G9972_NEAR_END_COUNTERS_S;
 
-#define G9972_FAR_END_COUNTERS_FIELDS(X, S) \
-  X(LOS) X(LOM) X(LOR) X(LPR) X(ES) X(SES) X(LOSS) X(LORS) X(UAS) X(CV) X(SRA) X(FRA) X(RPA) X(BSW) \
-  X(RTXUC) X(RTXTX) X(EFB)
 typedef struct G9972_FAR_END_COUNTERS_S {
-  G9972_FAR_END_COUNTERS_FIELDS(QVR_UNSIGNED_WORD, QVR_SIGNED_WORD)
+  uint32_t LOS, LOM, LOR, LPR;
+  uint32_t ES, SES, LOSS, LORS, UAS;
+  uint32_t CV;
+  uint32_t SRA, FRA, RPA, BSW;
+  uint32_t RTXUC, RTXTX, EFB;
 } G9972_FAR_END_COUNTERS_S;
-
-// clang-format on
 
 typedef struct G9972_PM_COUNTERS_S {
   G9972_NEAR_END_COUNTERS_S ne;
   G9972_FAR_END_COUNTERS_S fe;
 } G9972_PM_COUNTERS_S;
-
-#undef QVR_UNSIGNED_WORD
-#undef QVR_SIGNED_WORD
 
 // Measurements of the far end (ITU-T G.9701), in the packed layout they have on the wire.
 typedef struct G9701_PMDTestParameters_t {

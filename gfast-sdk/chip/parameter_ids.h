@@ -5,20 +5,18 @@
 
 // clang-format off
 
-// The parameters in the order of their ids, from 0: X(name).
-#define QVR_CONFIG_PARAMS_OF_8(X, name) \
-  X(name##_0) X(name##_1) X(name##_2) X(name##_3) X(name##_4) X(name##_5) X(name##_6) X(name##_7)
-
-// These have a display name.
+// The parameters in the order of their ids, from 0: X(name). These have a display name.
 #define QVR_NAMED_CONFIG_PARAMS(X) \
   X(ParamsRevision) X(ClassifierUnicastMask) X(ClassifierMulticastMask) X(reserved_1) X(runBootForLinks) \
   X(pad_1) X(outerVlanID) X(innerVlanID) X(numTduSymbolSamples) X(numTxSymbolsInFrame) \
   X(numRxSymbolsInFrame) X(numDownstreamSymbols) X(profileNumber) X(RunGHandShake) X(numSecondsToWait) \
   X(ethernetInterfaceType) X(userActivationState) X(loggerEnabled) X(AutoResetAtFailState) \
   X(AutoResetTimeoutSec) X(disableReinit) X(disableBcastLogs) \
-  QVR_CONFIG_PARAMS_OF_8(X, bandStart) \
-  QVR_CONFIG_PARAMS_OF_8(X, flatDecrease) \
-  QVR_CONFIG_PARAMS_OF_8(X, saturation) \
+  X(bandStart_0) X(bandStart_1) X(bandStart_2) X(bandStart_3) X(bandStart_4) X(bandStart_5) \
+  X(bandStart_6) X(bandStart_7) X(flatDecrease_0) X(flatDecrease_1) X(flatDecrease_2) X(flatDecrease_3) \
+  X(flatDecrease_4) X(flatDecrease_5) X(flatDecrease_6) X(flatDecrease_7) X(saturation_0) \
+  X(saturation_1) X(saturation_2) X(saturation_3) X(saturation_4) X(saturation_5) X(saturation_6) \
+  X(saturation_7) \
   X(isFlatDecrease) X(numTones) X(obsoleteNumDataTonesRmcPart) X(obsoleteNumPilotsTonesRmcPart) \
   X(txNumUnmodulated) X(rxNumUnmodulated) X(obsoleteRmcSize) X(codeWordSize) X(numCodeWords) \
   X(txLogicalFrameNumSym) X(rxLogicalFrameNumSym) X(logical_frame_num_sym_dl) \
@@ -32,8 +30,8 @@
   X(reinitQuickDtuIndicationTime) X(AdaptiveMarginMode) X(blUpperLimit) X(GHSToneAmplitudeConfig) \
   X(us_shine_oh) X(us_INP_min_rein) X(us_fREIN) X(ds_shine_oh) X(ds_INP_min_rein) X(ds_fREIN) \
   X(ResetOnAssert) X(ResetOnAssertDelay) X(defaultActivationLinksState) X(IARBands) \
-  QVR_CONFIG_PARAMS_OF_8(X, RFIBand) \
-  X(RFIBand_8) X(RFIBand_9) X(RFIBand_10) X(RFIBand_11) X(RFIBand_12) X(RFIBand_13) X(RFIBand_14) \
+  X(RFIBand_0) X(RFIBand_1) X(RFIBand_2) X(RFIBand_3) X(RFIBand_4) X(RFIBand_5) X(RFIBand_6) \
+  X(RFIBand_7) X(RFIBand_8) X(RFIBand_9) X(RFIBand_10) X(RFIBand_11) X(RFIBand_12) X(RFIBand_13) X(RFIBand_14) \
   X(RFIBand_15) X(disableUsFra) X(disableDsFra) X(fraMinBytesPerSymTh) X(fraFirstStepNoRdtFrames)
 
 // These are known by their number alone.

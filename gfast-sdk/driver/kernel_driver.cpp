@@ -1,6 +1,7 @@
 #include "driver/kernel_driver.h"
 
 #include <fcntl.h>
+#include <qvr/kernel_driver.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -27,4 +28,10 @@ void KernelDriver::rediscover() {
   // What the driver finds shows in the reads that follow; the shell's own result says nothing about it.
   const int ignored = std::system("echo 1 > /proc/gfast/rediscover");
   static_cast<void>(ignored);
+}
+
+void QVR_useKernelDriver() {
+  // Never destroyed: the notification thread may still be asking while the process exits.
+  static auto* kernelDriver = new KernelDriver;
+  installDriver(*kernelDriver);
 }

@@ -5,8 +5,6 @@
 
 namespace gfast {
 
-#define QVR_K_DEVICE_NAME_FMT "/dev/gfdfe%1d"
-
 class KernelDriver final : public Driver {
  public:
   int open(int device) override;

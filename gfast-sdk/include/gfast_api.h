@@ -180,14 +180,16 @@ typedef struct gfast_iocreq {
   } req_u;
 } gfast_iocreq;
 
-GFAST_API_ENUM(MGMT_FAR_END_REQ_TYPE){MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS = 0,
-                                      MGMT_FAR_END_REQ_TYPE_INVENTORY = 1,
-                                      MGMT_FAR_END_REQ_TYPE_READMEM = 2,
-                                      MGMT_FAR_END_REQ_TYPE_WRITEMEM = 3,
-                                      MGMT_FAR_END_REQ_TYPE_FW_DOWNLOAD = 4,
-                                      MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ = 5,
-                                      MGMT_FAR_END_REQ_TYPE_PMD_VECTOR_BLOCK_READ = 6,
-                                      MGMT_FAR_END_REQ_TYPE_LAST = 7};
+GFAST_API_ENUM(MGMT_FAR_END_REQ_TYPE){
+    MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS = 0,
+    MGMT_FAR_END_REQ_TYPE_INVENTORY = 1,
+    MGMT_FAR_END_REQ_TYPE_READMEM = 2,
+    MGMT_FAR_END_REQ_TYPE_WRITEMEM = 3,
+    MGMT_FAR_END_REQ_TYPE_FW_DOWNLOAD = 4,
+    MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ = 5,
+    MGMT_FAR_END_REQ_TYPE_PMD_VECTOR_BLOCK_READ = 6,
+    MGMT_FAR_END_REQ_TYPE_LAST = 7,
+};
 
 // GFAST_EVENT_S, the event record that DFEIOCALMRD returns: little-endian words at these offsets.
 #define GFAST_EVENT_TIMESTAMP0 0U
@@ -202,19 +204,22 @@ GFAST_API_ENUM(EVENTS_TYPE_E){
     EVENT_TYPE_MODEM_IS_READY = 3,
     EVENT_TYPE_BOOT_SUCCEEDED = 4,
     EVENT_TYPE_DTA_UNSUPPORTIVE_LINK = 5,  // line index within the device
-    EVENT_TYPE_LAST = 6};
+    EVENT_TYPE_LAST = 6,
+};
 
-GFAST_API_ENUM(LINK_FAILURE_TYPE_E){LF_REASON_NO_ERROR = 0,
-                                    LF_REASON_GHS_NO_GFAST = 1,
-                                    LF_REASON_SEVERELY_ERRORED_SECONDS = 2,
-                                    LF_REASON_LOSS_OF_RMC = 3,
-                                    LF_REASON_LOSS_OF_POWER = 4,
-                                    LF_REASON_LOSS_OF_MARGIN = 5,
-                                    LF_REASON_LOSS_OF_SIGNAL = 6,
-                                    LF_REASON_INIT_SF_FAILURE = 7,
-                                    LF_REASON_HIGH_BER = 8,
-                                    LF_REASON_QUELVOR_PROPRIETARY = 15,
-                                    LF_REASON_LAST = 16};
+GFAST_API_ENUM(LINK_FAILURE_TYPE_E){
+    LF_REASON_NO_ERROR = 0,
+    LF_REASON_GHS_NO_GFAST = 1,
+    LF_REASON_SEVERELY_ERRORED_SECONDS = 2,
+    LF_REASON_LOSS_OF_RMC = 3,
+    LF_REASON_LOSS_OF_POWER = 4,
+    LF_REASON_LOSS_OF_MARGIN = 5,
+    LF_REASON_LOSS_OF_SIGNAL = 6,
+    LF_REASON_INIT_SF_FAILURE = 7,
+    LF_REASON_HIGH_BER = 8,
+    LF_REASON_QUELVOR_PROPRIETARY = 15,
+    LF_REASON_LAST = 16,
+};
 
 #ifdef __cplusplus
 }

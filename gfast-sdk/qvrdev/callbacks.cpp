@@ -39,6 +39,10 @@ void gfast::registerLineRebootHandler(QVR_rebootNotificationCB handler) {
   registry.lineRebootHandler.store(handler);
 }
 
+void gfast::registerLineIdTranslation(LineIdTranslation translation) {
+  registry.logicalLineId.store(translation);
+}
+
 void QVR_registerDeviceLinkStateChangeCB(QVR_deviceLinkStateChangeCB xi_callback) {
   registry.deviceLinkStateChangeCB.store(xi_callback);
 }

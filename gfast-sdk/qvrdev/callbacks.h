@@ -5,36 +5,15 @@
 #include <qvr.h>
 
 #include <array>
-#include <atomic>
+
+#include "std/callback_slot.h"
 
 namespace gfast {
 
-// One registered function, or none.
-template <typename Callback>
-class CallbackSlot {
- public:
-  void store(Callback callback) { callback_.store(callback); }
-  Callback load() const { return callback_.load(); }
-
-  // Takes the slot if it is empty: whether it was.
-  bool claim(Callback callback) {
-    Callback empty = nullptr;
-    return callback_.compare_exchange_strong(empty, callback);
-  }
-
-  // Calls what is registered at this moment.
-  template <typename... Arguments>
-  void notify(Arguments... arguments) const {
-    if (const Callback callback = load()) {
-      callback(arguments...);
-    }
-  }
-
- private:
-  std::atomic<Callback> callback_{nullptr};
-};
-
 constexpr size_t kQuarterHourSlots = 2;
+
+// The line number that callers see, from the internal one.
+using LineIdTranslation = QVR_lineId_t (*)(QVR_lineId_t internalId);
 
 struct Callbacks {
   CallbackSlot<QVR_deviceLinkStateChangeCB> deviceLinkStateChangeCB;
@@ -45,6 +24,7 @@ struct Callbacks {
   CallbackSlot<QVR_logMessageCB> logMessageCB;
   CallbackSlot<QVR_nonCdtaCpeJoinNotificationCB> nonCdtaCpeJoinNotificationCB;
   CallbackSlot<QVR_rebootNotificationCB> lineRebootHandler;
+  CallbackSlot<LineIdTranslation> logicalLineId;
 };
 
 // The process's one registry.
@@ -52,5 +32,8 @@ Callbacks& callbacks();
 
 // The line room's own handling of a reboot, which runs before the registered reboot callback.
 void registerLineRebootHandler(QVR_rebootNotificationCB handler);
+
+// The line room's own numbering, once it has built its table.
+void registerLineIdTranslation(LineIdTranslation translation);
 
 }  // namespace gfast

@@ -5,7 +5,6 @@
 #include <mutex>
 #include <type_traits>
 
-#include "chip/registers.h"
 #include "driver/driver.h"
 #include "qvrdev/device_lines.h"
 #include "qvrdev/require.h"
@@ -17,7 +16,6 @@ namespace {
 struct DeviceTable {
   std::mutex mutex;
   std::array<QVR_deviceInfo_t, QVR_K_MAX_DEVICES> deviceInfoTable{};
-  std::array<std::array<uint8_t, B0_REGS_SIZE>, QVR_K_MAX_DEVICES> b0Regs{};
   uint32_t numberOfDevices = 0;
   uint32_t numberOfLinesInDevice = 0;
   std::array<std::atomic<int>, QVR_K_MAX_DEVICES> fds{-1, -1};  // outside the lock: each is one word
@@ -88,7 +86,6 @@ QVR_deviceInfo_t gfast::storeDeviceImages(QVR_deviceId_t device, const DeviceIma
   if (record.deviceState == SS_INACTIVE_STATE) {
     table.numberOfDevices++;
   }
-  table.b0Regs[at(device)] = images.b0Regs;
   fillRecord(record, device, images);
   if (table.numberOfLinesInDevice == 0) {
     table.numberOfLinesInDevice = record.numberOfLines;

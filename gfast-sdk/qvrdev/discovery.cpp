@@ -5,6 +5,7 @@
 #include "chip/registers.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
+#include "qvrdev/callbacks.h"
 #include "qvrdev/device_lines.h"
 #include "qvrdev/device_table.h"
 #include "qvrdev/notification.h"
@@ -58,6 +59,12 @@ QVR_retval_t findFirstDevice(BOOL wait) {
   return QVR_E_STATUS_OK;
 }
 
+// Until the line table is built every line is line 0.
+uint8_t logicalLineId(uint8_t internalId) {
+  const LineIdTranslation translate = callbacks().logicalLineId.load();
+  return translate == nullptr ? 0 : static_cast<uint8_t>(translate(internalId));
+}
+
 }  // namespace
 
 QVR_retval_t QVR_initDeviceModule(BOOL xi_waitForDevice) {
@@ -92,7 +99,7 @@ QVR_retval_t QVR_getDeviceInfo(QVR_deviceId_t xi_deviceId, QVR_deviceInfo_t* xo_
   if (xo_deviceInfo != nullptr) {
     *xo_deviceInfo = record;
     for (uint8_t& lineId : xo_deviceInfo->lineIDs) {
-      lineId = static_cast<uint8_t>(QVR_int2log(lineId));
+      lineId = logicalLineId(lineId);
     }
   }
   return QVR_E_STATUS_OK;

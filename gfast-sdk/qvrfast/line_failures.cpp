@@ -1,7 +1,7 @@
 #include "qvrfast/line_failures.h"
 
-#include "qvrdev/callbacks.h"
 #include "qvrfast/time_stamp.h"
+#include "std/callback_slot.h"
 
 using namespace gfast;
 

@@ -11,6 +11,10 @@
 
 using namespace gfast;
 
+// The far end answers with exactly these records.
+static_assert(sizeof(G9701_ManagementCounters_t) == 44);
+static_assert(sizeof(G9701_PMDTestParameters_t) == 14);
+
 namespace {
 
 // The far end numbers its own only line 0.

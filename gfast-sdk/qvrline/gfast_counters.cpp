@@ -9,6 +9,17 @@
 
 using namespace gfast;
 
+// Blocks are read from chip memory straight into these records, so a record is as long as its block.
+static_assert(sizeof(GFAST_FRAMER_INIT_COUNTERS_S) == 72);
+static_assert(sizeof(GFAST_FDU_INIT_COUNTERS_S) == 52);
+static_assert(sizeof(GFAST_FRAMER_RAW_COUNTERS_S) == 340);
+static_assert(sizeof(GFAST_FDU_RAW_COUNTERS_S) == 40);
+static_assert(sizeof(GFAST_DERIVED_COUNTERS_S) == 216);
+static_assert(sizeof(ETR_DB_S) == 68);
+static_assert(sizeof(G9972_NEAR_END_COUNTERS_S) == 88);
+static_assert(sizeof(G9972_FAR_END_COUNTERS_S) == 68);
+static_assert(sizeof(G9972_PM_COUNTERS_S) == 156);
+
 namespace {
 
 // Reads a block of the line from where it lies on the line's device.

@@ -1,14 +1,13 @@
 #include "qvrline/interval_counters.h"
 
-#include <atomic>
-
 #include "qvrlog/qvrlog.h"
+#include "std/callback_slot.h"
 
 using namespace gfast;
 
 namespace {
 
-constinit std::atomic<QVR_15minCounterUpdateNotificationCB> counter_update{nullptr};
+constinit CallbackSlot<QVR_15minCounterUpdateNotificationCB> counter_update;
 
 void endQuarterHour(QVR_lineId_t line, time_t boundary) {
   G9972_PM_COUNTERS_S latest;
@@ -18,9 +17,7 @@ void endQuarterHour(QVR_lineId_t line, time_t boundary) {
     return;
   }
   storeClosingCounters(line, latest);
-  if (const auto callback = counter_update.load()) {
-    callback(line, boundary);
-  }
+  counter_update.notify(line, boundary);
   // From what the callback has accounted for: nothing falls between two intervals.
   QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
   QVR_resetIntervalCounters(&counters);
@@ -34,7 +31,7 @@ void gfast::QVR_resetIntervalCounters(QVR_intervalCounterDB_t* xio_counters) {
 }
 
 void gfast::QVR_register15minCounterUpdateNotificationCB(QVR_15minCounterUpdateNotificationCB xi_callback) {
-  counter_update = xi_callback;
+  counter_update.store(xi_callback);
 }
 
 void gfast::QVR_15minCounterEventHandler(time_t xi_boundary) {

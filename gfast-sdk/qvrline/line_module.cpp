@@ -1,7 +1,6 @@
 // The line module's start, and what it does when the chips speak: showtime reached, a device rebooted.
 #include "qvrline/line_module.h"
 
-#include <atomic>
 #include <vector>
 
 #include "qvrdev/callbacks.h"
@@ -10,6 +9,7 @@
 #include "qvrline/interval_counters.h"
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
+#include "std/callback_slot.h"
 
 using namespace gfast;
 
@@ -17,7 +17,7 @@ namespace {
 
 bool initialized = false;  // the command thread's own
 
-constinit std::atomic<QVR_LinkStateChangeCB> link_state_observer{nullptr};
+constinit CallbackSlot<QVR_LinkStateChangeCB> link_state_observer;
 
 // The counters of a line start afresh: both snapshots are what the chip counts now, or zero.
 void restartCounters(QVR_lineId_t lineId) {
@@ -70,6 +70,7 @@ QVR_retval_t QVR_initLineModule(BOOL xi_waitForDevice) {
     return status;
   }
   buildLineNumberMap();
+  registerLineIdTranslation(QVR_int2log);
   const std::vector<QVR_lineId_t> lines = buildLineTable();
   // The handlers come before the first reading: a line that reaches showtime meanwhile is then read again.
   QVR_registerDeviceLinkStateChangeCB(QVR_linkStateChangeEventHandler);
@@ -85,14 +86,12 @@ QVR_retval_t QVR_initLineModule(BOOL xi_waitForDevice) {
 }
 
 void QVR_registerlinkStateChangeCB(QVR_LinkStateChangeCB xi_callback, QVR_linkStateEventMask_t /*xi_mask*/) {
-  link_state_observer = xi_callback;
+  link_state_observer.store(xi_callback);
 }
 
 void gfast::QVR_linkStateChangeEventHandler(QVR_lineId_t internalId, G9701_linkState_t oldState,
                                             G9701_linkState_t newState) {
-  if (const QVR_LinkStateChangeCB observer = link_state_observer) {
-    observer(QVR_int2log(internalId), oldState, newState);
-  }
+  link_state_observer.notify(QVR_int2log(internalId), oldState, newState);
   if (newState == LS_SHOWTIME) {
     QVR_refreshLineInfo(internalId, FALSE);
   }

@@ -6,25 +6,25 @@
 #include <cstdio>
 #include <iterator>
 
+#include "std/callback_slot.h"
+
 using namespace gfast;
 
 namespace {
 
-std::atomic<bool> initialized{false};
 std::atomic<uint32_t> log_level{QVRLOG_ERR};
-std::atomic<QVR_traceLogHandlerCB> trace_log_handler{nullptr};
+constinit CallbackSlot<QVR_traceLogHandlerCB> trace_log_handler;
 
 constexpr const char* kSeverityNames[] = {"LOG_CRIT", "LOG_ERR", "LOG_WARNING", "LOG_INFO", "LOG_DEBUG"};
 
 }  // namespace
 
 QVR_retval_t QVR_initTraceLogModule() {
-  initialized = true;
   return QVR_E_STATUS_OK;
 }
 
 void QVR_registerTraceLogHandlerCB(QVR_traceLogHandlerCB xi_handler) {
-  trace_log_handler = xi_handler;
+  trace_log_handler.store(xi_handler);
 }
 
 void QVR_setTraceLogLevel(QVR_logSeverity_t xi_level) {
@@ -49,7 +49,7 @@ void gfast::QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_fu
   va_list arguments;
   va_start(arguments, xi_format);
   const char* severity = QVR_traceLogLevelString(xi_severity);
-  if (const QVR_traceLogHandlerCB handler = trace_log_handler) {
+  if (const QVR_traceLogHandlerCB handler = trace_log_handler.load()) {
     char message[QVR_K_MAX_LOG_MESSAGE];
     const int written = std::snprintf(message, sizeof message, "[%s] %s:%d ", severity, xi_function, xi_line);
     const size_t used = written < 0 ? 0 : static_cast<size_t>(written);

@@ -8,6 +8,16 @@
 
 using namespace gfast;
 
+// The ids are the firmware's: one name too many or too few in their list would move those behind it.
+static_assert(PARAMS_disableUsSra == 80);
+static_assert(PARAMS_cyclicPrefixSize == 87);
+static_assert(PARAMS_RFIBand_15 == 118);
+static_assert(PARAMS_enableFlowControl == 123);
+static_assert(PARAMS_Last == 130);
+
+// Handed out as it is kept: three words.
+static_assert(sizeof(QVR_paramInfo_t) == 12);
+
 namespace {
 
 #define PARAM_NAME(name) #name,

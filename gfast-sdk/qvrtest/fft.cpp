@@ -211,10 +211,6 @@ bool gfast::FFT_init(int nSize, BOOL isUnitary, BOOL isMixed) {
   return true;
 }
 
-int gfast::FFT_size() {
-  return m_nSize;
-}
-
 double gfast::FFT_transform(QVR_complex_t* output, const QVR_complex_t* input) {
   return apply(output, input, FftDirection::kForward);
 }

@@ -26,20 +26,18 @@ struct COMPLEX16 {
 // reversal does not assign keep what the output held.
 bool FFT_init(int nSize, BOOL isUnitary, BOOL isMixed);
 
-// Points of a transform; 0 before the first FFT_init and after one that failed.
-int FFT_size();
-
-// Transform vectors of FFT_size() points, which may be the same, and answer the gain applied, or 0 without a
-// transform when there is no size. In mixed mode the inverse reads points 0 .. size/2-1 only: the upper half
-// is their mirror image, and the point between takes the real value of point 0.
+// Transform vectors of as many points as FFT_init has set, which may be the same, and answer the gain
+// applied, or 0 without a transform before the first FFT_init and after one that failed. In mixed mode the
+// inverse reads points 0 .. size/2-1 only: the upper half is their mirror image, and the point between takes
+// the real value of point 0.
 double FFT_transform(QVR_complex_t* output, const QVR_complex_t* input);
 double FFT_inverseTransform(QVR_complex_t* output, const QVR_complex_t* input);
 
 // The forward transform as a power spectrum: every point is its squared magnitude.
 double FFT_transformAbsoluteSquare(QVR_complex_t* output, const QVR_complex_t* input);
 
-// The chip's samples as a vector: FFT_size() complex ones, or FFT_size()/2 pairs of successive real ones, the
-// real part being the earlier.
+// The chip's samples as a vector of the transform's size: that many complex ones, or half as many pairs of
+// successive real ones, the real part being the earlier.
 void FFT_convertToComplexVector(QVR_complex_t* output, const COMPLEX16* input);
 void FFT_convertToRealVector(QVR_complex_t* output, const COMPLEX16* input);
 

@@ -1,5 +1,5 @@
-// The configuration of a line, in profiles after the line configuration objects of Recommendation ITU-T
-// G.997.2. Field names end in the direction: ds downstream, us upstream.
+// The configuration of a line, in profiles after the line configuration objects of ITU-T G.997.2. Field names
+// end in the direction: ds downstream, us upstream.
 #pragma once
 
 #include <qvr/parameters.h>
@@ -7,10 +7,16 @@
 
 QVR_BEGIN_C
 
-QVR_ENUM(G9972_MF_t){MF_23 = 23, MF_36 = 36};  // symbols a TDD frame
+// Symbols a TDD frame.
+QVR_ENUM(G9972_MF_t){MF_23 = 23, MF_36 = 36};
 
 // Rate of repetitive electrical impulse noise (REIN).
-QVR_ENUM(G9972_IAT_REIN_t){IAT_REIN_100Hz = 0, IAT_REIN_120Hz = 1, IAT_REIN_300Hz = 2, IAT_REIN_360Hz = 3};
+QVR_ENUM(G9972_IAT_REIN_t){
+    IAT_REIN_100Hz = 0,
+    IAT_REIN_120Hz = 1,
+    IAT_REIN_300Hz = 2,
+    IAT_REIN_360Hz = 3,
+};
 
 // How the ends of a line agree on the split of a TDD frame (dynamic time assignment).
 QVR_ENUM(QVR_DTA_MODE_t){DTA_mode_independent = 0, DTA_mode_collective = 1};
@@ -29,9 +35,9 @@ typedef struct G9972_PSDMASKdescriptor_t {
 } G9972_PSDMASKdescriptor_t;
 
 typedef struct QVR_TDDProfile_t {
-  G9972_MF_t MF;  // symbols a TDD frame
-  uint8_t Mds;    // downstream symbols a TDD frame
-  uint8_t CE;     // cyclic extension, N/64 samples
+  G9972_MF_t MF;
+  uint8_t Mds;  // downstream symbols a TDD frame
+  uint8_t CE;   // cyclic extension, N/64 samples
 } QVR_TDDProfile_t;
 
 typedef struct QVR_lineSpectrumProfile_t {

@@ -11,15 +11,18 @@ QVR_BEGIN_C
 // The firmware that runs on a chip (bits 23-24 of the software boot register).
 QVR_ENUM(QVR_fwState_t){
     FW_UNDEFINED = 0,
-    FW_B0 = 1,  // ROM boot stage
-    FW_B1 = 2,  // boot loader, from flash or downloaded
-    FW_APP = 3  // application firmware
+    FW_B0 = 1,   // ROM boot stage
+    FW_B1 = 2,   // boot loader, from flash or downloaded
+    FW_APP = 3,  // application firmware
 };
 
-QVR_ENUM(QVR_deviceState_t){SS_INACTIVE_STATE = 0,  // absent or lost
-                            SS_IDLE_STATE = 1, SS_CONFIG_STATE = 2,
-                            SS_RUN_STATE = 3,  // the device has answered
-                            SS_RESTARTING = 4};
+QVR_ENUM(QVR_deviceState_t){
+    SS_INACTIVE_STATE = 0,  // absent or lost
+    SS_IDLE_STATE = 1,      // never set, as SS_CONFIG_STATE and SS_RESTARTING
+    SS_CONFIG_STATE = 2,
+    SS_RUN_STATE = 3,  // the device has answered
+    SS_RESTARTING = 4,
+};
 
 // Link state of a line (ITU-T G.9701). A line is up only in LS_SHOWTIME.
 QVR_ENUM(G9701_linkState_t){
@@ -79,8 +82,9 @@ typedef struct QVR_deviceInfo_t {
 //   QVR_E_FAILED_CREATING_THREAD  the notification thread could not be started
 QVR_retval_t QVR_initDeviceModule(QVR_bool_t xi_waitForDevice);
 
-// Closes every device, has the driver search for chips, and reads both devices afresh. Always
-// QVR_E_STATUS_OK, whatever was found.
+// Closes every device, has the driver search for chips, and reads both devices afresh. The notification
+// thread waits for descriptors up to the highest one that was open at its start: the events of a device whose
+// descriptor is higher now are not seen. Always QVR_E_STATUS_OK, whatever was found.
 QVR_retval_t QVR_rediscoverDevices(void);
 
 // The device's descriptor, opened on first use and kept until rediscovery; -1 when it cannot be opened, in

@@ -54,18 +54,6 @@ QVR_retval_t QVR_resetLines(void);
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMWRITE_ERROR  of the last write made
 QVR_retval_t QVR_activateLine(QVR_lineId_t xi_lineId, QVR_bool_t xi_activate);
 
-#define QVR_K_MAX_FAR_END_READ 65536U  // bytes
-
-// Reads memory of the modem at the far end of a line in exchanges of at most MGMT_MAX_DATA (512) bytes, each
-// a header of 12 bytes out and a header with the data back (gfast_api.h). Between two exchanges others may
-// use the line's eoc. On failure the bytes already read stay in the buffer. No bytes make no exchange; more
-// than QVR_K_MAX_FAR_END_READ are assertion 200.
-//   QVR_E_FAREND_EOC_NACK             the far end refused
-//   QVR_E_FAILED_GETTING_FE_DATA      the response is not the piece that was asked for
-//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_LINE_NOT_ACTIVE, QVR_E_FAILED_SENDING_FAR_END_MSG  as QVR_sendMsgToFarEnd
-QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void* xo_buffer,
-                               uint32_t xi_numBytes);
-
 // ---- Far end ----
 
 // Exchanges one management message with the modem at the far end of a line (ITU-T G.9701, eoc).
@@ -77,5 +65,17 @@ QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void
 QVR_retval_t QVR_sendMsgToFarEnd(QVR_deviceId_t xi_deviceId, uint16_t xi_narrowLineId,
                                  MGMT_FAR_END_REQ_TYPE xi_type, void* xio_message, uint32_t xi_requestLength,
                                  uint32_t xi_responseLength, uint32_t* xo_responseLength);
+
+#define QVR_K_MAX_FAR_END_READ 65536U  // bytes
+
+// Reads memory of the modem at the far end of a line in exchanges of at most 512 bytes, each a header of 12
+// bytes out and a header with the data back. Between two exchanges others may use the line's eoc. On failure
+// the bytes already read stay in the buffer. No bytes make no exchange; more than QVR_K_MAX_FAR_END_READ are
+// assertion 200.
+//   QVR_E_FAREND_EOC_NACK             the far end refused
+//   QVR_E_FAILED_GETTING_FE_DATA      the response is not the piece that was asked for
+//   QVR_E_DEVICE_NOT_EXISTS, QVR_E_LINE_NOT_ACTIVE, QVR_E_FAILED_SENDING_FAR_END_MSG  as QVR_sendMsgToFarEnd
+QVR_retval_t QVR_readmemFarEnd(QVR_lineId_t xi_lineId, uint32_t xi_address, void* xo_buffer,
+                               uint32_t xi_numBytes);
 
 QVR_END_C

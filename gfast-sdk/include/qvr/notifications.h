@@ -24,10 +24,17 @@ typedef void (*QVR_logMessageCB)(QVR_deviceId_t xi_deviceId, const char* xi_text
 typedef void (*QVR_nonCdtaCpeJoinNotificationCB)(QVR_lineId_t xi_lineId);  // internal line id
 
 // Each keeps one callback, replacing the one before; NULL clears it. Safe at any time, from any thread.
-void QVR_registerDeviceLinkStateChangeCB(
-    QVR_deviceLinkStateChangeCB xi_callback);  // a line changed its state
-void QVR_registerLinkFailureNotificationCB(QVR_linkFailureNotificationCB xi_callback);  // a line went down
-void QVR_registerRebootEventCB(QVR_rebootNotificationCB xi_callback);                   // a chip started anew
+
+// A line changed its state. QVR_initLineModule registers the library's own, which takes the framing of lines
+// that reach showtime and tells the observer of QVR_registerlinkStateChangeCB: register there.
+void QVR_registerDeviceLinkStateChangeCB(QVR_deviceLinkStateChangeCB xi_callback);
+
+// A line went down. QVR_initFastModule registers the library's own, which tells the callback of
+// QVR_registerlineFailuresCB: whoever registers another one keeps that from being called.
+void QVR_registerLinkFailureNotificationCB(QVR_linkFailureNotificationCB xi_callback);
+
+// A chip started anew.
+void QVR_registerRebootEventCB(QVR_rebootNotificationCB xi_callback);
 
 // A chip did not answer four liveness checks (5 s apart) in a row; called again at every further failed
 // check.
@@ -41,7 +48,8 @@ void QVR_registerNonCdtaCpeJoinNotificationCB(QVR_nonCdtaCpeJoinNotificationCB x
 // is ignored, both devices deliver. Always QVR_E_STATUS_OK: a device that refuses stays silent.
 QVR_retval_t QVR_registerLogMessageCB(QVR_deviceId_t xi_deviceId, QVR_logMessageCB xi_callback);
 
-// Two slots for callbacks that run on the notification thread at each quarter-hour boundary.
+// Two slots for callbacks that run on the notification thread at each quarter-hour boundary, the first of
+// which QVR_initLineModule takes unless it is taken.
 // Handle -1 takes the first free slot and answers its index, or -1 when both are taken. Handle 0 or 1
 // replaces that slot (NULL frees it) and answers 0; any other handle changes nothing and answers 0.
 int QVR_register15minCounterEventCB(int xi_handle, QVR_15minCounterEventCB xi_callback);

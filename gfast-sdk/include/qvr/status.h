@@ -1,5 +1,4 @@
-// How a line is, what each direction of it carries, and who is at its ends (ITU-T
-// G.997.2).
+// How a line is, what each direction of it carries, and who is at its ends (ITU-T G.997.2).
 #pragma once
 
 #include <chip/init_failure_causes.h>
@@ -47,8 +46,8 @@ typedef struct QVR_channelStatus_t {
   uint8_t DTU_Q;            // codewords a data transfer unit
 } QVR_channelStatus_t;
 
-// One end (ITU-T G.997.2). Bytes as the equipment gives them: texts end at their first zero byte
-// or fill the field.
+// One end (ITU-T G.997.2). Bytes as the equipment gives them: texts end at their first zero byte or fill the
+// field.
 typedef struct QVR_inventoryParameters_t {
   char GHS_VENDOR[8];  // ITU-T G.994.1 vendor id
   char VERSION[16];

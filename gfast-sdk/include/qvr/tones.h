@@ -17,8 +17,8 @@ typedef struct QVR_band_t {
   uint16_t lastSubCarrier;
 } QVR_band_t;
 
-#define MAX_NUM_BANDS_IN_MEDLEY_SET 32U
 // The subcarriers that carry a direction's signal.
+#define MAX_NUM_BANDS_IN_MEDLEY_SET 32U
 typedef struct QVR_medleyset_t {
   QVR_band_t bands[MAX_NUM_BANDS_IN_MEDLEY_SET];
   uint16_t numBands;
@@ -203,8 +203,7 @@ QVR_retval_t QVR_readPrecoderMatrixForLine(QVR_lineId_t xi_lineId, uint16_t xi_t
                                            QVR_tonePairMatrix_t* xo_matrices);
 QVR_retval_t QVR_readPrecoderMatrixForAllLines(uint16_t xi_tonePairs, QVR_tonePairMatrix_t* xo_matrices);
 
-// Receive gain and mode of the front end at either end of a line in showtime.
-// Untouched on failure.
+// Receive gain and mode of the front end at either end of a line in showtime. Untouched on failure.
 //   QVR_E_ERROR  the line is not up
 //   otherwise as QVR_getLinePhyParams, then as QVR_readmem or QVR_readmemFarEnd
 QVR_retval_t QVR_getAfeParams(QVR_lineId_t xi_lineId, QVR_AFE_PARAMS_t* xo_afe);

@@ -10,7 +10,7 @@ QVR_ENUM(QVR_logSeverity_t){QVRLOG_CRIT = 0, QVRLOG_ERR = 1, QVRLOG_WARNING = 2,
 
 typedef void (*QVR_traceLogHandlerCB)(QVR_logSeverity_t xi_severity, const char* xi_message);
 
-// Marks the trace log as started. Always QVR_E_STATUS_OK.
+// Does nothing: the trace log needs no start. Always QVR_E_STATUS_OK.
 QVR_retval_t QVR_initTraceLogModule(void);
 
 // Sends every message that passes the level to the handler, instead of standard output. The handler runs on

@@ -53,7 +53,6 @@ TEST(Fft, IsTheTransformBothWays) {
 
 TEST(Fft, MixedTransformsHaveTwiceTheSize) {
   EXPECT_TRUE(FFT_init(2048, TRUE, TRUE));
-  EXPECT_EQ(FFT_size(), 4096);
   const Points input = randomPoints(4096);
   Points output(input.size());
   EXPECT_EQ(FFT_transform(output.data(), input.data()), 1.0 / 64);
@@ -61,7 +60,6 @@ TEST(Fft, MixedTransformsHaveTwiceTheSize) {
 }
 
 TEST(Fft, WithoutASizeThereIsNoTransform) {
-  EXPECT_EQ(FFT_size(), 0);
   Points output(1, {7, 7});
   EXPECT_EQ(FFT_transform(output.data(), output.data()), 0);
   EXPECT_EQ(FFT_inverseTransform(output.data(), output.data()), 0);
@@ -72,7 +70,6 @@ TEST(Fft, TheLastInitialisationCounts) {
   Points points = randomPoints(64);
   FFT_init(64, FALSE, FALSE);
   FFT_init(4, TRUE, FALSE);
-  EXPECT_EQ(FFT_size(), 4);
   const Points before = points;
   EXPECT_EQ(FFT_transform(points.data(), points.data()), 0.5);
   EXPECT_EQ(points[4], before[4]);
@@ -150,10 +147,11 @@ TEST(Fft, APowerSpectrumHasTheTransformsGain) {
 }
 
 TEST(Fft, ASizeThatIsNoPowerOfTwoIsAccepted) {
+  Points points = randomPoints(6);
   EXPECT_TRUE(FFT_init(6, FALSE, FALSE));
-  EXPECT_EQ(FFT_size(), 6);
+  EXPECT_EQ(FFT_inverseTransform(points.data(), points.data()), 1.0 / 6);
   EXPECT_TRUE(FFT_init(3, FALSE, TRUE));
-  EXPECT_EQ(FFT_size(), 6);
+  EXPECT_EQ(FFT_inverseTransform(points.data(), points.data()), 1.0 / 6);
 }
 
 TEST(Fft, ASizeBelowOneIsAnAssertion) {

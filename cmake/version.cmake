@@ -1,0 +1,13 @@
+# The version, as the library's public header says it.
+set(GFAST_VERSION_HEADER ${CMAKE_CURRENT_LIST_DIR}/../gfast-sdk/include/qvr/version.h)
+file(STRINGS ${GFAST_VERSION_HEADER} lines REGEX "^#define QVR_VERSION")
+foreach(part MAJOR MINOR PATCH)
+  string(REGEX MATCH "QVR_VERSION_${part} ([0-9]+)" ignored "${lines}")
+  list(APPEND numbers ${CMAKE_MATCH_1})
+endforeach()
+string(JOIN . GFAST_VERSION ${numbers})
+string(FIND "${lines}" "QVR_VERSION \"${GFAST_VERSION}\"" place)
+if(place EQUAL -1)
+  message(FATAL_ERROR "qvr/version.h: QVR_VERSION is not the text of its three numbers, \"${GFAST_VERSION}\"")
+endif()
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${GFAST_VERSION_HEADER})

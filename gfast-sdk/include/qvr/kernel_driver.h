@@ -1,0 +1,16 @@
+// The board's kernel driver as what carries the library's requests. Not part of qvr.h: its operation is in an
+// archive of its own, libgfast-kernel-driver, which is linked before libgfast-sdk.
+#pragma once
+
+#include <qvr/types.h>
+
+QVR_BEGIN_C
+
+// The driver's character devices: "/dev/gfdfe0" and "/dev/gfdfe1".
+#define QVR_K_DEVICE_NAME_FMT "/dev/gfdfe%1d"
+
+// Requests go to the kernel driver from now on. Called before any other operation, once; until then no device
+// can be opened (QVR_E_DEVICE_NOT_EXISTS). Opens nothing.
+void QVR_useKernelDriver(void);
+
+QVR_END_C
