@@ -87,7 +87,7 @@ Firmware romFirmware(uint8_t chipset) {
 
 }  // namespace
 
-Chip::Chip(const DeviceConfig& config, Agenda& agenda)
+Chip::Chip(const ChipConfig& config, Agenda& agenda)
     : config_(config), agenda_(agenda), parameters_(config_.params), inventory_(config_), extcom_(agenda_) {
   constexpr size_t bootloaderSize = 24000;
   constexpr size_t applicationSize = 100000;

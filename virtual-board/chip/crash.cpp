@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "chip/device_information.h"
 #include "std/byte_order.h"
 
 namespace gfast::board {

@@ -1,8 +1,6 @@
 // What a chip's processors leave behind when an assertion of theirs fails.
 #pragma once
 
-#include <gfast_api.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>

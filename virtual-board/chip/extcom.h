@@ -13,9 +13,11 @@
 
 #include "virtual-board/base/address_space.h"
 #include "virtual-board/base/agenda.h"
-#include "virtual-board/board/board_config.h"
 
 namespace gfast::board {
+
+// Lanes of a chip.
+constexpr size_t kExtcomLanes = 7;
 
 class Extcom {
  public:

@@ -1,8 +1,6 @@
 // A chip's NOR flash: erasing sets bits, sector by sector; programming can only clear them.
 #pragma once
 
-#include <gfast_api.h>
-
 #include <cstdint>
 #include <span>
 #include <vector>

@@ -7,7 +7,7 @@
 #include <span>
 
 #include "virtual-board/base/address_space.h"
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/chip_config.h"
 
 namespace gfast::board {
 
@@ -21,7 +21,7 @@ class Inventory {
 
   // As the chip left the factory: the configuration's texts or, without, the usual vendor and a serial number
   // made of the chip's address.
-  explicit Inventory(const DeviceConfig& config);
+  explicit Inventory(const ChipConfig& config);
 
   // The area of the chip's line: its own record, of which the host may change vendor and serial number, and
   // the other end's answer. What the host wrote is kept as in flash, for good.

@@ -57,7 +57,7 @@ void readLoopTable(TomlReader table, LoopConfig& loop) {
 }
 
 // "dp" and "cpe" name a firmware; a version given beside it must be of that side.
-void readFirmware(TomlReader& table, DeviceConfig& device) {
+void readFirmware(TomlReader& table, ChipConfig& device) {
   enum { Dp, Cpe };
   const auto side = table.choice("side", {{"dp", Dp}, {"cpe", Cpe}});
   const auto text = table.text("firmware");
@@ -77,7 +77,7 @@ void readFirmware(TomlReader& table, DeviceConfig& device) {
   device.firmware = *version;
 }
 
-void readFlashContents(TomlReader& table, DeviceConfig& device) {
+void readFlashContents(TomlReader& table, ChipConfig& device) {
   const auto regions = table.texts("flash");
   if (!regions) {
     return;
@@ -95,7 +95,7 @@ void readFlashContents(TomlReader& table, DeviceConfig& device) {
   }
 }
 
-void readBootStage(TomlReader& table, DeviceConfig& device) {
+void readBootStage(TomlReader& table, ChipConfig& device) {
   const auto boot = table.choice("boot", {{"b0", static_cast<int>(Stage::kB0)},
                                           {"b1", static_cast<int>(Stage::kB1)},
                                           {"app", static_cast<int>(Stage::kApp)}});
@@ -110,7 +110,7 @@ void readBootStage(TomlReader& table, DeviceConfig& device) {
   }
 }
 
-void readLineState(TomlReader& table, DeviceConfig& device) {
+void readLineState(TomlReader& table, ChipConfig& device) {
   const auto state = table.choice("line", {{"idle", static_cast<int>(LineState::kIdle)},
                                            {"silent", static_cast<int>(LineState::kSilent)},
                                            {"handshake", static_cast<int>(LineState::kHandshake)},
@@ -133,7 +133,7 @@ std::optional<std::string> readText(TomlReader& table, const char* key, size_t m
   return text;
 }
 
-void readDeviceTable(TomlReader& table, DeviceConfig& device) {
+void readDeviceTable(TomlReader& table, ChipConfig& device) {
   readFirmware(table, device);
   if (const auto mac = table.bytes("mac")) {
     if (mac->size() != device.mac.size()) {
@@ -169,8 +169,8 @@ bool trainable(const BoardConfig& config) {
 // A line that both ends are on must be one that both can be on.
 void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config) {
   for (size_t i = 0; i < tables.size(); i++) {
-    const DeviceConfig& end = config.device[i];
-    const DeviceConfig& other = config.device[1 - i];
+    const ChipConfig& end = config.device[i];
+    const ChipConfig& other = config.device[1 - i];
     if (!end.line || !together(*end.line)) {
       continue;
     }

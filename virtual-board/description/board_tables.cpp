@@ -17,7 +17,8 @@
 #include "virtual-board/base/errno_names.h"
 #include "virtual-board/base/line_framing.h"
 #include "virtual-board/base/sparse_memory.h"
-#include "virtual-board/board/faults.h"
+#include "virtual-board/board/request_kind.h"
+#include "virtual-board/chip/extcom.h"
 #include "virtual-board/description/board_file_error.h"
 
 namespace gfast::board {
@@ -258,13 +259,14 @@ ExtcomErrors readExtcomTable(TomlReader& table, int devices) {
 FaultConfig readFaultTable(TomlReader& table, int devices) {
   FaultConfig fault{};
   fault.device = readDevice(table, devices);
-  fault.request = table.required("request", table.text("request"));
-  if (!isFaultRequest(fault.request)) {
+  const auto request = requestByName(table.required("request", table.text("request")));
+  if (!request || !mayFail(*request)) {
     table.failAt(
         "request",
         "\"request\" must be one of open, memread, memwrite, activate, imgdnld, flasherase, flashprog, "
         "logcfg, logread, eventread, farend");
   }
+  fault.request = *request;
   if (table.has("address")) {
     fault.address = readAddress(table);
   }

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "virtual-board/base/line_framing.h"
-#include "virtual-board/board/board_config.h"
 #include "virtual-board/line/cable.h"
 #include "virtual-board/line/line_spectrum.h"
+#include "virtual-board/line/loop_config.h"
 #include "virtual-board/line/tone_plan.h"
 
 namespace gfast::board {

@@ -26,13 +26,13 @@ uint32_t frontEndSeed(uint32_t boardSeed, uint32_t end) {
 
 }  // namespace
 
-TestMemory::TestMemory(const std::array<Chip*, kMaxDevices>& chips, const CopperLine& line, Agenda& agenda,
-                       const BoardConfig& config)
-    : ends_{{{chips[0], FrontEnd(config.device[0].distortion_db, frontEndSeed(config.seed, 0)), {}, {}},
-             {chips[1], FrontEnd(config.device[1].distortion_db, frontEndSeed(config.seed, 1)), {}, {}}}},
+TestMemory::TestMemory(const std::array<Chip*, kEnds>& chips, const CopperLine& line, Agenda& agenda,
+                       const LoopConfig& loop, uint32_t seed)
+    : ends_{{{chips[0], FrontEnd(chips[0]->distortion_db(), frontEndSeed(seed, 0)), {}, {}},
+             {chips[1], FrontEnd(chips[1]->distortion_db(), frontEndSeed(seed, 1)), {}, {}}}},
       line_(line),
       agenda_(agenda),
-      loop_(config.loop) {
+      loop_(loop) {
   for (size_t end = 0; end < ends_.size(); end++) {
     forget(end);
     map(end);
