@@ -160,7 +160,7 @@ void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
 
 void VirtualBoard::disturbExtcom(const ExtcomErrors& errors) {
   Extcom& extcom = chips_[static_cast<size_t>(errors.device)]->extcom();
-  for (size_t lane = 0; lane < kExtcomLanes; lane++) {
+  for (size_t lane = 0; lane < EXTCOM_LANES; lane++) {
     if (errors.lane.value_or(lane) == lane) {
       extcom.setErrorRate(lane, errors.errors_per_s);
     }

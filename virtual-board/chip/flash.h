@@ -9,8 +9,6 @@
 
 namespace gfast::board {
 
-constexpr uint32_t FLASH_SECTOR_4KB = 0x1000;
-
 struct FlashRegion {
   uint32_t start;
   uint32_t end;  // one past the last byte

@@ -11,6 +11,10 @@
 
 namespace gfast::board {
 
+// Bytes of its texts.
+constexpr size_t kVendorSize = 8;
+constexpr size_t kSerialSize = 32;
+
 class Inventory {
  public:
   struct Firmware {
@@ -39,8 +43,8 @@ class Inventory {
   Bytes area() const;
   void written(const Bytes& area);
 
-  std::array<uint8_t, 8> vendor_{};
-  std::array<uint8_t, 32> serial_{};
+  std::array<uint8_t, kVendorSize> vendor_{};
+  std::array<uint8_t, kSerialSize> serial_{};
   std::array<uint8_t, 8> otherVendorId_{};
   Bytes otherResponse_;
   Firmware firmware_;

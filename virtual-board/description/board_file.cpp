@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "virtual-board/base/sparse_memory.h"
+#include "virtual-board/chip/inventory.h"
 #include "virtual-board/description/board_tables.h"
 #include "virtual-board/description/parameter_settings.h"
 #include "virtual-board/description/toml_reader.h"
@@ -18,9 +19,6 @@ namespace {
 
 constexpr double kLongestLoop_m = 2000;
 constexpr size_t kMaxTaps = 16;
-// Of the inventory's texts.
-constexpr size_t kMaxVendor = 8;
-constexpr size_t kMaxSerial = 32;
 
 void readBoardTable(TomlReader table, BoardConfig& config) {
   config.devices = static_cast<int>(table.integer("devices", 0, kMaxDevices).value_or(config.devices));
@@ -144,8 +142,8 @@ void readDeviceTable(TomlReader& table, ChipConfig& device) {
   device.temperature_c =
       static_cast<int>(table.integer("temperature_c", -40, 125).value_or(device.temperature_c));
   device.distortion_db = table.number("distortion_db", -200, -20).value_or(device.distortion_db);
-  device.vendor = readText(table, "vendor", kMaxVendor);
-  device.serial = readText(table, "serial", kMaxSerial);
+  device.vendor = readText(table, "vendor", kVendorSize);
+  device.serial = readText(table, "serial", kSerialSize);
   readFlashContents(table, device);
   readBootStage(table, device);
   readLineState(table, device);
@@ -215,6 +213,14 @@ void readMemory(TomlReader& root, BoardConfig& config) {
   }
 }
 
+template <typename Entry, typename Read>
+void readAll(TomlReader& root, const char* key, std::vector<Entry>& entries, Read read) {
+  const std::string name = "[[" + std::string(key) + "]]";
+  for (TomlReader& table : root.tables(key, name.c_str())) {
+    entries.push_back(read(table));
+  }
+}
+
 BoardConfig readRoot(TomlReader root) {
   BoardConfig config;
   if (auto board = root.table("board", "[board]")) {
@@ -225,30 +231,16 @@ BoardConfig readRoot(TomlReader root) {
   }
   readDevices(root, config);
   readMemory(root, config);
-  for (TomlReader& table : root.tables("farend", "[[farend]]")) {
-    config.farEnd.push_back(readFarEndTable(table));
-  }
-  for (TomlReader& table : root.tables("event", "[[event]]")) {
-    config.events.push_back(readEventTable(table, config.devices));
-  }
-  for (TomlReader& table : root.tables("log", "[[log]]")) {
-    config.logs.push_back(readLogTable(table, config.devices));
-  }
-  for (TomlReader& table : root.tables("loop_event", "[[loop_event]]")) {
-    config.loopEvents.push_back(readLoopEventTable(table));
-  }
-  for (TomlReader& table : root.tables("device_event", "[[device_event]]")) {
-    config.deviceEvents.push_back(readDeviceEventTable(table));
-  }
-  for (TomlReader& table : root.tables("crash", "[[crash]]")) {
-    config.crashes.push_back(readCrashTable(table));
-  }
-  for (TomlReader& table : root.tables("extcom", "[[extcom]]")) {
-    config.extcomErrors.push_back(readExtcomTable(table, config.devices));
-  }
-  for (TomlReader& table : root.tables("fault", "[[fault]]")) {
-    config.faults.push_back(readFaultTable(table, config.devices));
-  }
+  const int devices = config.devices;
+  readAll(root, "farend", config.farEnd, readFarEndTable);
+  readAll(root, "event", config.events, [=](TomlReader& table) { return readEventTable(table, devices); });
+  readAll(root, "log", config.logs, [=](TomlReader& table) { return readLogTable(table, devices); });
+  readAll(root, "loop_event", config.loopEvents, readLoopEventTable);
+  readAll(root, "device_event", config.deviceEvents, readDeviceEventTable);
+  readAll(root, "crash", config.crashes, readCrashTable);
+  readAll(root, "extcom", config.extcomErrors,
+          [=](TomlReader& table) { return readExtcomTable(table, devices); });
+  readAll(root, "fault", config.faults, [=](TomlReader& table) { return readFaultTable(table, devices); });
   root.finish();
   return config;
 }

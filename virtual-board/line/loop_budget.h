@@ -46,6 +46,7 @@ class Loop {
   LoopBudget budget(const TonePlan& plan);
 
  private:
+  double loss_db(double frequency_hz) const;
   bool soonEnough() const;
   const std::vector<std::complex<double>>& gains();
 
