@@ -5,7 +5,8 @@
 
 namespace gfast {
 
-// Flash: sectors of 64 KiB (and 4 KiB), three regions.
+// Sectors of two sizes, three regions.
+constexpr uint32_t FLASH_SECTOR_4KB = 0x1000;
 constexpr uint32_t FLASH_SECTOR_64KB = 0x10000;
 constexpr uint32_t FLASH_BOOTLOADER_START = 0x00000;
 constexpr uint32_t FLASH_MANUFACTURER_BLOCK_START = 0x10000;

@@ -32,6 +32,10 @@ constexpr uint32_t PARAMS_ENTRY_STATE(uint32_t word) {
 constexpr uint32_t PARAMS_ENTRY_TYPE(uint32_t word) {
   return word >> 31;
 }
+constexpr uint32_t PARAMS_ENTRY(uint32_t id, uint32_t length, uint32_t offset, uint32_t state,
+                                uint32_t type) {
+  return id | length << 10 | offset << 19 | state << 30 | type << 31;
+}
 
 // Where a line's own copy of the parameters lies; linkId is the line's index within its device.
 constexpr uint32_t VIRT_ADDR_CONFIG_PER_LINE_LINK_ID_OFFSET = 20;

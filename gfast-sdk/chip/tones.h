@@ -63,7 +63,8 @@ constexpr uint32_t MAX_TONES_PER_READ_OPERATIONS = 220;
 
 // Coefficients of the frequency-domain equaliser, the inverse of what is received: entry 0 is the first
 // processed subcarrier. Mantissas are 16-bit real part, then 16-bit imaginary part, signed; exponents are
-// signed bytes; a coefficient is mantissa * 2^exponent * 2^-12.
+// signed bytes; a coefficient is mantissa * 2^exponent * QVR_K_RX_FEQ_UNIT.
+constexpr double QVR_K_RX_FEQ_UNIT = 1.0 / 4096;
 constexpr uint32_t VIRT_ADDR_RX_FEQ_MAN(uint32_t linkId) {
   return 0xE4080000U + (linkId << 22);
 }
@@ -101,6 +102,7 @@ constexpr double QVR_K_TX_FEQ_UNIT = 1.0 / 16384;
 // Seen through a window as the noise energies are: a read at area + n answers two guard words (equal unless
 // the chip is writing) and then the bytes from n on. For i and j from 0 to 15 and each pair of subcarriers:
 // signed 16-bit real part, signed 16-bit imaginary part, 12 fractional bits.
+constexpr double QVR_K_VEC_COEFF_UNIT = 1.0 / 4096;
 constexpr uint32_t VIRT_ADDR_RX_VEC_COEFFS(uint32_t linkId) {
   return 0xE4000000U + (linkId << 22);
 }

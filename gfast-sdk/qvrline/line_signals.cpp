@@ -14,9 +14,8 @@ using namespace gfast;
 namespace {
 
 constexpr uint32_t kValueSize = sizeof(uint16_t);
-constexpr uint32_t kMantissaSize = 2 * kValueSize;        // real part, then imaginary part
-constexpr double SCALING_FACTOR = 2.441406250000000e-04;  // 2^-12
-constexpr double kLeastPower = 1e-20;                     // keeps a coefficient of 0 at 200 dB
+constexpr uint32_t kMantissaSize = 2 * kValueSize;  // real part, then imaginary part
+constexpr double kLeastPower = 1e-20;               // keeps a coefficient of 0 at 200 dB
 
 using Calibration = std::array<double, QVR_MAX_NUMBER_OF_TONES>;
 
@@ -58,8 +57,8 @@ double signedValue(const uint8_t* bytes) {
 double receivedPower(const Equaliser& equaliser, uint32_t entry) {
   const uint8_t* mantissa = &equaliser.mantissas[size_t{entry} * kMantissaSize];
   const double power = std::pow(2.0, static_cast<int8_t>(equaliser.exponents[entry]));
-  const double re = signedValue(mantissa) * power * SCALING_FACTOR;
-  const double im = signedValue(mantissa + kValueSize) * power * SCALING_FACTOR;
+  const double re = signedValue(mantissa) * power * QVR_K_RX_FEQ_UNIT;
+  const double im = signedValue(mantissa + kValueSize) * power * QVR_K_RX_FEQ_UNIT;
   return -10.0 * std::log10(re * re + im * im + kLeastPower);
 }
 

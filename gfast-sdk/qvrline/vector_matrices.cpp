@@ -22,7 +22,6 @@ constexpr int MAX_ALLOWED_STRAIGHT_FAILURES = 16;
 
 constexpr uint32_t kValueSize = sizeof(int16_t);
 constexpr uint32_t kValuesPerTonePair = COEF_NUM_USERS * COEF_NUM_USERS * 2;
-constexpr double kCoefficientUnit = 1.0 / 4096;  // 12 fractional bits
 
 using Block = std::array<uint8_t, kBlockSize>;
 using LineReader = QVR_retval_t (*)(QVR_lineId_t line, uint16_t tonePairs, QVR_tonePairMatrix_t* matrices);
@@ -37,8 +36,8 @@ void transpose(const int16_t* values, uint16_t tonePairs, QVR_tonePairMatrix_t* 
   for (uint32_t i = 0; i < COEF_NUM_USERS; i++) {
     for (uint32_t j = 0; j < COEF_NUM_USERS; j++) {
       for (uint32_t t = 0; t < tonePairs; t++) {
-        matrices[t].coefficients_re.matrix[j][i] = *values++ * kCoefficientUnit;
-        matrices[t].coefficients_im.matrix[j][i] = *values++ * kCoefficientUnit;
+        matrices[t].coefficients_re.matrix[j][i] = *values++ * QVR_K_VEC_COEFF_UNIT;
+        matrices[t].coefficients_im.matrix[j][i] = *values++ * QVR_K_VEC_COEFF_UNIT;
       }
     }
   }

@@ -3,6 +3,8 @@
 #include <initializer_list>
 #include <span>
 
+#include "chip/extcom.h"
+
 using namespace gfast;
 
 namespace {
@@ -14,25 +16,19 @@ struct LaneUnit {
   uint32_t unit;
 };
 
-constexpr LaneUnit kLaneUnits[] = {
-    {0xA00B0140, 0xA00B0144, 0x10}, {0xA00B0140, 0xA00B0144, 0x11}, {0xA00B0140, 0xA00B0144, 0x12},
-    {0xA00B0140, 0xA00B0144, 0x13}, {0xA80B0140, 0xA80B0144, 0x10}, {0xA80B0140, 0xA80B0144, 0x11},
-    {0xA80B0140, 0xA80B0144, 0x12},
-};
-constexpr size_t kUnitsPerDevice = std::size(kLaneUnits);
+constexpr size_t kUnitsPerDevice = EXTCOM_LANES;
 
-// Registers of a unit.
-constexpr uint32_t kFirstConfigured = 0x15;
-constexpr uint32_t kSecondConfigured = 0x16;
-constexpr uint32_t kErrorCounter = 0x17;
-
-// What the control word does with the command before it.
-constexpr uint32_t kCarryOutRead = 1;
-constexpr uint32_t kCarryOutWrite = 3;
-
-constexpr uint32_t commandFor(const LaneUnit& unit, uint32_t registerNumber) {
-  return unit.unit << 24 | registerNumber << 16;
-}
+constexpr auto kLaneUnits = [] {
+  std::array<LaneUnit, kUnitsPerDevice> units{};
+  size_t lane = 0;
+  for (size_t block = 0; block < EXTCOM_BLOCKS; block++) {
+    for (uint32_t unit = 0; unit < EXTCOM_UNITS(block); unit++) {
+      units.at(lane++) = {EXTCOM_CONTROL_ADDRESS(block), EXTCOM_DATA_ADDRESS(block),
+                          EXTCOM_FIRST_UNIT + unit};
+    }
+  }
+  return units;
+}();
 
 // A program as it is put together, step by step.
 template <size_t Steps>
@@ -48,17 +44,18 @@ struct Draft {
                            std::initializer_list<uint32_t> values) {
     for (const LaneUnit& unit : kLaneUnits) {
       for (const uint32_t value : values) {
-        add(QVR_MEMOP_WRITEMEM, device, unit.control, commandFor(unit, registerNumber));
+        add(QVR_MEMOP_WRITEMEM, device, unit.control, EXTCOM_COMMAND(unit.unit, registerNumber));
         add(QVR_MEMOP_WRITEMEM, device, unit.data, value);
-        add(QVR_MEMOP_WRITEMEM, device, unit.control, kCarryOutWrite);
+        add(QVR_MEMOP_WRITEMEM, device, unit.control, EXTCOM_CARRY_OUT_WRITE);
       }
     }
   }
 
   constexpr void readErrors(QVR_deviceId_t device, std::span<const uint32_t, kUnitsPerDevice> slots) {
     for (size_t i = 0; i < kUnitsPerDevice; i++) {
-      add(QVR_MEMOP_WRITEMEM, device, kLaneUnits[i].control, commandFor(kLaneUnits[i], kErrorCounter));
-      add(QVR_MEMOP_WRITEMEM, device, kLaneUnits[i].control, kCarryOutRead);
+      add(QVR_MEMOP_WRITEMEM, device, kLaneUnits[i].control,
+          EXTCOM_COMMAND(kLaneUnits[i].unit, EXTCOM_ERROR_COUNTER));
+      add(QVR_MEMOP_WRITEMEM, device, kLaneUnits[i].control, EXTCOM_CARRY_OUT_READ);
       add(QVR_MEMOP_READMEM, device, kLaneUnits[i].data, slots[i]);
     }
   }
@@ -67,11 +64,11 @@ struct Draft {
 constexpr auto draftStart() {
   Draft<kStartPrbsSteps> draft;
   for (const QVR_deviceId_t device : {0, 1, 2, 3}) {
-    draft.configure(device, kFirstConfigured, {0, 4});
+    draft.configure(device, EXTCOM_GENERATOR, {0, 4});
   }
   // The last device is configured twice, as the chips' own program has it.
   for (const QVR_deviceId_t device : {0, 1, 2, 3, 3}) {
-    draft.configure(device, kSecondConfigured, {0, 4, 0x14});
+    draft.configure(device, EXTCOM_CHECKER, {0, 4, EXTCOM_CHECKER_COUNTING});
   }
   return draft;
 }

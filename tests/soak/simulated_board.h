@@ -89,7 +89,7 @@ class SimulatedBoard {
   static SimulatedBoard& start(BoardConfig config) {
     setenv("TZ", "UTC0", 1);
     tzset();
-    for (DeviceConfig& device : config.device) {
+    for (auto& device : config.device) {
       device.line = LineState::kShowtime;
     }
     static auto& instance = *new SimulatedBoard(config);

@@ -31,9 +31,14 @@ constexpr uint32_t kDtuPayload = kCodewordsPerDtu * kCodewordData - kDtuOverhead
 constexpr uint32_t kEocBytesPer3s = 1500;
 constexpr uint32_t kEocRate_kbps = 4;
 
-// Subcarriers that carry data.
+// Subcarriers: all, those from the first to the last that carry data, and what one carries at the most.
+constexpr uint32_t kTones = 2048;
+constexpr double kSubcarrierSpacing_hz = 51750;
+constexpr double kSubcarrierSpacing_mhz = kSubcarrierSpacing_hz / 1e6;
 constexpr uint32_t kFirstTone = 43;
 constexpr uint32_t kLastTone = 1971;
+constexpr uint32_t kProcessedTones = kLastTone - kFirstTone + 1;
+constexpr uint32_t kMostToneBits = 12;
 
 // One direction of a line.
 struct StreamFraming {

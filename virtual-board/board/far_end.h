@@ -6,7 +6,6 @@
 #include <span>
 #include <vector>
 
-#include "virtual-board/board/board_config.h"
 #include "virtual-board/chip/chip.h"
 #include "virtual-board/measured/counter_blocks.h"
 
@@ -14,6 +13,14 @@ namespace gfast::board {
 
 // From a request that was sent to the far end until its answer is there.
 constexpr double kFarEndExchange_s = 0.004;
+
+// The answer to one kind of far-end message: bytes, or an errno.
+struct FarEndReplacement {
+  int line;
+  uint32_t request;
+  std::vector<uint8_t> response;
+  int error = 0;
+};
 
 class FarEnd {
  public:

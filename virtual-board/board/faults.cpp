@@ -6,25 +6,12 @@ namespace gfast::board {
 
 namespace {
 
-constexpr const char* kNames[] = {"open",       "memread",   "memwrite", "activate", "imgdnld",
-                                  "flasherase", "flashprog", "logcfg",   "logread",  "eventread",
-                                  "farend",     "flashread", "unknown"};
-constexpr size_t kFaultNames = static_cast<size_t>(RequestKind::kFlashRead);
-
 bool touches(const FaultConfig& fault, uint32_t address, uint32_t length) {
   // A request without bytes touches the address it names.
   return !fault.address || (*fault.address >= address && *fault.address - address < std::max(length, 1U));
 }
 
 }  // namespace
-
-const char* requestName(RequestKind kind) {
-  return kNames[static_cast<size_t>(kind)];
-}
-
-bool isFaultRequest(std::string_view name) {
-  return std::find(kNames, kNames + kFaultNames, name) != kNames + kFaultNames;
-}
 
 Faults::Faults(const std::vector<FaultConfig>& faults) {
   for (const FaultConfig& fault : faults) {
@@ -36,7 +23,7 @@ int Faults::match(int device, RequestKind kind, uint32_t address, uint32_t lengt
   int error = 0;
   for (Fault& fault : faults_) {
     const FaultConfig& config = fault.config;
-    if (config.device != device || config.request != requestName(kind) || !touches(config, address, length)) {
+    if (config.device != device || config.request != kind || !touches(config, address, length)) {
       continue;
     }
     const uint64_t before = fault.seen++;

@@ -1,43 +1,29 @@
-// Requests that a board file wants to fail.
+// Requests that fail because a board file says so.
 #pragma once
 
-#include <array>
 #include <cstdint>
-#include <string_view>
+#include <optional>
 #include <vector>
 
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/board/request_kind.h"
 
 namespace gfast::board {
 
-// The requests by the names that board files and request traces use; "flashread" and what follows cannot be
-// made to fail. In the order of RequestKind.
-enum class RequestKind {
-  kOpen,
-  kMemRead,
-  kMemWrite,
-  kActivate,
-  kImgDnld,
-  kFlashErase,
-  kFlashProg,
-  kLogCfg,
-  kLogRead,
-  kEventRead,
-  kFarEnd,
-  kFlashRead,
-  kUnknown
+struct FaultConfig {
+  int device;
+  RequestKind request;
+  std::optional<uint32_t> address;  // empty: whatever the request touches
+  uint32_t skip = 0;                // matching requests that succeed first
+  uint32_t count = 1;               // how many fail then; 0: all
+  int error = 0;
 };
-const char* requestName(RequestKind kind);
-
-// Whether a board file may name it.
-bool isFaultRequest(std::string_view name);
 
 class Faults {
  public:
   explicit Faults(const std::vector<FaultConfig>& faults);
 
-  // Called once for every request, in order. The errno it shall fail with, or 0. Every entry that matches
-  // counts the request; the first that has its turn decides.
+  // Called once for every request, in order. Returns the errno to fail with, or 0. Every entry that matches
+  // counts the request; the first entry whose turn it is gives the errno.
   int match(int device, RequestKind kind, uint32_t address, uint32_t length);
 
  private:

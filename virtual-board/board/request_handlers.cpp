@@ -18,14 +18,20 @@ int checkBuffer(const char* buffer, uint32_t size, uint32_t length, uint32_t mos
   return buffer == nullptr && length > 0 ? EFAULT : 0;
 }
 
+// What the host learns of a read: how much the chip gave, and how much is in the host's buffer.
+template <typename Read>
+void setCopied(Read& read, size_t length) {
+  read.datalen_rcvd_from_hw = static_cast<uint32_t>(length);
+  read.datalen_copied_to_user = static_cast<uint32_t>(length);
+}
+
 std::span<uint8_t> bytesOf(char* buffer, size_t length) {
   return {reinterpret_cast<uint8_t*>(buffer), length};
 }
 
 int memRead(Exchange& exchange) {
   auto& read = exchange.request.req_u.memread;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
+  setCopied(read, 0);
   if (const int wrong = checkBuffer(read.buf, read.bufsize, read.hw_mem_len, IOCTL_MAX_READ_BYTES);
       wrong != 0) {
     return wrong;
@@ -35,8 +41,7 @@ int memRead(Exchange& exchange) {
   }
   const int error = exchange.chip.read(read.hw_mem_addr, bytesOf(read.buf, read.hw_mem_len));
   if (error == 0) {
-    read.datalen_rcvd_from_hw = read.hw_mem_len;
-    read.datalen_copied_to_user = read.hw_mem_len;
+    setCopied(read, read.hw_mem_len);
   }
   return error;
 }
@@ -75,16 +80,14 @@ int flashProg(Exchange& exchange) {
 
 int flashRead(Exchange& exchange) {
   auto& read = exchange.request.req_u.flashread;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
+  setCopied(read, 0);
   if (const int wrong = checkBuffer(read.buf, read.bufsize, read.hw_flash_len, IOCTL_MAX_READ_BYTES);
       wrong != 0) {
     return wrong;
   }
   const int error = exchange.chip.readFlash(read.hw_flash_addr, bytesOf(read.buf, read.hw_flash_len));
   if (error == 0) {
-    read.datalen_rcvd_from_hw = read.hw_flash_len;
-    read.datalen_copied_to_user = read.hw_flash_len;
+    setCopied(read, read.hw_flash_len);
   }
   return error;
 }
@@ -107,8 +110,7 @@ int logCfg(Exchange& exchange) {
 // A chip that hangs has nothing to say until it is back.
 int takeRecords(Exchange& exchange, bool (PendingRecords::*take)(std::span<uint8_t> out, size_t& length)) {
   auto& read = exchange.request.req_u.logalm_read;
-  read.datalen_rcvd_from_hw = 0;
-  read.datalen_copied_to_user = 0;
+  setCopied(read, 0);
   if (read.buf == nullptr) {
     return EFAULT;
   }
@@ -119,8 +121,7 @@ int takeRecords(Exchange& exchange, bool (PendingRecords::*take)(std::span<uint8
   if (!(exchange.chip.pending().*take)(bytesOf(read.buf, read.bufsize), length)) {
     return EMSGSIZE;
   }
-  read.datalen_rcvd_from_hw = static_cast<uint32_t>(length);
-  read.datalen_copied_to_user = static_cast<uint32_t>(length);
+  setCopied(read, length);
   exchange.length = static_cast<uint32_t>(length);
   return 0;
 }

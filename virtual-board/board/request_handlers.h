@@ -7,7 +7,7 @@
 
 #include "virtual-board/base/host_file.h"
 #include "virtual-board/board/far_end.h"
-#include "virtual-board/board/request_trace.h"
+#include "virtual-board/board/request_kind.h"
 #include "virtual-board/chip/chip.h"
 #include "virtual-board/line/copper_line.h"
 

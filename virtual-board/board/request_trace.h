@@ -6,7 +6,7 @@
 #include <mutex>
 #include <string>
 
-#include "virtual-board/board/faults.h"
+#include "virtual-board/board/request_kind.h"
 
 namespace gfast::board {
 

@@ -27,7 +27,7 @@ VirtualBoard::TimeSource realTime() {
 // The state in which a line starts: what either device's configuration says about it.
 LineState lineAtPowerUp(const BoardConfig& config) {
   LineState state = LineState::kSilent;
-  for (const DeviceConfig& device : config.device) {
+  for (const ChipConfig& device : config.device) {
     state = std::max(state, device.line.value_or(LineState::kSilent));
   }
   return state;
@@ -52,8 +52,8 @@ VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
     chips_[static_cast<size_t>(overlay.device)]->memory().overlay().write(overlay.address, overlay.bytes);
   }
   line_ = std::make_unique<CopperLine>(*chips_[0], *chips_[1], agenda_, config.loop, config.seed);
-  testMemory_ =
-      std::make_unique<TestMemory>(std::array{chips_[0].get(), chips_[1].get()}, *line_, agenda_, config);
+  testMemory_ = std::make_unique<TestMemory>(std::array{chips_[0].get(), chips_[1].get()}, *line_, agenda_,
+                                             config.loop, config.seed);
   line_->powerUp(lineAtPowerUp(config));
   scheduleConfigured(config);
   scheduleHappenings(config);
@@ -90,7 +90,7 @@ void VirtualBoard::mapCounters(size_t device) {
   for (const ToneArea& area : toneAreas()) {
     const auto part = [this, device, &area](uint32_t offset, uint32_t length) {
       return chips_[device]->stage() == Stage::kApp ? area.read(insight(device), offset, length)
-                                                   : Bytes(length);
+                                                    : Bytes(length);
     };
     const bool window = area.kind == ToneArea::Kind::kWindow;
     chips_[device]->memory().add({area.address, area.length, {}, {}, {}, part, window});
@@ -160,7 +160,7 @@ void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
 
 void VirtualBoard::disturbExtcom(const ExtcomErrors& errors) {
   Extcom& extcom = chips_[static_cast<size_t>(errors.device)]->extcom();
-  for (size_t lane = 0; lane < kExtcomLanes; lane++) {
+  for (size_t lane = 0; lane < EXTCOM_LANES; lane++) {
     if (errors.lane.value_or(lane) == lane) {
       extcom.setErrorRate(lane, errors.errors_per_s);
     }
@@ -240,7 +240,8 @@ int VirtualBoard::open(int device) {
     const std::lock_guard lock(mutex_);
     advanceLocked();
     traced.time = agenda_.now();
-    traced.error = device < 0 || device >= devices_ ? ENODEV : faults_.match(device, RequestKind::kOpen, 0, 0);
+    traced.error =
+        device < 0 || device >= devices_ ? ENODEV : faults_.match(device, RequestKind::kOpen, 0, 0);
     if (traced.error == 0) {
       descriptor = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
       traced.error = descriptor < 0 ? errno : 0;

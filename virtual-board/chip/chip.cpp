@@ -12,6 +12,7 @@
 #include "chip/flash.h"
 #include "chip/log_records.h"
 #include "chip/registers.h"
+#include "std/bits.h"
 #include "std/byte_order.h"
 
 namespace gfast::board {
@@ -26,13 +27,15 @@ constexpr double kBootTimeApp_s = 1.2;
 constexpr double kUserActivationTime_s = 0.4;
 
 constexpr uint32_t kPllMuxAtPowerUp = 1;
-constexpr uint32_t kMaxResetCounter = 7;
 constexpr std::string_view kFactoryBuilt = "2017-03-30T21:49:22";
 
 constexpr uint32_t bit(uint32_t offset) {
   return 1U << offset;
 }
-constexpr uint32_t kFwStateMask = 3U << SBR_FW_STATE_OFFSET;
+constexpr uint32_t kFwStateMask = MASK(SBR_FW_STATE);
+// Both reset counters.
+constexpr uint32_t kMaxResetCounter = (1U << SBR_RESET_COUNTER_SIZE) - 1;
+static_assert(SBR_BOOT_RESET_COUNTER_SIZE == SBR_RESET_COUNTER_SIZE);
 constexpr uint32_t kConfigurationState = bit(SBR_USER_ACTIVATION_STATE_OFFSET);
 
 double bootTime(Stage stage) {
@@ -87,7 +90,7 @@ Firmware romFirmware(uint8_t chipset) {
 
 }  // namespace
 
-Chip::Chip(const DeviceConfig& config, Agenda& agenda)
+Chip::Chip(const ChipConfig& config, Agenda& agenda)
     : config_(config), agenda_(agenda), parameters_(config_.params), inventory_(config_), extcom_(agenda_) {
   constexpr size_t bootloaderSize = 24000;
   constexpr size_t applicationSize = 100000;
@@ -292,12 +295,9 @@ void Chip::mapIdentity() {
   };
   const auto clearAssertions = [this](uint32_t offset, uint32_t length) {
     assertions_.clear(offset, length);
-    for (const ImagePart& part : assertionParts()) {
-      const size_t begin = std::max<size_t>(part.begin, offset);
-      const size_t end = std::min<size_t>(part.end, size_t{offset} + length);
-      if (begin < end) {
-        memory_.overlay().forget(static_cast<uint32_t>(VIRT_ADDR_DEVICE_INFO_READ + begin), end - begin);
-      }
+    for (const ImagePart& part : assertionParts(offset, length)) {
+      memory_.overlay().forget(static_cast<uint32_t>(VIRT_ADDR_DEVICE_INFO_READ + part.begin),
+                               part.end - part.begin);
     }
   };
   memory_.add({VIRT_ADDR_DEVICE_INFO_READ_AND_CLEAR, DEV_INF_SIZE, readImage, {}, clearAssertions});

@@ -8,7 +8,7 @@
 
 #include "virtual-board/base/address_space.h"
 #include "virtual-board/base/agenda.h"
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/chip_config.h"
 #include "virtual-board/chip/crash.h"
 #include "virtual-board/chip/device_info.h"
 #include "virtual-board/chip/extcom.h"
@@ -29,7 +29,7 @@ class Chip {
     std::function<void()> restarted;
   };
 
-  Chip(const DeviceConfig& config, Agenda& agenda);
+  Chip(const ChipConfig& config, Agenda& agenda);
   Chip(const Chip&) = delete;
   Chip& operator=(const Chip&) = delete;
 
@@ -87,7 +87,7 @@ class Chip {
   void raiseEvent(uint32_t type, std::span<const uint32_t> params);
   // A log record about the chip's line, if the host wants such. The line end is added: chips bring theirs.
   void log(uint8_t core, std::string_view text, std::span<const uint32_t> params);
-  const DeviceIdentity& identity() const { return identity_; }
+  double distortion_db() const { return config_.distortion_db; }
   PendingRecords& pending() { return pending_; }
   AddressSpace& memory() { return memory_; }
   Inventory& inventory() { return inventory_; }
@@ -112,7 +112,7 @@ class Chip {
   void enter(Stage stage);
   void lineConditionsChanged();
 
-  const DeviceConfig config_;
+  const ChipConfig config_;
   Agenda& agenda_;
   AddressSpace memory_;
   Parameters parameters_;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "chip/device_information.h"
 #include "std/byte_order.h"
 
 namespace gfast::board {
@@ -27,8 +26,15 @@ constexpr ImagePart kParts[] = {
 
 }  // namespace
 
-std::span<const ImagePart> assertionParts() {
-  return kParts;
+std::vector<ImagePart> assertionParts(size_t offset, size_t length) {
+  std::vector<ImagePart> parts;
+  for (const ImagePart& part : kParts) {
+    const ImagePart within{std::max(part.begin, offset), std::min(part.end, offset + length)};
+    if (within.begin < within.end) {
+      parts.push_back(within);
+    }
+  }
+  return parts;
 }
 
 void AssertionRecords::add(const Assertion& assertion) {
@@ -53,12 +59,8 @@ void AssertionRecords::add(const Assertion& assertion) {
 }
 
 void AssertionRecords::clear(size_t offset, size_t length) {
-  for (const ImagePart& part : kParts) {
-    const size_t begin = std::max(part.begin, offset);
-    const size_t end = std::min(part.end, offset + length);
-    if (begin < end) {
-      std::fill(image_.data() + begin, image_.data() + end, uint8_t{0});
-    }
+  for (const ImagePart& part : assertionParts(offset, length)) {
+    std::fill(image_.data() + part.begin, image_.data() + part.end, uint8_t{0});
   }
 }
 

@@ -1,8 +1,6 @@
 // What a chip's processors leave behind when an assertion of theirs fails.
 #pragma once
 
-#include <gfast_api.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -45,11 +43,12 @@ class AssertionRecords {
   std::array<uint8_t, DEV_INF_SIZE> image_{};  // used where the records are
 };
 
-// Where the image holds assertion records.
+// Bytes of the image from `begin` to before `end`.
 struct ImagePart {
   size_t begin;
   size_t end;
 };
-std::span<const ImagePart> assertionParts();
+// Where assertion records lie within `length` bytes from `offset`.
+std::vector<ImagePart> assertionParts(size_t offset, size_t length);
 
 }  // namespace gfast::board

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/chip_config.h"
 #include "virtual-board/chip/initialisation.h"
 
 namespace gfast::board {

@@ -10,31 +10,6 @@ namespace gfast::board {
 
 namespace {
 
-struct Registers {
-  uint32_t control;
-  uint32_t data;
-  uint8_t units;  // from kFirstUnit up
-  size_t firstLane;
-};
-constexpr Registers kBlocks[] = {{0xA00B0140, 0xA00B0144, 4, 0}, {0xA80B0140, 0xA80B0144, 3, 4}};
-constexpr uint8_t kFirstUnit = 0x10;
-
-constexpr uint8_t kGenerator = 0x15;
-constexpr uint8_t kChecker = 0x16;
-constexpr uint8_t kErrors = 0x17;
-constexpr uint32_t kChecking = 0x14;  // of the checker: enabled, and counting
-
-constexpr uint32_t kRead = 1;
-constexpr uint32_t kWrite = 3;
-
-uint8_t unitNumber(uint32_t command) {
-  return static_cast<uint8_t>(command >> 24);
-}
-
-uint8_t registerNumber(uint32_t command) {
-  return static_cast<uint8_t>(command >> 16);
-}
-
 Bytes bigEndian(uint32_t value) {
   Bytes bytes(4);
   store_be32(bytes.data(), value);
@@ -49,14 +24,15 @@ void Extcom::map(AddressSpace& memory) {
   }
 }
 
-// The data word comes first: a write of both words is a value and then what to do with it.
+// The data word is mapped first: when one write covers both words, the value must be there before the control
+// word uses it.
 void Extcom::mapBlock(AddressSpace& memory, size_t block) {
-  memory.add({kBlocks[block].data,
+  memory.add({EXTCOM_DATA_ADDRESS(block),
               4,
               [this, block] { return bigEndian(blocks_[block].data); },
               [this, block](const Bytes& word) { blocks_[block].data = load_be32(word.data()); },
               {}});
-  memory.add({kBlocks[block].control,
+  memory.add({EXTCOM_CONTROL_ADDRESS(block),
               4,
               [this, block] { return bigEndian(blocks_[block].control); },
               [this, block](const Bytes& word) { controlWritten(block, load_be32(word.data())); },
@@ -77,55 +53,57 @@ void Extcom::forget() {
 void Extcom::controlWritten(size_t block, uint32_t word) {
   Block& self = blocks_[block];
   self.control = word;
-  if (word != kRead && word != kWrite) {
+  if (word != EXTCOM_CARRY_OUT_READ && word != EXTCOM_CARRY_OUT_WRITE) {
     self.command = word;
     return;
   }
-  Unit* const unit = unitOf(block);
-  if (unit == nullptr) {
+  const auto selected = select(block, self.command);
+  if (!selected) {
     return;
   }
-  const uint8_t reg = registerNumber(self.command);
-  if (word == kWrite) {
-    store(*unit, reg, self.data);
+  if (word == EXTCOM_CARRY_OUT_WRITE) {
+    store(*selected, self.data);
   } else {
-    self.data = load(*unit, reg);
+    self.data = load(*selected);
   }
 }
 
-// Whose register the last command chose; none: no such unit or register.
-Extcom::Unit* Extcom::unitOf(size_t block) {
-  const uint32_t command = blocks_[block].command;
-  const Registers& place = kBlocks[block];
-  const uint8_t unit = unitNumber(command);
-  const uint8_t reg = registerNumber(command);
-  const bool known = unit >= kFirstUnit && unit < kFirstUnit + place.units && reg >= kGenerator &&
-                     reg <= kErrors && (command & 0xFFFF) == 0;
-  return known ? &units_[place.firstLane + unit - kFirstUnit] : nullptr;
+std::optional<Extcom::Register> Extcom::select(size_t block, uint32_t command) {
+  const size_t firstLane = block == 0 ? 0 : EXTCOM_UNITS(0);
+  for (uint32_t unit = 0; unit < EXTCOM_UNITS(block); unit++) {
+    for (const uint32_t number : {EXTCOM_GENERATOR, EXTCOM_CHECKER, EXTCOM_ERROR_COUNTER}) {
+      if (command == EXTCOM_COMMAND(EXTCOM_FIRST_UNIT + unit, number)) {
+        return Register{units_[firstLane + unit], number};
+      }
+    }
+  }
+  return std::nullopt;
 }
 
-void Extcom::store(Unit& unit, uint8_t reg, uint32_t value) {
-  if (reg == kGenerator) {
+void Extcom::store(const Register& target, uint32_t value) {
+  Unit& unit = target.unit;
+  if (target.number == EXTCOM_GENERATOR) {
     unit.generator = value;
-  } else if (reg == kChecker) {
-    if (value == kChecking && unit.checker != kChecking) {
+  } else if (target.number == EXTCOM_CHECKER) {
+    if (value == EXTCOM_CHECKER_COUNTING && unit.checker != EXTCOM_CHECKER_COUNTING) {
       unit.countingSince = agenda_.now();
     }
     unit.checker = value;
   }
 }
 
-uint32_t Extcom::load(const Unit& unit, uint8_t reg) const {
-  if (reg == kGenerator) {
+uint32_t Extcom::load(const Register& source) const {
+  const Unit& unit = source.unit;
+  if (source.number == EXTCOM_GENERATOR) {
     return unit.generator;
   }
-  if (reg == kChecker) {
+  if (source.number == EXTCOM_CHECKER) {
     return unit.checker;
   }
-  if (unit.checker != kChecking) {
+  if (unit.checker != EXTCOM_CHECKER_COUNTING) {
     return 0;
   }
-  // Read as a signed number, of which -1 means not measured.
+  // Hosts read a signed number in which -1 means not measured.
   constexpr double most = std::numeric_limits<int32_t>::max();
   return static_cast<uint32_t>(
       std::min(std::floor(unit.errors_per_s * (agenda_.now() - unit.countingSince)), most));

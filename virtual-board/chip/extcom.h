@@ -1,19 +1,15 @@
-// A chip's inter-chip links (Extcom): lane units that check a pseudo-random sequence, behind two pairs of
-// registers.
-//
-// A pair is a control word and a data word. A command, (unit << 24) | (register << 16), chooses one of a
-// unit's registers; 3 then writes the data word to it, and 1 reads it into the data word. The registers are
-// those of the links' own controller, which is big-endian: a word lies in memory with its most significant
-// byte first.
+// A chip's inter-chip links (Extcom): each lane has a unit that checks a pseudo-random sequence and counts
+// its errors. The registers belong to the links' own controller. It is big-endian, so their words are too.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
+#include "chip/extcom.h"
 #include "virtual-board/base/address_space.h"
 #include "virtual-board/base/agenda.h"
-#include "virtual-board/board/board_config.h"
 
 namespace gfast::board {
 
@@ -25,14 +21,13 @@ class Extcom {
 
   void map(AddressSpace& memory);
 
-  // So many errors a second arrive on the lane from now on.
+  // From now on so many errors a second arrive on the lane.
   void setErrorRate(size_t lane, double errors_per_s);
 
-  // As after a reset: nothing is configured or counted.
+  // After a reset: the settings and the counts are gone. The lanes' error rates stay.
   void forget();
 
  private:
-  // What checks one lane. Its counter runs from when the checker was told to count.
   struct Unit {
     double errors_per_s = 0;
     uint32_t generator = 0;
@@ -44,16 +39,21 @@ class Extcom {
     uint32_t data = 0;
     uint32_t command = 0;
   };
+  struct Register {
+    Unit& unit;
+    uint32_t number;
+  };
 
   void mapBlock(AddressSpace& memory, size_t block);
   void controlWritten(size_t block, uint32_t word);
-  Unit* unitOf(size_t block);
-  void store(Unit& unit, uint8_t reg, uint32_t value);
-  uint32_t load(const Unit& unit, uint8_t reg) const;
+  // Empty: no such unit or register.
+  std::optional<Register> select(size_t block, uint32_t command);
+  void store(const Register& target, uint32_t value);
+  uint32_t load(const Register& source) const;
 
   const Agenda& agenda_;
-  std::array<Unit, kExtcomLanes> units_;  // the first pair's, then the second's
-  std::array<Block, 2> blocks_;
+  std::array<Unit, EXTCOM_LANES> units_;  // of the first block, then of the second
+  std::array<Block, EXTCOM_BLOCKS> blocks_;
 };
 
 }  // namespace gfast::board

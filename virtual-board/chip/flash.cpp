@@ -1,9 +1,10 @@
 #include "virtual-board/chip/flash.h"
 
+#include <gfast_api.h>
+
 #include <algorithm>
 #include <cerrno>
-
-#include "chip/flash.h"
+#include <iterator>
 
 namespace gfast::board {
 

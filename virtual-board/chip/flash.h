@@ -1,8 +1,6 @@
 // A chip's NOR flash: erasing sets bits, sector by sector; programming can only clear them.
 #pragma once
 
-#include <gfast_api.h>
-
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -10,8 +8,6 @@
 #include "chip/flash.h"
 
 namespace gfast::board {
-
-constexpr uint32_t FLASH_SECTOR_4KB = 0x1000;
 
 struct FlashRegion {
   uint32_t start;

@@ -34,7 +34,7 @@ std::string factorySerial(const MacAddress& mac) {
 
 }  // namespace
 
-Inventory::Inventory(const DeviceConfig& config) : otherResponse_(INVENTORY_RESPONSE_SIZE) {
+Inventory::Inventory(const ChipConfig& config) : otherResponse_(INVENTORY_RESPONSE_SIZE) {
   copyInto(vendor_, bytesOf(config.vendor.value_or(kUsualVendor)));
   copyInto(serial_, bytesOf(config.serial.value_or(factorySerial(config.mac))));
 }

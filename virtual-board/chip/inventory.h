@@ -7,9 +7,13 @@
 #include <span>
 
 #include "virtual-board/base/address_space.h"
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/chip_config.h"
 
 namespace gfast::board {
+
+// Bytes of its texts.
+constexpr size_t kVendorSize = 8;
+constexpr size_t kSerialSize = 32;
 
 class Inventory {
  public:
@@ -21,7 +25,7 @@ class Inventory {
 
   // As the chip left the factory: the configuration's texts or, without, the usual vendor and a serial number
   // made of the chip's address.
-  explicit Inventory(const DeviceConfig& config);
+  explicit Inventory(const ChipConfig& config);
 
   // The area of the chip's line: its own record, of which the host may change vendor and serial number, and
   // the other end's answer. What the host wrote is kept as in flash, for good.
@@ -39,8 +43,8 @@ class Inventory {
   Bytes area() const;
   void written(const Bytes& area);
 
-  std::array<uint8_t, 8> vendor_{};
-  std::array<uint8_t, 32> serial_{};
+  std::array<uint8_t, kVendorSize> vendor_{};
+  std::array<uint8_t, kSerialSize> serial_{};
   std::array<uint8_t, 8> otherVendorId_{};
   Bytes otherResponse_;
   Firmware firmware_;

@@ -12,7 +12,6 @@ namespace {
 constexpr uint32_t kMaxArea = 1U << 11;
 constexpr uint32_t kMaxLength = (1U << 9) - 1;
 
-constexpr uint32_t kTones = 2048;
 // At half the line's sample rate, as complex samples: 2048 and the cyclic extension of 10/64.
 constexpr uint32_t kComplexSamplesPerSymbol = kSamplesPerSymbol / 2;
 constexpr uint32_t kCyclicPrefix = kComplexSamplesPerSymbol - kTones;
@@ -21,7 +20,6 @@ constexpr uint32_t kTone30MHz = 580;
 constexpr uint64_t kEveryBit = 0xFFFFFFFFFFFF;  // of a MAC address
 constexpr uint64_t kGroupBit = 0x000000000001;
 constexpr uint32_t kTargetMargin = 60;    // 6.0 dB
-constexpr uint32_t kMostBits = 12;        // a subcarrier
 constexpr uint32_t kReinFrequency = 100;  // Hz
 constexpr uint32_t kAnyRate = 0xFFFFFFFF;
 
@@ -145,7 +143,7 @@ constexpr Table kParameters{{
     line(PARAMS_reinitQuickRmcIndicationTime, 4, 100),
     line(PARAMS_reinitQuickDtuIndicationTime, 4, 100),
     line(PARAMS_AdaptiveMarginMode, 4, 0),
-    line(PARAMS_blUpperLimit, 2, kMostBits),
+    line(PARAMS_blUpperLimit, 2, kMostToneBits),
     chip(PARAMS_GHSToneAmplitudeConfig, 8, 0),
     line(PARAMS_us_shine_oh, 2, 0),
     line(PARAMS_us_INP_min_rein, 2, 0),

@@ -16,16 +16,6 @@ namespace {
 constexpr uint32_t kStartupArea = VIRT_BASE_ADDR_CONFIGURATION_PARAMS;
 constexpr uint32_t kHeaderSize = PARAMS_DICTIONARY_HEADER_SIZE;
 constexpr uint32_t kDictionarySize = PARAMS_Last * 4;
-// Of an entry word.
-constexpr uint32_t kLengthShift = 10;
-constexpr uint32_t kOffsetShift = 19;
-constexpr uint32_t kStateShift = 30;
-constexpr uint32_t kTypeShift = 31;
-
-uint32_t entryWord(const Parameter& parameter) {
-  return parameter.id | parameter.length << kLengthShift | parameter.offset << kOffsetShift |
-         parameter.state << kStateShift | parameter.type << kTypeShift;
-}
 
 std::span<const uint8_t> part(const Bytes& area, const Parameter& parameter) {
   return std::span(area).subspan(parameter.offset, parameter.length);
@@ -89,7 +79,9 @@ Bytes Parameters::dictionary() const {
   store_le32(&bytes[PARAMS_DICTIONARY_PARAMS_SIZE], static_cast<uint32_t>(startup_.size()));
   store_le32(&bytes[PARAMS_DICTIONARY_SIZE], kDictionarySize);
   for (const Parameter& parameter : parameterTable()) {
-    store_le32(&bytes[kHeaderSize + 4 * parameter.id], entryWord(parameter));
+    store_le32(
+        &bytes[kHeaderSize + 4 * parameter.id],
+        PARAMS_ENTRY(parameter.id, parameter.length, parameter.offset, parameter.state, parameter.type));
   }
   return bytes;
 }

@@ -4,12 +4,16 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <vector>
 
 #include "virtual-board/base/address_space.h"
-#include "virtual-board/board/board_config.h"
 #include "virtual-board/chip/parameter_table.h"
 
 namespace gfast::board {
+
+// By parameter, its bytes in chip order.
+using ParameterSettings = std::map<eConstParams, std::vector<uint8_t>>;
 
 class Parameters {
  public:

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "virtual-board/base/sparse_memory.h"
+#include "virtual-board/chip/inventory.h"
 #include "virtual-board/description/board_tables.h"
 #include "virtual-board/description/parameter_settings.h"
 #include "virtual-board/description/toml_reader.h"
@@ -18,9 +19,6 @@ namespace {
 
 constexpr double kLongestLoop_m = 2000;
 constexpr size_t kMaxTaps = 16;
-// Of the inventory's texts.
-constexpr size_t kMaxVendor = 8;
-constexpr size_t kMaxSerial = 32;
 
 void readBoardTable(TomlReader table, BoardConfig& config) {
   config.devices = static_cast<int>(table.integer("devices", 0, kMaxDevices).value_or(config.devices));
@@ -57,7 +55,7 @@ void readLoopTable(TomlReader table, LoopConfig& loop) {
 }
 
 // "dp" and "cpe" name a firmware; a version given beside it must be of that side.
-void readFirmware(TomlReader& table, DeviceConfig& device) {
+void readFirmware(TomlReader& table, ChipConfig& device) {
   enum { Dp, Cpe };
   const auto side = table.choice("side", {{"dp", Dp}, {"cpe", Cpe}});
   const auto text = table.text("firmware");
@@ -77,7 +75,7 @@ void readFirmware(TomlReader& table, DeviceConfig& device) {
   device.firmware = *version;
 }
 
-void readFlashContents(TomlReader& table, DeviceConfig& device) {
+void readFlashContents(TomlReader& table, ChipConfig& device) {
   const auto regions = table.texts("flash");
   if (!regions) {
     return;
@@ -95,7 +93,7 @@ void readFlashContents(TomlReader& table, DeviceConfig& device) {
   }
 }
 
-void readBootStage(TomlReader& table, DeviceConfig& device) {
+void readBootStage(TomlReader& table, ChipConfig& device) {
   const auto boot = table.choice("boot", {{"b0", static_cast<int>(Stage::kB0)},
                                           {"b1", static_cast<int>(Stage::kB1)},
                                           {"app", static_cast<int>(Stage::kApp)}});
@@ -110,7 +108,7 @@ void readBootStage(TomlReader& table, DeviceConfig& device) {
   }
 }
 
-void readLineState(TomlReader& table, DeviceConfig& device) {
+void readLineState(TomlReader& table, ChipConfig& device) {
   const auto state = table.choice("line", {{"idle", static_cast<int>(LineState::kIdle)},
                                            {"silent", static_cast<int>(LineState::kSilent)},
                                            {"handshake", static_cast<int>(LineState::kHandshake)},
@@ -133,7 +131,7 @@ std::optional<std::string> readText(TomlReader& table, const char* key, size_t m
   return text;
 }
 
-void readDeviceTable(TomlReader& table, DeviceConfig& device) {
+void readDeviceTable(TomlReader& table, ChipConfig& device) {
   readFirmware(table, device);
   if (const auto mac = table.bytes("mac")) {
     if (mac->size() != device.mac.size()) {
@@ -144,8 +142,8 @@ void readDeviceTable(TomlReader& table, DeviceConfig& device) {
   device.temperature_c =
       static_cast<int>(table.integer("temperature_c", -40, 125).value_or(device.temperature_c));
   device.distortion_db = table.number("distortion_db", -200, -20).value_or(device.distortion_db);
-  device.vendor = readText(table, "vendor", kMaxVendor);
-  device.serial = readText(table, "serial", kMaxSerial);
+  device.vendor = readText(table, "vendor", kVendorSize);
+  device.serial = readText(table, "serial", kSerialSize);
   readFlashContents(table, device);
   readBootStage(table, device);
   readLineState(table, device);
@@ -169,8 +167,8 @@ bool trainable(const BoardConfig& config) {
 // A line that both ends are on must be one that both can be on.
 void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config) {
   for (size_t i = 0; i < tables.size(); i++) {
-    const DeviceConfig& end = config.device[i];
-    const DeviceConfig& other = config.device[1 - i];
+    const ChipConfig& end = config.device[i];
+    const ChipConfig& other = config.device[1 - i];
     if (!end.line || !together(*end.line)) {
       continue;
     }
@@ -215,6 +213,14 @@ void readMemory(TomlReader& root, BoardConfig& config) {
   }
 }
 
+template <typename Entry, typename Read>
+void readAll(TomlReader& root, const char* key, std::vector<Entry>& entries, Read read) {
+  const std::string name = "[[" + std::string(key) + "]]";
+  for (TomlReader& table : root.tables(key, name.c_str())) {
+    entries.push_back(read(table));
+  }
+}
+
 BoardConfig readRoot(TomlReader root) {
   BoardConfig config;
   if (auto board = root.table("board", "[board]")) {
@@ -225,30 +231,16 @@ BoardConfig readRoot(TomlReader root) {
   }
   readDevices(root, config);
   readMemory(root, config);
-  for (TomlReader& table : root.tables("farend", "[[farend]]")) {
-    config.farEnd.push_back(readFarEndTable(table));
-  }
-  for (TomlReader& table : root.tables("event", "[[event]]")) {
-    config.events.push_back(readEventTable(table, config.devices));
-  }
-  for (TomlReader& table : root.tables("log", "[[log]]")) {
-    config.logs.push_back(readLogTable(table, config.devices));
-  }
-  for (TomlReader& table : root.tables("loop_event", "[[loop_event]]")) {
-    config.loopEvents.push_back(readLoopEventTable(table));
-  }
-  for (TomlReader& table : root.tables("device_event", "[[device_event]]")) {
-    config.deviceEvents.push_back(readDeviceEventTable(table));
-  }
-  for (TomlReader& table : root.tables("crash", "[[crash]]")) {
-    config.crashes.push_back(readCrashTable(table));
-  }
-  for (TomlReader& table : root.tables("extcom", "[[extcom]]")) {
-    config.extcomErrors.push_back(readExtcomTable(table, config.devices));
-  }
-  for (TomlReader& table : root.tables("fault", "[[fault]]")) {
-    config.faults.push_back(readFaultTable(table, config.devices));
-  }
+  const int devices = config.devices;
+  readAll(root, "farend", config.farEnd, readFarEndTable);
+  readAll(root, "event", config.events, [=](TomlReader& table) { return readEventTable(table, devices); });
+  readAll(root, "log", config.logs, [=](TomlReader& table) { return readLogTable(table, devices); });
+  readAll(root, "loop_event", config.loopEvents, readLoopEventTable);
+  readAll(root, "device_event", config.deviceEvents, readDeviceEventTable);
+  readAll(root, "crash", config.crashes, readCrashTable);
+  readAll(root, "extcom", config.extcomErrors,
+          [=](TomlReader& table) { return readExtcomTable(table, devices); });
+  readAll(root, "fault", config.faults, [=](TomlReader& table) { return readFaultTable(table, devices); });
   root.finish();
   return config;
 }

@@ -12,12 +12,13 @@
 #include <string_view>
 
 #include "chip/device_information.h"
+#include "chip/extcom.h"
 #include "chip/log_records.h"
 #include "std/byte_order.h"
 #include "virtual-board/base/errno_names.h"
 #include "virtual-board/base/line_framing.h"
 #include "virtual-board/base/sparse_memory.h"
-#include "virtual-board/board/faults.h"
+#include "virtual-board/board/request_kind.h"
 #include "virtual-board/description/board_file_error.h"
 
 namespace gfast::board {
@@ -33,12 +34,17 @@ constexpr size_t kMaxLogText = 255;
 constexpr size_t kMaxLogParams = 12;
 constexpr size_t kMaxResponse = 65536;
 
+// A device on the board, or the remote modem.
+int readModem(TomlReader& table) {
+  return static_cast<int>(table.required("device", table.integer("device", 0, kMaxDevices - 1)));
+}
+
 int readDevice(TomlReader& table, int devices) {
-  const auto device = table.required("device", table.integer("device", 0, kMaxDevices - 1));
+  const int device = readModem(table);
   if (device >= devices) {
     table.failAt("device", "device " + std::to_string(device) + " is not on the board");
   }
-  return static_cast<int>(device);
+  return device;
 }
 
 double readTime(TomlReader& table) {
@@ -208,7 +214,7 @@ LoopEvent readLoopEventTable(TomlReader& table) {
 DeviceEvent readDeviceEventTable(TomlReader& table) {
   using Kind = DeviceEvent::Kind;
   DeviceEvent event{};
-  event.device = static_cast<int>(table.required("device", table.integer("device", 0, kMaxDevices - 1)));
+  event.device = readModem(table);
   event.at_s = readTime(table);
   event.kind = static_cast<Kind>(
       table.required("kind", table.choice("kind", {{"hang", static_cast<int>(Kind::kHang)},
@@ -220,7 +226,7 @@ DeviceEvent readDeviceEventTable(TomlReader& table) {
 
 CrashEvent readCrashTable(TomlReader& table) {
   CrashEvent crash{};
-  crash.device = static_cast<int>(table.required("device", table.integer("device", 0, kMaxDevices - 1)));
+  crash.device = readModem(table);
   crash.at_s = readTime(table);
   Assertion& assertion = crash.assertion;
   assertion.processor = static_cast<Processor>(
@@ -230,8 +236,7 @@ CrashEvent readCrashTable(TomlReader& table) {
   assertion.id = static_cast<uint32_t>(table.required("assert_id", table.integer("assert_id", 0, kWordMax)));
   assertion.params = table.words("params", CPU_ASSERT_MAX_PARAMS).value_or(std::vector<uint32_t>{});
   // A record whose symbol counter is 0 is one of no assertion.
-  constexpr double symbolsPerSecond = double{kSampleRate_hz} / kSamplesPerSymbol;
-  const auto sinceStart = static_cast<uint32_t>(std::llround(crash.at_s * symbolsPerSecond));
+  const auto sinceStart = static_cast<uint32_t>(std::llround(crash.at_s * kSymbolRate_hz));
   const auto word = [&table](const char* key, int64_t least, uint32_t otherwise) {
     return static_cast<uint32_t>(table.integer(key, least, kWordMax).value_or(otherwise));
   };
@@ -247,7 +252,7 @@ ExtcomErrors readExtcomTable(TomlReader& table, int devices) {
   constexpr double mostErrors_per_s = 1e9;
   ExtcomErrors errors{};
   errors.device = readDevice(table, devices);
-  if (const auto lane = table.integer("lane", 0, kExtcomLanes - 1)) {
+  if (const auto lane = table.integer("lane", 0, EXTCOM_LANES - 1)) {
     errors.lane = static_cast<size_t>(*lane);
   }
   errors.errors_per_s = table.required("errors_per_s", table.number("errors_per_s", 0, mostErrors_per_s));
@@ -258,13 +263,14 @@ ExtcomErrors readExtcomTable(TomlReader& table, int devices) {
 FaultConfig readFaultTable(TomlReader& table, int devices) {
   FaultConfig fault{};
   fault.device = readDevice(table, devices);
-  fault.request = table.required("request", table.text("request"));
-  if (!isFaultRequest(fault.request)) {
+  const auto request = requestByName(table.required("request", table.text("request")));
+  if (!request || !mayFail(*request)) {
     table.failAt(
         "request",
         "\"request\" must be one of open, memread, memwrite, activate, imgdnld, flasherase, flashprog, "
         "logcfg, logread, eventread, farend");
   }
+  fault.request = *request;
   if (table.has("address")) {
     fault.address = readAddress(table);
   }

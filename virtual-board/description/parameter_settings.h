@@ -1,7 +1,7 @@
 // The start-up parameters that a board file sets.
 #pragma once
 
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/chip/parameters.h"
 #include "virtual-board/description/toml_reader.h"
 
 namespace gfast::board {

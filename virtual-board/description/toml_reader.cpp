@@ -79,14 +79,28 @@ void TomlReader::finish() const {
   }
 }
 
-std::optional<int64_t> TomlReader::integer(const char* key, int64_t least, int64_t most) {
+template <typename T>
+const T* TomlReader::taken(const char* key, const char* what) {
   const toml::node* node = take(key);
-  if (node == nullptr) {
-    return std::nullopt;
+  if (node != nullptr && !node->is<T>()) {
+    failAt(key, quoted(key) + " must be " + what);
   }
-  const auto* value = node->as_integer();
+  return node == nullptr ? nullptr : node->as<T>();
+}
+
+template <typename T>
+const toml::array* TomlReader::takenList(const char* key, const char* what) {
+  const auto* array = taken<toml::array>(key, what);
+  if (array != nullptr && !array->empty() && !array->is_homogeneous<T>()) {
+    failAt(key, quoted(key) + " must be " + what);
+  }
+  return array;
+}
+
+std::optional<int64_t> TomlReader::integer(const char* key, int64_t least, int64_t most) {
+  const auto* value = taken<toml::value<int64_t>>(key, "a whole number");
   if (value == nullptr) {
-    failAt(key, quoted(key) + " must be a whole number");
+    return std::nullopt;
   }
   if (value->get() < least || value->get() > most) {
     failAt(key, quoted(key) + " must be between " + std::to_string(least) + " and " + std::to_string(most));
@@ -110,25 +124,13 @@ std::optional<double> TomlReader::number(const char* key, double least, double m
 }
 
 std::optional<bool> TomlReader::boolean(const char* key) {
-  const toml::node* node = take(key);
-  if (node == nullptr) {
-    return std::nullopt;
-  }
-  if (!node->is_boolean()) {
-    failAt(key, quoted(key) + " must be true or false");
-  }
-  return node->as_boolean()->get();
+  const auto* value = taken<toml::value<bool>>(key, "true or false");
+  return value == nullptr ? std::nullopt : std::optional(value->get());
 }
 
 std::optional<std::string> TomlReader::text(const char* key) {
-  const toml::node* node = take(key);
-  if (node == nullptr) {
-    return std::nullopt;
-  }
-  if (!node->is_string()) {
-    failAt(key, quoted(key) + " must be a text in quotes");
-  }
-  return node->as_string()->get();
+  const auto* value = taken<toml::value<std::string>>(key, "a text in quotes");
+  return value == nullptr ? std::nullopt : std::optional(value->get());
 }
 
 std::optional<int> TomlReader::choice(const char* key, std::initializer_list<Choice> choices) {
@@ -147,13 +149,9 @@ std::optional<int> TomlReader::choice(const char* key, std::initializer_list<Cho
 }
 
 std::optional<std::vector<uint32_t>> TomlReader::words(const char* key, size_t most) {
-  const toml::node* node = take(key);
-  if (node == nullptr) {
-    return std::nullopt;
-  }
-  const toml::array* array = node->as_array();
+  const auto* array = taken<toml::array>(key, "a list of whole numbers");
   if (array == nullptr) {
-    failAt(key, quoted(key) + " must be a list of whole numbers");
+    return std::nullopt;
   }
   if (array->size() > most) {
     failAt(key, quoted(key) + " must have at most " + std::to_string(most) + " entries");
@@ -174,13 +172,9 @@ std::optional<std::vector<uint32_t>> TomlReader::words(const char* key, size_t m
 }
 
 std::optional<std::vector<std::string>> TomlReader::texts(const char* key) {
-  const toml::node* node = take(key);
-  if (node == nullptr) {
+  const auto* array = takenList<std::string>(key, "a list of texts in quotes");
+  if (array == nullptr) {
     return std::nullopt;
-  }
-  const toml::array* array = node->as_array();
-  if (array == nullptr || (!array->empty() && !array->is_homogeneous<std::string>())) {
-    failAt(key, quoted(key) + " must be a list of texts in quotes");
   }
   std::vector<std::string> texts;
   for (const toml::node& entry : *array) {
@@ -202,28 +196,17 @@ std::optional<std::vector<uint8_t>> TomlReader::bytes(const char* key) {
 }
 
 std::optional<TomlReader> TomlReader::table(const char* key, const char* name) {
-  const toml::node* node = take(key);
-  if (node == nullptr) {
-    return std::nullopt;
-  }
-  if (!node->is_table()) {
-    failAt(key, quoted(key) + " must be a table");
-  }
-  return TomlReader(path_, *node->as_table(), name);
+  const auto* found = taken<toml::table>(key, "a table");
+  return found == nullptr ? std::nullopt : std::optional(TomlReader(path_, *found, name));
 }
 
 std::vector<TomlReader> TomlReader::tables(const char* key, const char* name) {
   std::vector<TomlReader> readers;
-  const toml::node* node = take(key);
-  if (node == nullptr) {
-    return readers;
-  }
-  const toml::array* array = node->as_array();
-  if (array == nullptr || (!array->empty() && !array->is_homogeneous<toml::table>())) {
-    failAt(key, quoted(key) + " must be a list of tables");
-  }
-  for (const toml::node& entry : *array) {
-    readers.emplace_back(path_, *entry.as_table(), name);
+  const auto* array = takenList<toml::table>(key, "a list of tables");
+  if (array != nullptr) {
+    for (const toml::node& entry : *array) {
+      readers.emplace_back(path_, *entry.as_table(), name);
+    }
   }
   return readers;
 }

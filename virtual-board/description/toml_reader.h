@@ -60,6 +60,12 @@ class TomlReader {
 
  private:
   const toml::node* take(const char* key);
+  // As a value of that type, null when the key is absent; `what` says what the key must be.
+  template <typename T>
+  const T* taken(const char* key, const char* what);
+  // As a list of such values.
+  template <typename T>
+  const toml::array* takenList(const char* key, const char* what);
   [[noreturn]] void failAt(const toml::source_region& where, const std::string& reason) const;
 
   std::string path_;

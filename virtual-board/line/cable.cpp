@@ -3,16 +3,17 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <numbers>
 
 namespace gfast::board {
 
 namespace {
 
 using Complex = std::complex<double>;
+using std::numbers::pi;
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr double kSpeedOfLight = 3e8;     // m/s
-constexpr double kMu0 = 4 * kPi * 1e-7;   // H/m
+constexpr double kMu0 = 4 * pi * 1e-7;    // H/m
 constexpr double kTermination_ohm = 100;  // at both ends
 constexpr double kLowestFrequency_hz = 1;
 
@@ -37,18 +38,18 @@ struct LineConstants {
 };
 
 LineConstants lineConstants(const WireType& wire, double frequency_hz) {
-  const Complex jw(0, 2 * kPi * frequency_hz);
+  const Complex jw(0, 2 * pi * frequency_hz);
   const double inductance = wire.z0_ohm / (wire.velocity * kSpeedOfLight);
   const double capacitance = 1 / (wire.z0_ohm * wire.velocity * kSpeedOfLight);
   const double qs = 1 / (wire.qh * wire.qh * wire.ql);
-  const double ws = wire.qh * wire.qh * 4 * kPi * wire.rs0 / kMu0;
-  const double wd = 2 * kPi * wire.fd_hz;
+  const double ws = wire.qh * wire.qh * 4 * pi * wire.rs0 / kMu0;
+  const double wd = 2 * pi * wire.fd_hz;
   const Complex skin = jw / ws * wire.qy;
   const Complex root = std::sqrt(qs * qs * wire.qx * wire.qx +
                                  2.0 * (jw / ws) * (qs * qs + skin) / (qs * qs / wire.qx + skin));
   const Complex series = jw * inductance + wire.rs0 * (1 - qs * wire.qx + root);
   const Complex shunt =
-      jw * capacitance * ((1 - wire.qc) * std::pow(1.0 + jw / wd, -2 * wire.phi / kPi) + wire.qc);
+      jw * capacitance * ((1 - wire.qc) * std::pow(1.0 + jw / wd, -2 * wire.phi / pi) + wire.qc);
   return {std::sqrt(series * shunt), std::sqrt(series / shunt)};
 }
 

@@ -7,7 +7,7 @@
 #include <complex>
 #include <vector>
 
-#include "virtual-board/board/board_config.h"
+#include "virtual-board/line/loop_config.h"
 
 namespace gfast::board {
 

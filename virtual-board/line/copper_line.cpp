@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "chip/init_failure_causes.h"
 #include "chip/log_records.h"
 
 namespace gfast::board {
@@ -20,15 +21,8 @@ constexpr double kLossDetection_s = 1.0;
 constexpr double kSearch_s = 5.0;
 // From one failure to the next attempt.
 constexpr double kRetry_s = 10.0;
-// Errors that drown the robust management channel, and how long an end waits for it.
-constexpr double kRmcDrowned = 0.5;
+// How long an end waits for a robust management channel that does not get through.
 constexpr double kRmcLossDetection_s = 2.5;
-
-// Initialisation success/failure causes (ITU-T G.997.2).
-constexpr uint32_t kInitSuccess = 0;
-constexpr uint32_t kInitNotFeasible = 2;
-constexpr uint32_t kInitCommunicationProblem = 3;
-constexpr uint32_t kInitNoFarEnd = 4;
 
 uint32_t milliseconds(double seconds) {
   return static_cast<uint32_t>(std::lround(seconds * 1000));
@@ -208,7 +202,7 @@ void CopperLine::rest() {
 void CopperLine::nobodyFound() {
   for (size_t i = 0; i < ends_.size(); i++) {
     if (ends_[i]->lineState() == LineState::kSilent) {
-      initialisationFailed(i, kInitNoFarEnd);
+      initialisationFailed(i, E_INITSFCAUSE_NO_FAR_END_FTU_DETECTED);
     }
   }
   search_ = agenda_.after(kRetry_s, [this] { nobodyFound(); });
@@ -242,7 +236,7 @@ void CopperLine::updateTraffic() {
   } else {
     ledger_.stop(now);
   }
-  if (phase_ == Phase::kShowtime && errors >= kRmcDrowned) {
+  if (phase_ == Phase::kShowtime && errors >= kRmcLost) {
     rmcLoss_ = agenda_.after(kRmcLossDetection_s, [this] {
       rmcLoss_ = Agenda::kNone;
       lost(LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
@@ -299,7 +293,7 @@ void CopperLine::trained() {
   budget_ = next_;
   for (size_t i = 0; i < ends_.size(); i++) {
     ends_[i]->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
-                                kInitSuccess);
+                                E_INITSFCAUSE_SUCCESSS);
     ledger_.count(i, &EndCounts::initialisations);
   }
 }
@@ -315,7 +309,7 @@ void CopperLine::initialisationFailed(size_t end, uint32_t cause) {
 void CopperLine::trainingInterrupted() {
   for (size_t i = 0; i < ends_.size(); i++) {
     if (ends_[i]->running()) {
-      initialisationFailed(i, kInitCommunicationProblem);
+      initialisationFailed(i, E_INITSFCAUSE_COMM_PROBLEM);
     }
   }
   setPhase(Phase::kApart);
@@ -330,7 +324,7 @@ void CopperLine::trainingFailed() {
   for (size_t i = 0; i < ends_.size(); i++) {
     const uint32_t params[] = {LF_REASON_INIT_SF_FAILURE, 0};
     ends_[i]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
-    initialisationFailed(i, kInitNotFeasible);
+    initialisationFailed(i, E_INITSFCAUSE_CONFIG_NOT_FEASIBLE);
   }
   rest();
   schedule(kRetry_s, Phase::kHandshake);
@@ -347,7 +341,8 @@ void CopperLine::leave(Chip& initiator) {
   agenda_.cancel(step_);
   step_ = agenda_.after(kDeactivating_s, [this] {
     for (Chip* end : ends_) {
-      if (end->lineState() == LineState::kDeactivating1 || end->lineState() == LineState::kPreDeactivating1E) {
+      if (end->lineState() == LineState::kDeactivating1 ||
+          end->lineState() == LineState::kPreDeactivating1E) {
         setState(*end, LineState::kDeactivating2);
       }
     }

@@ -11,10 +11,10 @@
 #include <span>
 
 #include "virtual-board/base/agenda.h"
-#include "virtual-board/board/board_config.h"
 #include "virtual-board/chip/chip.h"
 #include "virtual-board/line/line_ledger.h"
 #include "virtual-board/line/loop_budget.h"
+#include "virtual-board/line/loop_config.h"
 
 namespace gfast::board {
 

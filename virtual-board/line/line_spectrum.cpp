@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "virtual-board/base/decibels.h"
+
 namespace gfast::board {
 
 namespace {
@@ -18,16 +20,8 @@ constexpr uint32_t kFewestRmcBits = 2;
 constexpr uint32_t kMostRmcBits = 6;
 constexpr double kRmcMarginAbove_db = 3;
 
-double ratio(double db) {
-  return std::pow(10, db / 10);
-}
-
-double decibels(double ratio) {
-  return 10 * std::log10(ratio);
-}
-
 double capacity(double snr, double margin_db) {
-  return std::log2(1 + snr / ratio(kShannonGap_db + margin_db - kCodingGain_db));
+  return std::log2(1 + snr / powerRatio(kShannonGap_db + margin_db - kCodingGain_db));
 }
 
 uint8_t wholeBits(double capacity, uint32_t most) {
@@ -36,7 +30,7 @@ uint8_t wholeBits(double capacity, uint32_t most) {
 
 // What is left of a subcarrier's SNR with so many bits on it.
 double margin_db(double snr, uint32_t bits) {
-  return decibels(snr) - (kShannonGap_db - kCodingGain_db) - decibels(std::exp2(bits) - 1);
+  return powerDecibels(snr) - (kShannonGap_db - kCodingGain_db) - powerDecibels(std::exp2(bits) - 1);
 }
 
 class LeastMargin {
@@ -107,14 +101,14 @@ LineSpectrum lineSpectrum(const std::vector<std::complex<double>>& gains, const 
     }
     // Of a very long loop nothing arrives at all; a level is a number all the same.
     const double through = std::max(std::norm(gains[tone]), std::numeric_limits<double>::min());
-    spectrum.received_dbm_hz[tone] = plan.sent_dbm_hz[tone] + decibels(through);
-    spectrum.snr[tone] = ratio(spectrum.received_dbm_hz[tone] - noise_dbm_hz);
-    sent_mw += ratio(plan.sent_dbm_hz[tone]) * kSubcarrierSpacing_hz;
-    received_mw += ratio(spectrum.received_dbm_hz[tone]) * kSubcarrierSpacing_hz;
+    spectrum.received_dbm_hz[tone] = plan.sent_dbm_hz[tone] + powerDecibels(through);
+    spectrum.snr[tone] = powerRatio(spectrum.received_dbm_hz[tone] - noise_dbm_hz);
+    sent_mw += powerRatio(plan.sent_dbm_hz[tone]) * kSubcarrierSpacing_hz;
+    received_mw += powerRatio(spectrum.received_dbm_hz[tone]) * kSubcarrierSpacing_hz;
   }
   spectrum.snrScale = snrScale(spectrum, plan);
-  spectrum.powerSent_dbm = decibels(std::max(sent_mw, std::numeric_limits<double>::min()));
-  spectrum.powerReceived_dbm = decibels(std::max(received_mw, std::numeric_limits<double>::min()));
+  spectrum.powerSent_dbm = powerDecibels(std::max(sent_mw, std::numeric_limits<double>::min()));
+  spectrum.powerReceived_dbm = powerDecibels(std::max(received_mw, std::numeric_limits<double>::min()));
   return spectrum;
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "virtual-board/base/decibels.h"
+
 namespace gfast::board {
 
 namespace {
@@ -62,12 +64,15 @@ bool Loop::heard(const TonePlan& plan) const {
   uint32_t tones = 0;
   for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; tone++) {
     if (plan.medley.test(tone)) {
-      const double loss_db = -20 * std::log10(std::abs(cable_.insertionGain(tone * kSubcarrierSpacing_hz)));
-      sum_db += plan.sent_dbm_hz[tone] - loss_db - noise_dbm_hz_;
+      sum_db += plan.sent_dbm_hz[tone] - loss_db(tone * kSubcarrierSpacing_hz) - noise_dbm_hz_;
       tones++;
     }
   }
   return tones == kHandshakeTones && sum_db / tones >= kHandshakeSnr_db;
+}
+
+double Loop::loss_db(double frequency_hz) const {
+  return -amplitudeDecibels(std::abs(cable_.insertionGain(frequency_hz)));
 }
 
 bool Loop::soonEnough() const {
@@ -94,7 +99,7 @@ LoopBudget Loop::budget(const TonePlan& plan) {
   budget.heard = heard(plan);
   budget.trainable = budget.heard && soonEnough() && carriesEnough(budget.downstream, budget.upstream);
   budget.length_m = length_m_;
-  budget.electricalLength = tenthsOf(-20 * std::log10(std::abs(cable_.insertionGain(kElectricalLength_hz))));
+  budget.electricalLength = tenthsOf(loss_db(kElectricalLength_hz));
   budget.powerSent = signedTenthsOf(spectrum->powerSent_dbm);
   budget.powerReceived = signedTenthsOf(spectrum->powerReceived_dbm);
   budget.binderSeed = seed_;

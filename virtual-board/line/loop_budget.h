@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "virtual-board/base/line_framing.h"
-#include "virtual-board/board/board_config.h"
 #include "virtual-board/line/cable.h"
 #include "virtual-board/line/line_spectrum.h"
+#include "virtual-board/line/loop_config.h"
 #include "virtual-board/line/tone_plan.h"
 
 namespace gfast::board {
@@ -46,6 +46,7 @@ class Loop {
   LoopBudget budget(const TonePlan& plan);
 
  private:
+  double loss_db(double frequency_hz) const;
   bool soonEnough() const;
   const std::vector<std::complex<double>>& gains();
 

@@ -14,8 +14,6 @@ namespace {
 constexpr uint64_t kFramesOnTheWay = 2;
 // A second with so many units lost is severely errored.
 constexpr uint64_t kSevere = 18;
-// From this share of errors on the robust management channel does not get through either.
-constexpr double kRmcLost = 0.5;
 
 // A healthy line: every fifth second a few units are corrupted, and once in ten minutes one is lost for good.
 constexpr uint64_t kSecondsBetweenHits = 5;

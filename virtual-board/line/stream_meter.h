@@ -13,6 +13,9 @@
 
 namespace gfast::board {
 
+// From this share of errors on the robust management channel does not get through either.
+constexpr double kRmcLost = 0.5;
+
 // Since power-up; none ever falls. What arrives is late by the time it takes.
 struct StreamCounts {
   uint64_t framesSent = 0;

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <limits>
 
-#include "virtual-board/base/line_framing.h"
+#include "virtual-board/base/decibels.h"
 
 namespace gfast::board {
 
@@ -122,10 +122,10 @@ void scale(TonePlan& plan) {
   double power_mw = 0;
   for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {
-      power_mw += std::pow(10, plan.sent_dbm_hz[tone] / 10) * kSubcarrierSpacing_hz;
+      power_mw += powerRatio(plan.sent_dbm_hz[tone]) * kSubcarrierSpacing_hz;
     }
   }
-  const double excess_db = power_mw > 0 ? 10 * std::log10(power_mw) - kMostPower_dbm : 0;
+  const double excess_db = power_mw > 0 ? powerDecibels(power_mw) - kMostPower_dbm : 0;
   plan.highest_dbm_hz = -std::numeric_limits<double>::infinity();
   for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {

@@ -11,16 +11,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "virtual-board/base/line_framing.h"
 #include "virtual-board/chip/parameters.h"
 
 namespace gfast::board {
-
-constexpr uint32_t kTones = 2048;
-constexpr double kSubcarrierSpacing_hz = 51750;
-constexpr double kSubcarrierSpacing_mhz = kSubcarrierSpacing_hz / 1e6;
-
-// The most bits that a subcarrier carries at all.
-constexpr uint32_t kMostToneBits = 12;
 
 using ToneMask = std::bitset<kTones>;
 

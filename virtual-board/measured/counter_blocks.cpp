@@ -86,7 +86,7 @@ Bytes framerInit(const LineInsight& line) {
   auto block = headed<GFAST_FRAMER_INIT_COUNTERS_S>();
   if (line.everTrained()) {
     block.firstTone = kFirstTone;
-    block.numProcessedTones = kLastTone - kFirstTone + 1;
+    block.numProcessedTones = kProcessedTones;
     block.dsCodeWordSize = block.usCodeWordSize = block.txCodeWordSize = block.rxCodeWordSize = kCodewordSize;
     block.dsNumCodeWords = block.usNumCodeWords = block.txNumCodeWords = block.rxNumCodeWords =
         kCodewordsPerDtu;

@@ -5,6 +5,7 @@
 #include <limits>
 #include <numbers>
 
+#include "virtual-board/base/decibels.h"
 #include "virtual-board/base/line_framing.h"
 
 namespace gfast::board {
@@ -21,10 +22,6 @@ constexpr double kLeastGain_db = -12;
 constexpr double kMostGain_db = 60;
 constexpr double kHighestPeak = 7;
 
-double power(double decibels) {
-  return std::pow(10, decibels / 10);
-}
-
 // The gain at which the signal is at its nominal level, and no peak too high.
 double gainFor(std::span<const double> signal) {
   double energy = 0;
@@ -34,8 +31,8 @@ double gainFor(std::span<const double> signal) {
     peak = std::max(peak, std::abs(x));
   }
   const double rms = std::sqrt(energy / static_cast<double>(std::max<size_t>(signal.size(), 1)));
-  const double wanted_db = -20 * std::log10(std::max(rms, peak / kHighestPeak));
-  return std::sqrt(power(std::clamp(std::floor(wanted_db), kLeastGain_db, kMostGain_db)));
+  const double wanted_db = -amplitudeDecibels(std::max(rms, peak / kHighestPeak));
+  return std::sqrt(powerRatio(std::clamp(std::floor(wanted_db), kLeastGain_db, kMostGain_db)));
 }
 
 int16_t converted(double x) {
@@ -48,8 +45,8 @@ int16_t converted(double x) {
 // Of a Gaussian x of variance 1, the products that are not part of x itself have the power 2 in x^2 and 6 in
 // x^3. A driver's third-order term compresses.
 FrontEnd::FrontEnd(double distortion_db, uint32_t seed)
-    : second_(std::sqrt(power(distortion_db + kBalance_db) / 2)),
-      third_(-std::sqrt(power(distortion_db) / 6)),
+    : second_(std::sqrt(powerRatio(distortion_db + kBalance_db) / 2)),
+      third_(-std::sqrt(powerRatio(distortion_db) / 6)),
       random_(seed) {}
 
 std::vector<double> FrontEnd::send(std::span<const int16_t> samples) const {
@@ -61,8 +58,8 @@ std::vector<double> FrontEnd::send(std::span<const int16_t> samples) const {
 
 std::vector<int16_t> FrontEnd::receive(std::vector<double> signal, double background_dbm_hz) {
   constexpr double bandwidth_hz = kSampleRate_hz / 2.0;
-  const double noise = std::sqrt((power(background_dbm_hz) + power(kReceiverNoise_dbm_hz)) * bandwidth_hz /
-                                 power(kNominal_dbm));
+  const double noise = std::sqrt((powerRatio(background_dbm_hz) + powerRatio(kReceiverNoise_dbm_hz)) *
+                                 bandwidth_hz / powerRatio(kNominal_dbm));
   for (double& x : signal) {
     x += noise * gaussian();
   }

@@ -1,10 +1,10 @@
 #include "virtual-board/measured/test_memory.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "chip/test_memory.h"
 #include "std/byte_order.h"
+#include "virtual-board/base/decibels.h"
 #include "virtual-board/base/line_framing.h"
 #include "virtual-board/line/cable.h"
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr size_t kSampleSize = sizeof(int16_t);
 constexpr size_t kPoints = QVR_K_TEST_SYMBOL_SIZE / kSampleSize;
-constexpr double kToneSpacing_hz = static_cast<double>(kSampleRate_hz) / kPoints;
+static_assert(kPoints * kSubcarrierSpacing_hz == kSampleRate_hz);
 // From a request until the captured symbol is there.
 constexpr double kCaptureTime_s = 0.03;
 // What the hybrid lets through of a chip's own signal, at every frequency.
@@ -26,13 +26,13 @@ uint32_t frontEndSeed(uint32_t boardSeed, uint32_t end) {
 
 }  // namespace
 
-TestMemory::TestMemory(const std::array<Chip*, kMaxDevices>& chips, const CopperLine& line, Agenda& agenda,
-                       const BoardConfig& config)
-    : ends_{{{chips[0], FrontEnd(config.device[0].distortion_db, frontEndSeed(config.seed, 0)), {}, {}},
-             {chips[1], FrontEnd(config.device[1].distortion_db, frontEndSeed(config.seed, 1)), {}, {}}}},
+TestMemory::TestMemory(const std::array<Chip*, kEnds>& chips, const CopperLine& line, Agenda& agenda,
+                       const LoopConfig& loop, uint32_t seed)
+    : ends_{{{chips[0], FrontEnd(chips[0]->distortion_db(), frontEndSeed(seed, 0)), {}, {}},
+             {chips[1], FrontEnd(chips[1]->distortion_db(), frontEndSeed(seed, 1)), {}, {}}}},
       line_(line),
       agenda_(agenda),
-      loop_(config.loop) {
+      loop_(loop) {
   for (size_t end = 0; end < ends_.size(); end++) {
     forget(end);
     map(end);
@@ -120,7 +120,7 @@ std::vector<double> TestMemory::arriving(size_t end) {
   if (!own) {
     return throughLoop(signal);
   }
-  const double echo = std::pow(10, -kHybridLoss_db / 20);
+  const double echo = amplitudeRatio(-kHybridLoss_db);
   std::transform(signal.begin(), signal.end(), signal.begin(), [echo](double x) { return echo * x; });
   return signal;
 }
@@ -133,7 +133,7 @@ std::vector<double> TestMemory::throughLoop(const std::vector<double>& signal) {
     response_.assign(half, 0);
     const Cable cable(loop_);
     for (size_t k = 1; k < half; k++) {
-      response_[k] = cable.insertionGain(static_cast<double>(k) * kToneSpacing_hz);
+      response_[k] = cable.insertionGain(static_cast<double>(k) * kSubcarrierSpacing_hz);
     }
   }
   Spectrum spectrum = spectrumOf(signal);

@@ -12,7 +12,6 @@
 
 #include "virtual-board/base/address_space.h"
 #include "virtual-board/base/agenda.h"
-#include "virtual-board/board/board_config.h"
 #include "virtual-board/chip/chip.h"
 #include "virtual-board/line/copper_line.h"
 #include "virtual-board/measured/front_end.h"
@@ -23,8 +22,8 @@ namespace gfast::board {
 class TestMemory {
  public:
   // Lays the test memory into that of both chips.
-  TestMemory(const std::array<Chip*, kMaxDevices>& chips, const CopperLine& line, Agenda& agenda,
-             const BoardConfig& config);
+  TestMemory(const std::array<Chip*, kEnds>& chips, const CopperLine& line, Agenda& agenda,
+             const LoopConfig& loop, uint32_t seed);
   TestMemory(const TestMemory&) = delete;
   TestMemory& operator=(const TestMemory&) = delete;
 
@@ -46,7 +45,7 @@ class TestMemory {
   std::vector<double> arriving(size_t end);
   std::vector<double> throughLoop(const std::vector<double>& signal);
 
-  std::array<End, kMaxDevices> ends_;
+  std::array<End, kEnds> ends_;
   const CopperLine& line_;
   Agenda& agenda_;
   const LoopConfig loop_;

@@ -8,6 +8,7 @@
 #include "chip/far_end_messages.h"
 #include "chip/tones.h"
 #include "std/byte_order.h"
+#include "virtual-board/base/decibels.h"
 #include "virtual-board/measured/vector_coefficients.h"
 
 namespace gfast::board {
@@ -17,7 +18,6 @@ namespace {
 constexpr uint32_t kWord = 4;
 constexpr uint32_t kHalf = 2;
 constexpr uint32_t kGuard = 2 * kWord;
-constexpr uint32_t kProcessedTones = kLastTone - kFirstTone + 1;
 
 constexpr uint32_t kMedleyBands = 32;
 
@@ -27,9 +27,7 @@ constexpr double kMostGain_db = 63;
 // Weak signals need the echo out of the way.
 constexpr double kAceFrom_db = 18;
 
-constexpr double kFeqUnit = 1.0 / 4096;
 constexpr double kFeqFull = 1 << 14;  // the larger part of a mantissa lies between this and twice as much
-constexpr double kVectorUnit = 1.0 / 4096;
 
 int16_t rounded16(double value) {
   using Limits = std::numeric_limits<int16_t>;
@@ -167,7 +165,7 @@ FeqCoefficient feqCoefficient(const LineInsight& line, uint32_t entry) {
   const double phase = spectrum.snr[tone] > 0 ? -std::arg(spectrum.gain[tone]) : 0;
   // No exponent can hold what answers to next to nothing.
   constexpr double most_db = 700;
-  const auto value = std::polar(std::pow(10, std::min(power_db, most_db) / 20), phase) / kFeqUnit;
+  const auto value = std::polar(amplitudeRatio(std::min(power_db, most_db)), phase) / QVR_K_RX_FEQ_UNIT;
   const double larger = std::max(std::abs(value.real()), std::abs(value.imag()));
   const int exponent = std::clamp(std::ilogb(larger / kFeqFull), -128, 127);
   return {value / std::exp2(exponent), exponent};
@@ -207,7 +205,7 @@ void storeTxFeq(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
   const uint32_t tone = kFirstTone + entry;
   if (plan.medley.test(tone)) {
     const double below_db = plan.sent_dbm_hz[tone] - plan.highest_dbm_hz;
-    store_le16(bytes, static_cast<uint16_t>(std::lround(std::pow(10, below_db / 20) / QVR_K_TX_FEQ_UNIT)));
+    store_le16(bytes, static_cast<uint16_t>(std::lround(amplitudeRatio(below_db) / QVR_K_TX_FEQ_UNIT)));
   }
 }
 
@@ -222,8 +220,8 @@ void storeVector(const LineInsight& line, VectorMatrix matrix, uint32_t entry, u
     const double frequency_hz = (kFirstTone + 2 * pair) * kSubcarrierSpacing_hz;
     value = vectorCoefficient({line.loop.binderSeed, line.loop.length_m}, matrix, i, j, frequency_hz);
   }
-  storeSigned(bytes, rounded16(value.real() / kVectorUnit));
-  storeSigned(bytes + kHalf, rounded16(value.imag() / kVectorUnit));
+  storeSigned(bytes, rounded16(value.real() / QVR_K_VEC_COEFF_UNIT));
+  storeSigned(bytes + kHalf, rounded16(value.imag() / QVR_K_VEC_COEFF_UNIT));
 }
 
 void storeCanceller(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
@@ -264,13 +262,12 @@ constexpr ToneArea kAreas[] = {
 
 // In half decibels from -32 dB on.
 uint8_t snrByte(const LineInsight& line, uint32_t tone) {
-  constexpr uint8_t none = 255;
   if (!line.everTrained() || !line.loop.plan->medley.test(tone)) {
-    return none;
+    return PMD_VECTOR_NO_VALUE;
   }
   const double snr_db =
-      10 * std::log10(std::max(line.loop.spectrum->snr[tone], std::numeric_limits<double>::min()));
-  return static_cast<uint8_t>(std::clamp(std::round((snr_db + 32) * 2), 0.0, none - 1.0));
+      powerDecibels(std::max(line.loop.spectrum->snr[tone], std::numeric_limits<double>::min()));
+  return static_cast<uint8_t>(std::clamp(std::round((snr_db + 32) * 2), 0.0, PMD_VECTOR_NO_VALUE - 1.0));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "virtual-board/base/draw.h"
 
@@ -9,7 +10,6 @@ namespace gfast::board {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 // Between neighbours over 100 m at 106 MHz, on average; the root of the length counts up to so many metres.
 constexpr double kCoupling = 0.08;
 constexpr double kReference_hz = 106e6;
@@ -31,7 +31,7 @@ std::complex<double> coupling(const Binder& binder, VectorMatrix matrix, uint32_
                           std::sqrt(std::min(binder.length_m, kLongest_m) / kReference_m) * frequency_hz /
                           kReference_hz;
   const double turns = unit(mix(drawn)) + unit(mix(drawn + 1)) * kMostDelay_s * frequency_hz;
-  return std::polar(strength, -2 * kPi * turns);
+  return std::polar(strength, -2 * std::numbers::pi * turns);
 }
 
 }  // namespace

@@ -11,7 +11,7 @@
 namespace gfast::console {
 
 // Where a chip keeps its device-information block, its assertion records included.
-constexpr uint32_t QVR_K_CRASH_DUMP_ADDRESS = 0xE3100000;
+constexpr uint32_t QVR_K_CRASH_DUMP_ADDRESS = VIRT_ADDR_DEVICE_INFO_READ;
 
 // A device-information block: words at the offsets DEV_INF_*, each stored most significant byte first.
 struct DEV_INF_S {

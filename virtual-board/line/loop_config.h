@@ -1,0 +1,22 @@
+// The pair of wires between the two chips.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace gfast::board {
+
+struct BridgedTap {
+  double at_m;  // from the end of device 0
+  double length_m;
+};
+
+struct LoopConfig {
+  std::string cable = "CAD55";  // a wire type of cable.cpp
+  double length_m = 100.0;
+  double noise_dbm_hz = -140.0;
+  std::vector<BridgedTap> taps;
+  bool cut = false;
+};
+
+}  // namespace gfast::board
