@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "qvrcli/text/hexadecimal.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
 
 namespace gfast::console {
 
@@ -14,21 +14,16 @@ namespace {
 // Where the listing goes: the library's callback carries no context.
 cli_def* listingTo = nullptr;
 
-constexpr size_t kNameWidth = 35;
+constexpr uint8_t kNameWidth = 35;
 
 const char* nameOf(const QVR_paramInfo_t& entry) {
   return QVR_paramName(static_cast<eConstParams>(entry.param_id));
 }
 
-const char* padding(const char* name) {
-  const size_t length = std::strlen(name);
-  return filler(' ', static_cast<uint8_t>(length < kNameWidth ? kNameWidth - length : 0));
-}
-
 BOOL printEntry(uint32_t /*index*/, const QVR_paramInfo_t* entry) {
   const char* const name = nameOf(*entry);
   cli_print(listingTo, "%3d %3d %s %s %3d %1d [%08X]", entry->param_entry, entry->param_id, name,
-            padding(name), entry->param_offset, entry->param_len, entry->param_address);
+            padding(name, kNameWidth), entry->param_offset, entry->param_len, entry->param_address);
   return TRUE;
 }
 
@@ -53,7 +48,7 @@ BOOL printParameter(uint32_t index, const QVR_paramInfo_t* entry) {
   char text[3 * sizeof value + 1];
   writeValue(*entry, value, text, sizeof text);
   const char* const name = nameOf(*entry);
-  cli_print(listingTo, "%3d %s %s [%08X] %s %s %s", entry->param_id, name, padding(name),
+  cli_print(listingTo, "%3d %s %s [%08X] %s %s %s", entry->param_id, name, padding(name, kNameWidth),
             entry->param_address, text, entry->param_config_state == CONFIG_STATE_LINE ? "LCS" : "SCS",
             entry->param_config_type == CONFIG_TYPE_PER_LINE ? "line" : "device");
   return TRUE;

@@ -2,16 +2,16 @@
 
 #include <qvr.h>
 
-#include <cstring>
-
 #include "chip/counters.h"
 #include "qvrcli/text/arguments.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
 
 namespace gfast::console {
 
 namespace {
+
+constexpr uint8_t kLabelWidth = 25;
 
 // The blocks of the line and the end last shown.
 GFAST_DERIVED_COUNTERS_S derivedCounters;
@@ -89,14 +89,6 @@ void CLI_printGfastCounters(cli_def* cli) {
               GFAST_DERIVED_COUNTERS_FIELDS);
 }
 
-// A name, blanks up to a common column, the value.
-void printLabelled(cli_def* cli, const char* name, uint32_t value) {
-  constexpr size_t column = 25;
-  const size_t length = std::strlen(name);
-  cli_print(cli, "%s %s %u", name, filler(' ', static_cast<uint8_t>(length < column ? column - length : 0)),
-            value);
-}
-
 }  // namespace
 
 int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
@@ -134,7 +126,8 @@ int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char
     cli_print(cli, "CLI_showRemoteManagemenCounters failed (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-#define PRINT_LABELLED(field) printLabelled(cli, #field, counters.field);
+  const LabelledLines lines(cli, kLabelWidth);
+#define PRINT_LABELLED(field) lines.print(#field, counters.field);
   G9701_MANAGEMENT_COUNTERS_FIELDS(PRINT_LABELLED, PRINT_LABELLED)
 #undef PRINT_LABELLED
   return CLI_OK;
@@ -151,12 +144,13 @@ int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[
     cli_print(cli, "CLI_showPMDTestParameters failed (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-  printLabelled(cli, "SNRM", parameters.SNRM);
-  printLabelled(cli, "ATTNDR", parameters.ATTNDR);
-  printLabelled(cli, "nearEnd_ACTATP", parameters.nearEnd_ACTATP);
-  printLabelled(cli, "farEnd_INP_act_shine", parameters.farEnd_INP_act_shine);
-  printLabelled(cli, "farEnd_actualSNRM_RMC", parameters.farEnd_actualSNRM_RMC);
-  printLabelled(cli, "RXpower_dBm_DS", parameters.RXpower_dBm_DS);
+  const LabelledLines lines(cli, kLabelWidth);
+  lines.print("SNRM", parameters.SNRM);
+  lines.print("ATTNDR", parameters.ATTNDR);
+  lines.print("nearEnd_ACTATP", parameters.nearEnd_ACTATP);
+  lines.print("farEnd_INP_act_shine", parameters.farEnd_INP_act_shine);
+  lines.print("farEnd_actualSNRM_RMC", parameters.farEnd_actualSNRM_RMC);
+  lines.print("RXpower_dBm_DS", parameters.RXpower_dBm_DS);
   return CLI_OK;
 }
 

@@ -1,29 +1,22 @@
 #include "qvrcli/counters/performance_commands.h"
 
-#include <string>
+#include <fmt/format.h>
+
+#include <string_view>
 
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/text/arguments.h"
-#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/labelled_lines.h"
 
 namespace gfast::console {
 
 namespace {
 
-constexpr size_t kLabelWidth = 20;
+constexpr uint8_t kLabelWidth = 20;
 
-// A label with its padding.
-std::string padded(const std::string& label) {
-  const size_t width = label.size() < kLabelWidth ? kLabelWidth - label.size() : 0;
-  return label + ' ' + filler(' ', static_cast<uint8_t>(width));
-}
-
-void printNumber(cli_def* session, const std::string& label, uint32_t value) {
-  cli_print(session, "%s %1d", padded(label).c_str(), static_cast<int>(value));
-}
-
-void printText(cli_def* session, const std::string& label, const char* text) {
-  cli_print(session, "%s %s", padded(label).c_str(), text);
+// A counter beyond 31 bits shows as a negative number.
+void printCount(const LabelledLines& lines, std::string_view label, uint32_t value) {
+  lines.print(label, static_cast<int32_t>(value));
 }
 
 // A counter of a group under the name it is shown by.
@@ -34,14 +27,11 @@ struct Shown {
 };
 
 template <typename Group, size_t Count>
-void printGroup(cli_def* session, const char* prefix, const Shown<Group> (&rows)[Count], const Group& group) {
+void printGroup(cli_def* session, bool nearEnd, const Shown<Group> (&rows)[Count], const Group& group) {
+  const LabelledLines lines(session, kLabelWidth);
   for (const Shown<Group>& row : rows) {
-    printNumber(session, std::string(prefix) + row.name, group.*row.counter);
+    printCount(lines, fmt::format("{}-{}", nearEnd ? "NE" : "FE", row.name), group.*row.counter);
   }
-}
-
-constexpr const char* prefixOf(bool nearEnd) {
-  return nearEnd ? "NE-" : "FE-";
 }
 
 using Line = QVR_linePerformance_t;
@@ -114,8 +104,9 @@ bool isInvalid(const QVR_performanceCounterDB_t& counters) {
   return counters.linePerformanceCounters.timeInterval.INVALID != FALSE;
 }
 
-void printInvalid(cli_def* session, bool invalid) {
-  cli_print(session, "\n%s %s", padded("INVALID:").c_str(), invalid ? "T" : "F");
+void printInvalid(const LabelledLines& lines, bool invalid) {
+  lines.heading("");
+  lines.printFlag("INVALID:", invalid);
 }
 
 // The optional line; false after a message.
@@ -171,11 +162,12 @@ constexpr History kQuarterHours{QVR_numberOf15minHistoryIntervals, QVR_getPrev15
 constexpr History kDays{QVR_numberOf24hrHistoryIntervals, QVR_getPrev24hrCounters, true};
 
 void printInterval(cli_def* session, const QVR_intervalLinkCounterDB_t& interval, bool nearEndFirst) {
-  printNumber(session, "collection time:", interval.collectionTime);
-  printText(session, "timestamp:", interval.timestampString);
-  printInvalid(session, isInvalid(nearEndFirst ? interval.neCounters : interval.feCounters));
+  const LabelledLines lines(session, kLabelWidth);
+  printCount(lines, "collection time:", interval.collectionTime);
+  lines.print("timestamp:", interval.timestampString);
+  printInvalid(lines, isInvalid(nearEndFirst ? interval.neCounters : interval.feCounters));
   printEnd(session, interval.neCounters, true);
-  printInvalid(session, isInvalid(interval.feCounters));
+  printInvalid(lines, isInvalid(interval.feCounters));
   printEnd(session, interval.feCounters, false);
 }
 
@@ -213,30 +205,31 @@ int showCount(cli_def* session, char* argv[], int argc, const History& history) 
 }  // namespace
 
 void CLI_printLinePerformanceCounters(cli_def* session, const QVR_linePerformance_t& counters, bool nearEnd) {
-  printGroup(session, prefixOf(nearEnd), kLineCounters, counters);
+  printGroup(session, nearEnd, kLineCounters, counters);
   if (nearEnd) {
-    printGroup(session, prefixOf(nearEnd), kNearLineCounters, counters);
+    printGroup(session, nearEnd, kNearLineCounters, counters);
   }
 }
 
 void CLI_printChannelPerformanceCounters(cli_def* session, const QVR_ChannelPerformance_t& counters,
                                          bool nearEnd) {
-  printGroup(session, prefixOf(nearEnd), kChannelCounters, counters);
+  printGroup(session, nearEnd, kChannelCounters, counters);
 }
 
 void CLI_printPerformanceMonitoringCounters(cli_def* session, const G9972_PM_COUNTERS_S& counters) {
-  printGroup(session, prefixOf(true), kNearBlock, counters.ne);
+  printGroup(session, true, kNearBlock, counters.ne);
   printBlank(session);
-  printGroup(session, prefixOf(false), kFarBlock, counters.fe);
+  printGroup(session, false, kFarBlock, counters.fe);
 }
 
 BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* interval) {
-  printNumber(cli, "Line", static_cast<uint32_t>(lineId));
-  cli_print(cli, "%s %u", padded("intervalNumber").c_str(), interval->intervalNumber);
-  printText(cli, "neCounters", isInvalid(interval->neCounters) ? "INVALID" : "VALID");
-  printText(cli, "feCounters", isInvalid(interval->feCounters) ? "INVALID" : "VALID");
-  printNumber(cli, "collectionTime", interval->collectionTime);
-  printText(cli, "timestamp", interval->timestampString);
+  const LabelledLines lines(cli, kLabelWidth);
+  lines.print("Line", lineId);
+  lines.print("intervalNumber", interval->intervalNumber);
+  lines.print("neCounters", isInvalid(interval->neCounters) ? "INVALID" : "VALID");
+  lines.print("feCounters", isInvalid(interval->feCounters) ? "INVALID" : "VALID");
+  printCount(lines, "collectionTime", interval->collectionTime);
+  lines.print("timestamp", interval->timestampString);
   printEnd(cli, interval->neCounters, true);
   printBlank(cli);
   printEnd(cli, interval->feCounters, false);

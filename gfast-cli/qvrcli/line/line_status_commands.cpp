@@ -1,13 +1,12 @@
 #include "qvrcli/line/line_status_commands.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "qvrcli/config/config_text.h"
 #include "qvrcli/events/events.h"
 #include "qvrcli/text/arguments.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
 #include "qvrcli/text/link_states.h"
 
 namespace gfast::console {
@@ -15,35 +14,11 @@ namespace gfast::console {
 namespace {
 
 constexpr int kNotRead = 1;
-constexpr size_t kStatusLabelWidth = 20;
-constexpr size_t kChannelLabelWidth = 15;
+constexpr uint8_t kStatusLabelWidth = 20;
+constexpr uint8_t kChannelLabelWidth = 15;
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
 constexpr size_t kTheLine = 0;  // a device carries one
-
-// A label, blanks up to a common column, the value.
-template <size_t Width>
-class Labelled {
- public:
-  explicit Labelled(cli_def* cli) : cli_(cli) {}
-
-  void number(const char* label, int value) const {
-    cli_print(cli_, "%s %s %d", label, blanks(label), value);
-  }
-  void unsignedNumber(const char* label, uint32_t value) const {
-    cli_print(cli_, "%s %s %u", label, blanks(label), value);
-  }
-  void text(const char* label, const char* value) const {
-    cli_print(cli_, "%s %s %s", label, blanks(label), value);
-  }
-
- private:
-  static const char* blanks(const char* label) {
-    return filler(' ', static_cast<uint8_t>(Width - std::strlen(label)));
-  }
-
-  cli_def* cli_;
-};
 
 int printLineState(cli_def* cli, QVR_lineId_t line) {
   const QVR_deviceId_t device = QVR_deviceIdforLine(line);
@@ -60,35 +35,35 @@ int printLineState(cli_def* cli, QVR_lineId_t line) {
 }
 
 void printStatus(cli_def* cli, const QVR_lineStatus_t& status) {
-  const Labelled<kStatusLabelWidth> show(cli);
-  show.number("INITSFCAUSE", static_cast<int>(status.INITSFCAUSE));
-  show.number("INITLASTSIGNALds", status.INITLASTSIGNALds);
-  show.number("INITLASTSIGNALus", status.INITLASTSIGNALus);
-  show.text("LINK_STATE", status.LINK_STATE == G9972_LINK_STATE_L3 ? "L3" : "L0N");
-  show.number("SNRMds", status.SNRMds);
-  show.number("SNRMus", status.SNRMus);
-  show.number("UPBOKLE", status.UPBOKLE);
-  show.number("UPBOKLE-R", status.UPBOKLE_R);
-  show.number("ACTATPds", status.ACTATPds);
-  show.number("ACTATPus", status.ACTATPus);
-  show.number("SNRM_RMCds", status.SNRM_RMCds);
-  show.number("SNRM_RMCus", status.SNRM_RMCus);
+  const LabelledLines lines(cli, kStatusLabelWidth);
+  lines.print("INITSFCAUSE", static_cast<int>(status.INITSFCAUSE));
+  lines.print("INITLASTSIGNALds", status.INITLASTSIGNALds);
+  lines.print("INITLASTSIGNALus", status.INITLASTSIGNALus);
+  lines.print("LINK_STATE", status.LINK_STATE == G9972_LINK_STATE_L3 ? "L3" : "L0N");
+  lines.print("SNRMds", status.SNRMds);
+  lines.print("SNRMus", status.SNRMus);
+  lines.print("UPBOKLE", status.UPBOKLE);
+  lines.print("UPBOKLE-R", status.UPBOKLE_R);
+  lines.print("ACTATPds", status.ACTATPds);
+  lines.print("ACTATPus", status.ACTATPus);
+  lines.print("SNRM_RMCds", status.SNRM_RMCds);
+  lines.print("SNRM_RMCus", status.SNRM_RMCus);
   for (int copy = 0; copy < 2; copy++) {  // scripts count on both
-    show.number("EWL", static_cast<int>(status.EWL));
+    lines.print("EWL", static_cast<int>(status.EWL));
   }
-  show.number("DTAMds", status.DTAMds);
-  show.number("DTAMdsEVTCNT", static_cast<int>(status.DTAMdsEVTCNT));
+  lines.print("DTAMds", status.DTAMds);
+  lines.print("DTAMdsEVTCNT", static_cast<int>(status.DTAMdsEVTCNT));
 }
 
 void printChannel(cli_def* cli, const QVR_channelStatus_t& status) {
-  const Labelled<kChannelLabelWidth> show(cli);
-  show.unsignedNumber("NDR", status.NDR);
-  show.unsignedNumber("ETR", status.ETR);
-  show.unsignedNumber("GDR", status.GDR);
-  show.unsignedNumber("ATTNDR", status.ATTNDR);
-  show.unsignedNumber("DTU_NFEC", status.DTU_NFEC);
-  show.unsignedNumber("DTU_RFEC", status.DTU_RFEC);
-  show.unsignedNumber("DTU_Q", status.DTU_Q);
+  const LabelledLines lines(cli, kChannelLabelWidth);
+  lines.print("NDR", status.NDR);
+  lines.print("ETR", status.ETR);
+  lines.print("GDR", status.GDR);
+  lines.print("ATTNDR", status.ATTNDR);
+  lines.print("DTU_NFEC", status.DTU_NFEC);
+  lines.print("DTU_RFEC", status.DTU_RFEC);
+  lines.print("DTU_Q", status.DTU_Q);
 }
 
 }  // namespace

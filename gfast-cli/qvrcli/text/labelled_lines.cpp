@@ -19,7 +19,7 @@ void LabelledLines::heading(const char* text) const {
   if (file_ != nullptr) {
     std::fputs(text, file_);
   } else {
-    cli_print(cli_, "%s", text);
+    cli_print(session_, "%s", text);
   }
 }
 
@@ -30,7 +30,7 @@ void LabelledLines::printArguments(std::string_view label, fmt::string_view form
   if (file_ != nullptr) {
     std::fprintf(file_, "%s\n", line.c_str());
   } else {
-    cli_print(cli_, "%s", line.c_str());
+    cli_print(session_, "%s", line.c_str());
   }
 }
 

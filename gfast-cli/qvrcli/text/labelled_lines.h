@@ -19,12 +19,12 @@ class LabelledLines {
  public:
   // Label and padding together take `width` characters. A session ends each line by itself; in a file the
   // line end is written.
-  LabelledLines(cli_def* cli, uint8_t width) : cli_(cli), width_(width) {}
+  LabelledLines(cli_def* session, uint8_t width) : session_(session), width_(width) {}
   LabelledLines(FILE* file, uint8_t width) : file_(file), width_(width) {}
 
   // A number in decimal, or a text.
   template <typename Value>
-  void print(std::string_view label, const Value& value) const {
+  void print(std::string_view label, Value value) const {
     printAs(label, "{}", value);
   }
 
@@ -44,7 +44,7 @@ class LabelledLines {
  private:
   void printArguments(std::string_view label, fmt::string_view format, fmt::format_args values) const;
 
-  cli_def* cli_ = nullptr;
+  cli_def* session_ = nullptr;
   FILE* file_ = nullptr;
   uint8_t width_;
 };

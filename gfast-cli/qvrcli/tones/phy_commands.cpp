@@ -4,16 +4,17 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "qvrcli/text/arguments.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
 #include "qvrcli/text/table_output.h"
 
 namespace gfast::console {
 
 namespace {
+
+constexpr uint8_t kLabelWidth = 20;
 
 // The tables last shown, as the end that was asked for has them.
 QVR_BLT_t sentBits;
@@ -33,12 +34,6 @@ bool parseSide(cli_def* cli, char* argv[], int argc, Side* side) {
     return false;
   }
   return true;
-}
-
-// Blanks behind a label up to the common column of the values.
-const char* fillBehind(const char* label) {
-  constexpr size_t width = 20;
-  return filler(' ', static_cast<uint8_t>(width - std::min(width, std::strlen(label))));
 }
 
 // The lowest subcarrier of a set.
@@ -141,9 +136,10 @@ int CLI_showPhyParams(cli_def* cli, const char* /*command*/, char* argv[], int a
   }
   QVR_linePhyParams_t tones{};
   if (readTable(cli, "PHY params", QVR_getLinePhyParams(lineId, &tones))) {
-    cli_print(cli, "\nfirstTone %s %d", fillBehind("firstTone"), static_cast<int>(tones.firstTone));
-    cli_print(cli, "numProcessedTones %s %d", fillBehind("numProcessedTones"),
-              static_cast<int>(tones.numProcessedTones));
+    const LabelledLines lines(cli, kLabelWidth);
+    lines.heading("");
+    lines.print("firstTone", static_cast<int>(tones.firstTone));
+    lines.print("numProcessedTones", static_cast<int>(tones.numProcessedTones));
   }
   return CLI_OK;
 }
@@ -164,8 +160,10 @@ int CLI_showAfeParams(cli_def* cli, const char* /*command*/, char* argv[], int a
     } else if (allLines) {
       cli_print(cli, "Line[%02d] %.5f %d", line, frontEnd.rxGain, aceOnOff());
     } else {
-      cli_print(cli, "\nRxGain %s %.5f", fillBehind("RxGain"), frontEnd.rxGain);
-      cli_print(cli, "aceOnOff %s %d", fillBehind("aceOnOff"), aceOnOff());
+      const LabelledLines lines(cli, kLabelWidth);
+      lines.heading("");
+      lines.printAs("RxGain", "{:.5f}", frontEnd.rxGain);
+      lines.print("aceOnOff", aceOnOff());
     }
   }
   return CLI_OK;
