@@ -2,7 +2,7 @@
 
 #include "qvrcli/config/config_members.h"
 #include "qvrcli/config/config_text.h"
-#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/argument_reader.h"
 
 namespace gfast::console {
 
@@ -36,8 +36,9 @@ int CLI_setDefaultConfigParams(cli_def* /*cli*/, const char* /*command*/, char* 
 }
 
 int CLI_saveLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (!words.refused()) {
     QVR_lineConfig_t current{};
     QVR_getLineConfig(line, &current);
     QVR_setLineConfig(line, &configParams);
@@ -51,8 +52,9 @@ int CLI_showConfigParams(cli_def* cli, const char* /*command*/, char* /*argv*/[]
 }
 
 int CLI_getConfigParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   if (QVR_STATUS_ERROR(QVR_getLineConfig(line, &configParams))) {

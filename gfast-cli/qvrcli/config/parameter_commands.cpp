@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/hexadecimal.h"
 #include "qvrcli/text/labelled_lines.h"
-#include "qvrcli/text/line_argument.h"
 
 namespace gfast::console {
 
@@ -63,8 +63,9 @@ int CLI_showDictionary(cli_def* cli, const char* /*command*/, char* /*argv*/[], 
 }
 
 int CLI_showParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   listingTo = cli;

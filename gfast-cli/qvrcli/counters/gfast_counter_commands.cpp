@@ -3,9 +3,8 @@
 #include <qvr.h>
 
 #include "chip/counters.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/labelled_lines.h"
-#include "qvrcli/text/line_argument.h"
 
 namespace gfast::console {
 
@@ -20,8 +19,6 @@ GFAST_FRAMER_RAW_COUNTERS_S framerRawCounters;
 GFAST_FDU_INIT_COUNTERS_S fduInitCounters;
 GFAST_FDU_RAW_COUNTERS_S fduRawCounters;
 
-enum class Side { kNear, kFar };
-
 // Zero is what a block shows that cannot be read: what was there before may be another line's.
 void clearBlocks() {
   derivedCounters = {};
@@ -32,9 +29,9 @@ void clearBlocks() {
 }
 
 // All five are tried; the last read's result is the result.
-QVR_retval_t readBlocks(QVR_lineId_t line, Side side) {
+QVR_retval_t readBlocks(QVR_lineId_t line, End end) {
   clearBlocks();
-  if (side == Side::kNear) {
+  if (end == End::kNear) {
     QVR_readGfastDerivedCounters(line, &derivedCounters);
     QVR_readGfastFramerInitCounters(line, &framerInitCounters);
     QVR_readGfastFramerRawCounters(line, &framerRawCounters);
@@ -92,22 +89,17 @@ void CLI_printGfastCounters(cli_def* cli) {
 }  // namespace
 
 int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!isValidLineId(argv[0], &lineId)) {
-    cli_print(cli, "invalid line number");
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0, "invalid line number");
+  const End end =
+      words.end(1, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
+  if (words.refused()) {
     return CLI_OK;
   }
-  Side side = Side::kNear;
-  if (argc > 1 && isKeyword(argv[1], "fe")) {
-    side = Side::kFar;
-  } else if (argc > 1 && !isKeyword(argv[1], "ne")) {
-    cli_print(cli, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
-    return CLI_OK;
-  }
-  const QVR_retval_t status = readBlocks(lineId, side);
+  const QVR_retval_t status = readBlocks(line, end);
   if (QVR_STATUS_OK(status)) {
     CLI_printGfastCounters(cli);
-  } else if (side == Side::kNear) {
+  } else if (end == End::kNear) {
     cli_print(cli, "QVR_readGfastCounters failed");
   } else {
     cli_print(cli, "QVR_readGfastCounters failed (%d)", static_cast<int>(status));
@@ -116,12 +108,13 @@ int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], i
 }
 
 int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, argc, &lineId)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9701_ManagementCounters_t counters;
-  const QVR_retval_t status = QVR_readFarEndFTUmanagementCounters(lineId, &counters);
+  const QVR_retval_t status = QVR_readFarEndFTUmanagementCounters(line, &counters);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "CLI_showRemoteManagemenCounters failed (%d)", static_cast<int>(status));
     return CLI_OK;
@@ -134,12 +127,13 @@ int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char
 }
 
 int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, argc, &lineId)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9701_PMDTestParameters_t parameters;
-  const QVR_retval_t status = QVR_readFarEndPMDTestParameters(lineId, &parameters);
+  const QVR_retval_t status = QVR_readFarEndPMDTestParameters(line, &parameters);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "CLI_showPMDTestParameters failed (%d)", static_cast<int>(status));
     return CLI_OK;

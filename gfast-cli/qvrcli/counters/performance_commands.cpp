@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "qvrcli/qvrcli.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/labelled_lines.h"
 
 namespace gfast::console {
@@ -109,26 +109,9 @@ void printInvalid(const LabelledLines& lines, bool invalid) {
   lines.printFlag("INVALID:", invalid);
 }
 
-// The optional line; false after a message.
-bool parseLine(cli_def* session, char* argv[], int argc, int* lineId) {
-  if (argc == 0 || isValidLineId(argv[0], lineId)) {
-    return true;
-  }
-  cli_print(session, "invalid line number");
-  return false;
-}
-
-// The optional end. What is neither is said so, and counts as the near end.
-bool parseNearEnd(cli_def* session, char* argv[], int argc) {
-  if (argc < 2 || isKeyword(argv[1], "ne")) {
-    return true;
-  }
-  if (isKeyword(argv[1], "fe")) {
-    return false;
-  }
-  cli_print(session, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
-  return true;
-}
+constexpr Refusal kNoSuchLineNumber = "invalid line number";
+constexpr Refusal kNoSuchEnd =
+    "parameter must be curr or prev";  // names the wrong choices; scripts look for it
 
 template <typename Counters>
 using Reader = QVR_retval_t (*)(QVR_lineId_t, Counters*);
@@ -136,13 +119,14 @@ using Reader = QVR_retval_t (*)(QVR_lineId_t, Counters*);
 template <typename Counters>
 int showCurrent(cli_def* session, char* argv[], int argc, Reader<Counters> readNear, Reader<Counters> readFar,
                 void (*print)(cli_def*, const Counters&, bool)) {
-  int lineId = 0;
-  if (!parseLine(session, argv, argc, &lineId)) {
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  const bool nearEnd = words.end(1, kNoSuchEnd, OtherWord::kNearEnd) == End::kNear;
+  if (words.refused()) {
     return CLI_OK;
   }
-  const bool nearEnd = parseNearEnd(session, argv, argc);
   Counters counters{};
-  if (QVR_STATUS_ERROR((nearEnd ? readNear : readFar)(lineId, &counters))) {
+  if (QVR_STATUS_ERROR((nearEnd ? readNear : readFar)(line, &counters))) {
     cli_print(session, "QVR_readGfastCounters failed");
   } else {
     print(session, counters, nearEnd);
@@ -172,21 +156,15 @@ void printInterval(cli_def* session, const QVR_intervalLinkCounterDB_t& interval
 }
 
 int showInterval(cli_def* session, char* argv[], int argc, const History& history) {
-  int lineId = 0;
-  if (!parseLine(session, argv, argc, &lineId)) {
+  constexpr Refusal noSuchInterval = "Invalid interval number 0\n";  // whichever was typed
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  const int interval = words.number(1, 0, history.count(line) - 1, noSuchInterval, 0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  int interval = 0;
-  int typed = 0;
-  if (argc > 1) {
-    if (!isValidNumber(argv[1], 0, history.count(lineId) - 1, &typed)) {
-      cli_print(session, "Invalid interval number %1d\n", interval);  // not the one that was typed
-      return CLI_OK;
-    }
-    interval = typed;
-  }
   QVR_intervalLinkCounterDB_t counters{};
-  if (QVR_STATUS_ERROR(history.get(lineId, static_cast<int8_t>(interval), &counters))) {
+  if (QVR_STATUS_ERROR(history.get(line, static_cast<int8_t>(interval), &counters))) {
     cli_print(session, "Failed to get previous counters for interval %d", interval);
   } else {
     printInterval(session, counters, history.nearEndFirst);
@@ -195,9 +173,10 @@ int showInterval(cli_def* session, char* argv[], int argc, const History& histor
 }
 
 int showCount(cli_def* session, char* argv[], int argc, const History& history) {
-  int lineId = 0;
-  if (parseLine(session, argv, argc, &lineId)) {
-    cli_print(session, "%1d", history.count(lineId));
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  if (!words.refused()) {
+    cli_print(session, "%1d", history.count(line));
   }
   return CLI_OK;
 }
@@ -238,12 +217,13 @@ BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* i
 }
 
 int CLI_showPerformanceMonitoringCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!parseLine(session, argv, argc, &lineId)) {
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9972_PM_COUNTERS_S counters{};
-  const QVR_retval_t status = QVR_readPerformanceMonitoringCounters(lineId, &counters);
+  const QVR_retval_t status = QVR_readPerformanceMonitoringCounters(line, &counters);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(session, "QVR_readPerformanceMonitoringCounters failed (%d)", static_cast<int>(status));
   } else {
@@ -279,9 +259,11 @@ int CLI_showNumberOf24hrIntervals(cli_def* session, const char* /*command*/, cha
 }
 
 int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 1;  // without a line it always was this one, whatever the usage line says
-  if (parseLine(session, argv, argc, &lineId)) {
-    QVR_dump15minCounterHistoryDB(lineId, CLI_printCounterHistory);
+  constexpr QVR_lineId_t otherwise = 1;  // whatever the usage line says: scripts count on it
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber, otherwise);
+  if (!words.refused()) {
+    QVR_dump15minCounterHistoryDB(line, CLI_printCounterHistory);
   }
   return CLI_OK;
 }

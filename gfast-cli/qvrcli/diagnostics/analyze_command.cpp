@@ -7,7 +7,7 @@
 
 #include "qvrcli/diagnostics/crash_dump.h"
 #include "qvrcli/diagnostics/device_info_text.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/text_files.h"
 
@@ -57,12 +57,14 @@ bool writeAnalysis(const char* path, const DEV_INF_S* devices, const CLI_leading
 }  // namespace
 
 int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int addressesPerLine = 0;
-  if (!isValidNumber(argv[0], 1, 4, &addressesPerLine)) {
-    cli_print(cli, "number-of-addresses-per-line must be between 1 and 4");
+  ArgumentReader words(cli, argv, argc);
+  const int addressesPerLine =
+      words.number(0, 1, 4, "number-of-addresses-per-line must be between 1 and 4", 0);
+  const char* const filename = words.text(1, "");
+  const char* const report = words.text(2, nullptr);
+  if (words.refused()) {
     return CLI_OK;
   }
-  const char* const filename = argc > 1 ? argv[1] : "";
   DEV_INF_S devices[QVR_K_MAX_DEVICES] = {};
   if (!loadDeviceInfoFromFile(filename, devices, addressesPerLine)) {
     cli_print(cli, "Failed loading device information from file %s", filename);
@@ -70,10 +72,10 @@ int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], in
   }
   CLI_leadingAssert_t assertion;
   findLeadingAssert(devices, &assertion);
-  if (argc < 3) {
+  if (report == nullptr) {
     printAnalysis(cli, devices, assertion);
-  } else if (!writeAnalysis(argv[2], devices, assertion)) {
-    cli_print(cli, "Failed writing file %s (%s)", argv[2], std::strerror(errno));
+  } else if (!writeAnalysis(report, devices, assertion)) {
+    cli_print(cli, "Failed writing file %s (%s)", report, std::strerror(errno));
   }
   return CLI_OK;
 }

@@ -7,7 +7,7 @@
 #include "qvrcli/diagnostics/diagnostics_commands.h"
 #include "qvrcli/events/events.h"
 #include "qvrcli/session/session_stream.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 
 namespace gfast::console {
 
@@ -37,9 +37,9 @@ void logFor(cli_def* cli, int seconds) {
 }  // namespace
 
 int CLI_startLogging(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int seconds = 0;
-  if (argc > 0 && !isValidNumber(argv[0], 0, std::numeric_limits<int>::max(), &seconds)) {
-    cli_print(cli, "Invalid seconds counter");
+  ArgumentReader words(cli, argv, argc);
+  const int seconds = words.number(0, 0, std::numeric_limits<int>::max(), "Invalid seconds counter", 0);
+  if (words.refused()) {
     return CLI_OK;
   }
   startDelivery(cli);

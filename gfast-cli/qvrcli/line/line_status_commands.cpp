@@ -4,9 +4,8 @@
 
 #include "qvrcli/config/config_text.h"
 #include "qvrcli/events/events.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/labelled_lines.h"
-#include "qvrcli/text/line_argument.h"
 #include "qvrcli/text/link_states.h"
 
 namespace gfast::console {
@@ -75,8 +74,9 @@ QVR_lineId_t numberOfLinesFound() {
 }
 
 int CLI_showLineState(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t first = 0;
-  if (!takeLine(cli, argv, argc, &first)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t first = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   const QVR_lineId_t end = argc > 0 ? first + 1 : numberOfLinesFound();
@@ -88,8 +88,9 @@ int CLI_showLineState(cli_def* cli, const char* /*command*/, char* argv[], int a
 }
 
 int CLI_showLineStatus(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_lineStatus_t status{};
@@ -103,8 +104,9 @@ int CLI_showLineStatus(cli_def* cli, const char* /*command*/, char* argv[], int 
 }
 
 int CLI_showLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_lineConfig_t config{};
@@ -117,19 +119,15 @@ int CLI_showLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int 
 }
 
 int CLI_showChannelStatus(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  const Direction direction = words.direction(1, "show channel-status [<line-id>] [(us | ds)]");
+  if (words.refused()) {
     return CLI_OK;
   }
-  const bool downstream = argc > 1 && isKeyword(argv[1], "ds");
-  if (argc > 1 && !downstream && !isKeyword(argv[1], "us")) {
-    cli_print(cli, "show channel-status [<line-id>] [(us | ds)]");
-    return CLI_OK;
-  }
+  const auto read = direction == Direction::kDownstream ? QVR_getChannelStatusds : QVR_getChannelStatusus;
   QVR_channelStatus_t status{};
-  const QVR_retval_t result =
-      downstream ? QVR_getChannelStatusds(line, &status) : QVR_getChannelStatusus(line, &status);
-  if (QVR_STATUS_ERROR(result)) {
+  if (QVR_STATUS_ERROR(read(line, &status))) {
     cli_print(cli, "QVR_getChannelStatus failed");
     return CLI_OK;
   }
@@ -138,8 +136,9 @@ int CLI_showChannelStatus(cli_def* cli, const char* /*command*/, char* argv[], i
 }
 
 int CLI_showInitFailureCause(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9972_initSuccessFailureCause_t cause = 0;

@@ -5,25 +5,25 @@
 #include <cstring>
 
 #include "qvrcli/diagnostics/diagnostics_commands.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/hexadecimal.h"
 
 namespace gfast::console {
 
 int CLI_setInventory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int deviceId = 0;
-  if (argc > 0 && !isValidDeviceId(argv[0], &deviceId)) {
-    cli_print(cli, "invalid device number %s", argv[0]);
+  ArgumentReader words(cli, argv, argc);
+  const QVR_deviceId_t device = words.device(0, "invalid device number {}");
+  const char* const vendorId = words.text(1, "");
+  const char* const serialNumber = words.text(2, "");
+  if (words.refused()) {
     return CLI_OK;
   }
-  const char* const vendorId = argc > 1 ? argv[1] : "";
-  const char* const serialNumber = argc > 2 ? argv[2] : "";
   QVR_inventoryParameters_t inventory{};
   toHexNumber(vendorId, sizeof inventory.SYSTEM_VENDOR, reinterpret_cast<uint8_t*>(inventory.SYSTEM_VENDOR));
   std::memcpy(
       inventory.SERIALNR, serialNumber,
       std::min(std::strlen(serialNumber), sizeof inventory.SERIALNR));  // a full field has no terminator
-  const QVR_retval_t status = QVR_setInventoryParams(deviceId, &inventory);
+  const QVR_retval_t status = QVR_setInventoryParams(device, &inventory);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "Failed setting inventory parameters (%1d)", static_cast<int>(status));
   }

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/argument_reader.h"
 
 namespace gfast::console {
 
@@ -49,8 +49,9 @@ void printEnd(cli_def* cli, const QVR_inventoryParameters_t& end) {
 }  // namespace
 
 int CLI_showInventory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_inventoryObject_t inventory{};

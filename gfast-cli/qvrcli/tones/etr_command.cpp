@@ -4,8 +4,8 @@
 
 #include <cmath>
 
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/labelled_lines.h"
-#include "qvrcli/text/line_argument.h"
 
 namespace gfast::console {
 
@@ -71,17 +71,18 @@ void printRates(const LabelledLines& lines, const Rates& rates) {
 
 }  // namespace
 
-int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, 1, &lineId)) {
+int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  if (QVR_isLineUp(lineId) != TRUE) {
-    cli_print(cli, "Line %1d is not in SHOWTIME", lineId);
+  if (QVR_isLineUp(line) != TRUE) {
+    cli_print(cli, "Line %1d is not in SHOWTIME", line);
     return CLI_OK;
   }
   Rates rates;
-  const QVR_retval_t status = readRates(lineId, rates);
+  const QVR_retval_t status = readRates(line, rates);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "Failed getting ETR (%d)", static_cast<int>(status));
     return CLI_OK;
