@@ -86,8 +86,6 @@ void CLI_printGfastCounters(cli_def* cli) {
               GFAST_DERIVED_COUNTERS_FIELDS);
 }
 
-}  // namespace
-
 int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_lineId_t line = words.line(0, "invalid line number");
@@ -146,6 +144,22 @@ int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[
   lines.print("farEnd_actualSNRM_RMC", parameters.farEnd_actualSNRM_RMC);
   lines.print("RXpower_dBm_DS", parameters.RXpower_dBm_DS);
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>,
+         "show gfast-counters <line-id> [(ne | fe)]"),
+    exec("show remote-management-counters", "Show remote FTU management counters for line",
+         CLI_showRemoteManagementCounters, between<0, 1>,
+         "show remote-management-counters [<line-id>] : { 0 }"),
+    exec("show pmd-test-parameters", "Show PMD test parameters for line", CLI_showPMDTestParameters,
+         between<0, 1>, "show pmd-test-parameters [<line-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> gfastCounterCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-#include "qvrcli/qvrcli.h"
+#include "qvrcli/session/interpreter.h"
 #include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/labelled_lines.h"
 
@@ -95,6 +95,25 @@ void printBlank(cli_def* session) {
   cli_print(session, " ");
 }
 
+// The far end has no initialisation counts and no TIGA.
+void CLI_printLinePerformanceCounters(cli_def* session, const QVR_linePerformance_t& counters, bool nearEnd) {
+  printGroup(session, nearEnd, kLineCounters, counters);
+  if (nearEnd) {
+    printGroup(session, nearEnd, kNearLineCounters, counters);
+  }
+}
+
+void CLI_printChannelPerformanceCounters(cli_def* session, const QVR_ChannelPerformance_t& counters,
+                                         bool nearEnd) {
+  printGroup(session, nearEnd, kChannelCounters, counters);
+}
+
+void CLI_printPerformanceMonitoringCounters(cli_def* session, const G9972_PM_COUNTERS_S& counters) {
+  printGroup(session, true, kNearBlock, counters.ne);
+  printBlank(session);
+  printGroup(session, false, kFarBlock, counters.fe);
+}
+
 void printEnd(cli_def* session, const QVR_performanceCounterDB_t& counters, bool nearEnd) {
   CLI_printLinePerformanceCounters(session, counters.linePerformanceCounters, nearEnd);
   CLI_printChannelPerformanceCounters(session, counters.channelPerformanceCounters, nearEnd);
@@ -181,26 +200,7 @@ int showCount(cli_def* session, char* argv[], int argc, const History& history) 
   return CLI_OK;
 }
 
-}  // namespace
-
-void CLI_printLinePerformanceCounters(cli_def* session, const QVR_linePerformance_t& counters, bool nearEnd) {
-  printGroup(session, nearEnd, kLineCounters, counters);
-  if (nearEnd) {
-    printGroup(session, nearEnd, kNearLineCounters, counters);
-  }
-}
-
-void CLI_printChannelPerformanceCounters(cli_def* session, const QVR_ChannelPerformance_t& counters,
-                                         bool nearEnd) {
-  printGroup(session, nearEnd, kChannelCounters, counters);
-}
-
-void CLI_printPerformanceMonitoringCounters(cli_def* session, const G9972_PM_COUNTERS_S& counters) {
-  printGroup(session, true, kNearBlock, counters.ne);
-  printBlank(session);
-  printGroup(session, false, kFarBlock, counters.fe);
-}
-
+// One interval of the history to the session, for a walk through all of it; TRUE, so that it goes on.
 BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* interval) {
   const LabelledLines lines(cli, kLabelWidth);
   lines.print("Line", lineId);
@@ -266,6 +266,33 @@ int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, ch
     QVR_dump15minCounterHistoryDB(line, CLI_printCounterHistory);
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show pm-counters", "Show performance monitoring counters for line",
+         CLI_showPerformanceMonitoringCounters, exactly<1>, "show pm-counters <line-id>"),
+    exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
+         "show 15min-counters [<line-id>] [interval]"),
+    exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
+         "show 24hr-counters [<line-id>] [interval]"),
+    exec("show line performance-counters", "Show (near-end) line performance counters",
+         CLI_showLinePerformanceCounters, between<0, 2>,
+         "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
+    exec("show channel performance-counters", "Show (near-end) line performance counters",
+         CLI_showChannelPerformanceCounters, between<1, 2>,
+         "show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }"),
+    exec("show number 15min-intervals", "Show number of 15 minute history intervals",
+         CLI_showNumberOf15minIntervals, between<0, 1>, "show number 15min-intervals [<line-id>]"),
+    exec("show number 24hr-intervals", "Show number of 24 hour history intervals",
+         CLI_showNumberOf24hrIntervals, between<0, 1>, "show number 24hr-intervals [<line-id>]"),
+    exec("dump 15min-history", "Dump the 15-minute counter history database", CLI_dump15minCountersHistoryDB,
+         between<0, 1>, "dump 15min-history [<line-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> performanceCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,7 +1,6 @@
 #include "qvrcli/device/device_commands.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/session/session_stream.h"
@@ -84,8 +83,7 @@ QVR_fwState_t bootStage(const char* word) {
   return FW_UNDEFINED;
 }
 
-}  // namespace
-
+// Tells libcli when the data could not be refreshed.
 int CLI_showDeviceInfo(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_deviceId_t device = words.device(0, "invalid device number {}");
@@ -139,13 +137,20 @@ int CLI_restartSystem(cli_def* cli, const char* /*command*/, char* argv[], int a
   return CLI_OK;
 }
 
-int CLI_sleep(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  ArgumentReader words(cli, argv, argc);
-  const int seconds = words.number(0, 1, 86400, "invalid parameter - must enter value between 1..86400", 0);
-  if (!words.refused()) {
-    sleepInSession(cli, std::chrono::seconds(seconds));
-  }
-  return CLI_OK;
+constexpr Command kCommands[] = {
+    exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>,
+         "show device-info [<device-id>]"),
+    exec("restart system", "Restart the system", CLI_restartSystem, between<0, 2>,
+         "restart system [<wait-for-config>] [device-id] : { 0, F }"),
+    exec("rediscover", "Rediscover G.fast devices", CLI_rediscoverDevices, exactly<0>, "rediscover"),
+    exec("reboot", "Reboot device", CLI_rebootDevice, between<0, 2>,
+         "reboot [B0 | B1 | APP] [<device-id>] : { APP, 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> deviceCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,7 +1,8 @@
+#include "qvrcli/device/firmware_commands.h"
+
 #include <cerrno>
 #include <cstring>
 
-#include "qvrcli/device/device_commands.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/argument_reader.h"
 
@@ -50,8 +51,6 @@ int erase(cli_def* cli, char* argv[], int argc, QVR_retval_t (*operation)(QVR_de
   flushSession(cli);
   return report(cli, operation(device), failure);
 }
-
-}  // namespace
 
 int CLI_loadBootloader(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
@@ -106,6 +105,32 @@ int CLI_eraseFirmwareImage(cli_def* cli, const char* /*command*/, char* argv[], 
 
 int CLI_eraseFlash(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return erase(cli, argv, argc, QVR_eraseFlash, "Failed erasing flash");
+}
+
+constexpr Command kCommands[] = {
+    exec("load bootloader", "Erase bootloader from flash", CLI_loadBootloader, between<0, 2>,
+         "load bootloader [<filename>] [<device-id>] : { B1.bin, 0 }"),
+    exec("upgrade bootloader", "Upgrade bootloader", CLI_upgradeBootloader, between<0, 2>,
+         "upgrade-bootloader [<filename>] [<device-id>] : { B1.bin 0 } "),
+    exec("upgrade manufacturer-block", "Upgrade manufacturer block", CLI_upgradeManufacturerBlock,
+         between<0, 2>,
+         "upgrade manufacturer-block [<filename>] [<device-id>] : { ManufacturerBlock_DP.bin, 0 }"),
+    exec("upgrade firmware", "Upgrade firmware image", CLI_upgradeFirmwareImage, between<0, 2>,
+         "upgrade firmware-image [<filename>] [<device-id>] : { triplet_dp_2_94.bin, 0 }"),
+    exec("erase bootloader", "Erase bootloader from flash", CLI_eraseBootloader, between<0, 1>,
+         "erase bootloader [<device-id>] : { 0 }"),
+    exec("erase manufacturer-block", "Erase manufacturer block from flash", CLI_eraseManufacturerBlock,
+         between<0, 1>, "erase manufacturer-block [<device-id>] : { 0 }"),
+    exec("erase firmware", "Erase firmware image from flash", CLI_eraseFirmwareImage, between<0, 1>,
+         "erase firmware [<device-id>] : { 0 }"),
+    exec("erase flash", "Erase entire flash", CLI_eraseFlash, between<0, 1>,
+         "erase flash [<device-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> firmwareCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,6 +1,7 @@
+#include "qvrcli/device/memory_commands.h"
+
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
 #include <string>
@@ -8,7 +9,6 @@
 #include <vector>
 
 #include "chip/boot_register.h"
-#include "qvrcli/device/device_commands.h"
 #include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/arguments.h"
 #include "std/byte_order.h"
@@ -84,8 +84,6 @@ bool parseData(cli_def* cli, const char* text, std::vector<uint8_t>& bytes) {
   return parseBytes(cli, text, bytes);
 }
 
-}  // namespace
-
 int CLI_readMemory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const uint32_t address = words.hexadecimal(1, "readmem invalid memaddr ({})");
@@ -137,6 +135,21 @@ int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int arg
     cli_print(cli, "writemem Failed (%1d)", static_cast<int>(status));
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("read memory", "Read memory from device", CLI_readMemory, between<3, 4>,
+         "read memory <device-id | line-id> <address> <length> [(ne | fe)]"),
+    exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>,
+         "read sbr <device-id> [ 0 ]"),
+    exec("write memory", "Write to device memory", CLI_writeMemory, atLeast<4>,
+         "write memory <device-id> <address> <length> <data> : data either at xx:xx:xx... or hex value"),
+};
+
+}  // namespace
+
+std::span<const Command> memoryCommands() {
+  return kCommands;
 }
 
 void dumpMemoryToFile(FILE* file, QVR_deviceId_t deviceId, uint32_t address, uint32_t length) {

@@ -1,3 +1,4 @@
+#include "qvrcli/diagnostics/analyze_command.h"
 
 #include <qvr.h>
 
@@ -54,8 +55,6 @@ bool writeAnalysis(const char* path, const DEV_INF_S* devices, const CLI_leading
   return file.finish();
 }
 
-}  // namespace
-
 int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const int addressesPerLine =
@@ -78,6 +77,17 @@ int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], in
     cli_print(cli, "Failed writing file %s (%s)", report, std::strerror(errno));
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>,
+         "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]"),
+};
+
+}  // namespace
+
+std::span<const Command> analyzeCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -84,8 +84,6 @@ bool succeeded(cli_def* cli, QVR_retval_t status, const char* failure) {
 constexpr const char* kMtprFailure = "Failed in AFE MTPR Performance Test";
 constexpr const char* kLoadFailure = "Failed to load signal from file";
 
-}  // namespace
-
 int CLI_generateRandomSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   const QVR_retval_t status = QVR_generateRandomTxSignal(kFirstTone, kLastTone, QVR_K_SIGNAL_WORDS, txSignal);
   if (succeeded(cli, status, "failed generating random TX signal error")) {
@@ -167,6 +165,31 @@ int CLI_testAfePerformanceMTPRInLoop(cli_def* cli, const char* /*command*/, char
     writeFdSignal(cli, kFdSignalFile);
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>,
+         "test afe-loop <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] : { "
+         "<default-signal>, fdsignal.out } "),
+    exec("test afe-mtpr", "Test MTPR performance", CLI_testAfePerformanceMTPR, between<2, 5>,
+         "test afe-mtpr <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] "
+         "[<mtpr-result-filename>] : { NULL, fdsignal.out mtpr.out } "),
+    exec("test afe-mtpr-loop", "Test MTPR performance in loop", CLI_testAfePerformanceMTPRInLoop,
+         between<2, 4>,
+         "test afe-mtpr-loop <tx-line-id> <rx-line-id> <loop-iterations> [<mtpr-result-filename>] : { 1, "
+         "mtpr.out } "),
+    exec("transmit signal", "Transmit signal", CLI_transmitSignal, between<0, 2>,
+         "transmit signal [<line-id>] [<signal-filename>] : { 0, <default-signal> }"),
+    exec("receive signal", "Receive signal snapshot", CLI_receiveSignal, between<0, 2>,
+         "receive signal [<line-id>] [<fdsignal-filename>] : { 0, fdsignal.out } "),
+    exec("generate signal", "Generate a random signal", CLI_generateRandomSignal, between<0, 1>,
+         "generate signal [<signal-filename>] : { txsignal.dat }"),
+};
+
+}  // namespace
+
+std::span<const Command> signalCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

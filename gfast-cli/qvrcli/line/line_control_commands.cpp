@@ -1,4 +1,5 @@
-#include "qvrcli/device/device_commands.h"
+#include "qvrcli/line/line_control_commands.h"
+
 #include "qvrcli/text/argument_reader.h"
 
 namespace gfast::console {
@@ -20,8 +21,6 @@ int setActivation(cli_def* cli, char* argv[], int argc, BOOL activate) {
   return CLI_OK;
 }
 
-}  // namespace
-
 int CLI_resetLine(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   if (words.is(0, "all")) {
@@ -41,6 +40,21 @@ int CLI_activateLine(cli_def* cli, const char* /*command*/, char* argv[], int ar
 
 int CLI_deactivateLine(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return argc > 0 ? setActivation(cli, argv, argc, FALSE) : CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("restart line", "Restart a G.fast line or all active lines", CLI_resetLine, exactly<1>,
+         "restart line <line-id> | all"),
+    exec("activate line", "Activate a line", CLI_activateLine, exactly<1>,
+         "activate line [<line-id> | all] : { 0 }"),
+    exec("deactivate line", "De-activate a line", CLI_deactivateLine, between<0, 1>,
+         "deactivate line [<line-id> | all] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> lineControlCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -19,6 +19,7 @@ constexpr uint8_t kChannelLabelWidth = 15;
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
 constexpr size_t kTheLine = 0;  // a device carries one
 
+// CLI_ERROR when the line has no device, or when its device does not answer.
 int printLineState(cli_def* cli, QVR_lineId_t line) {
   const QVR_deviceId_t device = QVR_deviceIdforLine(line);
   if (device == QVR_K_DEVICE_NULL) {
@@ -65,14 +66,6 @@ void printChannel(cli_def* cli, const QVR_channelStatus_t& status) {
   lines.print("DTU_Q", status.DTU_Q);
 }
 
-}  // namespace
-
-QVR_lineId_t numberOfLinesFound() {
-  // A device lost and found again counts once more.
-  return static_cast<QVR_lineId_t>(
-      std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES));
-}
-
 int CLI_showLineState(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_lineId_t first = words.line(0);
@@ -103,6 +96,7 @@ int CLI_showLineStatus(cli_def* cli, const char* /*command*/, char* argv[], int 
   return CLI_OK;
 }
 
+// Tells libcli when the configuration could not be read.
 int CLI_showLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_lineId_t line = words.line(0);
@@ -169,6 +163,37 @@ int CLI_showNumberOfLines(cli_def* cli, const char* /*command*/, char* /*argv*/[
 int CLI_showNumberOfReboots(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   cli_print(cli, "%d", rebootCount());
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
+         between<0, 1>, "show init-failure-cause [<lineId>]"),
+    exec("show line state", "Show line state", CLI_showLineState, between<0, 1>,
+         "show line state [<lineId>] : { * all lines }"),
+    exec("show line status", "Show line status information", CLI_showLineStatus, between<0, 1>,
+         "show line status [<lineId>] : { 0 }"),
+    exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>,
+         "show line config [<line-id>] : { 0 }"),
+    exec("show channel status", "Show channel status for line in US or DS direction", CLI_showChannelStatus,
+         between<0, 2>, "show channel status [<line-id>] [us | ds] : { 0, us }"),
+    exec("show number devices", "Show number of discovered G.fast devices", CLI_showNumberOfDevices,
+         exactly<0>, "show number devices"),
+    exec("show number lines", "Show number of G.fast lines", CLI_showNumberOfLines, exactly<0>,
+         "show number lines"),
+    exec("show number reboots", "Show number of reboot notifications", CLI_showNumberOfReboots, exactly<0>,
+         "show number reboots"),
+};
+
+}  // namespace
+
+std::span<const Command> lineStatusCommands() {
+  return kCommands;
+}
+
+QVR_lineId_t numberOfLinesFound() {
+  // A device lost and found again counts once more.
+  return static_cast<QVR_lineId_t>(
+      std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES));
 }
 
 }  // namespace gfast::console

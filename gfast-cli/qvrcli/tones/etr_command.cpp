@@ -69,8 +69,6 @@ void printRates(const LabelledLines& lines, const Rates& rates) {
   lines.print("ETRAVGus", rates.averageUs);
 }
 
-}  // namespace
-
 int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_lineId_t line = words.line(0);
@@ -89,6 +87,17 @@ int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int arg
   }
   printRates(LabelledLines(cli, kLabelWidth), rates);
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>,
+         "show ETR <lineId>"),
+};
+
+}  // namespace
+
+std::span<const Command> etrCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

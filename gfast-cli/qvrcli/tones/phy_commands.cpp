@@ -110,8 +110,6 @@ void printPhyInfo(const TableOutput& out, const PhyInfo& info) {
   }
 }
 
-}  // namespace
-
 int CLI_showPhyParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_lineId_t line = words.line(0);
@@ -176,6 +174,21 @@ int CLI_showPhyInfo(cli_def* cli, const char* /*command*/, char* argv[], int arg
     out.finish();
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show afe-params", "Show AFE parameters for a line or all lines", CLI_showAfeParams, between<0, 2>,
+         "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
+    exec("show phy info", "Show PHY-level information for line", CLI_showPhyInfo, between<0, 3>,
+         "show phy info [<line-id>] [(ne | fe)] [<filename>] : { 0, us <NONE> }"),
+    exec("show phy params", "Show PHY parameters for line", CLI_showPhyParams, between<0, 1>,
+         "show phy params [<line-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> phyCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

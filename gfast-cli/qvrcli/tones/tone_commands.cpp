@@ -90,8 +90,6 @@ int showTable(cli_def* cli, char* argv[], int argc, const ToneTable<Value>& tabl
   return CLI_OK;
 }
 
-}  // namespace
-
 int CLI_showBITSps(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return showTable(cli, argv, argc, kBits);
 }
@@ -128,6 +126,27 @@ int CLI_showSATN(cli_def* cli, const char* /*command*/, char* argv[], int argc) 
   }
   cli_print(cli, "%3.1f", attenuation / 10.0);  // the whole spectrum is one band
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>,
+         "show BITSps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", CLI_showBITSRMCps,
+         between<0, 3>, "show BITS-RMCps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show SNRps", "Show SNR per sub-carrier", CLI_showSNRps, between<0, 3>,
+         "show SNRps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show ALNps", "Show ALN per sub-carrier", CLI_showALNps, between<0, 3>,
+         "show ALNps [<lineId>] [ds | us] [<filename>]: { 0, us, <NONE> }"),
+    exec("show HLOGps", "Show HLOG per sub-carrier", CLI_showHLOGps, between<0, 3>,
+         "show HLOGps [<lineId>] [ds | us] [<filename>]"),
+    exec("show SATN", "Show Signal Attenuation (SATN)", CLI_showSATN, between<0, 2>,
+         "show SATN [<lineId>] [ds | us]"),
+};
+
+}  // namespace
+
+std::span<const Command> toneCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -100,14 +100,25 @@ int showMatrix(cli_def* cli, char* argv[], int argc, const MatrixKind& kind) {
   return CLI_OK;
 }
 
-}  // namespace
-
 int CLI_showCancelerMatrix(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return showMatrix(cli, argv, argc, kCanceler);
 }
 
 int CLI_showPrecoderMatrix(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return showMatrix(cli, argv, argc, kPrecoder);
+}
+
+constexpr Command kCommands[] = {
+    exec("show vectoring canceler", "Show vectoring canceler matrix for a line", CLI_showCancelerMatrix,
+         exactly<2>, "show vectoring canceler <line-id> <filename>"),
+    exec("show vectoring precoder", "Show vectoring precoder matrix for a line", CLI_showPrecoderMatrix,
+         exactly<2>, "show vectoring precoder <line-id> <filename>"),
+};
+
+}  // namespace
+
+std::span<const Command> vectoringCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,4 +1,4 @@
-// An interpreter whose printed lines are kept: without vocabulary, session and chips.
+// An interpreter whose printed lines are kept, without vocabulary, session and chips.
 #pragma once
 
 #include <libcli.h>
