@@ -4,13 +4,12 @@
 
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/events/events.h"
+#include "qvrcli/session/interpreter.h"
 #include "qvrcli/session/interpreter_guard.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/vocabulary/command_tree.h"
 
 namespace gfast::console {
-
-cli_def* cli = nullptr;
 
 namespace {
 

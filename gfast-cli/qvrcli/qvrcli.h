@@ -1,13 +1,10 @@
-// The console's one interpreter and its start.
+// The console's start.
 #pragma once
 
 #include <libcli.h>
 #include <qvr.h>
 
 namespace gfast::console {
-
-// The interpreter QVR_cliInit was given; every handler and event display handler prints through it.
-extern cli_def* cli;
 
 // Dresses the interpreter (banner, prompt, no passwords), registers the vocabulary, starts the library and
 // hooks the console's event handlers. Called once. Always QVR_E_STATUS_OK: without devices it prints a

@@ -5,11 +5,18 @@
 #include <libcli.h>
 #include <qvr.h>
 
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
+
 namespace gfast::console {
 
 // The record being edited: line 0's configuration when the console starts and after a restart of the system.
 // Of the command thread, and kept from one session to the next.
 extern QVR_lineConfig_t configParams;
+
+// The words of configuration mode.
+std::span<const Command> configCommands();
 
 // clang-format off
 

@@ -3,32 +3,25 @@
 #include <cstdio>
 #include <cstring>
 
+#include "qvrcli/session/interpreter.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/hexadecimal.h"
-#include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/labelled_lines.h"
 
 namespace gfast::console {
 
 namespace {
 
-// Where the listing goes: the library's callback carries no context.
-cli_def* listingTo = nullptr;
-
-constexpr size_t kNameWidth = 35;
+constexpr uint8_t kNameWidth = 35;
 
 const char* nameOf(const QVR_paramInfo_t& entry) {
   return QVR_paramName(static_cast<eConstParams>(entry.param_id));
 }
 
-const char* padding(const char* name) {
-  const size_t length = std::strlen(name);
-  return filler(' ', static_cast<uint8_t>(length < kNameWidth ? kNameWidth - length : 0));
-}
-
 BOOL printEntry(uint32_t /*index*/, const QVR_paramInfo_t* entry) {
   const char* const name = nameOf(*entry);
-  cli_print(listingTo, "%3d %3d %s %s %3d %1d [%08X]", entry->param_entry, entry->param_id, name,
-            padding(name), entry->param_offset, entry->param_len, entry->param_address);
+  cli_print(cli, "%3d %3d %s %s %3d %1d [%08X]", entry->param_entry, entry->param_id, name,
+            padding(name, kNameWidth), entry->param_offset, entry->param_len, entry->param_address);
   return TRUE;
 }
 
@@ -53,28 +46,38 @@ BOOL printParameter(uint32_t index, const QVR_paramInfo_t* entry) {
   char text[3 * sizeof value + 1];
   writeValue(*entry, value, text, sizeof text);
   const char* const name = nameOf(*entry);
-  cli_print(listingTo, "%3d %s %s [%08X] %s %s %s", entry->param_id, name, padding(name),
+  cli_print(cli, "%3d %s %s [%08X] %s %s %s", entry->param_id, name, padding(name, kNameWidth),
             entry->param_address, text, entry->param_config_state == CONFIG_STATE_LINE ? "LCS" : "SCS",
             entry->param_config_type == CONFIG_TYPE_PER_LINE ? "line" : "device");
   return TRUE;
 }
 
-}  // namespace
-
-int CLI_showDictionary(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
-  listingTo = cli;
+int CLI_showDictionary(cli_def* /*session*/, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   QVR_listDictionary(printEntry);
   return CLI_OK;
 }
 
-int CLI_showParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+// Values are line 0's, whichever line is named.
+int CLI_showParams(cli_def* session, const char* /*command*/, char* argv[], int argc) {
+  ArgumentReader words(session, argv, argc);
+  words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  listingTo = cli;
   QVR_listDictionary(printParameter);
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, exactly<0>, "show dictionary"),
+    exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>,
+         "show params [<lineId>]"),
+};
+
+}  // namespace
+
+std::span<const Command> parameterCommands() {
+  return kCommands;
 }
 
 uint32_t paramNameToParamId(const char* xi_name) {

@@ -2,16 +2,15 @@
 
 #include <qvr.h>
 
-#include <cstring>
-
 #include "chip/counters.h"
-#include "qvrcli/text/arguments.h"
-#include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/labelled_lines.h"
 
 namespace gfast::console {
 
 namespace {
+
+constexpr uint8_t kLabelWidth = 25;
 
 // The blocks of the line and the end last shown.
 GFAST_DERIVED_COUNTERS_S derivedCounters;
@@ -19,8 +18,6 @@ GFAST_FRAMER_INIT_COUNTERS_S framerInitCounters;
 GFAST_FRAMER_RAW_COUNTERS_S framerRawCounters;
 GFAST_FDU_INIT_COUNTERS_S fduInitCounters;
 GFAST_FDU_RAW_COUNTERS_S fduRawCounters;
-
-enum class Side { kNear, kFar };
 
 // Zero is what a block shows that cannot be read: what was there before may be another line's.
 void clearBlocks() {
@@ -32,9 +29,9 @@ void clearBlocks() {
 }
 
 // All five are tried; the last read's result is the result.
-QVR_retval_t readBlocks(QVR_lineId_t line, Side side) {
+QVR_retval_t readBlocks(QVR_lineId_t line, End end) {
   clearBlocks();
-  if (side == Side::kNear) {
+  if (end == End::kNear) {
     QVR_readGfastDerivedCounters(line, &derivedCounters);
     QVR_readGfastFramerInitCounters(line, &framerInitCounters);
     QVR_readGfastFramerRawCounters(line, &framerRawCounters);
@@ -89,33 +86,18 @@ void CLI_printGfastCounters(cli_def* cli) {
               GFAST_DERIVED_COUNTERS_FIELDS);
 }
 
-// A name, blanks up to a common column, the value.
-void printLabelled(cli_def* cli, const char* name, uint32_t value) {
-  constexpr size_t column = 25;
-  const size_t length = std::strlen(name);
-  cli_print(cli, "%s %s %u", name, filler(' ', static_cast<uint8_t>(length < column ? column - length : 0)),
-            value);
-}
-
-}  // namespace
-
 int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!isValidLineId(argv[0], &lineId)) {
-    cli_print(cli, "invalid line number");
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0, "invalid line number");
+  const End end =
+      words.end(1, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
+  if (words.refused()) {
     return CLI_OK;
   }
-  Side side = Side::kNear;
-  if (argc > 1 && isKeyword(argv[1], "fe")) {
-    side = Side::kFar;
-  } else if (argc > 1 && !isKeyword(argv[1], "ne")) {
-    cli_print(cli, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
-    return CLI_OK;
-  }
-  const QVR_retval_t status = readBlocks(lineId, side);
+  const QVR_retval_t status = readBlocks(line, end);
   if (QVR_STATUS_OK(status)) {
     CLI_printGfastCounters(cli);
-  } else if (side == Side::kNear) {
+  } else if (end == End::kNear) {
     cli_print(cli, "QVR_readGfastCounters failed");
   } else {
     cli_print(cli, "QVR_readGfastCounters failed (%d)", static_cast<int>(status));
@@ -124,40 +106,60 @@ int CLI_showGfastCounters(cli_def* cli, const char* /*command*/, char* argv[], i
 }
 
 int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, argc, &lineId)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9701_ManagementCounters_t counters;
-  const QVR_retval_t status = QVR_readFarEndFTUmanagementCounters(lineId, &counters);
+  const QVR_retval_t status = QVR_readFarEndFTUmanagementCounters(line, &counters);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "CLI_showRemoteManagemenCounters failed (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-#define PRINT_LABELLED(field) printLabelled(cli, #field, counters.field);
+  const LabelledLines lines(cli, kLabelWidth);
+#define PRINT_LABELLED(field) lines.print(#field, counters.field);
   G9701_MANAGEMENT_COUNTERS_FIELDS(PRINT_LABELLED, PRINT_LABELLED)
 #undef PRINT_LABELLED
   return CLI_OK;
 }
 
 int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, argc, &lineId)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9701_PMDTestParameters_t parameters;
-  const QVR_retval_t status = QVR_readFarEndPMDTestParameters(lineId, &parameters);
+  const QVR_retval_t status = QVR_readFarEndPMDTestParameters(line, &parameters);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "CLI_showPMDTestParameters failed (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-  printLabelled(cli, "SNRM", parameters.SNRM);
-  printLabelled(cli, "ATTNDR", parameters.ATTNDR);
-  printLabelled(cli, "nearEnd_ACTATP", parameters.nearEnd_ACTATP);
-  printLabelled(cli, "farEnd_INP_act_shine", parameters.farEnd_INP_act_shine);
-  printLabelled(cli, "farEnd_actualSNRM_RMC", parameters.farEnd_actualSNRM_RMC);
-  printLabelled(cli, "RXpower_dBm_DS", parameters.RXpower_dBm_DS);
+  const LabelledLines lines(cli, kLabelWidth);
+  lines.print("SNRM", parameters.SNRM);
+  lines.print("ATTNDR", parameters.ATTNDR);
+  lines.print("nearEnd_ACTATP", parameters.nearEnd_ACTATP);
+  lines.print("farEnd_INP_act_shine", parameters.farEnd_INP_act_shine);
+  lines.print("farEnd_actualSNRM_RMC", parameters.farEnd_actualSNRM_RMC);
+  lines.print("RXpower_dBm_DS", parameters.RXpower_dBm_DS);
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>,
+         "show gfast-counters <line-id> [(ne | fe)]"),
+    exec("show remote-management-counters", "Show remote FTU management counters for line",
+         CLI_showRemoteManagementCounters, between<0, 1>,
+         "show remote-management-counters [<line-id>] : { 0 }"),
+    exec("show pmd-test-parameters", "Show PMD test parameters for line", CLI_showPMDTestParameters,
+         between<0, 1>, "show pmd-test-parameters [<line-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> gfastCounterCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,12 +1,12 @@
 // The chip's counter blocks and what the far end tells of itself, as it comes.
 #pragma once
 
-#include <libcli.h>
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 
-int CLI_showGfastCounters(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_showRemoteManagementCounters(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_showPMDTestParameters(cli_def* cli, const char* command, char* argv[], int argc);
+std::span<const Command> gfastCounterCommands();
 
 }  // namespace gfast::console

@@ -1,29 +1,22 @@
 #include "qvrcli/counters/performance_commands.h"
 
-#include <string>
+#include <fmt/format.h>
 
-#include "qvrcli/qvrcli.h"
-#include "qvrcli/text/arguments.h"
-#include "qvrcli/text/line_buffer.h"
+#include <string_view>
+
+#include "qvrcli/session/interpreter.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/labelled_lines.h"
 
 namespace gfast::console {
 
 namespace {
 
-constexpr size_t kLabelWidth = 20;
+constexpr uint8_t kLabelWidth = 20;
 
-// A label with its padding.
-std::string padded(const std::string& label) {
-  const size_t width = label.size() < kLabelWidth ? kLabelWidth - label.size() : 0;
-  return label + ' ' + filler(' ', static_cast<uint8_t>(width));
-}
-
-void printNumber(cli_def* session, const std::string& label, uint32_t value) {
-  cli_print(session, "%s %1d", padded(label).c_str(), static_cast<int>(value));
-}
-
-void printText(cli_def* session, const std::string& label, const char* text) {
-  cli_print(session, "%s %s", padded(label).c_str(), text);
+// A counter beyond 31 bits shows as a negative number.
+void printCount(const LabelledLines& lines, std::string_view label, uint32_t value) {
+  lines.print(label, static_cast<int32_t>(value));
 }
 
 // A counter of a group under the name it is shown by.
@@ -34,14 +27,11 @@ struct Shown {
 };
 
 template <typename Group, size_t Count>
-void printGroup(cli_def* session, const char* prefix, const Shown<Group> (&rows)[Count], const Group& group) {
+void printGroup(cli_def* session, bool nearEnd, const Shown<Group> (&rows)[Count], const Group& group) {
+  const LabelledLines lines(session, kLabelWidth);
   for (const Shown<Group>& row : rows) {
-    printNumber(session, std::string(prefix) + row.name, group.*row.counter);
+    printCount(lines, fmt::format("{}-{}", nearEnd ? "NE" : "FE", row.name), group.*row.counter);
   }
-}
-
-constexpr const char* prefixOf(bool nearEnd) {
-  return nearEnd ? "NE-" : "FE-";
 }
 
 using Line = QVR_linePerformance_t;
@@ -105,6 +95,25 @@ void printBlank(cli_def* session) {
   cli_print(session, " ");
 }
 
+// The far end has no initialisation counts and no TIGA.
+void CLI_printLinePerformanceCounters(cli_def* session, const QVR_linePerformance_t& counters, bool nearEnd) {
+  printGroup(session, nearEnd, kLineCounters, counters);
+  if (nearEnd) {
+    printGroup(session, nearEnd, kNearLineCounters, counters);
+  }
+}
+
+void CLI_printChannelPerformanceCounters(cli_def* session, const QVR_ChannelPerformance_t& counters,
+                                         bool nearEnd) {
+  printGroup(session, nearEnd, kChannelCounters, counters);
+}
+
+void CLI_printPerformanceMonitoringCounters(cli_def* session, const G9972_PM_COUNTERS_S& counters) {
+  printGroup(session, true, kNearBlock, counters.ne);
+  printBlank(session);
+  printGroup(session, false, kFarBlock, counters.fe);
+}
+
 void printEnd(cli_def* session, const QVR_performanceCounterDB_t& counters, bool nearEnd) {
   CLI_printLinePerformanceCounters(session, counters.linePerformanceCounters, nearEnd);
   CLI_printChannelPerformanceCounters(session, counters.channelPerformanceCounters, nearEnd);
@@ -114,30 +123,14 @@ bool isInvalid(const QVR_performanceCounterDB_t& counters) {
   return counters.linePerformanceCounters.timeInterval.INVALID != FALSE;
 }
 
-void printInvalid(cli_def* session, bool invalid) {
-  cli_print(session, "\n%s %s", padded("INVALID:").c_str(), invalid ? "T" : "F");
+void printInvalid(const LabelledLines& lines, bool invalid) {
+  lines.heading("");
+  lines.printFlag("INVALID:", invalid);
 }
 
-// The optional line; false after a message.
-bool parseLine(cli_def* session, char* argv[], int argc, int* lineId) {
-  if (argc == 0 || isValidLineId(argv[0], lineId)) {
-    return true;
-  }
-  cli_print(session, "invalid line number");
-  return false;
-}
-
-// The optional end. What is neither is said so, and counts as the near end.
-bool parseNearEnd(cli_def* session, char* argv[], int argc) {
-  if (argc < 2 || isKeyword(argv[1], "ne")) {
-    return true;
-  }
-  if (isKeyword(argv[1], "fe")) {
-    return false;
-  }
-  cli_print(session, "parameter must be curr or prev");  // names the wrong choices; scripts look for it
-  return true;
-}
+constexpr Refusal kNoSuchLineNumber = "invalid line number";
+constexpr Refusal kNoSuchEnd =
+    "parameter must be curr or prev";  // names the wrong choices; scripts look for it
 
 template <typename Counters>
 using Reader = QVR_retval_t (*)(QVR_lineId_t, Counters*);
@@ -145,13 +138,14 @@ using Reader = QVR_retval_t (*)(QVR_lineId_t, Counters*);
 template <typename Counters>
 int showCurrent(cli_def* session, char* argv[], int argc, Reader<Counters> readNear, Reader<Counters> readFar,
                 void (*print)(cli_def*, const Counters&, bool)) {
-  int lineId = 0;
-  if (!parseLine(session, argv, argc, &lineId)) {
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  const bool nearEnd = words.end(1, kNoSuchEnd, OtherWord::kNearEnd) == End::kNear;
+  if (words.refused()) {
     return CLI_OK;
   }
-  const bool nearEnd = parseNearEnd(session, argv, argc);
   Counters counters{};
-  if (QVR_STATUS_ERROR((nearEnd ? readNear : readFar)(lineId, &counters))) {
+  if (QVR_STATUS_ERROR((nearEnd ? readNear : readFar)(line, &counters))) {
     cli_print(session, "QVR_readGfastCounters failed");
   } else {
     print(session, counters, nearEnd);
@@ -171,30 +165,25 @@ constexpr History kQuarterHours{QVR_numberOf15minHistoryIntervals, QVR_getPrev15
 constexpr History kDays{QVR_numberOf24hrHistoryIntervals, QVR_getPrev24hrCounters, true};
 
 void printInterval(cli_def* session, const QVR_intervalLinkCounterDB_t& interval, bool nearEndFirst) {
-  printNumber(session, "collection time:", interval.collectionTime);
-  printText(session, "timestamp:", interval.timestampString);
-  printInvalid(session, isInvalid(nearEndFirst ? interval.neCounters : interval.feCounters));
+  const LabelledLines lines(session, kLabelWidth);
+  printCount(lines, "collection time:", interval.collectionTime);
+  lines.print("timestamp:", interval.timestampString);
+  printInvalid(lines, isInvalid(nearEndFirst ? interval.neCounters : interval.feCounters));
   printEnd(session, interval.neCounters, true);
-  printInvalid(session, isInvalid(interval.feCounters));
+  printInvalid(lines, isInvalid(interval.feCounters));
   printEnd(session, interval.feCounters, false);
 }
 
 int showInterval(cli_def* session, char* argv[], int argc, const History& history) {
-  int lineId = 0;
-  if (!parseLine(session, argv, argc, &lineId)) {
+  constexpr Refusal noSuchInterval = "Invalid interval number 0\n";  // whichever was typed
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  const int interval = words.number(1, 0, history.count(line) - 1, noSuchInterval, 0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  int interval = 0;
-  int typed = 0;
-  if (argc > 1) {
-    if (!isValidNumber(argv[1], 0, history.count(lineId) - 1, &typed)) {
-      cli_print(session, "Invalid interval number %1d\n", interval);  // not the one that was typed
-      return CLI_OK;
-    }
-    interval = typed;
-  }
   QVR_intervalLinkCounterDB_t counters{};
-  if (QVR_STATUS_ERROR(history.get(lineId, static_cast<int8_t>(interval), &counters))) {
+  if (QVR_STATUS_ERROR(history.get(line, static_cast<int8_t>(interval), &counters))) {
     cli_print(session, "Failed to get previous counters for interval %d", interval);
   } else {
     printInterval(session, counters, history.nearEndFirst);
@@ -203,40 +192,23 @@ int showInterval(cli_def* session, char* argv[], int argc, const History& histor
 }
 
 int showCount(cli_def* session, char* argv[], int argc, const History& history) {
-  int lineId = 0;
-  if (parseLine(session, argv, argc, &lineId)) {
-    cli_print(session, "%1d", history.count(lineId));
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  if (!words.refused()) {
+    cli_print(session, "%1d", history.count(line));
   }
   return CLI_OK;
 }
 
-}  // namespace
-
-void CLI_printLinePerformanceCounters(cli_def* session, const QVR_linePerformance_t& counters, bool nearEnd) {
-  printGroup(session, prefixOf(nearEnd), kLineCounters, counters);
-  if (nearEnd) {
-    printGroup(session, prefixOf(nearEnd), kNearLineCounters, counters);
-  }
-}
-
-void CLI_printChannelPerformanceCounters(cli_def* session, const QVR_ChannelPerformance_t& counters,
-                                         bool nearEnd) {
-  printGroup(session, prefixOf(nearEnd), kChannelCounters, counters);
-}
-
-void CLI_printPerformanceMonitoringCounters(cli_def* session, const G9972_PM_COUNTERS_S& counters) {
-  printGroup(session, prefixOf(true), kNearBlock, counters.ne);
-  printBlank(session);
-  printGroup(session, prefixOf(false), kFarBlock, counters.fe);
-}
-
+// One interval of the history to the session, for a walk through all of it; TRUE, so that it goes on.
 BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* interval) {
-  printNumber(cli, "Line", static_cast<uint32_t>(lineId));
-  cli_print(cli, "%s %u", padded("intervalNumber").c_str(), interval->intervalNumber);
-  printText(cli, "neCounters", isInvalid(interval->neCounters) ? "INVALID" : "VALID");
-  printText(cli, "feCounters", isInvalid(interval->feCounters) ? "INVALID" : "VALID");
-  printNumber(cli, "collectionTime", interval->collectionTime);
-  printText(cli, "timestamp", interval->timestampString);
+  const LabelledLines lines(cli, kLabelWidth);
+  lines.print("Line", lineId);
+  lines.print("intervalNumber", interval->intervalNumber);
+  lines.print("neCounters", isInvalid(interval->neCounters) ? "INVALID" : "VALID");
+  lines.print("feCounters", isInvalid(interval->feCounters) ? "INVALID" : "VALID");
+  printCount(lines, "collectionTime", interval->collectionTime);
+  lines.print("timestamp", interval->timestampString);
   printEnd(cli, interval->neCounters, true);
   printBlank(cli);
   printEnd(cli, interval->feCounters, false);
@@ -245,12 +217,13 @@ BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* i
 }
 
 int CLI_showPerformanceMonitoringCounters(cli_def* session, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!parseLine(session, argv, argc, &lineId)) {
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9972_PM_COUNTERS_S counters{};
-  const QVR_retval_t status = QVR_readPerformanceMonitoringCounters(lineId, &counters);
+  const QVR_retval_t status = QVR_readPerformanceMonitoringCounters(line, &counters);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(session, "QVR_readPerformanceMonitoringCounters failed (%d)", static_cast<int>(status));
   } else {
@@ -286,11 +259,40 @@ int CLI_showNumberOf24hrIntervals(cli_def* session, const char* /*command*/, cha
 }
 
 int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 1;  // without a line it always was this one, whatever the usage line says
-  if (parseLine(session, argv, argc, &lineId)) {
-    QVR_dump15minCounterHistoryDB(lineId, CLI_printCounterHistory);
+  constexpr QVR_lineId_t otherwise = 1;  // whatever the usage line says: scripts count on it
+  ArgumentReader words(session, argv, argc);
+  const QVR_lineId_t line = words.line(0, kNoSuchLineNumber, otherwise);
+  if (!words.refused()) {
+    QVR_dump15minCounterHistoryDB(line, CLI_printCounterHistory);
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show pm-counters", "Show performance monitoring counters for line",
+         CLI_showPerformanceMonitoringCounters, exactly<1>, "show pm-counters <line-id>"),
+    exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
+         "show 15min-counters [<line-id>] [interval]"),
+    exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
+         "show 24hr-counters [<line-id>] [interval]"),
+    exec("show line performance-counters", "Show (near-end) line performance counters",
+         CLI_showLinePerformanceCounters, between<0, 2>,
+         "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
+    exec("show channel performance-counters", "Show (near-end) line performance counters",
+         CLI_showChannelPerformanceCounters, between<1, 2>,
+         "show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }"),
+    exec("show number 15min-intervals", "Show number of 15 minute history intervals",
+         CLI_showNumberOf15minIntervals, between<0, 1>, "show number 15min-intervals [<line-id>]"),
+    exec("show number 24hr-intervals", "Show number of 24 hour history intervals",
+         CLI_showNumberOf24hrIntervals, between<0, 1>, "show number 24hr-intervals [<line-id>]"),
+    exec("dump 15min-history", "Dump the 15-minute counter history database", CLI_dump15minCountersHistoryDB,
+         between<0, 1>, "dump 15min-history [<line-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> performanceCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,8 +1,10 @@
+#include "qvrcli/device/callback_commands.h"
+
+#include <qvr.h>
+
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 
-#include "qvrcli/device/device_commands.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/arguments.h"
 

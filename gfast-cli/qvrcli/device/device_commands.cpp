@@ -1,10 +1,10 @@
 #include "qvrcli/device/device_commands.h"
 
 #include <algorithm>
-#include <chrono>
 
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/arguments.h"
 #include "qvrcli/text/hexadecimal.h"
 #include "qvrcli/text/line_buffer.h"
@@ -83,16 +83,15 @@ QVR_fwState_t bootStage(const char* word) {
   return FW_UNDEFINED;
 }
 
-}  // namespace
-
+// Tells libcli when the data could not be refreshed.
 int CLI_showDeviceInfo(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int deviceId = 0;
-  if (argc > 0 && !isValidDeviceId(argv[0], &deviceId)) {
-    cli_print(cli, "invalid device number %s", argv[0]);
+  ArgumentReader words(cli, argv, argc);
+  const QVR_deviceId_t device = words.device(0, "invalid device number {}");
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_deviceInfo_t info;
-  if (QVR_STATUS_ERROR(QVR_getDeviceInfo(deviceId, &info))) {
+  if (QVR_STATUS_ERROR(QVR_getDeviceInfo(device, &info))) {
     cli_print(cli, "Could not refresh the data");
     return CLI_ERROR;
   }
@@ -108,43 +107,50 @@ int CLI_rediscoverDevices(cli_def* cli, const char* /*command*/, char* /*argv*/[
 }
 
 int CLI_rebootDevice(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_fwState_t state = FW_APP;
-  int deviceId = 0;
-  if (argc > 0 && (state = bootStage(argv[0])) == FW_UNDEFINED) {
-    cli_print(cli, "invalid state %s", argv[0]);
+  ArgumentReader words(cli, argv, argc);
+  const char* const stage = words.text(0, "app");
+  const QVR_fwState_t state = bootStage(stage);
+  if (state == FW_UNDEFINED) {
+    cli_print(cli, "invalid state %s", stage);
     return CLI_OK;
   }
-  if (argc > 1 && !isValidDeviceId(argv[1], &deviceId)) {
-    cli_print(cli, "invalid device number %s", argv[1]);
+  const QVR_deviceId_t device = words.device(1, "invalid device number {}");
+  if (words.refused()) {
     return CLI_OK;
   }
-  if (QVR_STATUS_ERROR(QVR_rebootDevice(deviceId, state))) {
+  if (QVR_STATUS_ERROR(QVR_rebootDevice(device, state))) {
     cli_print(cli, "failed resetting device");
   }
   return CLI_OK;
 }
 
 int CLI_restartSystem(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  const BOOL waitForConfig = argc > 0 && isKeyword(argv[0], "t") ? TRUE : FALSE;
-  int deviceId = 0;
-  if (argc > 1 && !isValidDeviceId(argv[1], &deviceId)) {
-    cli_print(cli, "invalid device number");
+  ArgumentReader words(cli, argv, argc);
+  const BOOL waitForConfig = words.is(0, "t") ? TRUE : FALSE;
+  const QVR_deviceId_t device = words.device(1, "invalid device number");
+  if (words.refused()) {
     return CLI_OK;
   }
   flushSession(cli);
-  QVR_restartDevice(deviceId, waitForConfig);
+  QVR_restartDevice(device, waitForConfig);
   QVR_getLineConfig(0, &configParams);
   return CLI_OK;
 }
 
-int CLI_sleep(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  int seconds = 0;
-  if (!isValidNumber(argv[0], 1, 86400, &seconds)) {
-    cli_print(cli, "invalid parameter - must enter value between 1..86400");
-    return CLI_OK;
-  }
-  sleepInSession(cli, std::chrono::seconds(seconds));
-  return CLI_OK;
+constexpr Command kCommands[] = {
+    exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>,
+         "show device-info [<device-id>]"),
+    exec("restart system", "Restart the system", CLI_restartSystem, between<0, 2>,
+         "restart system [<wait-for-config>] [device-id] : { 0, F }"),
+    exec("rediscover", "Rediscover G.fast devices", CLI_rediscoverDevices, exactly<0>, "rediscover"),
+    exec("reboot", "Reboot device", CLI_rebootDevice, between<0, 2>,
+         "reboot [B0 | B1 | APP] [<device-id>] : { APP, 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> deviceCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,34 +1,16 @@
+#include "qvrcli/device/firmware_commands.h"
+
 #include <cerrno>
 #include <cstring>
 
-#include "qvrcli/device/device_commands.h"
 #include "qvrcli/session/session_stream.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 
 namespace gfast::console {
 
 namespace {
 
-// The arguments that all of these commands take: a file name, a device, both with defaults.
-struct Arguments {
-  const char* filename;
-  int deviceId = 0;
-};
-
-bool parseDevice(cli_def* cli, const char* word, int* deviceId) {
-  if (isValidDeviceId(word, deviceId)) {
-    return true;
-  }
-  cli_print(cli, "invalid device number %s", word);
-  return false;
-}
-
-bool parseArguments(cli_def* cli, char* argv[], int argc, Arguments* arguments) {
-  if (argc > 0) {
-    arguments->filename = argv[0];
-  }
-  return argc < 2 || parseDevice(cli, argv[1], &arguments->deviceId);
-}
+constexpr Refusal kNoSuchDevice = "invalid device number {}";
 
 // The driver's record holds a name and its terminator, or it is no name.
 bool fitsRecord(const char* filename) {
@@ -47,36 +29,38 @@ int report(cli_def* cli, QVR_retval_t status, const char* failure) {
 // A name the driver cannot take fails before the flash is erased for it.
 int upgrade(cli_def* cli, char* argv[], int argc, const char* defaultFile,
             QVR_retval_t (*operation)(QVR_deviceId_t, const char*), const char* failure) {
-  Arguments arguments{defaultFile};
-  if (!parseArguments(cli, argv, argc, &arguments)) {
+  ArgumentReader words(cli, argv, argc);
+  const char* const filename = words.text(0, defaultFile);
+  const QVR_deviceId_t device = words.device(1, kNoSuchDevice);
+  if (words.refused()) {
     return CLI_OK;
   }
   flushSession(cli);
-  const QVR_retval_t status = fitsRecord(arguments.filename)
-                                  ? operation(arguments.deviceId, arguments.filename)
-                                  : QVR_E_FAILED_TO_OPEN_IMAGE_FILE;
+  const QVR_retval_t status =
+      fitsRecord(filename) ? operation(device, filename) : QVR_E_FAILED_TO_OPEN_IMAGE_FILE;
   return report(cli, status, failure);
 }
 
 int erase(cli_def* cli, char* argv[], int argc, QVR_retval_t (*operation)(QVR_deviceId_t),
           const char* failure) {
-  int deviceId = 0;
-  if (argc > 0 && !parseDevice(cli, argv[0], &deviceId)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_deviceId_t device = words.device(0, kNoSuchDevice);
+  if (words.refused()) {
     return CLI_OK;
   }
   flushSession(cli);
-  return report(cli, operation(deviceId), failure);
+  return report(cli, operation(device), failure);
 }
 
-}  // namespace
-
 int CLI_loadBootloader(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  Arguments arguments{"B1.bin"};
-  if (!parseArguments(cli, argv, argc, &arguments)) {
+  ArgumentReader words(cli, argv, argc);
+  const char* const filename = words.text(0, "B1.bin");
+  const QVR_deviceId_t device = words.device(1, kNoSuchDevice);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_deviceInfo_t info;
-  if (QVR_STATUS_ERROR(QVR_getDeviceInfo(arguments.deviceId, &info))) {
+  if (QVR_STATUS_ERROR(QVR_getDeviceInfo(device, &info))) {
     cli_print(cli, "Could not refresh the data");
     return CLI_OK;
   }
@@ -85,9 +69,9 @@ int CLI_loadBootloader(cli_def* cli, const char* /*command*/, char* argv[], int 
     return CLI_OK;
   }
   flushSession(cli);
-  if (!fitsRecord(arguments.filename)) {
+  if (!fitsRecord(filename)) {
     cli_print(cli, "Error loading image - %s", std::strerror(ENAMETOOLONG));
-  } else if (QVR_STATUS_ERROR(QVR_loadBootloader(arguments.deviceId, arguments.filename))) {
+  } else if (QVR_STATUS_ERROR(QVR_loadBootloader(device, filename))) {
     cli_print(cli, "Error loading image - %s", std::strerror(errno));
   }
   return CLI_OK;
@@ -121,6 +105,32 @@ int CLI_eraseFirmwareImage(cli_def* cli, const char* /*command*/, char* argv[], 
 
 int CLI_eraseFlash(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return erase(cli, argv, argc, QVR_eraseFlash, "Failed erasing flash");
+}
+
+constexpr Command kCommands[] = {
+    exec("load bootloader", "Erase bootloader from flash", CLI_loadBootloader, between<0, 2>,
+         "load bootloader [<filename>] [<device-id>] : { B1.bin, 0 }"),
+    exec("upgrade bootloader", "Upgrade bootloader", CLI_upgradeBootloader, between<0, 2>,
+         "upgrade-bootloader [<filename>] [<device-id>] : { B1.bin 0 } "),
+    exec("upgrade manufacturer-block", "Upgrade manufacturer block", CLI_upgradeManufacturerBlock,
+         between<0, 2>,
+         "upgrade manufacturer-block [<filename>] [<device-id>] : { ManufacturerBlock_DP.bin, 0 }"),
+    exec("upgrade firmware", "Upgrade firmware image", CLI_upgradeFirmwareImage, between<0, 2>,
+         "upgrade firmware-image [<filename>] [<device-id>] : { triplet_dp_2_94.bin, 0 }"),
+    exec("erase bootloader", "Erase bootloader from flash", CLI_eraseBootloader, between<0, 1>,
+         "erase bootloader [<device-id>] : { 0 }"),
+    exec("erase manufacturer-block", "Erase manufacturer block from flash", CLI_eraseManufacturerBlock,
+         between<0, 1>, "erase manufacturer-block [<device-id>] : { 0 }"),
+    exec("erase firmware", "Erase firmware image from flash", CLI_eraseFirmwareImage, between<0, 1>,
+         "erase firmware [<device-id>] : { 0 }"),
+    exec("erase flash", "Erase entire flash", CLI_eraseFlash, between<0, 1>,
+         "erase flash [<device-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> firmwareCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,6 +1,7 @@
+#include "qvrcli/device/memory_commands.h"
+
 #include <algorithm>
 #include <cstring>
-#include <limits>
 #include <memory>
 #include <new>
 #include <string>
@@ -8,7 +9,7 @@
 #include <vector>
 
 #include "chip/boot_register.h"
-#include "qvrcli/device/device_commands.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/arguments.h"
 #include "std/byte_order.h"
 
@@ -32,27 +33,16 @@ void formatMemory(uint32_t address, const uint8_t* bytes, uint32_t length, Print
   }
 }
 
-enum class Side { kNear, kFar };
-
-// Reads from the device, or over the line from the modem at its far end, as the side says; false after a
-// message.
-bool readSide(cli_def* cli, Side side, const char* id, uint32_t address, std::vector<uint8_t>& bytes) {
-  const auto length = static_cast<uint32_t>(bytes.size());
-  int number = 0;
-  QVR_retval_t status = QVR_E_STATUS_OK;
-  if (side == Side::kNear) {
-    if (!isValidDeviceId(id, &number)) {
-      cli_print(cli, "invalid device number");
-      return false;
-    }
-    status = QVR_readmem(number, address, bytes.data(), length);
-  } else {
-    if (!isValidLineId(id, &number)) {
-      cli_print(cli, "invalid line number");
-      return false;
-    }
-    status = QVR_readmemFarEnd(number, address, bytes.data(), length);
+// Reads from the device that the first word names, or from the modem at the far end of the line that it
+// names; false after a message.
+bool readMemory(cli_def* cli, ArgumentReader& words, End end, uint32_t address, std::vector<uint8_t>& bytes) {
+  const bool near = end == End::kNear;
+  const int id = near ? words.device(0, "invalid device number") : words.line(0, "invalid line number");
+  if (words.refused()) {
+    return false;
   }
+  const auto read = near ? QVR_readmem : QVR_readmemFarEnd;
+  const QVR_retval_t status = read(id, address, bytes.data(), static_cast<uint32_t>(bytes.size()));
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "readmem error (%1d)", static_cast<int>(status));
     return false;
@@ -94,29 +84,17 @@ bool parseData(cli_def* cli, const char* text, std::vector<uint8_t>& bytes) {
   return parseBytes(cli, text, bytes);
 }
 
-}  // namespace
-
 int CLI_readMemory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  uint32_t address = 0;
-  if (!parseHex(argv[1], &address)) {
-    cli_print(cli, "readmem invalid memaddr (%s)", argv[1]);
+  ArgumentReader words(cli, argv, argc);
+  const uint32_t address = words.hexadecimal(1, "readmem invalid memaddr ({})");
+  const int length =
+      words.number(2, 1, kMaxLength, "readmem invalid data len ({}) - must be between 1 and 65536", 0);
+  if (words.refused()) {
     return kBadArgument;
   }
-  int length = 0;
-  if (!isValidNumber(argv[2], 1, kMaxLength, &length)) {
-    cli_print(cli, "readmem invalid data len (%s) - must be between 1 and 65536", argv[2]);
-    return kBadArgument;
-  }
-  Side side = Side::kNear;
-  if (argc > 3) {
-    if (isKeyword(argv[3], "fe")) {
-      side = Side::kFar;
-    } else if (!isKeyword(argv[3], "ne")) {
-      cli_print(cli, "parameter must be ne or fe");  // and goes on at the near end
-    }
-  }
+  const End end = words.end(3, "parameter must be ne or fe", OtherWord::kNearEnd);
   std::vector<uint8_t> bytes(static_cast<size_t>(length));
-  if (readSide(cli, side, argv[0], address, bytes)) {
+  if (readMemory(cli, words, end, address, bytes)) {
     formatMemory(address, bytes.data(), static_cast<uint32_t>(length),
                  [cli](const char* line) { cli_print(cli, "%s", line); });
   }
@@ -134,31 +112,44 @@ int CLI_readSBR(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*a
   return CLI_OK;
 }
 
-int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  int deviceId = 0;
-  if (!isValidDeviceId(argv[0], &deviceId)) {
-    cli_print(cli, "invalid device number");
+int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_deviceId_t device = words.device(0, "invalid device number");
+  if (words.refused()) {
     return CLI_OK;
   }
-  uint32_t address = 0;
-  if (!parseHex(argv[1], &address)) {
-    cli_print(cli, "writemem invalid memaddr (%s)", argv[1]);
+  const uint32_t address = words.hexadecimal(1, "writemem invalid memaddr ({})");
+  if (words.refused()) {
     return kBadArgument;
   }
-  int length = 0;
-  if (!isValidNumber(argv[2], 0, kMaxLength, &length)) {
-    cli_print(cli, "writemem invalid data len (%s)", argv[2]);
+  const int length = words.number(2, 0, kMaxLength, "writemem invalid data len ({})", 0);
+  if (words.refused()) {
     return CLI_OK;
   }
   std::vector<uint8_t> bytes(static_cast<size_t>(length));
-  if (!parseData(cli, argv[3], bytes)) {
+  if (!parseData(cli, words.text(3, ""), bytes)) {
     return CLI_OK;
   }
-  const QVR_retval_t status = QVR_writemem(deviceId, address, bytes.data(), static_cast<uint32_t>(length));
+  const QVR_retval_t status = QVR_writemem(device, address, bytes.data(), static_cast<uint32_t>(length));
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "writemem Failed (%1d)", static_cast<int>(status));
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("read memory", "Read memory from device", CLI_readMemory, between<3, 4>,
+         "read memory <device-id | line-id> <address> <length> [(ne | fe)]"),
+    exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>,
+         "read sbr <device-id> [ 0 ]"),
+    exec("write memory", "Write to device memory", CLI_writeMemory, atLeast<4>,
+         "write memory <device-id> <address> <length> <data> : data either at xx:xx:xx... or hex value"),
+};
+
+}  // namespace
+
+std::span<const Command> memoryCommands() {
+  return kCommands;
 }
 
 void dumpMemoryToFile(FILE* file, QVR_deviceId_t deviceId, uint32_t address, uint32_t length) {

@@ -1,3 +1,4 @@
+#include "qvrcli/diagnostics/analyze_command.h"
 
 #include <qvr.h>
 
@@ -7,8 +8,8 @@
 
 #include "qvrcli/diagnostics/crash_dump.h"
 #include "qvrcli/diagnostics/device_info_text.h"
-#include "qvrcli/text/arguments.h"
-#include "qvrcli/text/report_sink.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/text_files.h"
 
 namespace gfast::console {
@@ -21,24 +22,24 @@ const char* cpuName(CLI_CPU_TYPE_E cpu) {
   return kCpuNames[cpu < std::size(kCpuNames) ? cpu : CPU_CP];
 }
 
-void printLeadingAssert(const ReportSink& out, const CLI_leadingAssert_t& assertion) {
-  out.heading("\n<Leading Assert>\n");
-  out.field("Assert Id", "%08x (%d)", assertion.assertId, static_cast<int>(assertion.assertId));
-  out.field("Symbol Counter", "%08x", assertion.symbolCounter);
-  out.field("TBM Symbol", "%08x", assertion.tbmSymbol);
-  out.field("TBM Phase", "%08x", assertion.tbmPhase);
-  out.field("TBM Sample", "%08x", assertion.tbmSample);
-  out.field("Device Id", "%d", assertion.deviceId);
-  out.field("Line Id", "%d", assertion.lineId);
-  out.field("CPU", "%s", cpuName(assertion.cpuType));
-  out.field("Count", "%d\n", static_cast<int>(assertion.count));
+void printLeadingAssert(const LabelledLines& lines, const CLI_leadingAssert_t& assertion) {
+  lines.heading("\n<Leading Assert>\n");
+  lines.printAs("Assert Id", "{:08x} ({})", assertion.assertId, static_cast<int>(assertion.assertId));
+  lines.printAs("Symbol Counter", "{:08x}", assertion.symbolCounter);
+  lines.printAs("TBM Symbol", "{:08x}", assertion.tbmSymbol);
+  lines.printAs("TBM Phase", "{:08x}", assertion.tbmPhase);
+  lines.printAs("TBM Sample", "{:08x}", assertion.tbmSample);
+  lines.print("Device Id", assertion.deviceId);
+  lines.print("Line Id", assertion.lineId);
+  lines.print("CPU", cpuName(assertion.cpuType));
+  lines.printAs("Count", "{}\n", assertion.count);
 }
 
 void printAnalysis(cli_def* cli, const DEV_INF_S* devices, const CLI_leadingAssert_t& assertion) {
   for (QVR_deviceId_t device = 0; device < QVR_K_MAX_DEVICES; device++) {
     printDeviceInfo(cli, device, devices[device].bytes);
   }
-  printLeadingAssert(ReportSink(cli), assertion);
+  printLeadingAssert(LabelledLines(cli, kReportLabelWidth), assertion);
 }
 
 // False, with errno saying why, when not everything could be written.
@@ -50,19 +51,19 @@ bool writeAnalysis(const char* path, const DEV_INF_S* devices, const CLI_leading
   for (QVR_deviceId_t device = 0; device < QVR_K_MAX_DEVICES; device++) {
     printDeviceInfoToFile(file.get(), device, devices[device].bytes);
   }
-  printLeadingAssert(ReportSink(file.get()), assertion);
+  printLeadingAssert(LabelledLines(file.get(), kReportLabelWidth), assertion);
   return file.finish();
 }
 
-}  // namespace
-
 int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int addressesPerLine = 0;
-  if (!isValidNumber(argv[0], 1, 4, &addressesPerLine)) {
-    cli_print(cli, "number-of-addresses-per-line must be between 1 and 4");
+  ArgumentReader words(cli, argv, argc);
+  const int addressesPerLine =
+      words.number(0, 1, 4, "number-of-addresses-per-line must be between 1 and 4", 0);
+  const char* const filename = words.text(1, "");
+  const char* const report = words.text(2, nullptr);
+  if (words.refused()) {
     return CLI_OK;
   }
-  const char* const filename = argc > 1 ? argv[1] : "";
   DEV_INF_S devices[QVR_K_MAX_DEVICES] = {};
   if (!loadDeviceInfoFromFile(filename, devices, addressesPerLine)) {
     cli_print(cli, "Failed loading device information from file %s", filename);
@@ -70,12 +71,23 @@ int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], in
   }
   CLI_leadingAssert_t assertion;
   findLeadingAssert(devices, &assertion);
-  if (argc < 3) {
+  if (report == nullptr) {
     printAnalysis(cli, devices, assertion);
-  } else if (!writeAnalysis(argv[2], devices, assertion)) {
-    cli_print(cli, "Failed writing file %s (%s)", argv[2], std::strerror(errno));
+  } else if (!writeAnalysis(report, devices, assertion)) {
+    cli_print(cli, "Failed writing file %s (%s)", report, std::strerror(errno));
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>,
+         "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]"),
+};
+
+}  // namespace
+
+std::span<const Command> analyzeCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,7 +1,6 @@
 // What a text dump of the chips' crash dump areas tells after a failure.
 #pragma once
 
-#include <libcli.h>
 #include <qvr.h>
 
 #include <cstdint>
@@ -44,8 +43,5 @@ BOOL loadDeviceInfoFromFile(const char* xi_filename, DEV_INF_S* xo_devInf, int x
 // Finds the assertion with the smallest symbol counter but 0 (which is none) in QVR_K_MAX_DEVICES blocks; of
 // equal ones the first in the order device, framer, FDU, control processor. Without any the record is zero.
 void findLeadingAssert(const DEV_INF_S* xi_devInf, CLI_leadingAssert_t* xo_leadingAssert);
-
-// analyze_command.cpp
-int CLI_analyzeCrashDump(cli_def* cli, const char* command, char* argv[], int argc);
 
 }  // namespace gfast::console

@@ -11,6 +11,9 @@
 
 namespace gfast::console {
 
+// Of every line of a report on a device: its label and the blanks behind it.
+constexpr uint8_t kReportLabelWidth = 40;
+
 // The image is DEV_INF_SIZE bytes as the chip gives them. Words are shown as a big-endian processor loads
 // them, unswapped, on every machine.
 void printDeviceInfo(cli_def* cli, QVR_deviceId_t deviceId, const uint8_t* image);

@@ -1,9 +1,9 @@
+#include "qvrcli/diagnostics/extcom_commands.h"
 
 #include <qvr.h>
 
 #include <algorithm>
 
-#include "qvrcli/diagnostics/diagnostics_commands.h"
 #include "qvrcli/session/session_stream.h"
 
 namespace gfast::console {
@@ -23,8 +23,6 @@ void printErrors(cli_def* cli, const QVR_extcomPortErrors_t& errors) {
     }
   }
 }
-
-}  // namespace
 
 int CLI_startExtcomTest(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   flushSession(cli);  // the program may end the process
@@ -46,6 +44,19 @@ int CLI_showExtcomTestResults(cli_def* cli, const char* /*command*/, char* /*arg
   }
   printErrors(cli, errors);
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show extcom-results", "Shows Extcom test results", CLI_showExtcomTestResults, between<0, 1>,
+         "start extcom-text"),
+    exec("start extcom-test", "Starts Extcom PRBS test", CLI_startExtcomTest, between<0, 1>,
+         "start extcom-text"),
+};
+
+}  // namespace
+
+std::span<const Command> extcomCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

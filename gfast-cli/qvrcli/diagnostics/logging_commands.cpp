@@ -1,12 +1,13 @@
+#include "qvrcli/diagnostics/logging_commands.h"
 
 #include <qvr.h>
 
 #include <chrono>
 #include <limits>
 
-#include "qvrcli/diagnostics/diagnostics_commands.h"
 #include "qvrcli/events/events.h"
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/arguments.h"
 
 namespace gfast::console {
@@ -34,12 +35,10 @@ void logFor(cli_def* cli, int seconds) {
   }
 }
 
-}  // namespace
-
 int CLI_startLogging(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int seconds = 0;
-  if (argc > 0 && !isValidNumber(argv[0], 0, std::numeric_limits<int>::max(), &seconds)) {
-    cli_print(cli, "Invalid seconds counter");
+  ArgumentReader words(cli, argv, argc);
+  const int seconds = words.number(0, 0, std::numeric_limits<int>::max(), "Invalid seconds counter", 0);
+  if (words.refused()) {
     return CLI_OK;
   }
   startDelivery(cli);
@@ -57,6 +56,36 @@ int CLI_stopLogging(cli_def* cli, const char* /*command*/, char* /*argv*/[], int
   stopDelivery();
   cli_print(cli, "Logging stopped");
   return CLI_OK;
+}
+
+int CLI_showLogLevel(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
+  cli_print(cli, "%s", QVR_traceLogLevelString(QVR_traceLogLevel()));
+  return CLI_OK;
+}
+
+// A word without a number leaves the level as it is; a number out of range is reported and becomes the level.
+int CLI_setLogLevel(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
+  auto level = static_cast<int>(QVR_traceLogLevel());
+  if (!isValidNumber(argv[0], QVRLOG_CRIT, QVRLOG_DEBUG, &level)) {
+    cli_print(cli, "Invalid log level - must be between %d and %d", QVRLOG_CRIT, QVRLOG_DEBUG);
+  }
+  QVR_setTraceLogLevel(static_cast<QVR_logSeverity_t>(level));
+  return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, "show log-level"),
+    exec("set log-level", "Set current log level", CLI_setLogLevel, exactly<1>,
+         "set log-level <0..4> : 0=LOG_CRIT, 1=LOG_ERR, 2=LOG_WARNING, 3=LOG_INFO, 4=LOG_DEBUG"),
+    exec("start logging", "Starts terminal logging", CLI_startLogging, between<0, 1>,
+         "start logging [<seconds>] [<filename>] : { <0>, <stdout> }"),
+    exec("stop logging", "Stops terminal logging", CLI_stopLogging, between<0, 1>, "stop logging "),
+};
+
+}  // namespace
+
+std::span<const Command> loggingCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -8,7 +8,7 @@
 
 #include "qvrcli/diagnostics/signal_files.h"
 #include "qvrcli/session/session_stream.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/argument_reader.h"
 
 namespace gfast::console {
 
@@ -27,11 +27,6 @@ QVR_signal_t tdSignal;
 QVR_signal_t fdSignal;
 QVR_txSignal_t txSignal;
 QVR_MTPR_t mtpr;
-
-// The word at a position, or its default.
-const char* wordOr(const char* otherwise, char* argv[], int argc, int position) {
-  return position < argc ? argv[position] : otherwise;
-}
 
 void reportFailure(cli_def* cli, BOOL written, const char* path) {
   if (!written) {
@@ -67,22 +62,16 @@ bool loadSignal(cli_def* cli, const char* path, const char* failure, const uint3
   return true;
 }
 
-bool parseLine(cli_def* cli, const char* word, int* lineId) {
-  if (isValidLineId(word, lineId)) {
-    return true;
-  }
-  cli_print(cli, "invalid line number %s", word);
-  return false;
-}
-
 // The two lines that every test of the front end begins with.
 struct Path {
-  int txLine = 0;
-  int rxLine = 0;
+  QVR_lineId_t txLine;
+  QVR_lineId_t rxLine;
 };
 
-bool parsePath(cli_def* cli, char* argv[], Path* path) {
-  return parseLine(cli, argv[0], &path->txLine) && parseLine(cli, argv[1], &path->rxLine);
+Path readPath(ArgumentReader& words) {
+  const QVR_lineId_t txLine = words.line(0, "invalid line number {}");
+  const QVR_lineId_t rxLine = words.line(1, "invalid line number {}");
+  return {txLine, rxLine};
 }
 
 bool succeeded(cli_def* cli, QVR_retval_t status, const char* failure) {
@@ -95,94 +84,112 @@ bool succeeded(cli_def* cli, QVR_retval_t status, const char* failure) {
 constexpr const char* kMtprFailure = "Failed in AFE MTPR Performance Test";
 constexpr const char* kLoadFailure = "Failed to load signal from file";
 
-}  // namespace
-
 int CLI_generateRandomSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   const QVR_retval_t status = QVR_generateRandomTxSignal(kFirstTone, kLastTone, QVR_K_SIGNAL_WORDS, txSignal);
   if (succeeded(cli, status, "failed generating random TX signal error")) {
-    const char* const path = wordOr(kTxSignalFile, argv, argc, 0);
+    const char* const path = ArgumentReader(cli, argv, argc).text(0, kTxSignalFile);
     reportFailure(cli, dumpTxSignalToFile(txSignal, path), path);
   }
   return CLI_OK;
 }
 
 int CLI_transmitSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (argc > 0 && !isValidLineId(argv[0], &lineId)) {
-    cli_print(cli, "invalid line number");
-    return CLI_OK;
-  }
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0, "invalid line number");
   const uint32_t* signal = nullptr;
-  if (!loadSignal(cli, wordOr(nullptr, argv, argc, 1), "Failed loading signal from file", &signal)) {
+  if (words.refused() ||
+      !loadSignal(cli, words.text(1, nullptr), "Failed loading signal from file", &signal)) {
     return CLI_OK;
   }
   flushSession(cli);
-  succeeded(cli, QVR_startSignalTransmission(lineId, signal), "start transmit signal error");
+  succeeded(cli, QVR_startSignalTransmission(line, signal), "start transmit signal error");
   return CLI_OK;
 }
 
 int CLI_receiveSignal(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (argc > 0 && !isValidLineId(argv[0], &lineId)) {
-    cli_print(cli, "invalid line number");
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0, "invalid line number");
+  if (words.refused()) {
     return CLI_OK;
   }
   flushSession(cli);
-  if (succeeded(cli, QVR_receiveSignalSnapshot(lineId, tdSignal, fdSignal), "receive signal error")) {
-    writeFdSignal(cli, wordOr(kFdSignalFile, argv, argc, 1));
+  if (succeeded(cli, QVR_receiveSignalSnapshot(line, tdSignal, fdSignal), "receive signal error")) {
+    writeFdSignal(cli, words.text(1, kFdSignalFile));
   }
   return CLI_OK;
 }
 
 int CLI_testAfeTxRxPath(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  Path path;
+  ArgumentReader words(cli, argv, argc);
+  const Path path = readPath(words);
   const uint32_t* signal = nullptr;
-  if (!parsePath(cli, argv, &path) ||
-      !loadSignal(cli, wordOr(nullptr, argv, argc, 2), kLoadFailure, &signal)) {
+  if (words.refused() || !loadSignal(cli, words.text(2, nullptr), kLoadFailure, &signal)) {
     return CLI_OK;
   }
   flushSession(cli);
   const QVR_retval_t status = QVR_testAfeTxRxPath(path.txLine, path.rxLine, signal, fdSignal);
   if (succeeded(cli, status, "Failed in AFE TX-RX Path Test")) {
-    writeFdSignal(cli, wordOr(kFdSignalFile, argv, argc, 3));
+    writeFdSignal(cli, words.text(3, kFdSignalFile));
   }
   return CLI_OK;
 }
 
 int CLI_testAfePerformanceMTPR(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  Path path;
+  ArgumentReader words(cli, argv, argc);
+  const Path path = readPath(words);
   const uint32_t* signal = nullptr;
-  if (!parsePath(cli, argv, &path) ||
-      !loadSignal(cli, wordOr(nullptr, argv, argc, 2), kLoadFailure, &signal)) {
+  if (words.refused() || !loadSignal(cli, words.text(2, nullptr), kLoadFailure, &signal)) {
     return CLI_OK;
   }
   flushSession(cli);
   const QVR_retval_t status = QVR_testAfePerformanceMTPR(path.txLine, path.rxLine, signal, fdSignal, mtpr);
   if (succeeded(cli, status, kMtprFailure)) {
-    writeFdSignal(cli, wordOr(kFdSignalFile, argv, argc, 3));
-    writeMtpr(cli, wordOr(kMtprFile, argv, argc, 4));
+    writeFdSignal(cli, words.text(3, kFdSignalFile));
+    writeMtpr(cli, words.text(4, kMtprFile));
   }
   return CLI_OK;
 }
 
 int CLI_testAfePerformanceMTPRInLoop(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  Path path;
-  if (!parsePath(cli, argv, &path)) {
-    return CLI_OK;
-  }
-  int iterations = 1;
-  if (argc > 2 && !isValidNumber(argv[2], 1, kMaxIterations, &iterations)) {
-    cli_print(cli, "invalid number of iterations %s", argv[2]);
+  ArgumentReader words(cli, argv, argc);
+  const Path path = readPath(words);
+  const int iterations = words.number(2, 1, kMaxIterations, "invalid number of iterations {}", 1);
+  if (words.refused()) {
     return CLI_OK;
   }
   flushSession(cli);
   const QVR_retval_t status =
       QVR_testAfePerformanceMTPRInLoop(path.txLine, path.rxLine, iterations, fdSignal, mtpr);
   if (succeeded(cli, status, kMtprFailure)) {
-    writeMtpr(cli, wordOr(kMtprFile, argv, argc, 3));
+    writeMtpr(cli, words.text(3, kMtprFile));
     writeFdSignal(cli, kFdSignalFile);
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>,
+         "test afe-loop <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] : { "
+         "<default-signal>, fdsignal.out } "),
+    exec("test afe-mtpr", "Test MTPR performance", CLI_testAfePerformanceMTPR, between<2, 5>,
+         "test afe-mtpr <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] "
+         "[<mtpr-result-filename>] : { NULL, fdsignal.out mtpr.out } "),
+    exec("test afe-mtpr-loop", "Test MTPR performance in loop", CLI_testAfePerformanceMTPRInLoop,
+         between<2, 4>,
+         "test afe-mtpr-loop <tx-line-id> <rx-line-id> <loop-iterations> [<mtpr-result-filename>] : { 1, "
+         "mtpr.out } "),
+    exec("transmit signal", "Transmit signal", CLI_transmitSignal, between<0, 2>,
+         "transmit signal [<line-id>] [<signal-filename>] : { 0, <default-signal> }"),
+    exec("receive signal", "Receive signal snapshot", CLI_receiveSignal, between<0, 2>,
+         "receive signal [<line-id>] [<fdsignal-filename>] : { 0, fdsignal.out } "),
+    exec("generate signal", "Generate a random signal", CLI_generateRandomSignal, between<0, 1>,
+         "generate signal [<signal-filename>] : { txsignal.dat }"),
+};
+
+}  // namespace
+
+std::span<const Command> signalCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,15 +1,12 @@
-// Commands that generate, send and capture test signals and measure the analogue front end with them.
+// Generating, sending and capturing test signals, and measuring the analogue front end with them.
 #pragma once
 
-#include <libcli.h>
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 
-int CLI_generateRandomSignal(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_transmitSignal(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_receiveSignal(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_testAfeTxRxPath(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_testAfePerformanceMTPR(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_testAfePerformanceMTPRInLoop(cli_def* cli, const char* command, char* argv[], int argc);
+std::span<const Command> signalCommands();
 
 }  // namespace gfast::console

@@ -152,8 +152,4 @@ void showLogInSession(bool xi_show) {
   logShownInSession = xi_show;
 }
 
-bool isTerminalOpen() {
-  return terminal() != nullptr;
-}
-
 }  // namespace gfast::console

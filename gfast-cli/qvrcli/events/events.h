@@ -58,7 +58,4 @@ void setTerminal(FILE* xi_file);
 // Whether log lines are also shown to whoever is connected, behind what a command prints. At start: no.
 void showLogInSession(bool xi_show);
 
-// Whether a log terminal is open.
-bool isTerminalOpen();
-
 }  // namespace gfast::console

@@ -1,13 +1,11 @@
 #include "qvrcli/line/line_status_commands.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "qvrcli/config/config_text.h"
 #include "qvrcli/events/events.h"
-#include "qvrcli/text/arguments.h"
-#include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/link_states.h"
 
 namespace gfast::console {
@@ -15,36 +13,13 @@ namespace gfast::console {
 namespace {
 
 constexpr int kNotRead = 1;
-constexpr size_t kStatusLabelWidth = 20;
-constexpr size_t kChannelLabelWidth = 15;
+constexpr uint8_t kStatusLabelWidth = 20;
+constexpr uint8_t kChannelLabelWidth = 15;
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
 constexpr size_t kTheLine = 0;  // a device carries one
 
-// A label, blanks up to a common column, the value.
-template <size_t Width>
-class Labelled {
- public:
-  explicit Labelled(cli_def* cli) : cli_(cli) {}
-
-  void number(const char* label, int value) const {
-    cli_print(cli_, "%s %s %d", label, blanks(label), value);
-  }
-  void unsignedNumber(const char* label, uint32_t value) const {
-    cli_print(cli_, "%s %s %u", label, blanks(label), value);
-  }
-  void text(const char* label, const char* value) const {
-    cli_print(cli_, "%s %s %s", label, blanks(label), value);
-  }
-
- private:
-  static const char* blanks(const char* label) {
-    return filler(' ', static_cast<uint8_t>(Width - std::strlen(label)));
-  }
-
-  cli_def* cli_;
-};
-
+// CLI_ERROR when the line has no device, or when its device does not answer.
 int printLineState(cli_def* cli, QVR_lineId_t line) {
   const QVR_deviceId_t device = QVR_deviceIdforLine(line);
   if (device == QVR_K_DEVICE_NULL) {
@@ -60,48 +35,41 @@ int printLineState(cli_def* cli, QVR_lineId_t line) {
 }
 
 void printStatus(cli_def* cli, const QVR_lineStatus_t& status) {
-  const Labelled<kStatusLabelWidth> show(cli);
-  show.number("INITSFCAUSE", static_cast<int>(status.INITSFCAUSE));
-  show.number("INITLASTSIGNALds", status.INITLASTSIGNALds);
-  show.number("INITLASTSIGNALus", status.INITLASTSIGNALus);
-  show.text("LINK_STATE", status.LINK_STATE == G9972_LINK_STATE_L3 ? "L3" : "L0N");
-  show.number("SNRMds", status.SNRMds);
-  show.number("SNRMus", status.SNRMus);
-  show.number("UPBOKLE", status.UPBOKLE);
-  show.number("UPBOKLE-R", status.UPBOKLE_R);
-  show.number("ACTATPds", status.ACTATPds);
-  show.number("ACTATPus", status.ACTATPus);
-  show.number("SNRM_RMCds", status.SNRM_RMCds);
-  show.number("SNRM_RMCus", status.SNRM_RMCus);
+  const LabelledLines lines(cli, kStatusLabelWidth);
+  lines.print("INITSFCAUSE", static_cast<int>(status.INITSFCAUSE));
+  lines.print("INITLASTSIGNALds", status.INITLASTSIGNALds);
+  lines.print("INITLASTSIGNALus", status.INITLASTSIGNALus);
+  lines.print("LINK_STATE", status.LINK_STATE == G9972_LINK_STATE_L3 ? "L3" : "L0N");
+  lines.print("SNRMds", status.SNRMds);
+  lines.print("SNRMus", status.SNRMus);
+  lines.print("UPBOKLE", status.UPBOKLE);
+  lines.print("UPBOKLE-R", status.UPBOKLE_R);
+  lines.print("ACTATPds", status.ACTATPds);
+  lines.print("ACTATPus", status.ACTATPus);
+  lines.print("SNRM_RMCds", status.SNRM_RMCds);
+  lines.print("SNRM_RMCus", status.SNRM_RMCus);
   for (int copy = 0; copy < 2; copy++) {  // scripts count on both
-    show.number("EWL", static_cast<int>(status.EWL));
+    lines.print("EWL", static_cast<int>(status.EWL));
   }
-  show.number("DTAMds", status.DTAMds);
-  show.number("DTAMdsEVTCNT", static_cast<int>(status.DTAMdsEVTCNT));
+  lines.print("DTAMds", status.DTAMds);
+  lines.print("DTAMdsEVTCNT", static_cast<int>(status.DTAMdsEVTCNT));
 }
 
 void printChannel(cli_def* cli, const QVR_channelStatus_t& status) {
-  const Labelled<kChannelLabelWidth> show(cli);
-  show.unsignedNumber("NDR", status.NDR);
-  show.unsignedNumber("ETR", status.ETR);
-  show.unsignedNumber("GDR", status.GDR);
-  show.unsignedNumber("ATTNDR", status.ATTNDR);
-  show.unsignedNumber("DTU_NFEC", status.DTU_NFEC);
-  show.unsignedNumber("DTU_RFEC", status.DTU_RFEC);
-  show.unsignedNumber("DTU_Q", status.DTU_Q);
-}
-
-}  // namespace
-
-QVR_lineId_t numberOfLinesFound() {
-  // A device lost and found again counts once more.
-  return static_cast<QVR_lineId_t>(
-      std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES));
+  const LabelledLines lines(cli, kChannelLabelWidth);
+  lines.print("NDR", status.NDR);
+  lines.print("ETR", status.ETR);
+  lines.print("GDR", status.GDR);
+  lines.print("ATTNDR", status.ATTNDR);
+  lines.print("DTU_NFEC", status.DTU_NFEC);
+  lines.print("DTU_RFEC", status.DTU_RFEC);
+  lines.print("DTU_Q", status.DTU_Q);
 }
 
 int CLI_showLineState(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t first = 0;
-  if (!takeLine(cli, argv, argc, &first)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t first = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   const QVR_lineId_t end = argc > 0 ? first + 1 : numberOfLinesFound();
@@ -113,8 +81,9 @@ int CLI_showLineState(cli_def* cli, const char* /*command*/, char* argv[], int a
 }
 
 int CLI_showLineStatus(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_lineStatus_t status{};
@@ -127,9 +96,11 @@ int CLI_showLineStatus(cli_def* cli, const char* /*command*/, char* argv[], int 
   return CLI_OK;
 }
 
+// Tells libcli when the configuration could not be read.
 int CLI_showLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_lineConfig_t config{};
@@ -142,19 +113,15 @@ int CLI_showLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int 
 }
 
 int CLI_showChannelStatus(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  const Direction direction = words.direction(1, "show channel-status [<line-id>] [(us | ds)]");
+  if (words.refused()) {
     return CLI_OK;
   }
-  const bool downstream = argc > 1 && isKeyword(argv[1], "ds");
-  if (argc > 1 && !downstream && !isKeyword(argv[1], "us")) {
-    cli_print(cli, "show channel-status [<line-id>] [(us | ds)]");
-    return CLI_OK;
-  }
+  const auto read = direction == Direction::kDownstream ? QVR_getChannelStatusds : QVR_getChannelStatusus;
   QVR_channelStatus_t status{};
-  const QVR_retval_t result =
-      downstream ? QVR_getChannelStatusds(line, &status) : QVR_getChannelStatusus(line, &status);
-  if (QVR_STATUS_ERROR(result)) {
+  if (QVR_STATUS_ERROR(read(line, &status))) {
     cli_print(cli, "QVR_getChannelStatus failed");
     return CLI_OK;
   }
@@ -163,8 +130,9 @@ int CLI_showChannelStatus(cli_def* cli, const char* /*command*/, char* argv[], i
 }
 
 int CLI_showInitFailureCause(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   G9972_initSuccessFailureCause_t cause = 0;
@@ -195,6 +163,37 @@ int CLI_showNumberOfLines(cli_def* cli, const char* /*command*/, char* /*argv*/[
 int CLI_showNumberOfReboots(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   cli_print(cli, "%d", rebootCount());
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
+         between<0, 1>, "show init-failure-cause [<lineId>]"),
+    exec("show line state", "Show line state", CLI_showLineState, between<0, 1>,
+         "show line state [<lineId>] : { * all lines }"),
+    exec("show line status", "Show line status information", CLI_showLineStatus, between<0, 1>,
+         "show line status [<lineId>] : { 0 }"),
+    exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>,
+         "show line config [<line-id>] : { 0 }"),
+    exec("show channel status", "Show channel status for line in US or DS direction", CLI_showChannelStatus,
+         between<0, 2>, "show channel status [<line-id>] [us | ds] : { 0, us }"),
+    exec("show number devices", "Show number of discovered G.fast devices", CLI_showNumberOfDevices,
+         exactly<0>, "show number devices"),
+    exec("show number lines", "Show number of G.fast lines", CLI_showNumberOfLines, exactly<0>,
+         "show number lines"),
+    exec("show number reboots", "Show number of reboot notifications", CLI_showNumberOfReboots, exactly<0>,
+         "show number reboots"),
+};
+
+}  // namespace
+
+std::span<const Command> lineStatusCommands() {
+  return kCommands;
+}
+
+QVR_lineId_t numberOfLinesFound() {
+  // A device lost and found again counts once more.
+  return static_cast<QVR_lineId_t>(
+      std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES));
 }
 
 }  // namespace gfast::console

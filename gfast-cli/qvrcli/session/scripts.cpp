@@ -1,12 +1,9 @@
 #include "qvrcli/session/scripts.h"
 
-#include <cstdint>
 #include <cstdio>
-#include <limits>
-#include <memory>
 
 #include "qvrcli/session/session_stream.h"
-#include "qvrcli/text/arguments.h"
+#include "qvrcli/text/text_files.h"
 
 namespace gfast::console {
 
@@ -88,12 +85,8 @@ class ScriptRun {
   int depth_;
 };
 
-struct CloseFile {
-  void operator()(FILE* file) const { std::fclose(file); }
-};
-
 bool runOnce(cli_def* cli, const char* filename) {
-  const std::unique_ptr<FILE, CloseFile> script(std::fopen(filename, "r"));
+  const TextFile script(std::fopen(filename, "r"));
   if (script == nullptr) {
     cli_print(cli, "Unable to open file [%s]", filename);
     return false;
@@ -104,12 +97,7 @@ bool runOnce(cli_def* cli, const char* filename) {
 
 }  // namespace
 
-int CLI_runScript(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  const char* const filename = argc > 0 ? argv[0] : "clitest.txt";
-  uint32_t iterations = 1;
-  if (argc > 1 && !isValidUnsignedNumber(argv[1], 1, std::numeric_limits<uint32_t>::max(), &iterations)) {
-    cli_print(cli, "Invalid number of iterations counter <%s>", argv[1]);
-  }
+int runScript(cli_def* cli, const char* filename, uint32_t iterations) {
   const ScriptRun run(cli);
   if (run.depth() > kDeepest) {
     cli_print(cli, "Scripts run each other more than %d deep, stopped at [%s]", kDeepest, filename);

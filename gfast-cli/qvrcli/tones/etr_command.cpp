@@ -2,17 +2,16 @@
 
 #include <qvr.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <string>
 
-#include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/labelled_lines.h"
 
 namespace gfast::console {
 
 namespace {
+
+constexpr uint8_t kLabelWidth = 20;
 
 // kbit/s, in the network's directions.
 struct Rates {
@@ -50,50 +49,55 @@ QVR_retval_t readRates(QVR_lineId_t line, Rates& rates) {
   return QVR_E_STATUS_OK;
 }
 
-// A label, blanks up to a common column, the value.
-void printValue(cli_def* cli, const char* label, const std::string& value) {
-  constexpr size_t width = 20;
-  const size_t blanks = width - std::min(width, std::strlen(label));
-  cli_print(cli, "%s %s %s", label, filler(' ', static_cast<uint8_t>(blanks)), value.c_str());
+// A chip whose framing divides by nothing has no such rate.
+void printRate(const LabelledLines& lines, const char* label, float rate) {
+  if (std::isfinite(rate)) {
+    lines.printAs(label, "{:.1f}", rate);
+  } else {
+    lines.print(label, "N/A");
+  }
 }
 
-void printRate(cli_def* cli, const char* label, float rate) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%.1f", static_cast<double>(rate));
-  // A chip whose framing divides by nothing has no such rate.
-  printValue(cli, label, std::isfinite(rate) ? text : "N/A");
+void printRates(const LabelledLines& lines, const Rates& rates) {
+  printRate(lines, "ETRds", rates.etrDs);
+  printRate(lines, "ETRus", rates.etrUs);
+  printRate(lines, "PHYRATEds", rates.rawDs);
+  printRate(lines, "PHYRATEus", rates.rawUs);
+  lines.print("NDRds", rates.netDs);
+  lines.print("NDRus", rates.netUs);
+  lines.print("ETRAVGds", rates.averageDs);
+  lines.print("ETRAVGus", rates.averageUs);
 }
 
-void printRate(cli_def* cli, const char* label, uint32_t rate) {
-  printValue(cli, label, std::to_string(rate));
-}
-
-}  // namespace
-
-int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, 1, &lineId)) {
+int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  if (QVR_isLineUp(lineId) != TRUE) {
-    cli_print(cli, "Line %1d is not in SHOWTIME", lineId);
+  if (QVR_isLineUp(line) != TRUE) {
+    cli_print(cli, "Line %1d is not in SHOWTIME", line);
     return CLI_OK;
   }
   Rates rates;
-  const QVR_retval_t status = readRates(lineId, rates);
+  const QVR_retval_t status = readRates(line, rates);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "Failed getting ETR (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-  printRate(cli, "ETRds", rates.etrDs);
-  printRate(cli, "ETRus", rates.etrUs);
-  printRate(cli, "PHYRATEds", rates.rawDs);
-  printRate(cli, "PHYRATEus", rates.rawUs);
-  printRate(cli, "NDRds", rates.netDs);
-  printRate(cli, "NDRus", rates.netUs);
-  printRate(cli, "ETRAVGds", rates.averageDs);
-  printRate(cli, "ETRAVGus", rates.averageUs);
+  printRates(LabelledLines(cli, kLabelWidth), rates);
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>,
+         "show ETR <lineId>"),
+};
+
+}  // namespace
+
+std::span<const Command> etrCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,10 +1,12 @@
 // The throughput to be expected of a line, and the rates it comes from.
 #pragma once
 
-#include <libcli.h>
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 
-int CLI_showLineETR(cli_def* cli, const char* command, char* argv[], int argc);
+std::span<const Command> etrCommands();
 
 }  // namespace gfast::console

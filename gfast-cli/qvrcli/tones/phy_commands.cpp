@@ -4,16 +4,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
-#include "qvrcli/text/arguments.h"
-#include "qvrcli/text/line_argument.h"
-#include "qvrcli/text/line_buffer.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/labelled_lines.h"
 #include "qvrcli/text/table_output.h"
 
 namespace gfast::console {
 
 namespace {
+
+constexpr uint8_t kLabelWidth = 20;
 
 // The tables last shown, as the end that was asked for has them.
 QVR_BLT_t sentBits;
@@ -22,24 +22,7 @@ QVR_SNRTBL_t snr;
 QVR_FEQ_t feq;
 QVR_FEQ_t calibratedFeq;
 
-enum class Side { kNear, kFar };
-
-// False after a message.
-bool parseSide(cli_def* cli, char* argv[], int argc, Side* side) {
-  if (argc > 1 && isKeyword(argv[1], "fe")) {
-    *side = Side::kFar;
-  } else if (argc > 1 && !isKeyword(argv[1], "ne")) {
-    cli_print(cli, "parameter must be ne or fe");
-    return false;
-  }
-  return true;
-}
-
-// Blanks behind a label up to the common column of the values.
-const char* fillBehind(const char* label) {
-  constexpr size_t width = 20;
-  return filler(' ', static_cast<uint8_t>(width - std::min(width, std::strlen(label))));
-}
+constexpr Refusal kNoSuchEnd = "parameter must be ne or fe";
 
 // The lowest subcarrier of a set.
 uint32_t lowestOf(const QVR_medleyset_t& set) {
@@ -51,9 +34,9 @@ uint32_t lowestOf(const QVR_medleyset_t& set) {
 }
 
 // The SNR table of the end, and the subcarrier of its first entry: the far end receives what this end sends.
-QVR_retval_t readSnr(QVR_lineId_t line, Side side, const QVR_linePhyParams_t& tones, uint32_t* firstTone) {
+QVR_retval_t readSnr(QVR_lineId_t line, End end, const QVR_linePhyParams_t& tones, uint32_t* firstTone) {
   *firstTone = tones.firstTone;
-  if (side == Side::kNear) {
+  if (end == End::kNear) {
     return QVR_readSNRTable(line, snr);
   }
   QVR_medleyset_t sent;
@@ -90,8 +73,8 @@ bool readTable(cli_def* cli, const char* name, QVR_retval_t status) {
 }
 
 // What the far end sends is what this end receives, and the other way round.
-bool readPhyInfo(cli_def* cli, QVR_lineId_t line, Side side, PhyInfo& info) {
-  const bool near = side == Side::kNear;
+bool readPhyInfo(cli_def* cli, QVR_lineId_t line, End end, PhyInfo& info) {
+  const bool near = end == End::kNear;
   const auto readSent = near ? QVR_readTxBitLoadingTable : QVR_readRxBitLoadingTable;
   const auto readReceived = near ? QVR_readRxBitLoadingTable : QVR_readTxBitLoadingTable;
   const auto readSignal = near ? QVR_readRxSignal : QVR_readFarEndRxSignal;
@@ -99,7 +82,7 @@ bool readPhyInfo(cli_def* cli, QVR_lineId_t line, Side side, PhyInfo& info) {
   return readTable(cli, "PHY params", QVR_getLinePhyParams(line, &info.tones)) &&
          readTable(cli, "TX bit-loading table", readSent(line, sentBits)) &&
          readTable(cli, "RX bit-loading table", readReceived(line, receivedBits)) &&
-         readTable(cli, "SNR table", readSnr(line, side, info.tones, &info.firstSnrTone)) &&
+         readTable(cli, "SNR table", readSnr(line, end, info.tones, &info.firstSnrTone)) &&
          readTable(cli, "FEQ table", readSignal(line, feq, calibratedFeq, &info.frontEnd));
 }
 
@@ -127,36 +110,36 @@ void printPhyInfo(const TableOutput& out, const PhyInfo& info) {
   }
 }
 
-}  // namespace
-
 int CLI_showPhyParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, argc, &lineId)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  if (QVR_isLineUp(lineId) != TRUE) {
-    cli_print(cli, "Line %1d is in not SHOWTIME",
-              lineId);  // in these words: operators' scripts look for them
+  if (QVR_isLineUp(line) != TRUE) {
+    cli_print(cli, "Line %1d is in not SHOWTIME", line);  // in this order: scripts look for it
     return CLI_OK;
   }
   QVR_linePhyParams_t tones{};
-  if (readTable(cli, "PHY params", QVR_getLinePhyParams(lineId, &tones))) {
-    cli_print(cli, "\nfirstTone %s %d", fillBehind("firstTone"), static_cast<int>(tones.firstTone));
-    cli_print(cli, "numProcessedTones %s %d", fillBehind("numProcessedTones"),
-              static_cast<int>(tones.numProcessedTones));
+  if (readTable(cli, "PHY params", QVR_getLinePhyParams(line, &tones))) {
+    const LabelledLines lines(cli, kLabelWidth);
+    lines.heading("");
+    lines.print("firstTone", static_cast<int>(tones.firstTone));
+    lines.print("numProcessedTones", static_cast<int>(tones.numProcessedTones));
   }
   return CLI_OK;
 }
 
 int CLI_showAfeParams(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  Side side = Side::kNear;
-  if (!parseSide(cli, argv, argc, &side) || !takeLine(cli, argv, argc, &lineId)) {
+  ArgumentReader words(cli, argv, argc);
+  const End end = words.end(1, kNoSuchEnd);
+  const QVR_lineId_t first = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  const auto read = side == Side::kNear ? QVR_getAfeParams : QVR_getFarEndAfeParams;
+  const auto read = end == End::kNear ? QVR_getAfeParams : QVR_getFarEndAfeParams;
   const bool allLines = argc == 0;
-  for (int line = allLines ? 0 : lineId; line <= (allLines ? QVR_K_LINE_ID_LAST : lineId); line++) {
+  for (QVR_lineId_t line = first; line <= (allLines ? QVR_K_LINE_ID_LAST : first); line++) {
     QVR_AFE_PARAMS_t frontEnd{};
     const auto aceOnOff = [&frontEnd] { return static_cast<int>(frontEnd.aceOnOff); };
     if (QVR_STATUS_ERROR(read(line, &frontEnd))) {
@@ -164,30 +147,48 @@ int CLI_showAfeParams(cli_def* cli, const char* /*command*/, char* argv[], int a
     } else if (allLines) {
       cli_print(cli, "Line[%02d] %.5f %d", line, frontEnd.rxGain, aceOnOff());
     } else {
-      cli_print(cli, "\nRxGain %s %.5f", fillBehind("RxGain"), frontEnd.rxGain);
-      cli_print(cli, "aceOnOff %s %d", fillBehind("aceOnOff"), aceOnOff());
+      const LabelledLines lines(cli, kLabelWidth);
+      lines.heading("");
+      lines.printAs("RxGain", "{:.5f}", frontEnd.rxGain);
+      lines.print("aceOnOff", aceOnOff());
     }
   }
   return CLI_OK;
 }
 
 int CLI_showPhyInfo(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  int lineId = 0;
-  Side side = Side::kNear;
-  if (!takeLine(cli, argv, argc, &lineId) || !parseSide(cli, argv, argc, &side)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  const End end = words.end(1, kNoSuchEnd);
+  if (words.refused()) {
     return CLI_OK;
   }
-  if (QVR_isLineUp(lineId) != TRUE) {
-    cli_print(cli, "Line %1d is not in SHOWTIME", lineId);
+  if (QVR_isLineUp(line) != TRUE) {
+    cli_print(cli, "Line %1d is not in SHOWTIME", line);
     return CLI_OK;
   }
   TableOutput out(cli);
   PhyInfo info;
-  if (out.open(argc > 2 ? argv[2] : nullptr) && readPhyInfo(cli, lineId, side, info)) {
+  if (out.open(words.text(2, nullptr)) && readPhyInfo(cli, line, end, info)) {
     printPhyInfo(out, info);
     out.finish();
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show afe-params", "Show AFE parameters for a line or all lines", CLI_showAfeParams, between<0, 2>,
+         "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
+    exec("show phy info", "Show PHY-level information for line", CLI_showPhyInfo, between<0, 3>,
+         "show phy info [<line-id>] [(ne | fe)] [<filename>] : { 0, us <NONE> }"),
+    exec("show phy params", "Show PHY parameters for line", CLI_showPhyParams, between<0, 1>,
+         "show phy params [<line-id>] : { 0 }"),
+};
+
+}  // namespace
+
+std::span<const Command> phyCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -2,12 +2,12 @@
 // loading, SNR and equaliser in one table.
 #pragma once
 
-#include <libcli.h>
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 
-int CLI_showPhyParams(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_showAfeParams(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_showPhyInfo(cli_def* cli, const char* command, char* argv[], int argc);
+std::span<const Command> phyCommands();
 
 }  // namespace gfast::console

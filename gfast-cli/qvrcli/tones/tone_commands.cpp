@@ -4,8 +4,7 @@
 
 #include <algorithm>
 
-#include "qvrcli/text/arguments.h"
-#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/table_output.h"
 
 namespace gfast::console {
@@ -62,42 +61,26 @@ constexpr ToneTable<uint8_t> kNoise = {QVR_getLineStatusALNpsus, QVR_getLineStat
 constexpr ToneTable<int16_t> kMagnitude = {QVR_getLineStatusHLOGpsus, QVR_getLineStatusHLOGpsds,
                                            "Error getting HLOGps table", printMagnitude, channelMagnitude};
 
-struct Arguments {
-  int lineId = 0;
-  bool downstream = false;
-  const char* filename = nullptr;  // nullptr: the session
+constexpr Refusal kNoSuchDirection = "invalid parameter - must enter ds or us";
 
-  const char* direction() const { return downstream ? "ds" : "us"; }
-};
-
-// False after a message.
-bool parse(cli_def* cli, char* argv[], int argc, Arguments& arguments) {
-  if (!takeLine(cli, argv, argc, &arguments.lineId)) {
-    return false;
-  }
-  if (argc > 1) {
-    arguments.downstream = isKeyword(argv[1], "ds");
-    if (!arguments.downstream && !isKeyword(argv[1], "us")) {
-      cli_print(cli, "invalid parameter - must enter ds or us");
-      return false;
-    }
-  }
-  arguments.filename = argc > 2 ? argv[2] : nullptr;
-  return true;
+const char* nameOf(Direction direction) {
+  return direction == Direction::kDownstream ? "ds" : "us";
 }
 
 template <typename Value>
 int showTable(cli_def* cli, char* argv[], int argc, const ToneTable<Value>& table) {
-  Arguments arguments;
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  const Direction direction = words.direction(1, kNoSuchDirection);
   TableOutput out(cli);
-  if (!parse(cli, argv, argc, arguments) || !out.open(arguments.filename)) {
+  if (words.refused() || !out.open(words.text(2, nullptr))) {
     return CLI_OK;
   }
   // What was there may be another line's.
   std::fill(std::begin(table.values), std::end(table.values), Value{0});
-  const auto read = arguments.downstream ? table.downstream : table.upstream;
-  if (QVR_STATUS_ERROR(read(arguments.lineId, table.values))) {
-    cli_print(cli, "%s from %s", table.failure, arguments.direction());
+  const auto read = direction == Direction::kDownstream ? table.downstream : table.upstream;
+  if (QVR_STATUS_ERROR(read(line, table.values))) {
+    cli_print(cli, "%s from %s", table.failure, nameOf(direction));
     return CLI_OK;
   }
   for (uint32_t subcarrier = 0; subcarrier < QVR_MAX_NUMBER_OF_TONES; subcarrier++) {
@@ -106,8 +89,6 @@ int showTable(cli_def* cli, char* argv[], int argc, const ToneTable<Value>& tabl
   out.finish();
   return CLI_OK;
 }
-
-}  // namespace
 
 int CLI_showBITSps(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return showTable(cli, argv, argc, kBits);
@@ -130,18 +111,42 @@ int CLI_showHLOGps(cli_def* cli, const char* /*command*/, char* argv[], int argc
 }
 
 int CLI_showSATN(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  Arguments arguments;
-  if (!parse(cli, argv, argc, arguments)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  const Direction direction = words.direction(1, kNoSuchDirection);
+  if (words.refused()) {
     return CLI_OK;
   }
-  const auto read = arguments.downstream ? QVR_getSignalAttenuationds : QVR_getSignalAttenuationus;
+  const auto read =
+      direction == Direction::kDownstream ? QVR_getSignalAttenuationds : QVR_getSignalAttenuationus;
   G9972_SATN_t attenuation = 0;
-  if (QVR_STATUS_ERROR(read(arguments.lineId, &attenuation))) {
-    cli_print(cli, "Error getting SATN from %s", arguments.direction());
+  if (QVR_STATUS_ERROR(read(line, &attenuation))) {
+    cli_print(cli, "Error getting SATN from %s", nameOf(direction));
     return CLI_OK;
   }
   cli_print(cli, "%3.1f", attenuation / 10.0);  // the whole spectrum is one band
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>,
+         "show BITSps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", CLI_showBITSRMCps,
+         between<0, 3>, "show BITS-RMCps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show SNRps", "Show SNR per sub-carrier", CLI_showSNRps, between<0, 3>,
+         "show SNRps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show ALNps", "Show ALN per sub-carrier", CLI_showALNps, between<0, 3>,
+         "show ALNps [<lineId>] [ds | us] [<filename>]: { 0, us, <NONE> }"),
+    exec("show HLOGps", "Show HLOG per sub-carrier", CLI_showHLOGps, between<0, 3>,
+         "show HLOGps [<lineId>] [ds | us] [<filename>]"),
+    exec("show SATN", "Show Signal Attenuation (SATN)", CLI_showSATN, between<0, 2>,
+         "show SATN [<lineId>] [ds | us]"),
+};
+
+}  // namespace
+
+std::span<const Command> toneCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

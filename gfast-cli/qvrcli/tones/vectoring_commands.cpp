@@ -8,7 +8,7 @@
 #include <string>
 
 #include "chip/tones.h"
-#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/table_output.h"
 
 namespace gfast::console {
@@ -75,21 +75,22 @@ void writeMatrices(FILE* file, const LineMatrices& matrices) {
   }
 }
 
-int showMatrix(cli_def* cli, char* argv[], const MatrixKind& kind) {
-  int lineId = 0;
-  if (!takeLine(cli, argv, 1, &lineId)) {
+int showMatrix(cli_def* cli, char* argv[], int argc, const MatrixKind& kind) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
-  if (QVR_isLineUp(lineId) != TRUE) {
-    cli_print(cli, "Line %1d is not in SHOWTIME", lineId);
+  if (QVR_isLineUp(line) != TRUE) {
+    cli_print(cli, "Line %1d is not in SHOWTIME", line);
     return CLI_OK;
   }
   TableOutput out(cli);
-  if (!out.open(argv[1])) {
+  if (!out.open(words.text(1, nullptr))) {
     return CLI_OK;
   }
   LineMatrices matrices;
-  const QVR_retval_t status = readMatrices(lineId, kind, matrices);
+  const QVR_retval_t status = readMatrices(line, kind, matrices);
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "Failed reading %s matrix (%d)", kind.name, static_cast<int>(status));
     return CLI_OK;
@@ -99,14 +100,25 @@ int showMatrix(cli_def* cli, char* argv[], const MatrixKind& kind) {
   return CLI_OK;
 }
 
-}  // namespace
-
-int CLI_showCancelerMatrix(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  return showMatrix(cli, argv, kCanceler);
+int CLI_showCancelerMatrix(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  return showMatrix(cli, argv, argc, kCanceler);
 }
 
-int CLI_showPrecoderMatrix(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  return showMatrix(cli, argv, kPrecoder);
+int CLI_showPrecoderMatrix(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  return showMatrix(cli, argv, argc, kPrecoder);
+}
+
+constexpr Command kCommands[] = {
+    exec("show vectoring canceler", "Show vectoring canceler matrix for a line", CLI_showCancelerMatrix,
+         exactly<2>, "show vectoring canceler <line-id> <filename>"),
+    exec("show vectoring precoder", "Show vectoring precoder matrix for a line", CLI_showPrecoderMatrix,
+         exactly<2>, "show vectoring precoder <line-id> <filename>"),
+};
+
+}  // namespace
+
+std::span<const Command> vectoringCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,11 +1,12 @@
 // The vectoring coefficients of a line, written to a file.
 #pragma once
 
-#include <libcli.h>
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 
-int CLI_showCancelerMatrix(cli_def* cli, const char* command, char* argv[], int argc);
-int CLI_showPrecoderMatrix(cli_def* cli, const char* command, char* argv[], int argc);
+std::span<const Command> vectoringCommands();
 
 }  // namespace gfast::console

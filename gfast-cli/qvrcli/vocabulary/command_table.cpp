@@ -1,308 +1,130 @@
-// The vocabulary itself. Texts are part of the product, misspellings and trailing blanks included: operators'
-// scripts look for them.
+#include "qvrcli/vocabulary/command_table.h"
+
+#include <array>
+#include <iterator>
+#include <vector>
+
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/config/parameter_commands.h"
 #include "qvrcli/counters/gfast_counter_commands.h"
 #include "qvrcli/counters/performance_commands.h"
 #include "qvrcli/device/device_commands.h"
-#include "qvrcli/diagnostics/crash_dump.h"
-#include "qvrcli/diagnostics/diagnostics_commands.h"
+#include "qvrcli/device/firmware_commands.h"
+#include "qvrcli/device/memory_commands.h"
+#include "qvrcli/diagnostics/analyze_command.h"
+#include "qvrcli/diagnostics/extcom_commands.h"
+#include "qvrcli/diagnostics/logging_commands.h"
 #include "qvrcli/diagnostics/signal_commands.h"
+#include "qvrcli/diagnostics/system_commands.h"
+#include "qvrcli/line/inventory_commands.h"
+#include "qvrcli/line/line_control_commands.h"
 #include "qvrcli/line/line_status_commands.h"
-#include "qvrcli/line/network_info.h"
-#include "qvrcli/line/show_inventory.h"
-#include "qvrcli/session/scripts.h"
+#include "qvrcli/line/network_info_command.h"
+#include "qvrcli/session/session_commands.h"
 #include "qvrcli/tones/etr_command.h"
 #include "qvrcli/tones/phy_commands.h"
 #include "qvrcli/tones/tone_commands.h"
 #include "qvrcli/tones/vectoring_commands.h"
-#include "qvrcli/vocabulary/command_tree.h"
+#include "qvrcli/vocabulary/join_commands.h"
 
 namespace gfast::console {
 
 namespace {
 
-constexpr bool anyNumberButFour(int argc) {
-  return argc != 4;
-}
+// clang-format off
 
-constexpr Command kCommands[] = {
-    keyword("read"),
-    exec("read memory", "Read memory from device", CLI_readMemory, between<3, 4>,
-         "read memory <device-id | line-id> <address> <length> [(ne | fe)]"),
-    exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>,
-         "read sbr <device-id> [ 0 ]"),
-    keyword("write"),
-    exec("write memory", "Write to device memory", CLI_writeMemory, atLeast<4>,
-         "write memory <device-id> <address> <length> <data> : data either at xx:xx:xx... or hex value"),
-    keyword("show"),
-    exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>,
-         "show gfast-counters <line-id> [(ne | fe)]"),
-    exec("show network-info", "Show network information", CLI_showNetworkInfo, exactly<0>,
-         "show network-info"),
-    exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>,
-         "show device-info [<device-id>]"),
-    exec("show inventory", "Show inventory information for line", CLI_showInventory, between<0, 1>,
-         "show inventory [<line-id>] : { 0 }"),
-    exec("show remote-management-counters", "Show remote FTU management counters for line",
-         CLI_showRemoteManagementCounters, between<0, 1>,
-         "show remote-management-counters [<line-id>] : { 0 }"),
-    exec("show pmd-test-parameters", "Show PMD test parameters for line", CLI_showPMDTestParameters,
-         between<0, 1>, "show pmd-test-parameters [<line-id>] : { 0 }"),
-    exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>,
-         "show ETR <lineId>"),
-    exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, exactly<0>, "show dictionary"),
-    exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>,
-         "show params [<lineId>]"),
-    exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>,
-         "show BITSps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", CLI_showBITSRMCps,
-         between<0, 3>, "show BITS-RMCps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show SNRps", "Show SNR per sub-carrier", CLI_showSNRps, between<0, 3>,
-         "show SNRps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show ALNps", "Show ALN per sub-carrier", CLI_showALNps, between<0, 3>,
-         "show ALNps [<lineId>] [ds | us] [<filename>]: { 0, us, <NONE> }"),
-    exec("show HLOGps", "Show HLOG per sub-carrier", CLI_showHLOGps, between<0, 3>,
-         "show HLOGps [<lineId>] [ds | us] [<filename>]"),
-    exec("show SATN", "Show Signal Attenuation (SATN)", CLI_showSATN, between<0, 2>,
-         "show SATN [<lineId>] [ds | us]"),
-    exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
-         between<0, 1>, "show init-failure-cause [<lineId>]"),
-    exec("show pm-counters", "Show performance monitoring counters for line",
-         CLI_showPerformanceMonitoringCounters, exactly<1>, "show pm-counters <line-id>"),
-    exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
-         "show 15min-counters [<line-id>] [interval]"),
-    exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
-         "show 24hr-counters [<line-id>] [interval]"),
-    exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, "show version"),
-    exec("show afe-params", "Show AFE parameters for a line or all lines", CLI_showAfeParams, between<0, 2>,
-         "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
-    exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, "show log-level"),
-    exec("show extcom-results", "Shows Extcom test results", CLI_showExtcomTestResults, between<0, 1>,
-         "start extcom-text"),
-    keyword("show vectoring"),
-    exec("show vectoring canceler", "Show vectoring canceler matrix for a line", CLI_showCancelerMatrix,
-         exactly<2>, "show vectoring canceler <line-id> <filename>"),
-    exec("show vectoring precoder", "Show vectoring precoder matrix for a line", CLI_showPrecoderMatrix,
-         exactly<2>, "show vectoring precoder <line-id> <filename>"),
-    keyword("show phy"),
-    exec("show phy info", "Show PHY-level information for line", CLI_showPhyInfo, between<0, 3>,
-         "show phy info [<line-id>] [(ne | fe)] [<filename>] : { 0, us <NONE> }"),
-    exec("show phy params", "Show PHY parameters for line", CLI_showPhyParams, between<0, 1>,
-         "show phy params [<line-id>] : { 0 }"),
-    keyword("show line"),
-    exec("show line state", "Show line state", CLI_showLineState, between<0, 1>,
-         "show line state [<lineId>] : { * all lines }"),
-    exec("show line performance-counters", "Show (near-end) line performance counters",
-         CLI_showLinePerformanceCounters, between<0, 2>,
-         "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
-    exec("show line status", "Show line status information", CLI_showLineStatus, between<0, 1>,
-         "show line status [<lineId>] : { 0 }"),
-    exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>,
-         "show line config [<line-id>] : { 0 }"),
-    keyword("show system"),
-    exec("show system restart-state", "Show system restart state", CLI_showSystemRestartState, exactly<0>,
-         "show system restart-state"),
-    keyword("show channel"),
-    exec("show channel status", "Show channel status for line in US or DS direction", CLI_showChannelStatus,
-         between<0, 2>, "show channel status [<line-id>] [us | ds] : { 0, us }"),
-    exec("show channel performance-counters", "Show (near-end) line performance counters",
-         CLI_showChannelPerformanceCounters, between<1, 2>,
-         "show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }"),
-    keyword("show number"),
-    exec("show number 15min-intervals", "Show number of 15 minute history intervals",
-         CLI_showNumberOf15minIntervals, between<0, 1>, "show number 15min-intervals [<line-id>]"),
-    exec("show number 24hr-intervals", "Show number of 24 hour history intervals",
-         CLI_showNumberOf24hrIntervals, between<0, 1>, "show number 24hr-intervals [<line-id>]"),
-    exec("show number devices", "Show number of discovered G.fast devices", CLI_showNumberOfDevices,
-         exactly<0>, "show number devices"),
-    exec("show number lines", "Show number of G.fast lines", CLI_showNumberOfLines, exactly<0>,
-         "show number lines"),
-    exec("show number reboots", "Show number of reboot notifications", CLI_showNumberOfReboots, exactly<0>,
-         "show number reboots"),
-    keyword("set"),
-    exec("set log-level", "Set current log level", CLI_setLogLevel, exactly<1>,
-         "set log-level <0..4> : 0=LOG_CRIT, 1=LOG_ERR, 2=LOG_WARNING, 3=LOG_INFO, 4=LOG_DEBUG"),
-    exec("set inventory", "Set some inventory parameters", CLI_setInventory, anyNumberButFour,
-         "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
-         "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"),
-    keyword("dump"),
-    exec("dump 15min-history", "Dump the 15-minute counter history database", CLI_dump15minCountersHistoryDB,
-         between<0, 1>, "dump 15min-history [<line-id>] : { 0 }"),
-    keyword("restart"),
-    exec("restart line", "Restart a G.fast line or all active lines", CLI_resetLine, exactly<1>,
-         "restart line <line-id> | all"),
-    exec("restart system", "Restart the system", CLI_restartSystem, between<0, 2>,
-         "restart system [<wait-for-config>] [device-id] : { 0, F }"),
-    keyword("activate"),
-    exec("activate line", "Activate a line", CLI_activateLine, exactly<1>,
-         "activate line [<line-id> | all] : { 0 }"),
-    keyword("deactivate"),
-    exec("deactivate line", "De-activate a line", CLI_deactivateLine, between<0, 1>,
-         "deactivate line [<line-id> | all] : { 0 }"),
-    keyword("start"),
-    exec("start logging", "Starts terminal logging", CLI_startLogging, between<0, 1>,
-         "start logging [<seconds>] [<filename>] : { <0>, <stdout> }"),
-    exec("start extcom-test", "Starts Extcom PRBS test", CLI_startExtcomTest, between<0, 1>,
-         "start extcom-text"),
-    keyword("stop"),
-    exec("stop logging", "Stops terminal logging", CLI_stopLogging, between<0, 1>, "stop logging "),
-    config("TARSNRM", "Set target noise margin", CLI_setNoiseMargin, exactly<2>,
-           "TARSNRM (ds | us) <0..310> * (0.1) dB"),
-    config("Mds", "Set number of downstream symbol periods in a TDD frame ", CLI_setNumberOfDSsymbols,
-           exactly<1>, "Mds <10..32>"),
-    config("CE", "Set cyclic extension", CLI_setCyclicExtension, exactly<1>,
-           "CE <4, 8, 10, 12, 14, 16, 20, 24, 30 or 33>"),
-    config("FEXT_CANCEL_ENABLE", "Enable/Disable FEXT cancellation", CLI_setVectoringEnableDisable,
-           exactly<2>, "FEXT_CANCEL_ENABLE (ds | us) (T | F)"),
-    config("SRA_ENABLE", "Enable/Disable SRA function", CLI_setSRAEnableDisable, exactly<2>,
-           "SRA_ENABLE (ds | us) (T | F)"),
-    config("CARMASK", "Set sub-carrier masking", CLI_setSubcarrierMasking, exactly<4>,
-           "CARMASK (ds | us) <index> <start sub-carrier> <stop sub-carrier>"),
-    config("PSDMASK", "Set PSD mask", CLI_setPSDMASK, exactly<4>,
-           "PSDMASK (ds | us) <index> <sub-carrier> <PSD level>"),
-    config("RFIBAND", "Set RFI bands", CLI_setRFIBANDS, exactly<3>,
-           "RFIBAND <index> <start sub-carrier> <stop sub-carrier>"),
-    config("IARBANDS", "Set IAR bands", CLI_setIARBANDS, exactly<1>, "IARBANDS <bitmask>"),
-    config("UPBOPSDA", "Set parameter a for upstream power back-off reference PSD", CLI_setUPBOPSDA,
-           exactly<1>, "UPBOPSDA <0..4095> * (0.01 dBm/Hz)"),
-    config("UPBOPSDB", "Set parameter b for upstream power back-off reference PSD", CLI_setUPBOPSDB,
-           exactly<1>, "UPBOPSDB <0..4095> * (0.01 dBm/Hz)"),
-    config("UPBOKL", "Set upstream electrical length", CLI_setUPBOKL, exactly<1>,
-           "UPBOKL <0..1280> * (0.1 dB)"),
-    config("UPBOKLF", "Set force electrical length flag", CLI_setUPBOKLF, exactly<1>, "UPBOKLF (T | F)"),
-    config("UPBOKLREF", "Set UPBO reference electrical length per band", CLI_setUPBOKLREF, exactly<1>,
-           "UPBOKL <0, 18..255> * (0.1 dB)"),
-    config("MAXNDR", "Set MAXNDR masking", CLI_setMAXNDR, exactly<2>,
-           "MAXNDR (ds | us) <0..4294967295> * (1000) bits/sec"),
-    config("INPMIN_SHINE", "Set minimum impulse noise protection against SHINE ", CLI_setINPMIN_SHINE,
-           exactly<2>, "INPMIN_SHINE (ds | us) <0..520> (0 to 520 symbol periods)"),
-    config("INPMIN_REIN", "Set minimum impulse noise protection against REIN", CLI_setINPMIN_REIN, exactly<2>,
-           "INPMIN_REIN (ds | us) <0..63> (0 to 63 symbol periods)"),
-    config("IAT_REIN", "Set REIN Inter-arrival time ", CLI_setIAT_REIN, exactly<2>,
-           "IAT_REIN (ds | us) <0..3> (0=100 Hz, 1=120 Hz, 2=300 Hz, and 3=360 Hz"),
-    config("SHINERATIO", "Set SHINE ratio ", CLI_setSHINERATIO, exactly<2>,
-           "SHINERATIO (ds | us) <0..100> (0 to 0.1)"),
-    config("RTX_TESTMODE", "Set RTX TESTMODE", CLI_setRTX_TESTMODE, exactly<2>,
-           "RTX_TESTMODE (ds | us) (T | F)"),
-    config("BLUPPERLIMIT", "Set bit-loading upper limit ", CLI_setBitLoadingUpperLimit, exactly<2>,
-           "BLUPPERLIMIT (ds | us) <0..14>"),
-    config("DELAYMAX", "Set maximum allowed delay for retransmission", CLI_setDELAYMAX, exactly<2>,
-           "DELAYMAX (ds | us) <4..252> * (0.25) msecs"),
-    config("MAXSNRM", "Set maximum noise margin", CLI_setMAXSNRM, exactly<2>,
-           "MAXSNRM (ds | us) <0..310,511> * (0.1) dB"),
-    config("MINSNRM", "Set minimum noise margin", CLI_setMINSNRM, exactly<2>,
-           "MINSNRM (ds | us) <0..310> * (0.1) dB"),
-    config("SRA_USNRM", "Set upshift noise margin", CLI_setSRA_USNRM, exactly<2>,
-           "SRA_USNRM (ds | us) <0..310> * (0.1) dB"),
-    config("SRA_UTIME", "Set time-interval above upshift noise margin", CLI_setSRA_UTIME, exactly<2>,
-           "SRA_UTIME (ds | us) <0..16383> secs "),
-    config("SRA_DSNRM", "Set downshift noise margin", CLI_setSRA_DSNRM, exactly<2>,
-           "SRA_DSNRM (ds | us) <0..310> * (0.1) dB"),
-    config("SRA_DTIME", "Set time-interval below downshift noise margin", CLI_setSRA_DTIME, exactly<2>,
-           "SRA_DTIME (ds | us) <0..16383> secs "),
-    config("FRA_TIME", "Set duration of FRA triggering time window ", CLI_setFRA_TIME, exactly<2>,
-           "FRA_TIME (ds | us) <1..8> * logical frame length "),
-    config("FRA_NTONES", "Set minimum percentage of loaded sub-carriers", CLI_setFRA_NTONES, exactly<2>,
-           "FRA_NTONES (ds | us) <0..100> percent"),
-    config("FRA_RTXUC", "Set minimum number of rtx-uc anomalies", CLI_setFRA_RTXUC, exactly<2>,
-           "FRA_RTXUC (ds | us) <0..1023> rtx-uc anomalies"),
-    config("FRA_VENDISC", "Enable/Disable vendor discretionary FRA triggering criteria", CLI_setFRA_VENDISC,
-           exactly<2>, "FRA_VENDISC (ds | us) (T | F)"),
-    config("REINIT_TIME_THRESHOLD", "Set threshold for SES and eoc timeout reinit policy conditions",
-           CLI_setREINIT_TIME_THRESHOLD, exactly<2>, "REINIT_TIME_THRESHOLD (ds | us) <5..31> secs"),
-    config("LOS_PERSISTENCY", "Set LOS defect persistency", CLI_setLOS_PERSISTENCY, exactly<2>,
-           "LOS_PERSISTENCY (ds | us) <1..20> (0.1 * secs)"),
-    config("LOM_PERSISTENCY", "Set LOM defect persistency", CLI_setLOM_PERSISTENCY, exactly<2>,
-           "LOM_PERSISTENCY (ds | us) <2..20> (0.1 * secs)"),
-    config("LOR_PERSISTENCY", "Set LOR defect persistency", CLI_setLOR_PERSISTENCY, exactly<2>,
-           "LOR_PERSISTENCY (ds | us) <1..20> (0.1 * secs)"),
-    config("LOW_ETR_THRESHOLD", "Set threshold for low ETR reinit policy condition", CLI_setLOW_ETR_THRESHOLD,
-           exactly<2>, "LOW_ETR_THRESHOLD (ds | us) <0..30> secs"),
-    config("MINETR", "Set minimum ETR limit", CLI_setMINETR, exactly<2>,
-           "MINETR (ds | us) <0..4294967295> * (1000) bits/sec"),
-    config("MAXATP", "Set maximum aggregate transmit power", CLI_setMAXATP, exactly<2>,
-           "MAXATP (ds | us) <-310..+310> * (0.1) dBm"),
-    config("RNRATIO", "Set RFEC/NFEC ratio", CLI_setRNRATIO, exactly<2>,
-           "RNRATIO (ds | us) <0..8> (0 to 0.25)"),
-    config("TPS_TESTMODE", "Set TPS TESTMODE", CLI_setTPS_TESTMODE, exactly<1>, "TPS_TESTMODE (T | F)"),
-    config("DRA_TESTMODE", "Set DRA TESTMODE", CLI_setDRA_TESTMODE, exactly<1>, "DRA_TESTMODE (T | F)"),
-    config("ACEMODE", "Set ACEMODE", CLI_setACEMODE, exactly<1>, "ACEMODE (0 | 1)"),
-    config("ACEP2N2", "Set ACEP2N2", CLI_setACEP2N2, exactly<1>, "ACEP2N2 (0 | 1)"),
-    config("ALLOWACEON", "Set ALLOWACEON", CLI_setALLOWACEON, exactly<1>, "ALLOWACEON (0 | 1)"),
-    config("DTA_MODE", "Set DTA_MODE", CLI_setDTA_MODE, exactly<1>, "DTA_MODE <0, 1, 2>"),
-    config("MINMds", "Set MINMds", CLI_setMINMds, exactly<1>, "MINMds <5..30>"),
-    config("MAXMds", "Set MAXMds", CLI_setMAXMds, exactly<1>, "MAXMds <5..30>"),
-    config("cDTA_MAXMds", "Set cDTA_MAXMds", CLI_setcDTA_MAXMds, exactly<1>, "cDTA_MAXMds <8..30>"),
-    config("cDTA_MINMds", "Set cDTA_MINMds", CLI_setcDTA_MINMds, exactly<1>, "cDTA_MINMds <8..30>"),
-    config("cDTA_ENABLE", "Set cDTA_ENABLE", CLI_setcDTA_ENABLE, exactly<1>, "cDTA_ENABLE <T | F>"),
-    config("TARSNRM_RMC", "Set TARSNRM-RMCds/us", CLI_setTARSNRM_RMC, exactly<2>,
-           "TARSNRM_RMC (ds | us) <0..310> * (0.1) dB"),
-    config("MINSNRM_RMC", "Set MINSNRM-RMCds/us", CLI_setMINSNRM_RMC, exactly<2>,
-           "MINSNRM_RMC (ds | us) <0..310> * (0.1) dB"),
-    config("MAXBL_RMC", "Set MAXBL-RMCds/us", CLI_setMAXBL_RMC, exactly<2>, "MAXBL_RMC (ds | us) <2..6>"),
-    config("restore", "Restore default line parameters", CLI_setDefaultConfigParams, exactly<0>,
-           "default-params"),
-    config("save", "Save configuration parameters to line (same as apply)", CLI_saveLineConfig, between<0, 1>,
-           "save <line-id>"),
-    config("show", "Show configuration parameters", CLI_showConfigParams, exactly<0>, "show"),
-    config("get", "Get configuration parameters for line", CLI_getConfigParams, between<0, 1>,
-           "get [<line-id>] : { 0 }"),
-    exec("rediscover", "Rediscover G.fast devices", CLI_rediscoverDevices, exactly<0>, "rediscover"),
-    exec("reboot", "Reboot device", CLI_rebootDevice, between<0, 2>,
-         "reboot [B0 | B1 | APP] [<device-id>] : { APP, 0 }"),
-    exec("sleep", "Sleep for some seconds", CLI_sleep, exactly<1>, "sleep <seconds>"),
-    keyword("load"),
-    exec("load bootloader", "Erase bootloader from flash", CLI_loadBootloader, between<0, 2>,
-         "load bootloader [<filename>] [<device-id>] : { B1.bin, 0 }"),
-    keyword("upgrade"),
-    exec("upgrade bootloader", "Upgrade bootloader", CLI_upgradeBootloader, between<0, 2>,
-         "upgrade-bootloader [<filename>] [<device-id>] : { B1.bin 0 } "),
-    exec("upgrade manufacturer-block", "Upgrade manufacturer block", CLI_upgradeManufacturerBlock,
-         between<0, 2>,
-         "upgrade manufacturer-block [<filename>] [<device-id>] : { ManufacturerBlock_DP.bin, 0 }"),
-    exec("upgrade firmware", "Upgrade firmware image", CLI_upgradeFirmwareImage, between<0, 2>,
-         "upgrade firmware-image [<filename>] [<device-id>] : { triplet_dp_2_94.bin, 0 }"),
-    keyword("erase"),
-    exec("erase bootloader", "Erase bootloader from flash", CLI_eraseBootloader, between<0, 1>,
-         "erase bootloader [<device-id>] : { 0 }"),
-    exec("erase manufacturer-block", "Erase manufacturer block from flash", CLI_eraseManufacturerBlock,
-         between<0, 1>, "erase manufacturer-block [<device-id>] : { 0 }"),
-    exec("erase firmware", "Erase firmware image from flash", CLI_eraseFirmwareImage, between<0, 1>,
-         "erase firmware [<device-id>] : { 0 }"),
-    exec("erase flash", "Erase entire flash", CLI_eraseFlash, between<0, 1>,
-         "erase flash [<device-id>] : { 0 }"),
-    exec("run", "Run a CLI script file", CLI_runScript, between<0, 2>,
-         "run [<filename>] [<iterations>]: { clitest.txt }"),
-    keyword("test"),
-    exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>,
-         "test afe-loop <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] : { "
-         "<default-signal>, fdsignal.out } "),
-    exec("test afe-mtpr", "Test MTPR performance", CLI_testAfePerformanceMTPR, between<2, 5>,
-         "test afe-mtpr <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] "
-         "[<mtpr-result-filename>] : { NULL, fdsignal.out mtpr.out } "),
-    exec("test afe-mtpr-loop", "Test MTPR performance in loop", CLI_testAfePerformanceMTPRInLoop,
-         between<2, 4>,
-         "test afe-mtpr-loop <tx-line-id> <rx-line-id> <loop-iterations> [<mtpr-result-filename>] : { 1, "
-         "mtpr.out } "),
-    keyword("transmit"),
-    exec("transmit signal", "Transmit signal", CLI_transmitSignal, between<0, 2>,
-         "transmit signal [<line-id>] [<signal-filename>] : { 0, <default-signal> }"),
-    keyword("receive"),
-    exec("receive signal", "Receive signal snapshot", CLI_receiveSignal, between<0, 2>,
-         "receive signal [<line-id>] [<fdsignal-filename>] : { 0, fdsignal.out } "),
-    keyword("generate"),
-    exec("generate signal", "Generate a random signal", CLI_generateRandomSignal, between<0, 1>,
-         "generate signal [<signal-filename>] : { txsignal.dat }"),
-    keyword("analyze"),
-    exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>,
-         "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]"),
+// The whole vocabulary in the order in which it is registered, and in which help lists it. A word that others
+// begin with only leads to them.
+constexpr const char* kExecWords[] = {
+    "read", "read memory", "read sbr",
+    "write", "write memory",
+    "show", "show gfast-counters", "show network-info", "show device-info", "show inventory",
+    "show remote-management-counters", "show pmd-test-parameters", "show ETR", "show dictionary",
+    "show params", "show BITSps", "show BITS-RMCps", "show SNRps", "show ALNps", "show HLOGps", "show SATN",
+    "show init-failure-cause", "show pm-counters", "show 15min-counters", "show 24hr-counters",
+    "show version", "show afe-params", "show log-level", "show extcom-results",
+    "show vectoring", "show vectoring canceler", "show vectoring precoder",
+    "show phy", "show phy info", "show phy params",
+    "show line", "show line state", "show line performance-counters", "show line status",
+    "show line config",
+    "show system", "show system restart-state",
+    "show channel", "show channel status", "show channel performance-counters",
+    "show number", "show number 15min-intervals", "show number 24hr-intervals", "show number devices",
+    "show number lines", "show number reboots",
+    "set", "set log-level", "set inventory",
+    "dump", "dump 15min-history",
+    "restart", "restart line", "restart system",
+    "activate", "activate line",
+    "deactivate", "deactivate line",
+    "start", "start logging", "start extcom-test",
+    "stop", "stop logging",
 };
+
+constexpr const char* kConfigurationWords[] = {
+    "TARSNRM", "Mds", "CE", "FEXT_CANCEL_ENABLE", "SRA_ENABLE", "CARMASK", "PSDMASK", "RFIBAND", "IARBANDS",
+    "UPBOPSDA", "UPBOPSDB", "UPBOKL", "UPBOKLF", "UPBOKLREF", "MAXNDR", "INPMIN_SHINE", "INPMIN_REIN",
+    "IAT_REIN", "SHINERATIO", "RTX_TESTMODE", "BLUPPERLIMIT", "DELAYMAX", "MAXSNRM", "MINSNRM", "SRA_USNRM",
+    "SRA_UTIME", "SRA_DSNRM", "SRA_DTIME", "FRA_TIME", "FRA_NTONES", "FRA_RTXUC", "FRA_VENDISC",
+    "REINIT_TIME_THRESHOLD", "LOS_PERSISTENCY", "LOM_PERSISTENCY", "LOR_PERSISTENCY", "LOW_ETR_THRESHOLD",
+    "MINETR", "MAXATP", "RNRATIO", "TPS_TESTMODE", "DRA_TESTMODE", "ACEMODE", "ACEP2N2", "ALLOWACEON",
+    "DTA_MODE", "MINMds", "MAXMds", "cDTA_MAXMds", "cDTA_MINMds", "cDTA_ENABLE", "TARSNRM_RMC",
+    "MINSNRM_RMC", "MAXBL_RMC", "restore", "save", "show", "get",
+};
+
+constexpr const char* kMoreExecWords[] = {
+    "rediscover",
+    "reboot",
+    "sleep",
+    "load", "load bootloader",
+    "upgrade", "upgrade bootloader", "upgrade manufacturer-block", "upgrade firmware",
+    "erase", "erase bootloader", "erase manufacturer-block", "erase firmware", "erase flash",
+    "run",
+    "test", "test afe-loop", "test afe-mtpr", "test afe-mtpr-loop",
+    "transmit", "transmit signal",
+    "receive", "receive signal",
+    "generate", "generate signal",
+    "analyze", "analyze crashdump",
+};
+
+// clang-format on
+
+constexpr auto kOrder = [] {
+  std::array<Place, std::size(kExecWords) + std::size(kConfigurationWords) + std::size(kMoreExecWords)>
+      order{};
+  auto next = order.begin();
+  for (const char* const path : kExecWords) {
+    *next++ = {MODE_EXEC, path};
+  }
+  for (const char* const path : kConfigurationWords) {
+    *next++ = {MODE_CONFIG, path};
+  }
+  for (const char* const path : kMoreExecWords) {
+    *next++ = {MODE_EXEC, path};
+  }
+  return order;
+}();
+
+constexpr std::span<const Command> (*kFamilies[])() = {
+    memoryCommands,       deviceCommands,    firmwareCommands, lineControlCommands, lineStatusCommands,
+    networkInfoCommands,  inventoryCommands, configCommands,   parameterCommands,   performanceCommands,
+    gfastCounterCommands, toneCommands,      phyCommands,      vectoringCommands,   etrCommands,
+    signalCommands,       analyzeCommands,   extcomCommands,   loggingCommands,     systemCommands,
+    sessionCommands,
+};
+
+std::vector<Command> rowsOfAllFamilies() {
+  std::vector<Command> rows;
+  for (const auto family : kFamilies) {
+    rows.insert(rows.end(), family().begin(), family().end());
+  }
+  return rows;
+}
 
 }  // namespace
 
 std::span<const Command> commandTable() {
-  return kCommands;
+  static const std::vector<Command> table = joinCommands(kOrder, rowsOfAllFamilies());
+  return table;
 }
 
 }  // namespace gfast::console

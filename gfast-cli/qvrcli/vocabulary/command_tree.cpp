@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/vocabulary/command_table.h"
 
 namespace gfast::console {
 

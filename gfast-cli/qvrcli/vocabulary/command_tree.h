@@ -1,17 +1,9 @@
-// The console's vocabulary: one table row a command, in registration order. The order is the order of the
-// rows, and help lists the commands in it.
+// The vocabulary inside libcli: registering it, and what happens when one of its commands is typed.
 #pragma once
 
 #include <libcli.h>
 
-#include <span>
-
-#include "qvrcli/vocabulary/command.h"
-
 namespace gfast::console {
-
-// Every registration, parents directly before their children.
-std::span<const Command> commandTable();
 
 // Registers the table with libcli, each handler behind dispatchCommand, and `configure` in place of libcli's
 // own.

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "qvrcli/qvrcli.h"
+#include "qvrcli/session/interpreter.h"
 #include "qvrcli/session/session_stream.h"
 
 using namespace gfast;

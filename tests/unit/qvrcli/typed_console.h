@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "qvrcli/qvrcli.h"
+#include "qvrcli/session/interpreter.h"
 #include "support/expected_requests.h"
 #include "support/test_clock.h"
 #include "unit/qvrcli/captured_console.h"
@@ -28,6 +28,9 @@ class TypedConsole : public testing::Test {
 
   // What one line prints.
   Lines typed(const std::string& line) { return console_.run(line); }
+
+  // What was printed since the last line.
+  Lines printedSince() { return console_.take(); }
 
   // What the last line told libcli.
   int result() const { return console_.result(); }

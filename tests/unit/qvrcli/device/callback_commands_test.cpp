@@ -1,7 +1,7 @@
 // The demonstration of the quarter-hour callback. No keyword leads to it, so it is called as libcli would.
 #include <ctime>
 
-#include "qvrcli/device/device_commands.h"
+#include "qvrcli/device/callback_commands.h"
 #include "qvrcli/session/session_stream.h"
 #include "unit/qvrcli/typed_console.h"
 
@@ -11,24 +11,19 @@ using namespace gfast::console;
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::MatchesRegex;
 
 class QuarterHourCallback : public TypedConsole {
  protected:
   Lines called(std::vector<std::string> words) {
-    lines().clear();
-    cli_print_callback(interpreter(), [](cli_def*, const char* line) { lines().emplace_back(line); });
     std::vector<char*> arguments;
     for (std::string& word : words) {
       arguments.push_back(word.data());
     }
     CLI_register15minCallback(interpreter(), "register callback", arguments.data(),
                               static_cast<int>(arguments.size()));
-    return lines();
-  }
-  static Lines& lines() {
-    static auto* collected = new Lines;
-    return *collected;
+    return printedSince();
   }
 };
 
@@ -60,11 +55,10 @@ TEST_F(QuarterHourCallback, ReportsTheBoundaryToTheSession) {
   setenv("TZ", "UTC", 1);
   tzset();
   called({});
-  lines().clear();
   CLI_15minEventCallback(1700000100);
-  EXPECT_TRUE(lines().empty());  // the notification thread does not print itself
+  EXPECT_THAT(printedSince(), IsEmpty());  // the notification thread does not print itself
   printWaiting(interpreter());
-  EXPECT_THAT(lines(), ElementsAre("Event occurred at 2023-11-14T22:15:00+UTC"));
+  EXPECT_THAT(printedSince(), ElementsAre("Event occurred at 2023-11-14T22:15:00+UTC"));
 }
 
 }  // namespace

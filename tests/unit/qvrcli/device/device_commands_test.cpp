@@ -1,6 +1,4 @@
 // Commands that act on a chip as a whole: given what the chip answers, when this is typed, this is printed.
-#include <chrono>
-
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
 #include "chip/parameters.h"
@@ -13,8 +11,6 @@ using namespace gfast::console;
 
 namespace {
 
-using std::chrono::microseconds;
-using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -224,84 +220,6 @@ TEST_F(Rediscover, ReadsWhateverAnswers) {
 
 TEST_F(Rediscover, SaysItsName) {
   EXPECT_THAT(typed("rediscover now"), ElementsAre("rediscover"));
-}
-
-using Sleep = TypedConsole;
-
-TEST_F(Sleep, SleepsTheSecondsItIsTold) {
-  EXPECT_THAT(typed("sleep 1"), IsEmpty());
-  EXPECT_THAT(typed("sleep 86400"), IsEmpty());
-  EXPECT_THAT(testClock().sleeps(), ElementsAre(microseconds(seconds(1)), microseconds(seconds(86400))));
-}
-
-TEST_F(Sleep, RefusesWhatLiesOutside) {
-  for (const char* line : {"sleep 0", "sleep 86401", "sleep -1", "sleep x"}) {
-    EXPECT_THAT(typed(line), ElementsAre("invalid parameter - must enter value between 1..86400")) << line;
-  }
-  EXPECT_THAT(testClock().sleeps(), IsEmpty());
-}
-
-using LineControl = TypedConsole;
-
-constexpr const char* kNoLine = "invalid parameter - line number must be between 0..1";
-
-TEST_F(LineControl, RestartsALineThatIsUp) {
-  ChipIdentity up;
-  up.setLinkState(LS_SHOWTIME);
-  expect(opens(0) + readsIdentity(0, up) + writesWord(0, VIRT_ADDR_REINIT(0), 0));
-  EXPECT_THAT(typed("restart line 0"), IsEmpty());
-}
-
-TEST_F(LineControl, ALineThatIsDownIsLeftAlone) {
-  ChipIdentity idle;
-  idle.setLinkState(LS_IDLE);
-  expect(opens(0) + readsIdentity(0, idle));
-  EXPECT_THAT(typed("restart line 0"), IsEmpty());
-}
-
-TEST_F(LineControl, RestartsAllLinesThatWereFound) {
-  EXPECT_THAT(typed("restart line all"), IsEmpty());  // none was
-  EXPECT_THAT(typed("restart line ALL"), IsEmpty());
-}
-
-TEST_F(LineControl, ActivatesALineOrAll) {
-  // Until devices were found every line is looked for on the first.
-  expect(opens(0) + writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 1).times(3));
-  EXPECT_THAT(typed("activate line 0"), IsEmpty());
-  EXPECT_THAT(typed("activate line all"), IsEmpty());
-}
-
-TEST_F(LineControl, DeactivatesALineOrAll) {
-  const Script down = writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 0) + writesWord(0, VIRT_ADDR_REINIT(0), 0);
-  expect(opens(0) + down.times(3));
-  EXPECT_THAT(typed("deactivate line 0"), IsEmpty());
-  EXPECT_THAT(typed("deactivate line ALL"), IsEmpty());
-}
-
-TEST_F(LineControl, DeactivatingNoLineDoesNothing) {
-  EXPECT_THAT(typed("deactivate line"), IsEmpty());
-}
-
-TEST_F(LineControl, SaysWhatIsNoLine) {
-  for (const char* line : {"restart line 2", "activate line -1", "deactivate line 17"}) {
-    EXPECT_THAT(typed(line), ElementsAre(kNoLine)) << line;
-  }
-}
-
-TEST_F(LineControl, AWordWithoutDigitsLeavesTheFirstLine) {
-  expect(opens(0) + writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 1));
-  EXPECT_THAT(typed("activate line All"), IsEmpty());
-}
-
-TEST_F(LineControl, ActivateWantsItsLine) {
-  EXPECT_THAT(typed("activate line"), ElementsAre("activate line [<line-id> | all] : { 0 }"));
-  EXPECT_THAT(typed("restart line"), ElementsAre("restart line <line-id> | all"));
-}
-
-TEST_F(LineControl, AFailureIsNotReported) {
-  expect(opens(0).fails(ENOENT).times(3));
-  EXPECT_THAT(typed("activate line 0"), IsEmpty());
-  EXPECT_THAT(typed("deactivate line 0"), IsEmpty());
 }
 
 }  // namespace

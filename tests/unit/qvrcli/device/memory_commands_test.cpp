@@ -1,7 +1,7 @@
 // Chip memory at the console: given these bytes, when this is typed, this is printed.
 #include <cstdio>
 
-#include "qvrcli/device/device_commands.h"
+#include "qvrcli/device/memory_commands.h"
 #include "unit/qvrcli/typed_console.h"
 #include "unit/sdk/seams.h"
 

@@ -1,7 +1,10 @@
-// Logging at the console: given these log records, when this is typed, this is printed and waited for.
+// Logging at the console: given these log records, when this is typed, this is printed and waited for; and
+// the level of the trace.
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 
@@ -18,6 +21,7 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::seconds;
 using testing::ElementsAre;
+using testing::IsEmpty;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
@@ -84,7 +88,7 @@ Script switchesOn() {
 TEST_F(Logging, GoesOnUntilItIsStopped) {
   expect(switchesOn());
   EXPECT_THAT(typed("start logging"), ElementsAre("Logging started..."));
-  EXPECT_THAT(testClock().sleeps(), testing::IsEmpty());
+  EXPECT_THAT(testClock().sleeps(), IsEmpty());
   EXPECT_EQ(printedWhenAChipSpeaks("10:00:00 FRM00 - up\n"), "DFE01: 10:00:00 FRM00 - up\n");
   EXPECT_THAT(typed("stop logging"), ElementsAre("Logging stopped"));
   EXPECT_FALSE(delivers());
@@ -106,7 +110,7 @@ TEST_F(Logging, WithoutANumberGoesOn) {
 TEST_F(Logging, ForOneSecondDoesNotWait) {
   expect(switchesOn());
   EXPECT_THAT(typed("start logging 1"), ElementsAre("Logging started...", "Logging stopped..."));
-  EXPECT_THAT(testClock().sleeps(), testing::IsEmpty());
+  EXPECT_THAT(testClock().sleeps(), IsEmpty());
   EXPECT_FALSE(delivers());
 }
 
@@ -146,24 +150,49 @@ TEST_F(Logging, MayBeStoppedWhenItWasNotStarted) {
   EXPECT_THAT(typed("stop logging 1 2"), ElementsAre("stop logging "));
 }
 
+// A log terminal of which the other end is held here.
+class Terminal {
+ public:
+  Terminal() {
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_NONBLOCK), 0);
+    reading_ = ends[0];
+    setTerminal(fdopen(ends[1], "w"));
+  }
+  ~Terminal() { close(reading_); }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+
+  bool isOpen() const {
+    char byte = 0;
+    return read(reading_, &byte, 1) < 0 && errno == EAGAIN;
+  }
+
+ private:
+  int reading_ = -1;
+};
+
 TEST_F(Logging, ClosesTheTerminalWhenItStops) {
-  setTerminal(std::tmpfile());
+  const Terminal terminal;
+  EXPECT_TRUE(terminal.isOpen());
   typed("stop logging");
-  EXPECT_FALSE(isTerminalOpen());
+  EXPECT_FALSE(terminal.isOpen());
+}
+
+TEST_F(Logging, ClosesTheTerminalWhenItsTimeIsOver) {
+  const Terminal terminal;
   expect(switchesOn());
-  setTerminal(std::tmpfile());
   typed("start logging");
-  EXPECT_TRUE(isTerminalOpen());
-  EXPECT_EQ(printedWhenAChipSpeaks("up\n"), "");
+  EXPECT_TRUE(terminal.isOpen());
   typed("start logging 1");
-  EXPECT_FALSE(isTerminalOpen());
+  EXPECT_FALSE(terminal.isOpen());
 }
 
 TEST_F(Logging, OfAScriptIsNotShownTwice) {
   expect(switchesOn());
   typed("start logging");
   EXPECT_EQ(printedWhenAChipSpeaks("up\n"), "DFE01: up\n");
-  EXPECT_THAT(waiting(interpreter()), testing::IsEmpty());
+  EXPECT_THAT(waiting(interpreter()), IsEmpty());
 }
 
 TEST_F(Logging, IsShownInTheSessionToo) {
@@ -177,7 +206,7 @@ TEST_F(Logging, IsShownInTheSessionToo) {
   EXPECT_THAT(waiting(interpreter()), ElementsAre("DFE01: 100%s up", "DFE01: no end"));
   typed("stop logging");
   handleLogMessage(0, "late\n");
-  EXPECT_THAT(waiting(interpreter()), testing::IsEmpty());
+  EXPECT_THAT(waiting(interpreter()), IsEmpty());
 }
 
 TEST_F(Logging, IsShownSecondBySecondWhileTheSessionWaits) {
@@ -199,7 +228,7 @@ TEST_F(Logging, GoesToAnOpenTerminalOnly) {
   typed("start logging");
   setTerminal(std::tmpfile());
   EXPECT_EQ(printedWhenAChipSpeaks("up\n"), "");
-  EXPECT_THAT(waiting(interpreter()), testing::IsEmpty());
+  EXPECT_THAT(waiting(interpreter()), IsEmpty());
 }
 
 TEST_F(Logging, EndsWithTheSessionThatWaitsForIt) {
@@ -214,6 +243,44 @@ TEST_F(Logging, EndsWithTheSessionThatWaitsForIt) {
 TEST_F(Logging, OfAbsentDevicesStartsAllTheSame) {
   expect(opens(0).fails(ENOENT) + opens(1).fails(ENOENT));
   EXPECT_THAT(typed("start logging"), ElementsAre("Logging started..."));
+}
+
+using LogLevel = TypedConsole;
+
+constexpr const char* kBadLevel = "Invalid log level - must be between 0 and 4";
+
+TEST_F(LogLevel, IsShownAsItIsSet) {
+  EXPECT_THAT(typed("show log-level"), ElementsAre("LOG_ERR"));
+  const char* const names[] = {"LOG_CRIT", "LOG_ERR", "LOG_WARNING", "LOG_INFO", "LOG_DEBUG"};
+  for (int level = 0; level < 5; level++) {
+    EXPECT_THAT(typed("set log-level " + std::to_string(level)), IsEmpty());
+    EXPECT_THAT(typed("show log-level"), ElementsAre(names[level]));
+    EXPECT_EQ(QVR_traceLogLevel(), level);
+  }
+}
+
+TEST_F(LogLevel, OutOfRangeIsReportedAndSetAllTheSame) {
+  EXPECT_THAT(typed("set log-level 9"), ElementsAre(kBadLevel));
+  EXPECT_EQ(QVR_traceLogLevel(), 9);
+  EXPECT_THAT(typed("show log-level"), ElementsAre("LOG_UNKNOWN"));
+  EXPECT_THAT(typed("set log-level -1"), ElementsAre(kBadLevel));
+  EXPECT_EQ(QVR_traceLogLevel(), static_cast<QVR_logSeverity_t>(0xFFFFFFFF));
+  EXPECT_EQ(result(), CLI_OK);
+}
+
+TEST_F(LogLevel, WithoutANumberStaysAsItIs) {
+  typed("set log-level 3");
+  EXPECT_THAT(typed("set log-level LOG_DEBUG"), IsEmpty());
+  EXPECT_THAT(typed("set log-level \"\""), ElementsAre(kBadLevel));
+  EXPECT_THAT(typed("show log-level"), ElementsAre("LOG_INFO"));
+}
+
+TEST_F(LogLevel, TakesOneWord) {
+  const std::string usage =
+      "set log-level <0..4> : 0=LOG_CRIT, 1=LOG_ERR, 2=LOG_WARNING, 3=LOG_INFO, 4=LOG_DEBUG";
+  EXPECT_THAT(typed("set log-level"), ElementsAre(usage));
+  EXPECT_THAT(typed("set log-level 1 2"), ElementsAre(usage));
+  EXPECT_THAT(typed("show log-level 1"), ElementsAre("show log-level"));
 }
 
 }  // namespace

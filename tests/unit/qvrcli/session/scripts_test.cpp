@@ -145,10 +145,7 @@ TEST_F(Scripts, StopWhenTheSessionIsLost) {
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets), 0);
   console_.cli()->client = fdopen(sockets[1], "w+");
   close(sockets[0]);
-  char name[] = "a.txt";
-  char times[] = "4294967295";
-  char* words[] = {name, times};
-  EXPECT_EQ(CLI_runScript(console_.cli(), "run", words, 2), CLI_OK);
+  EXPECT_EQ(runScript(console_.cli(), "a.txt", 4294967295), CLI_OK);
   fclose(console_.cli()->client);
   console_.cli()->client = nullptr;
 }

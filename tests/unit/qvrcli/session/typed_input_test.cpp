@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "qvrcli/vocabulary/command_tree.h"
+#include "qvrcli/vocabulary/command_table.h"
 
 using namespace gfast;
 using namespace gfast::console;

@@ -5,7 +5,7 @@
 #include <set>
 #include <string>
 
-#include "qvrcli/vocabulary/command_tree.h"
+#include "qvrcli/vocabulary/command_table.h"
 #include "support/vocabulary.h"
 
 using namespace gfast;

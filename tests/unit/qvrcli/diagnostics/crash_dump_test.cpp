@@ -1,33 +1,23 @@
-// Crash dumps: given this file, these blocks are read, this assertion is named, this is printed.
+// Crash dumps: given this file, these blocks are read, this assertion is found.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <random>
 #include <string>
-#include <vector>
 
 #include "chip/device_information.h"
 #include "qvrcli/diagnostics/crash_dump.h"
 #include "std/byte_order.h"
 #include "support/console_session.h"
-#include "support/stored_text.h"
-#include "unit/qvrcli/captured_console.h"
+#include "unit/qvrcli/diagnostics/planted_assertion.h"
 
 using namespace gfast;
 using namespace gfast::console;
 
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-
-using Lines = std::vector<std::string>;
-using Devices = std::array<DEV_INF_S, QVR_K_MAX_DEVICES>;
-
-constexpr uint32_t kWords = DEV_INF_SIZE / 4;
 constexpr uint32_t kUntouched = 0xEEEEEEEE;
 
 // A dump's lines of one block: word i is `first` plus i.
@@ -253,17 +243,6 @@ TEST_F(CrashDumpFile, FailsWhenItCannotBeRead) {
 
 // ---- Leading assertion ----
 
-// One processor's assertion in a block: id, symbol counter, and where the time base stood.
-void plant(DEV_INF_S& device, CLI_CPU_TYPE_E cpu, uint32_t id, uint32_t symbolCounter) {
-  constexpr size_t info[] = {40, 84, 200};
-  constexpr size_t extension[] = {168, 184, 244};
-  store_be32(device.bytes + info[cpu] + 4, id);
-  store_be32(device.bytes + extension[cpu], symbolCounter);
-  store_be32(device.bytes + extension[cpu] + 4, id + 1);
-  store_be32(device.bytes + extension[cpu] + 8, id + 2);
-  store_be32(device.bytes + extension[cpu] + 12, id + 3);
-}
-
 class LeadingAssert : public testing::Test {
  protected:
   void plantAt(size_t device, CLI_CPU_TYPE_E cpu, uint32_t id, uint32_t symbolCounter) {
@@ -340,165 +319,6 @@ TEST_F(LeadingAssert, OfTheLastSymbolIsCountedOnly) {
   plantAt(1, CPU_FDU, 100, 0xFFFFFFFF);
   EXPECT_EQ(found().assertId, 0U);
   EXPECT_EQ(found().count, 1U);
-}
-
-// ---- The command ----
-
-class AnalyzeCrashDump : public testing::Test {
- protected:
-  void SetUp() override { ASSERT_EQ(chdir(directory_.path().c_str()), 0); }
-
-  Lines typed(const std::string& line) {
-    const Lines lines = console_.run(line);
-    EXPECT_EQ(console_.result(), CLI_OK);
-    return lines;
-  }
-
-  // A dump of two devices with the words that count up from 0x10000 and 0x20000, but these assertions.
-  void writeDump() {
-    Devices devices;
-    for (uint32_t i = 0; i < kWords; i++) {
-      store_be32(devices[0].bytes + size_t{4} * i, 0x10000 + i);
-      store_be32(devices[1].bytes + size_t{4} * i, 0x20000 + i);
-    }
-    plant(devices[0], CPU_CP, 0x80000001, 0x2711);
-    plant(devices[1], CPU_FRAMER, 0x77, 0x2711);
-    std::string text;
-    char line[32];
-    for (const DEV_INF_S& device : devices) {
-      for (uint32_t i = 0; i < kWords; i++) {
-        std::snprintf(line, sizeof line, "%08X: %08X\n", QVR_K_CRASH_DUMP_ADDRESS + 4 * i,
-                      load_be32(device.bytes + size_t{4} * i));
-        text += line;
-      }
-    }
-    directory_.write("dump.txt", text);
-  }
-
-  ScratchDirectory directory_;
-  CapturedConsole console_;
-};
-
-const Lines kLead = {
-    "",
-    "<Leading Assert>",
-    "",
-    "Assert Id                                 80000001 (-2147483647)",
-    "Symbol Counter                            00002711",
-    "TBM Symbol                                80000002",
-    "TBM Phase                                 80000003",
-    "TBM Sample                                80000004",
-    "Device Id                                 0",
-    "Line Id                                   1",
-    "CPU                                       CP",
-    "Count                                     2",
-    "",
-};
-
-std::string joined(const Lines& lines) {
-  std::string text;
-  for (const std::string& line : lines) {
-    text += line + "\n";
-  }
-  return text;
-}
-
-// The text, where every such piece has lost what is behind its first line end.
-std::string without(std::string text, const std::string& piece) {
-  const size_t kept = piece.find('\n') + 1;
-  for (size_t at = 0; (at = text.find(piece, at)) != std::string::npos;) {
-    text.erase(at + kept, piece.size() - kept);
-  }
-  return text;
-}
-
-TEST_F(AnalyzeCrashDump, PrintsBothDevicesAndTheLeadingAssertion) {
-  writeDump();
-  const Lines lines = typed("analyze crashdump 1 dump.txt");
-  ASSERT_GT(lines.size(), kLead.size());
-  EXPECT_EQ(Lines(lines.end() - static_cast<long>(kLead.size()), lines.end()), kLead);
-  EXPECT_EQ(lines[0], "deviceId                                  0");
-  EXPECT_EQ(lines[2], "firmwareVersion                           00010001");
-  EXPECT_THAT(joined(lines), HasSubstr(" \ndeviceId                                  1\n"
-                                       "devinfVersion                             00020000\n"));
-  expectStored(std::string(TRANSCRIPTS) + "/analyze_crashdump.txt", joined(lines));
-}
-
-TEST_F(AnalyzeCrashDump, WritesTheSameToAFile) {
-  writeDump();
-  const std::string printed = joined(typed("analyze crashdump 1 dump.txt"));
-  directory_.write("analysis.txt", std::string(100000, 'x'));
-  EXPECT_THAT(typed("analyze crashdump 1 dump.txt analysis.txt"), ElementsAre());
-  const std::string written = readText("analysis.txt");
-  expectStored(std::string(TRANSCRIPTS) + "/analyze_crashdump_file.txt", written);
-  // A session has a line that holds one blank behind each device, and an empty one behind each heading.
-  const std::string expected = without(without(printed, "\n \n"), ">\n\n");
-  EXPECT_EQ(written, expected);
-}
-
-TEST_F(AnalyzeCrashDump, OfNoAssertionNamesNone) {
-  directory_.write("dump.txt", "");
-  const Lines lines = typed("analyze crashdump 4 dump.txt");
-  EXPECT_THAT(joined(lines), HasSubstr("Assert Id                                 00000000 (0)\n"
-                                       "Symbol Counter                            00000000\n"));
-  EXPECT_THAT(joined(lines), HasSubstr("CPU                                       FRAMER\n"
-                                       "Count                                     0\n"));
-}
-
-TEST_F(AnalyzeCrashDump, NamesTheFdu) {
-  Devices devices{};
-  plant(devices[0], CPU_FDU, 3, 9);
-  char extension[64];
-  std::string text = "E3100000: 00000000\n";
-  for (uint32_t i = 1; i < kWords; i++) {
-    std::snprintf(extension, sizeof extension, "%08X: %08X\n", QVR_K_CRASH_DUMP_ADDRESS + 4 * i,
-                  load_be32(devices[0].bytes + size_t{4} * i));
-    text += extension;
-  }
-  directory_.write("dump.txt", text);
-  EXPECT_THAT(joined(typed("analyze crashdump 1 dump.txt")),
-              HasSubstr("Line Id                                   0\n"
-                        "CPU                                       FDU\n"
-                        "Count                                     1\n"));
-}
-
-TEST_F(AnalyzeCrashDump, SaysHowManyAddressesALineHas) {
-  for (const char* number : {"0", "5", "-1", "x", "99999999999"}) {
-    EXPECT_THAT(typed(std::string("analyze crashdump ") + number + " missing.txt"),
-                ElementsAre("number-of-addresses-per-line must be between 1 and 4"))
-        << number;
-  }
-}
-
-TEST_F(AnalyzeCrashDump, OfTwoOrThreeAddressesALineFailsToLoad) {
-  writeDump();
-  for (const char* number : {"2", "3"}) {
-    EXPECT_THAT(typed(std::string("analyze crashdump ") + number + " dump.txt"),
-                ElementsAre("Failed loading device information from file dump.txt"));
-  }
-}
-
-TEST_F(AnalyzeCrashDump, SaysWhatCannotBeLoaded) {
-  EXPECT_THAT(typed("analyze crashdump 1 missing.txt analysis.txt"),
-              ElementsAre("Failed loading device information from file missing.txt"));
-  EXPECT_NE(access("analysis.txt", F_OK), 0);
-  EXPECT_THAT(typed("analyze crashdump 4"), ElementsAre("Failed loading device information from file "));
-}
-
-TEST_F(AnalyzeCrashDump, SaysWhatCannotBeWritten) {
-  writeDump();
-  EXPECT_THAT(typed("analyze crashdump 1 dump.txt no/such/folder.txt"),
-              ElementsAre("Failed writing file no/such/folder.txt (No such file or directory)"));
-  EXPECT_THAT(typed("analyze crashdump 1 dump.txt /dev/full"),
-              ElementsAre("Failed writing file /dev/full (No space left on device)"));
-}
-
-TEST_F(AnalyzeCrashDump, TakesOneToThreeWords) {
-  const std::string usage =
-      "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]";
-  EXPECT_THAT(typed("analyze crashdump"), ElementsAre(usage));
-  EXPECT_THAT(typed("analyze crashdump 1 2 3 4"), ElementsAre(usage));
-  EXPECT_THAT(typed("analyze crashdump 1 dump.txt ?"), ElementsAre(usage));
 }
 
 }  // namespace

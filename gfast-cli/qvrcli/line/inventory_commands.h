@@ -1,10 +1,12 @@
 // Who is at the ends of a line.
 #pragma once
 
-#include <libcli.h>
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 
-int CLI_showInventory(cli_def* cli, const char* command, char* argv[], int argc);
+std::span<const Command> inventoryCommands();
 
 }  // namespace gfast::console

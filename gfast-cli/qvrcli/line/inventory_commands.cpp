@@ -1,12 +1,14 @@
-#include "qvrcli/line/show_inventory.h"
+#include "qvrcli/line/inventory_commands.h"
 
 #include <qvr.h>
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <string_view>
 
-#include "qvrcli/text/line_argument.h"
+#include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/hexadecimal.h"
 
 namespace gfast::console {
 
@@ -46,11 +48,10 @@ void printEnd(cli_def* cli, const QVR_inventoryParameters_t& end) {
   cli_print(cli, "VERSION:       %s", textOf(end.VERSION).c_str());
 }
 
-}  // namespace
-
 int CLI_showInventory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
-  QVR_lineId_t line = 0;
-  if (!takeLine(cli, argv, argc, &line)) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_lineId_t line = words.line(0);
+  if (words.refused()) {
     return CLI_OK;
   }
   QVR_inventoryObject_t inventory{};
@@ -64,6 +65,44 @@ int CLI_showInventory(cli_def* cli, const char* /*command*/, char* argv[], int a
   cli_print(cli, "\nFTU-R:\n");
   printEnd(cli, inventory.FTU_R);
   return CLI_OK;
+}
+
+int CLI_setInventory(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
+  ArgumentReader words(cli, argv, argc);
+  const QVR_deviceId_t device = words.device(0, "invalid device number {}");
+  const char* const vendorId = words.text(1, "");
+  const char* const serialNumber = words.text(2, "");
+  if (words.refused()) {
+    return CLI_OK;
+  }
+  QVR_inventoryParameters_t inventory{};
+  toHexNumber(vendorId, sizeof inventory.SYSTEM_VENDOR, reinterpret_cast<uint8_t*>(inventory.SYSTEM_VENDOR));
+  std::memcpy(
+      inventory.SERIALNR, serialNumber,
+      std::min(std::strlen(serialNumber), sizeof inventory.SERIALNR));  // a full field has no terminator
+  const QVR_retval_t status = QVR_setInventoryParams(device, &inventory);
+  if (QVR_STATUS_ERROR(status)) {
+    cli_print(cli, "Failed setting inventory parameters (%1d)", static_cast<int>(status));
+  }
+  return CLI_OK;
+}
+
+constexpr bool anyNumberButFour(int argc) {
+  return argc != 4;
+}
+
+constexpr Command kCommands[] = {
+    exec("show inventory", "Show inventory information for line", CLI_showInventory, between<0, 1>,
+         "show inventory [<line-id>] : { 0 }"),
+    exec("set inventory", "Set some inventory parameters", CLI_setInventory, anyNumberButFour,
+         "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
+         "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"),
+};
+
+}  // namespace
+
+std::span<const Command> inventoryCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,5 +1,9 @@
 // Who is at the ends of a line, at the console; what equipment writes cannot leave its field or steer the
 // terminal.
+#include <algorithm>
+#include <numeric>
+
+#include "chip/inventory.h"
 #include "unit/qvrcli/typed_console.h"
 #include "unit/sdk/qvrfast/status_records.h"
 
@@ -9,6 +13,7 @@ using namespace gfast::console;
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 class ShowInventory : public TypedConsole {
  protected:
@@ -83,6 +88,82 @@ TEST_F(ShowInventory, SaysWhatIsNoLine) {
   const auto usage = ElementsAre("show inventory [<line-id>] : { 0 }");
   EXPECT_THAT(typed("show inventory ?"), usage);
   EXPECT_THAT(typed("show inventory 0 1"), usage);
+}
+
+using SetInventory = TypedConsole;
+
+// A record of which every byte differs.
+Bytes inventory() {
+  Bytes record(INVENTORY_DB_SIZE);
+  std::iota(record.begin(), record.end(), uint8_t{0x80});
+  return record;
+}
+
+Bytes inventoryWith(const Bytes& vendor, const std::string& serialNumber) {
+  Bytes record = inventory();
+  Bytes serial(serialNumber.begin(), serialNumber.end());
+  serial.resize(32);
+  std::copy(vendor.begin(), vendor.end(), record.begin() + 12);
+  std::copy(serial.begin(), serial.end(), record.begin() + 20);
+  return record;
+}
+
+Script setsInventory(int device, const Bytes& vendor, const std::string& serialNumber) {
+  return reads(device, 0xF1000000, inventory()) +
+         writes(device, 0xF1000000, inventoryWith(vendor, serialNumber));
+}
+
+const Bytes kNoVendor(8, 0);
+
+TEST_F(SetInventory, WritesVendorAndSerialNumber) {
+  expect(opens(1) + setsInventory(1, {1, 2, 3, 4, 5, 6, 0xAB, 0xFF}, "SN1"));
+  EXPECT_THAT(typed("set inventory 1 01:02:03:04:05:06:ab:FF SN1"), IsEmpty());
+  EXPECT_EQ(result(), CLI_OK);
+}
+
+TEST_F(SetInventory, CutsALongSerialNumber) {
+  const std::string exact = "0123456789abcdef0123456789abcdef";
+  expect(opens(0) + setsInventory(0, kNoVendor, exact).times(2));
+  EXPECT_THAT(typed("set inventory 0 00 " + exact), IsEmpty());
+  EXPECT_THAT(typed("set inventory 0 00 " + exact + "0"), IsEmpty());
+}
+
+TEST_F(SetInventory, TakesMissingWordsAsEmpty) {
+  expect(opens(0) + setsInventory(0, {0xA0, 0xB0, 0, 0, 0, 0, 0, 0}, ""));
+  EXPECT_THAT(typed("set inventory 0 A0:B0"), IsEmpty());
+  verify();
+  expect(setsInventory(0, kNoVendor, "").times(2));
+  EXPECT_THAT(typed("set inventory 0"), IsEmpty());
+  EXPECT_THAT(typed("set inventory"), IsEmpty());
+}
+
+TEST_F(SetInventory, RefusesFourWordsAndNoOtherNumber) {
+  const std::string usage =
+      "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
+      "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)";
+  EXPECT_THAT(typed("set inventory 0 01:02:03:04:05:06:07:08 SN1 extra"), ElementsAre(usage));
+  EXPECT_THAT(typed("set inventory 0 ?"), ElementsAre(usage));
+  expect(opens(0) + setsInventory(0, {1, 0, 0, 0, 0, 0, 0, 0}, "SN1"));
+  EXPECT_THAT(typed("set inventory 0 01 SN1 more words"), IsEmpty());
+}
+
+TEST_F(SetInventory, SaysWhatIsNoDevice) {
+  EXPECT_THAT(typed("set inventory 2 01 SN1"), ElementsAre("invalid device number 2"));
+  EXPECT_THAT(typed("set inventory -1"), ElementsAre("invalid device number -1"));
+  EXPECT_THAT(typed("set inventory \"\" 01"), ElementsAre("invalid device number "));
+}
+
+TEST_F(SetInventory, EachRequestMayFail) {
+  const Script whole = setsInventory(0, kNoVendor, "SN1");
+  expect(opens(0) + whole.failingAt(0, EIO));
+  EXPECT_THAT(typed("set inventory 0 00 SN1"), ElementsAre("Failed setting inventory parameters (12)"));
+  expect(whole.failingAt(1, EIO));
+  EXPECT_THAT(typed("set inventory 0 00 SN1"), ElementsAre("Failed setting inventory parameters (13)"));
+}
+
+TEST_F(SetInventory, AnAbsentDeviceHasNone) {
+  expect(opens(1).fails(ENOENT));
+  EXPECT_THAT(typed("set inventory 1 00 SN1"), ElementsAre("Failed setting inventory parameters (18)"));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/vocabulary/command_table.h"
 #include "unit/qvrcli/captured_console.h"
 
 using namespace gfast;

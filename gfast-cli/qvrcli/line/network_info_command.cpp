@@ -1,4 +1,4 @@
-#include "qvrcli/line/network_info.h"
+#include "qvrcli/line/network_info_command.h"
 
 #include <qvr.h>
 
@@ -92,8 +92,7 @@ void printRow(cli_def* cli, QVR_lineId_t line) {
             us.averageEtr, ds.net + us.net, ds.eftr, us.eftr);
 }
 
-}  // namespace
-
+// One row a line, rates in Mbit/s. What a device does not tell is zero.
 int CLI_showNetworkInfo(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   cli_print(cli, "%s", "");
   cli_print(
@@ -112,6 +111,17 @@ int CLI_showNetworkInfo(cli_def* cli, const char* /*command*/, char* /*argv*/[],
     printRow(cli, line);
   }
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show network-info", "Show network information", CLI_showNetworkInfo, exactly<0>,
+         "show network-info"),
+};
+
+}  // namespace
+
+std::span<const Command> networkInfoCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

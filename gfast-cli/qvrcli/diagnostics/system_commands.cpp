@@ -1,34 +1,21 @@
-#include "qvrcli/diagnostics/diagnostics_commands.h"
+#include "qvrcli/diagnostics/system_commands.h"
 
 #include <qvr.h>
 
 #include "chip/boot_register.h"
-#include "qvrcli/text/arguments.h"
 #include "std/bits.h"
 #include "std/byte_order.h"
 
 namespace gfast::console {
+
+namespace {
 
 int CLI_showVersion(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   cli_print(cli, "%s", QVR_versionIdent());
   return CLI_OK;
 }
 
-int CLI_showLogLevel(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
-  cli_print(cli, "%s", QVR_traceLogLevelString(QVR_traceLogLevel()));
-  return CLI_OK;
-}
-
-// A word without a number leaves the level as it is; a number out of range is reported and becomes the level.
-int CLI_setLogLevel(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
-  auto level = static_cast<int>(QVR_traceLogLevel());
-  if (!isValidNumber(argv[0], QVRLOG_CRIT, QVRLOG_DEBUG, &level)) {
-    cli_print(cli, "Invalid log level - must be between %d and %d", QVRLOG_CRIT, QVRLOG_DEBUG);
-  }
-  QVR_setTraceLogLevel(static_cast<QVR_logSeverity_t>(level));
-  return CLI_OK;
-}
-
+// Hands the result of a failed read to libcli.
 int CLI_showSystemRestartState(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   uint8_t sbr[4] = {};
   const QVR_retval_t status = QVR_readmem(QVR_K_DEVICE_ID_FIRST, SBR_REG_ADDRESS, sbr, sizeof sbr);
@@ -40,6 +27,18 @@ int CLI_showSystemRestartState(cli_def* cli, const char* /*command*/, char* /*ar
       cli, "%s",
       changed ? "system requires restart (system parameter changed)" : "system does NOT require restart");
   return CLI_OK;
+}
+
+constexpr Command kCommands[] = {
+    exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, "show version"),
+    exec("show system restart-state", "Show system restart state", CLI_showSystemRestartState, exactly<0>,
+         "show system restart-state"),
+};
+
+}  // namespace
+
+std::span<const Command> systemCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console

@@ -1,0 +1,12 @@
+// Boot loader, manufacturer block and firmware: loading, upgrading, erasing.
+#pragma once
+
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
+
+namespace gfast::console {
+
+std::span<const Command> firmwareCommands();
+
+}  // namespace gfast::console

@@ -1,0 +1,12 @@
+// Finding the assertion that came first in a crash dump.
+#pragma once
+
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
+
+namespace gfast::console {
+
+std::span<const Command> analyzeCommands();
+
+}  // namespace gfast::console

@@ -1,0 +1,12 @@
+// The test of the links between the chips.
+#pragma once
+
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
+
+namespace gfast::console {
+
+std::span<const Command> extcomCommands();
+
+}  // namespace gfast::console

@@ -1,0 +1,12 @@
+// Activating, deactivating and resetting lines.
+#pragma once
+
+#include <span>
+
+#include "qvrcli/vocabulary/command.h"
+
+namespace gfast::console {
+
+std::span<const Command> lineControlCommands();
+
+}  // namespace gfast::console
