@@ -4,7 +4,7 @@
 #include "qvrdev/callbacks.h"
 #include "qvrfast/interval_delta.h"
 #include "qvrfast/interval_history.h"
-#include "qvrfast/quarter_hours.h"
+#include "qvrfast/running_interval.h"
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_table.h"
 

@@ -1,5 +1,9 @@
 // Quarter hours: the running one, what a boundary writes, and how the ring keeps them.
+#include <functional>
+#include <utility>
+
 #include "qvrfast/interval_delta.h"
+#include "qvrfast/running_interval.h"
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_module.h"
 #include "unit/sdk/qvrfast/history.h"
@@ -523,6 +527,65 @@ TEST_F(HistoryTest, ABoundaryDuringALookKeepsItsOwnEntry) {
   EXPECT_EQ(previous(0, 1).collectionTime, 900U);
   EXPECT_THAT(invalidFlags(previous(0, 1)), Each(FALSE));
   EXPECT_TRUE(isZero(LockedHistory(0)->quarterHours.running()));
+}
+
+// Lets a boundary pass while somebody asks for the time: the time is told as it was before the boundary.
+class BoundaryClock final : public Clock {
+ public:
+  BoundaryClock() { installClock(*this); }
+
+  void onNextNow(std::function<void()> boundary) { boundary_ = std::move(boundary); }
+
+  time_t now() override {
+    const time_t before = testClock().now();
+    if (const auto boundary = std::exchange(boundary_, nullptr)) {
+      boundary();
+    }
+    return before;
+  }
+  void sleep(std::chrono::microseconds /*duration*/) override {}
+  int waitReadable(fd_set& /*descriptors*/, int /*limit*/, std::chrono::microseconds /*duration*/) override {
+    return 0;
+  }
+  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds /*duration*/) override {
+    return true;
+  }
+
+ private:
+  std::function<void()> boundary_;
+};
+
+TEST_F(HistoryTest, AQueryThatABoundaryInterruptsBeginsAgain) {
+  testClock().setNow(at(10, 14, 59));
+  static auto& clock = *new BoundaryClock;
+  clock.onNextNow([] {
+    testClock().setNow(at(10, 15));
+    QVR_15minCounterEventHandler(at(10, 15));
+  });
+  expect(readsPm(0, 40) + readsPm(1, 40) + readsPm(0, 45));
+  QVR_intervalLinkCounterDB_t interval{};
+  ASSERT_EQ(QVR_getCurr15minCounters(0, &interval), QVR_E_STATUS_OK);
+  expectCounted(interval, 5);
+  EXPECT_EQ(interval.collectionTime, 0U);
+  EXPECT_EQ(interval.timestamp, at(10, 15));
+  EXPECT_EQ(interval.intervalNumber, 42U);
+  expectCounted(LockedHistory(0)->quarterHours.running(), 5);
+  EXPECT_EQ(LockedHistory(0)->quarterHours.running().timestamp, at(10, 15));
+  expectCounted(previous(0, 1), 40);
+  EXPECT_EQ(previous(0, 1).collectionTime, 900U);
+}
+
+TEST_F(HistoryTest, AQueryAtTheEndOfABoundaryCountsFromTheNewStart) {
+  static QVR_intervalLinkCounterDB_t interval{};
+  QVR_register15minCounterUpdateNotificationCB([](QVR_lineId_t line, time_t boundary) {
+    QVR_15minCounterUpdateNotificationHandler(line, boundary);
+    EXPECT_EQ(QVR_getCurr15minCounters(line, &interval), QVR_E_STATUS_OK);
+  });
+  testClock().setNow(at(10, 15));
+  expect(readsPm(0, 40) + readsPm(0, 43) + readsPm(1, 40).fails(EIO));
+  QVR_15minCounterEventHandler(at(10, 15));
+  expectCounted(interval, 3);
+  expectCounted(LockedHistory(0)->quarterHours.running(), 3);
 }
 
 TEST_F(HistoryTest, TracesABoundary) {
