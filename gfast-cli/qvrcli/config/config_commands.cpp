@@ -1,7 +1,12 @@
 #include "qvrcli/config/config_commands.h"
 
-#include "qvrcli/config/config_members.h"
+#include <algorithm>
+#include <array>
+#include <iterator>
+
 #include "qvrcli/config/config_text.h"
+#include "qvrcli/config/config_words.h"
+#include "qvrcli/text/arguments.h"
 #include "qvrcli/text/line_argument.h"
 
 namespace gfast::console {
@@ -12,8 +17,41 @@ namespace {
 
 constexpr int kNotRead = 1;
 
-int editMember(cli_def* cli, const ConfigMember& member, char* argv[]) {
-  const char* const refusal = setConfigMember(member, argv, configParams);
+bool stores(const ConfigField& field, const char* direction) {
+  switch (field.storedBy) {
+    case StoredBy::kWord:
+      return true;
+    case StoredBy::kDownstream:
+      return isKeyword(direction, "ds");
+    case StoredBy::kUpstream:
+      return isKeyword(direction, "us");
+    case StoredBy::kEitherWay:
+      return isKeyword(direction, "ds") || isKeyword(direction, "us");
+    case StoredBy::kNothing:
+      break;
+  }
+  return false;
+}
+
+// Stores what was typed behind the word's keyword: nullptr when that is done, otherwise why not, and the
+// record is unchanged.
+const char* setField(const ConfigWord& word, const char* const typed[]) {
+  const auto field = std::ranges::find_if(
+      word.fields, [typed](const ConfigField& candidate) { return stores(candidate, typed[0]); });
+  if (field == word.fields.end()) {
+    return "invalid parameter - must enter ds or us";
+  }
+  ConfigValues values;
+  const int directionWords = word.takesDirection() ? 1 : 0;
+  const char* const refusal = word.accepts.read(word.accepts, typed + directionWords, &values);
+  if (refusal == nullptr) {
+    field->store(configParams, values);
+  }
+  return refusal;
+}
+
+int edit(cli_def* cli, const ConfigWord& word, char* argv[]) {
+  const char* const refusal = setField(word, argv);
   if (refusal != nullptr) {
     cli_print(cli, "%s", refusal);
   }
@@ -22,13 +60,12 @@ int editMember(cli_def* cli, const ConfigMember& member, char* argv[]) {
 
 }  // namespace
 
-#define DEFINE_CONFIG_MEMBER_COMMAND(handler, keyword)                             \
+#define CONFIG_WORD(handler, keyword, ...)                                         \
   int handler(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) { \
-    static const ConfigMember& member = configMember(#keyword);                    \
-    return editMember(cli, member, argv);                                          \
+    return edit(cli, configWord(keyword), argv);                                   \
   }
-CONFIG_MEMBER_COMMANDS(DEFINE_CONFIG_MEMBER_COMMAND)
-#undef DEFINE_CONFIG_MEMBER_COMMAND
+#include "qvrcli/config/config_words.inc"
+#undef CONFIG_WORD
 
 int CLI_setDefaultConfigParams(cli_def* /*cli*/, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   QVR_getLineConfig(0, &configParams);
@@ -61,6 +98,37 @@ int CLI_getConfigParams(cli_def* cli, const char* /*command*/, char* argv[], int
   }
   printConfigParams(cli, line, configParams);
   return CLI_OK;
+}
+
+namespace {
+
+constexpr Command commandOf(const ConfigWord& word) {
+  constexpr ArgumentCount kExactly[] = {exactly<0>, exactly<1>, exactly<2>, exactly<3>, exactly<4>};
+  const int words = (word.takesDirection() ? 1 : 0) + word.accepts.words;
+  return config(word.keyword, word.help, word.handler, kExactly[words], word.usage);
+}
+
+constexpr Command kRecordCommands[] = {
+    config("restore", "Restore default line parameters", CLI_setDefaultConfigParams, exactly<0>,
+           "default-params"),
+    config("save", "Save configuration parameters to line (same as apply)", CLI_saveLineConfig, between<0, 1>,
+           "save <line-id>"),
+    config("show", "Show configuration parameters", CLI_showConfigParams, exactly<0>, "show"),
+    config("get", "Get configuration parameters for line", CLI_getConfigParams, between<0, 1>,
+           "get [<line-id>] : { 0 }"),
+};
+
+constexpr auto kCommands = [] {
+  std::array<Command, kConfigWords.size() + std::size(kRecordCommands)> commands{};
+  const auto end = std::ranges::transform(kConfigWords, commands.begin(), commandOf).out;
+  std::ranges::copy(kRecordCommands, end);
+  return commands;
+}();
+
+}  // namespace
+
+std::span<const Command> configCommands() {
+  return kCommands;
 }
 
 }  // namespace gfast::console
