@@ -17,7 +17,8 @@ namespace {
 constexpr uint32_t kFirstOfDay = 1;
 
 // Begins the next quarter hour, with an empty entry: the ring may still hold an old one there. The history
-// and the line begin it under one lock, so nobody sees one of them in it and the other one not.
+// and the line's start move under one lock, so a query never sees one before the boundary and the other
+// behind it.
 void writeAndAdvance(QVR_lineId_t lineId, const QVR_intervalLinkCounterDB_t& interval) {
   const LockedHistory history(lineId);
   QVR_15minCounterHistoryDB_t& ring = history->quarterHours;
@@ -35,7 +36,7 @@ void writeAndAdvance(QVR_lineId_t lineId, const QVR_intervalLinkCounterDB_t& int
   history->boundaries++;
 }
 
-// From the boundary on a line that has a device is collected for whole quarter hours.
+// The next quarter hour is collected from its first second.
 void collectWholeIntervals(QVR_lineId_t lineId) {
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);
   if (line.deviceId != QVR_K_DEVICE_NULL) {

@@ -17,7 +17,7 @@ constexpr uint32_t kWholeInterval = QVR_K_SECS_IN_15MIN_COLLECTION_INTERVAL;
 // What the device layer knows of a line for its counters.
 struct Collection {
   QVR_lineState_t state = LS_IDLE;
-  uint32_t start = 0;  // seconds before the end of the quarter hour
+  uint32_t start = 0;  // of collection, seconds before the end of the quarter hour
 };
 
 Collection collectionOf(const QVR_lineDescriptor_t& line) {
@@ -71,50 +71,50 @@ void fillCounters(QVR_lineId_t lineId, QVR_intervalCounterDB_t snapshots,
   }
 }
 
-// What is known before the counters are read. No boundary passed between its parts.
-struct Look {
+// What a query knows before it reads the counters. No boundary passed while this was collected.
+struct Query {
   uint32_t boundaries;  // that had passed
   QVR_lineDescriptor_t line;
   time_t now;
   QVR_intervalLinkCounterDB_t entry;  // of the running quarter hour
 };
 
-// Marks the running entry as incomplete, and it stays marked even if the counters cannot be read afterwards.
-// False if a boundary has passed since the look began; then nothing is marked.
-bool markIncomplete(QVR_lineId_t lineId, uint32_t collected, Look* look) {
+// Marks the running entry as incomplete, even if the counters cannot be read afterwards. Returns false and
+// marks nothing if a boundary has passed since the query began.
+bool markIncomplete(QVR_lineId_t lineId, uint32_t collected, Query* query) {
   G9972_timeStamp_t stamp;
-  formatTimeStamp(look->now, stamp);
+  formatTimeStamp(query->now, stamp);
   const LockedHistory history(lineId);
-  if (history->boundaries != look->boundaries) {
+  if (history->boundaries != query->boundaries) {
     return false;
   }
   QVR_intervalLinkCounterDB_t& running = history->quarterHours.running();
   setInvalid(running.neCounters, true);
   setInvalid(running.feCounters, true);
   running.collectionTime = collected;
-  running.timestamp = look->now;
+  running.timestamp = query->now;
   std::memcpy(running.timestampString, stamp, sizeof stamp);
-  look->entry = running;
+  query->entry = running;
   return true;
 }
 
-Look lookAtRunning(QVR_lineId_t lineId) {
-  Look look{};
+Query beginQuery(QVR_lineId_t lineId) {
+  Query query{};
   uint32_t collected = 0;
   do {
     // The count comes first: a boundary that passes after it has changed the count when the entry is marked.
-    look.boundaries = LockedHistory(lineId)->boundaries;
-    look.line = QVR_lineDescriptorForLine(lineId);
-    const uint32_t secondsLeft = QVR_secsTo15minBoundary(&look.now);
-    collected = collectedSoFar(collectionOf(look.line).start, secondsLeft);
-  } while (!markIncomplete(lineId, collected, &look));
-  return look;
+    query.boundaries = LockedHistory(lineId)->boundaries;
+    query.line = QVR_lineDescriptorForLine(lineId);
+    const uint32_t secondsLeft = QVR_secsTo15minBoundary(&query.now);
+    collected = collectedSoFar(collectionOf(query.line).start, secondsLeft);
+  } while (!markIncomplete(lineId, collected, &query));
+  return query;
 }
 
-void storeRunning(QVR_lineId_t lineId, const Look& look) {
+void storeRunning(QVR_lineId_t lineId, const Query& query) {
   const LockedHistory history(lineId);
-  if (history->boundaries == look.boundaries) {
-    history->quarterHours.running() = look.entry;
+  if (history->boundaries == query.boundaries) {
+    history->quarterHours.running() = query.entry;
   }
 }
 
@@ -128,19 +128,19 @@ QVR_retval_t readForQuery(QVR_lineId_t lineId, G9972_PM_COUNTERS_S* latest) {
 
 QVR_retval_t gfast::updateRunningInterval(QVR_lineId_t line, CounterReader reader,
                                           QVR_intervalLinkCounterDB_t* interval) {
-  Look look = lookAtRunning(line);
-  QVR_intervalCounterDB_t snapshots = look.line.counters;
+  Query query = beginQuery(line);
+  QVR_intervalCounterDB_t snapshots = query.line.counters;
   if (const QVR_retval_t status = reader(line, &snapshots.curr15minSnapshot); QVR_STATUS_ERROR(status)) {
     return status;
   }
-  QVR_intervalLinkCounterDB_t& entry = look.entry;
+  QVR_intervalLinkCounterDB_t& entry = query.entry;
   for (QVR_performanceCounterDB_t* counters : {&entry.neCounters, &entry.feCounters}) {
     setTime(*counters, entry.collectionTime);
     setStamp(*counters, entry.timestampString);
   }
-  entry.intervalNumber = intervalNumberAt(look.now);
+  entry.intervalNumber = intervalNumberAt(query.now);
   fillCounters(line, snapshots, &entry);
-  storeRunning(line, look);
+  storeRunning(line, query);
   *interval = entry;
   return QVR_E_STATUS_OK;
 }
