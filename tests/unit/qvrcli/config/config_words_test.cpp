@@ -66,7 +66,7 @@ struct NumberWord {
   int64_t low;
   int64_t high;
   const char* refusal;
-  std::function<void(Config&, int64_t)> storeDs;  // or without a direction
+  std::function<void(Config&, int64_t)> storeDs;  // also without a direction
   std::function<void(Config&, int64_t)> storeUs;  // empty without a direction
 };
 
