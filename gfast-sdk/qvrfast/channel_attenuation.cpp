@@ -1,4 +1,4 @@
-// What a line takes from its signal: HLOG by subcarrier and the signal attenuation of a direction (ITU-T
+// How much a line attenuates its signal: HLOG per subcarrier and the signal attenuation of a direction (ITU-T
 // G.997.2).
 #include <algorithm>
 #include <array>
@@ -15,12 +15,12 @@ using namespace gfast;
 namespace {
 
 constexpr double kGreatestGain = 6.0;  // dB, encoded as 0
-constexpr double kUnit = 0.1;          // dB of both encodings
+constexpr double kUnit = 0.1;          // dB, step of both encodings
 
 using Levels = std::array<double, QVR_MAX_NUMBER_OF_TONES>;
 using Encoding = std::numeric_limits<int16_t>;
 
-// To whole decibels first; so no value is ever encoded as G9972_HLOG_NO_VALUE, which is not a multiple of 10.
+// Rounds to whole decibels first, so every code is a multiple of 10. G9972_HLOG_NO_VALUE is not.
 int16_t encodeHlog(double received, double sent) {
   const double gain = received - sent - QVR_K_LINE_DRIVER_GAIN_DB - kGreatestGain;
   return encode<int16_t>(std::round(gain) / -kUnit, Encoding::min(), Encoding::max(), G9972_HLOG_NO_VALUE);
@@ -42,7 +42,7 @@ QVR_retval_t encodeHlogs(const LineInShowtime& line, const double* sent, const d
   return QVR_E_STATUS_OK;
 }
 
-// Finds the line, and answers in it how: SATN goes on with the same line.
+// Also returns the line as it was found, because SATN goes on with it.
 QVR_retval_t getHlog(QVR_lineId_t lineId, Direction direction, LineInShowtime* line, G9972_HLOGps_t hlog) {
   QVR_retval_t status = findLineInShowtime(lineId, line);
   Levels sent;
@@ -67,7 +67,7 @@ QVR_retval_t getHlog(QVR_lineId_t lineId, Direction direction, G9972_HLOGps_t hl
   return getHlog(lineId, direction, &line, hlog);
 }
 
-// The power sent over the power received, over all subcarriers that both are known of.
+// The ratio of the power sent to the power received, over all subcarriers of which both are known.
 QVR_retval_t encodeAttenuation(const LineInShowtime& line, const int16_t* hlog, const double* amplitudes,
                                G9972_SATN_t* attenuation) {
   double sent = 0;
@@ -98,7 +98,7 @@ QVR_retval_t QVR_getSignalAttenuation(QVR_lineId_t lineId, Direction direction, 
     TRACE_LOG(QVRLOG_ERR, "Failed reading HLOG (%1d)\n", status);
     return status;
   }
-  // Of both directions the far end's: the chips shape their spectra alike.
+  // The far end's amplitudes serve both directions: both chips shape their spectra alike.
   Levels amplitudes;
   status = readSentAmplitude(line, LineEnd::kFar, amplitudes.data());
   if (QVR_STATUS_ERROR(status)) {

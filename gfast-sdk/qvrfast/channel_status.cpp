@@ -1,5 +1,5 @@
-// What each direction of a line carries. The chip knows what it receives and what it transmits; upstream and
-// downstream are the network's words for the two.
+// The status of each direction of a line. A chip knows what it receives and what it transmits; which of the
+// two is upstream depends on the side of the line that it is on.
 
 #include "qvrline/line_table.h"
 
@@ -12,7 +12,7 @@ namespace {
 // How one direction's data transfer units are framed.
 struct DtuFraming {
   uint32_t codewordBytes;
-  uint32_t dataBytes;  // of a codeword, the rest is redundancy
+  uint32_t dataBytes;  // of a codeword; the rest is redundancy
   uint32_t codewords;
 };
 
@@ -32,7 +32,7 @@ QVR_retval_t readFraming(QVR_lineId_t lineId, DtuFraming (*directionOf)(const ET
 // The direction that the device receives.
 QVR_retval_t __QVR_getChannelStatusus(QVR_lineId_t lineId, QVR_channelStatus_t* status) {
   GFAST_DERIVED_COUNTERS_S derived{};
-  GFAST_FRAMER_INIT_COUNTERS_S framerInit{};  // nothing is taken from it, but without it there is no channel
+  GFAST_FRAMER_INIT_COUNTERS_S framerInit{};  // not used, but without it there is no status
   GFAST_FRAMER_RAW_COUNTERS_S framer{};
   QVR_retval_t result = QVR_readGfastDerivedCounters(lineId, &derived);
   if (QVR_STATUS_OK(result)) {

@@ -4,7 +4,7 @@
 #include "qvrdev/callbacks.h"
 #include "qvrfast/interval_delta.h"
 #include "qvrfast/interval_history.h"
-#include "qvrfast/quarter_hours.h"
+#include "qvrfast/running_interval.h"
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_table.h"
 
@@ -14,8 +14,8 @@ namespace {
 
 constinit CallbackSlot<QVR_24hrEventCB> periodic24hrEventCB;
 
-// The closing quarter hour once more, up to the moment at which the day is summed up: the next one starts
-// there. Its first closing read stands in for one that fails now.
+// Reads the closing quarter hour again, so that the day includes everything counted until it is summed up;
+// the next quarter hour starts at this read. If it fails, the first closing read is used.
 QVR_retval_t readForClosing(QVR_lineId_t lineId, G9972_PM_COUNTERS_S* latest) {
   if (QVR_STATUS_OK(QVR_readPerformanceMonitoringCounters(lineId, latest))) {
     storeClosingCounters(lineId, *latest);
@@ -25,7 +25,7 @@ QVR_retval_t readForClosing(QVR_lineId_t lineId, G9972_PM_COUNTERS_S* latest) {
   return QVR_E_STATUS_OK;
 }
 
-// The running day becomes the sum of the quarter hours that are kept.
+// Makes the running day the sum of the quarter hours in the history.
 QVR_intervalLinkCounterDB_t& sumUpDay(LineHistory& history, time_t time) {
   QVR_intervalLinkCounterDB_t& day = history.days.running();
   day.collectionTime = 0;
@@ -52,15 +52,15 @@ void gfast::QVR_update24hrHistoryDatabase(QVR_lineId_t xi_lineId, time_t xi_boun
   updateRunningInterval(xi_lineId, readForClosing, &last);
   const LockedHistory history(xi_lineId);
   QVR_intervalLinkCounterDB_t& day = sumUpDay(*history.operator->(), xi_boundary);
-  // The other way round than for a quarter hour: a whole day is the one that is marked. Those who evaluate
-  // the history rely on it.
+  // The opposite of a quarter hour: a complete day is marked invalid. Programs that read the history rely on
+  // it.
   const BOOL whole = day.collectionTime == QVR_K_SECS_IN_24HR_COLLECTION_INTERVAL ? TRUE : FALSE;
   day.neCounters.linePerformanceCounters.timeInterval.INVALID = whole;
   day.neCounters.channelPerformanceCounters.timeInterval.INVALID = whole;
   QVR_24hrCounterHistoryDB_t& ring = history->days;
   ring.head = ring.after(ring.head);
-  // The oldest day gives way by where the quarter hours begin, not by where the days do: how many days are
-  // kept follows from it, and with it what is shown.
+  // Compares with the tail of the quarter hours, not of the days. This decides how many days are kept and
+  // shown.
   if (ring.head == history->quarterHours.tail) {
     ring.tail = ring.after(ring.tail);
   }

@@ -5,11 +5,11 @@
 
 namespace gfast {
 
-// A line's day is over: the running day's sum becomes an entry of the history. Runs on the notification
-// thread, before the last quarter hour of the day is closed.
+// A line's day is over: stores the sum of the running day in the history. Runs on the notification thread,
+// before the last quarter hour of the day is closed.
 void QVR_update24hrHistoryDatabase(QVR_lineId_t xi_lineId, time_t xi_boundary);
 
-// Tells the one who registered for it that a line's day is over.
+// Calls the registered callback: a line's day is over.
 void notify24hrEvent(QVR_lineId_t line, const char* stamp, time_t time);
 
 }  // namespace gfast

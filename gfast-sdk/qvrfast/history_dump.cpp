@@ -1,4 +1,4 @@
-// Every interval of a line's history, newest first.
+// Walks the history of a line, newest interval first.
 
 #include "qvrfast/interval_history.h"
 
@@ -14,7 +14,7 @@ Ring copyOf(QVR_lineId_t line, Ring LineHistory::*ring) {
   return history.operator->()->*ring;
 }
 
-// Of a copy, so that the history can go on while the callback takes its time.
+// Walks a copy, so that boundaries can pass while the callback runs.
 template <typename Ring>
 void walk(QVR_lineId_t line, Ring ring, QVR_intervalCounterHistoryCB callback) {
   uint8_t index = ring.head;

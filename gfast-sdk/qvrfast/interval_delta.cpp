@@ -9,7 +9,7 @@ namespace {
 using Near = G9972_NEAR_END_COUNTERS_S;
 using Far = G9972_FAR_END_COUNTERS_S;
 
-// A counter of an interval, and the chip's word that counts it at each end; none at the far end for some.
+// A counter of an interval, and the chip's word for it at each end. Some have no word for the far end.
 template <typename Group>
 struct CounterSource {
   uint32_t Group::*counter;
@@ -71,7 +71,7 @@ constexpr int shown(uint32_t value) {
   return static_cast<int>(value);
 }
 
-// The entry keeps what it has got: only later looks at the same interval see the new start.
+// Moves the start for later queries of the same interval; the entry keeps the value it has.
 void limitUnavailableSeconds(QVR_intervalCounterDB_t* snapshots,
                              const QVR_intervalLinkCounterDB_t& interval) {
   const uint32_t collected = interval.collectionTime;

@@ -7,9 +7,9 @@
 
 namespace gfast {
 
-// Each counter of the interval becomes the latest snapshot's minus the start's, 32 bits that wrap. The chip
-// keeps no initialisation counts and no TIGA of the far end: those stay as they are. When more unavailable
-// seconds have passed than were collected, the start's are moved up for the next look at this interval.
+// Sets each counter of the interval to the latest snapshot minus the start, in 32 bits that wrap around. The
+// chip counts no initialisations and no TIGA of the far end: those counters stay as they are. If there are
+// more unavailable seconds than collected seconds, moves the start up for the next query of this interval.
 void QVR_update15minPeformanceCounters(QVR_intervalCounterDB_t* xio_snapshots,
                                        QVR_intervalLinkCounterDB_t* xio_interval);
 

@@ -13,7 +13,7 @@ struct History {
   std::array<LineHistory, QVR_K_MAX_LINES> lines{};
 };
 
-// Trivially destructible, so the notification thread may use it for as long as the process lives.
+// Trivially destructible, so the notification thread may still use it while the process exits.
 constinit History history;
 static_assert(std::is_trivially_destructible_v<History>);
 

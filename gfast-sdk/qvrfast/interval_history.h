@@ -1,6 +1,7 @@
 // The history of each line's counters: a ring of the day's quarter hours and a ring of days. The notification
-// thread writes it at boundaries, the command thread when it looks; one lock guards it, and never across a
-// driver request, a callback or a message.
+// thread writes it at boundaries, the command thread at queries. One lock guards it. It is never held across
+// a driver request, a callback or a message; the line table's lock may be taken while it is held, never the
+// other way round.
 #pragma once
 
 #include <qvr.h>
@@ -10,8 +11,8 @@
 
 namespace gfast {
 
-// The indices go round in as many entries as there are intervals in the history; the one entry more that the
-// array holds is never reached by going round.
+// The indices wrap around after as many entries as the history has intervals. The array holds one entry more,
+// which is never written.
 template <uint8_t Intervals>
 struct IntervalRing {
   uint8_t head;                   // of the running interval
@@ -32,8 +33,8 @@ struct IntervalRing {
 
   bool reaches(int8_t interval) const { return interval <= count() - 1; }
 
-  // Where the interval lies, counted back from the running one. A negative one lies ahead, among what is left
-  // of the round before, and goes round where the array ends.
+  // The index of an interval, counted back from the running one. A negative interval counts forward, to old
+  // entries that are still in the array, and wraps around at its end.
   uint8_t indexOf(int8_t interval) const {
     const auto index = static_cast<uint8_t>(head >= interval ? head - interval : head - interval + Intervals);
     return index < counterHistory.size() ? index : static_cast<uint8_t>(index % Intervals);
@@ -46,10 +47,10 @@ using QVR_24hrCounterHistoryDB_t = IntervalRing<QVR_K_NUMBER_OF_24HR_INTERVALS_I
 struct LineHistory {
   QVR_15minCounterHistoryDB_t quarterHours;
   QVR_24hrCounterHistoryDB_t days;
-  uint32_t boundaries;  // passed so far: by it a look at the running interval knows whether it still runs
+  uint32_t boundaries;  // passed so far; a query compares it to notice a boundary
 };
 
-// One line's history, for as long as this lives. A line id out of range is assertion 200.
+// Access to one line's history; holds the lock. A line id out of range ends the process in assertion 200.
 class LockedHistory {
  public:
   explicit LockedHistory(QVR_lineId_t line);
@@ -63,7 +64,7 @@ class LockedHistory {
   const std::lock_guard<std::mutex> locked_;
 };
 
-// Both rings of both lines start at their first entry; entries keep what they hold.
+// Sets both rings of both lines back to their first entry. The entries are not cleared.
 void restartHistory();
 
 }  // namespace gfast

@@ -1,5 +1,5 @@
-// Who is at the ends of a line. Vendors, serial numbers and texts are byte strings: they keep the order they
-// have in chip memory and on the wire.
+// The inventory of both ends of a line. Vendors, serial numbers and texts are byte strings: they keep the
+// byte order they have in chip memory and in messages.
 
 #include <qvr.h>
 
@@ -21,7 +21,7 @@ void copyField(char (&field)[Size], const uint8_t* bytes) {
   std::memcpy(field, bytes, Size);
 }
 
-// The local end by its own record.
+// Fills in the local end from its own record.
 void takeLocalEnd(const uint8_t* record, QVR_inventoryParameters_t* end) {
   copyField(end->GHS_VENDOR, record + INVENTORY_DB_FTU_GHS_VENDOR);
   copyField(end->SYSTEM_VENDOR, record + INVENTORY_DB_SYSTEM_VENDOR);
@@ -32,7 +32,7 @@ void takeLocalEnd(const uint8_t* record, QVR_inventoryParameters_t* end) {
                 (version >> 8) & 0xFFU, version & 0xFFU);
 }
 
-// A far end by what it answered; its version as it is.
+// Fills in a far end from its answer, with the version text unchanged.
 void takeAnswer(const uint8_t* response, QVR_inventoryParameters_t* end) {
   copyField(end->SYSTEM_VENDOR, response + INVENTORY_RESPONSE_VENDOR_ID);
   copyField(end->VERSION, response + INVENTORY_RESPONSE_VERSION_NUMBER);

@@ -1,4 +1,4 @@
-// The configuration of a line, read field by field as one table says, and kept for comparison.
+// Reads the configuration of a line field by field, as one table says, and saves it for comparison.
 #include "qvrfast/line_config.h"
 
 #include <array>
@@ -12,12 +12,12 @@ using namespace gfast;
 
 namespace {
 
-savedLineDb_t saved{};  // the command thread's own
+savedLineDb_t saved{};  // used by the command thread only
 
 #define FIELD(name) offsetof(QVR_lineConfig_t, name)
 
-// The chip takes none of them back. One vectoring flag and one limit of the bit loading serve both
-// directions.
+// No row has a setter: nothing is written to the chip. One vectoring flag and one limit of the bit loading
+// fill the fields of both directions.
 constexpr std::array<QVR_lineConfigParamTable_t, 19> lineConfigParamTable{{
     {FIELD(tddProfile.MF), PARAMS_numTxSymbolsInFrame, QVR_getMF, nullptr},
     {FIELD(tddProfile.Mds), PARAMS_numDownstreamSymbols, QVR_getByteParam, nullptr},

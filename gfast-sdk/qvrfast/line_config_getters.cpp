@@ -21,12 +21,12 @@ bool isNumber(const QVR_paramInfo_t& entry) {
   return entry.param_len == sizeof(uint16_t) || entry.param_len == sizeof(uint32_t);
 }
 
-// A value of any other length would not fit where a number goes. The number is the library's last knowledge
-// of it when the chip cannot be read.
+// Refuses a value of any other length: it would not fit into the number. If the chip cannot be read, the
+// number is the value that was read last.
 QVR_retval_t readNumber(QVR_lineId_t lineId, eConstParams id, uint32_t& number) {
   const QVR_paramInfo_t* entry = QVR_getParamDictionaryEntry(id);
   if (entry == nullptr) {
-    return QVR_getConfigParam(lineId, id, &number);  // says in the log that there is none
+    return QVR_getConfigParam(lineId, id, &number);  // logs that there is none
   }
   if (!isNumber(*entry)) {
     return QVR_E_ERROR;

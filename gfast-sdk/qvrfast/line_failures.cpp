@@ -9,7 +9,7 @@ namespace {
 
 constinit CallbackSlot<QVR_lineFailureCB> lineFailureCB;
 
-// Every reason that is neither of the margin nor of the RMC counts as a loss of signal.
+// Every reason except margin and RMC counts as a loss of signal.
 constexpr QVR_lineFailureDesc_t failuresOf(LINK_FAILURE_TYPE_E reason) {
   switch (reason) {
     case LF_REASON_LOSS_OF_RMC:

@@ -1,5 +1,5 @@
-// How a line is: margins, powers and lengths from the chip's counter blocks and from what the far end
-// measures, and how the last initialisation went.
+// The status of a line: margins, powers and wire length, from the chip's counter blocks and the far end's
+// measurements, and the result of the last initialisation.
 
 #include "qvrdev/device_table.h"
 
@@ -10,7 +10,8 @@ using namespace gfast;
 
 namespace {
 
-// Wire length by the chip's time gap correction: 10 binary places, in unsigned 32-bit arithmetic.
+// The wire length follows from the chip's time gap correction, in unsigned 32-bit arithmetic with 10 binary
+// places.
 constexpr uint32_t kLengthWithoutCorrection = 262752;
 constexpr uint32_t kLengthOfOneCorrection = 483;
 constexpr uint32_t kLengthFractionBits = 10;
@@ -40,7 +41,7 @@ void askFarEndMeasurements(QVR_lineId_t lineId, QVR_lineStatus_t* status) {
   }
 }
 
-// The length is computed even without the block: from what came of it, over zeros.
+// Computes the length even if the block cannot be read; words that were not read are 0.
 QVR_retval_t readFdu(QVR_lineId_t lineId, QVR_lineStatus_t* status) {
   GFAST_FDU_RAW_COUNTERS_S fdu{};
   const QVR_retval_t result = QVR_readGfastFduRawCounters(lineId, &fdu);

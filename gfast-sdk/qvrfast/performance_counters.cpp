@@ -1,4 +1,4 @@
-// The counters of a line as they stand, from the chip's counter blocks and from what the far end tells.
+// The current counters of a line, from the chip's counter blocks and from the far end.
 #include <qvr.h>
 
 namespace {

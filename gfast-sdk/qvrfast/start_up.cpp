@@ -1,4 +1,4 @@
-// The library's start, in one call.
+// Starts the library in one call.
 
 #include "qvrfast/interval_history.h"
 
@@ -11,7 +11,7 @@ using namespace gfast;
 
 namespace {
 
-bool initialized = false;  // the command thread's own
+bool initialized = false;  // used by the command thread only
 
 void startHistory() {
   restartHistory();

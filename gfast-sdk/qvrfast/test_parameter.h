@@ -1,5 +1,5 @@
-// What the test parameters by subcarrier (ITU-T G.997.2) have in common: a direction in the
-// network's terms, and values put into their encodings.
+// What the test parameters per subcarrier (ITU-T G.997.2) share: which end sends and which end receives a
+// direction, and how values are encoded.
 #pragma once
 
 #include <qvr.h>
@@ -22,7 +22,8 @@ inline LineEnd senderOf(const LineInShowtime& line, Direction direction) {
   return receiverOf(line, direction) == LineEnd::kNear ? LineEnd::kFar : LineEnd::kNear;
 }
 
-// The value without its fraction, or the nearest one up to these bounds; of what is no number, `none`.
+// Cuts off the fraction and limits the value to these bounds. Returns `none` for a value that is not a
+// number.
 template <typename Encoded>
 Encoded encode(double value, Encoded lowest, Encoded highest, Encoded none) {
   if (std::isnan(value)) {
@@ -34,7 +35,7 @@ Encoded encode(double value, Encoded lowest, Encoded highest, Encoded none) {
   return value >= highest ? highest : static_cast<Encoded>(value);
 }
 
-// What a table holds where nothing was read.
+// The value of a table entry that was not read.
 template <typename Value>
 constexpr Value kNotRead = std::numeric_limits<Value>::quiet_NaN();
 

@@ -1,4 +1,4 @@
-// Bits, SNR and active line noise by subcarrier, in the encodings of ITU-T G.997.2.
+// Bits, SNR and active line noise per subcarrier, in the encodings of ITU-T G.997.2.
 #include <algorithm>
 #include <array>
 
@@ -16,7 +16,7 @@ constexpr uint8_t kHighestSnr = G9972_SNR_NO_VALUE - 1;
 constexpr uint8_t kHighestNoise = G9972_ALN_NO_VALUE - 1;
 constexpr double kLeastSnr = -32;      // dB, encoded as 0
 constexpr double kHighestLevel = -33;  // dBm/Hz of noise, encoded as 0
-constexpr double kUnit = 0.5;          // dB of both encodings
+constexpr double kUnit = 0.5;          // dB, step of both encodings
 
 using Levels = std::array<double, QVR_MAX_NUMBER_OF_TONES>;
 using LoadingReader = QVR_retval_t (*)(QVR_lineId_t line, QVR_BLT_t bits, BOOL isTx);
@@ -26,7 +26,7 @@ struct Snrs {
   QVR_SNRTBL_t table;
 };
 
-// Subcarriers from first on, up to but not including end, whose tables begin at first.
+// The subcarriers from first up to, but not including, end. Their tables begin with subcarrier first.
 struct Tones {
   uint32_t first;
   uint32_t end;
@@ -40,7 +40,7 @@ QVR_retval_t getBits(QVR_lineId_t lineId, Direction direction, LoadingReader rea
   const bool networkSide = QVR_lineDescriptorForLine(lineId).isDPsideLink == TRUE;
   const bool isTx = networkSide == (direction == Direction::kDownstream);
   QVR_BLT_t table;
-  std::copy_n(bits, QVR_MAX_NUMBER_OF_TONES, table);  // a loading that is not given leaves what there was
+  std::copy_n(bits, QVR_MAX_NUMBER_OF_TONES, table);  // what is not read stays as it was
   const QVR_retval_t status = read(lineId, table, isTx ? TRUE : FALSE);
   if (QVR_STATUS_OK(status)) {
     std::transform(table, table + QVR_MAX_NUMBER_OF_TONES, bits,
@@ -49,7 +49,7 @@ QVR_retval_t getBits(QVR_lineId_t lineId, Direction direction, LoadingReader rea
   return status;
 }
 
-// To whole decibels first: the codes are even.
+// Rounds to whole decibels first, so all codes are even.
 uint8_t encodeSnr(double snr) {
   return encode<uint8_t>(std::round(snr - kLeastSnr) / kUnit, 0, kHighestSnr, G9972_SNR_NO_VALUE);
 }
@@ -73,7 +73,8 @@ QVR_retval_t getSnr(QVR_lineId_t lineId, Direction direction, G9972_SNRps_t snr)
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
-  // Downstream is told from the set's lowest subcarrier on, upstream from the first processed one.
+  // The downstream table begins with the set's lowest subcarrier, the upstream table with the first processed
+  // one.
   const Tones tones =
       direction == Direction::kUpstream ? processed(line) : Tones{set.lowest, set.lowest + set.span()};
   std::fill_n(snr, QVR_MAX_NUMBER_OF_TONES, G9972_SNR_NO_VALUE);
@@ -85,7 +86,7 @@ QVR_retval_t getSnr(QVR_lineId_t lineId, Direction direction, G9972_SNRps_t snr)
   return QVR_E_STATUS_OK;
 }
 
-// Noise is what is left of the received level by the SNR.
+// The noise is the received level minus the SNR.
 QVR_retval_t getNoise(QVR_lineId_t lineId, Direction direction, G9972_ALNps_t noise) {
   LineInShowtime line{};
   QVR_retval_t status = findLineInShowtime(lineId, &line);

@@ -10,7 +10,7 @@ namespace {
 constexpr uint32_t kSecondsInHour = 3600;
 constexpr uint32_t kSecondsInMinute = 60;
 
-// A time that the calendar cannot name is the start of no day.
+// Returns all zeros for a time that has no calendar date.
 tm localTime(time_t time) {
   tm local{};
   if (localtime_r(&time, &local) == nullptr) {
@@ -23,7 +23,8 @@ tm localTime(time_t time) {
 
 void gfast::formatTimeStamp(time_t time, G9972_timeStamp_t& stamp) {
   const tm local = localTime(time);
-  // strftime leaves a buffer undefined that is too short, so each part has room to spare and is cut later.
+  // strftime leaves the buffer undefined if it is too short. So each part has more room than the stamp, and
+  // the stamp is cut afterwards.
   char moment[48];
   char zone[64];
   if (std::strftime(moment, sizeof moment, "%Y-%m-%dT%H:%M:%S", &local) == 0) {

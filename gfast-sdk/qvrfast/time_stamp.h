@@ -5,11 +5,11 @@
 
 namespace gfast {
 
-// "%Y-%m-%dT%H:%M:%S+%Z" of local time, cut to the text's room where the zone's name is long.
+// Writes local time as "%Y-%m-%dT%H:%M:%S+%Z", cut to the size of the stamp if the zone's name is long.
 void formatTimeStamp(time_t time, G9972_timeStamp_t& stamp);
 
-// The quarter hour of the local day that this moment belongs to: 1 to 96, by what the clock shows, so a day
-// that summer time makes longer or shorter repeats or leaves out four of them.
+// The number of the quarter hour in the local day, 1 to 96, computed from the local time. So four numbers
+// come twice on a day that summer time makes longer, and four are left out on a shorter one.
 uint32_t intervalNumberAt(time_t time);
 
 }  // namespace gfast

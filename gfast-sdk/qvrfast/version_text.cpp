@@ -12,7 +12,7 @@ constexpr std::string_view kBlanks = " \t\n\v\f\r";
 constexpr std::string_view kDigits = "0123456789";
 constexpr unsigned kLargestNumber = 255;
 
-// Takes a text apart from the front; each step says whether it found what it looked for.
+// Reads a text from the front. Each step returns whether it found its part.
 class TextScanner {
  public:
   explicit TextScanner(std::string_view text) : left_(text) {}
@@ -41,7 +41,7 @@ class TextScanner {
  private:
   void skipBlanks() { take(left_.find_first_not_of(kBlanks)); }
 
-  // The next so many characters, or all that are left.
+  // Returns the next characters, as many as `length` or as are left.
   std::string_view take(size_t length) {
     const std::string_view taken = left_.substr(0, length);
     left_.remove_prefix(taken.size());

@@ -18,10 +18,8 @@ void endQuarterHour(QVR_lineId_t line, time_t boundary) {
   }
   storeClosingCounters(line, latest);
   counter_update.notify(line, boundary);
-  // From what the callback has accounted for: nothing falls between two intervals.
-  QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
-  QVR_resetIntervalCounters(&counters);
-  storeCounters(line, counters);
+  // Does nothing if the callback has started it.
+  startQuarterHour(line);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ constinit std::array<std::atomic<QVR_lineId_t>, QVR_K_MAX_LINES> internalToLogic
 struct LineTable {
   std::mutex mutex;
   std::array<QVR_lineDescriptor_t, QVR_K_MAX_LINES> lineTable{};
-  std::array<bool, QVR_K_MAX_LINES> closing{};  // whose quarter hour has been read for the last time
+  std::array<bool, QVR_K_MAX_LINES> closing{};  // the closing read is stored, the next start is not
   uint32_t numberOfLines = 0;
 };
 
@@ -100,6 +100,15 @@ void gfast::storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S&
   const Locked locked(table.mutex);
   descriptor(lineId).counters.curr15minSnapshot = latest;
   closing(lineId) = true;
+}
+
+void gfast::startQuarterHour(QVR_lineId_t lineId) {
+  const Locked locked(table.mutex);
+  if (closing(lineId)) {
+    QVR_intervalCounterDB_t& counters = descriptor(lineId).counters;
+    counters.prev15minSnapshot = counters.curr15minSnapshot;
+    closing(lineId) = false;
+  }
 }
 
 void gfast::moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after) {

@@ -50,16 +50,21 @@ void clearNumberOfLines();
 // What the line's framer says of its framing becomes the descriptor's.
 void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing);
 
-// The line's snapshots of its performance counters. A quarter hour starts with both.
+// Stores both snapshots of the line's performance counters. A quarter hour starts with them.
 void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters);
 
-// The latest read: for a look at the running quarter hour; or the read that closes it, which from then on no
-// look of another thread replaces until the next one starts.
+// Stores the latest read of a query. Does nothing between the closing read and the next start.
 void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
+
+// Stores the read that closes the quarter hour.
 void storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
 
-// The unavailable seconds at the start of the running quarter hour, if they still are what they were: another
-// quarter hour may have started meanwhile.
+// The next quarter hour starts at the closing read, so nothing is counted twice or lost between the two. Does
+// nothing when the quarter hour has not been closed.
+void startQuarterHour(QVR_lineId_t lineId);
+
+// Moves the unavailable seconds at the start of the running quarter hour, if they are still those before:
+// another quarter hour may have started in the meantime.
 void moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after);
 
 // Fills the map from internal to logical line numbers, the inverse of the fixed one.

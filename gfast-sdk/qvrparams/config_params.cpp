@@ -21,7 +21,8 @@ constexpr uint32_t kSystemParameterChange = 1U << SBR_SYSTEM_PARAMETER_CHANGE_OF
 
 using ChipBytes = std::vector<uint8_t>;
 
-// What callers hand over and get is a number of the host where the chip has one of two or four bytes.
+// Values of two and four bytes are numbers: in the host's byte order for the caller, little-endian in the
+// chip. All other values are copied as they are.
 ChipBytes chipBytes(const void* value, size_t length) {
   ChipBytes bytes(length);
   std::memcpy(bytes.data(), value, length);
@@ -49,7 +50,7 @@ void storeValue(const ChipBytes& bytes, void* value) {
   }
 }
 
-// Reads a range of the area on a device into the library's copy of it.
+// Reads a range of a device's parameter area into the library's copy.
 QVR_retval_t refresh(QVR_paramsDictionary_t& dictionary, QVR_deviceId_t device, uint32_t offset,
                      size_t length) {
   ChipBytes bytes = dictionary.startupParameters.range(offset, length);
@@ -58,8 +59,8 @@ QVR_retval_t refresh(QVR_paramsDictionary_t& dictionary, QVR_deviceId_t device, 
   return status;
 }
 
-// A system parameter is the same on both devices. Whether each took it does not matter: it counts after a
-// restart, which the first device is told to ask for.
+// A system parameter is written to both devices. It takes effect after a restart, so a failed write does not
+// matter here; the first device notes that a restart is required.
 QVR_retval_t writeSystemParameter(const QVR_paramInfo_t& slot, const ChipBytes& bytes) {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     writeCovered(device, slot.param_address, bytes);

@@ -1,5 +1,5 @@
-// Chip memory in any number of bytes. The chip transfers even numbers only, and lengths that a chip tells are
-// not always even.
+// Reads and writes any number of bytes of chip memory. The chip transfers only even numbers of bytes, and
+// lengths that a chip reports may be odd.
 #pragma once
 
 #include <qvr.h>
@@ -9,10 +9,10 @@
 
 namespace gfast {
 
-// Reads as many bytes as there are. When it fails, those not read stay as they were.
+// Reads as many bytes as `bytes` has. If it fails, the bytes that were not read stay as they were.
 QVR_retval_t readCovered(QVR_deviceId_t device, uint32_t address, std::vector<uint8_t>& bytes);
 
-// Writes the bytes; the byte behind an odd number of them is read first and stays what it is.
+// Writes the bytes. If their number is odd, the byte behind them is read first and written back unchanged.
 QVR_retval_t writeCovered(QVR_deviceId_t device, uint32_t address, std::vector<uint8_t> bytes);
 
 }  // namespace gfast

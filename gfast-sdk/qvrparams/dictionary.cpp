@@ -18,11 +18,11 @@ namespace {
 
 constexpr uint32_t kBytesOfWord = 4;
 constexpr uint32_t kMostIds = 1024;           // an id has ten bits
-constexpr uint32_t kMostAreaBytes = 0x10000;  // a larger area is no area
+constexpr uint32_t kMostAreaBytes = 0x10000;  // a larger size is not believed
 constexpr uint32_t kReachOfEntries = PARAMS_ENTRY_OFFSET(~0U) + PARAMS_ENTRY_LENGTH(~0U);  // bytes
 constexpr uint32_t kUnusedEntry = 0xFFFF;  // param_entry of a slot with every bit set
 
-// Reachable until the process ends, and so is all it owns.
+// Never freed, because any thread may use it until the process ends.
 constinit std::atomic<QVR_paramsDictionary_t*> loadedDictionary{nullptr};
 
 QVR_paramInfo_t unusedSlot() {
@@ -31,7 +31,7 @@ QVR_paramInfo_t unusedSlot() {
   return slot;
 }
 
-// The size itself unless it is beyond belief; a chip must not make the library read for minutes.
+// Returns the size, or `instead` if the size is too large: a chip must not make the library read for minutes.
 uint32_t believedSize(const char* what, uint32_t size, uint32_t most, uint32_t instead) {
   if (size % kBytesOfWord != 0) {
     TRACE_LOG(QVRLOG_WARNING, "Size of %s is not a multiple of 4 (%u)\n", what, size);
@@ -64,7 +64,7 @@ QVR_retval_t readEntryWords(uint32_t dictionarySize, std::vector<uint32_t>& word
   return status;
 }
 
-// Slots up to the highest id, whatever the number of words.
+// One slot for every id up to the highest, however many words there are.
 size_t slotsFor(const std::vector<uint32_t>& words) {
   size_t slots = 0;
   for (const uint32_t word : words) {
@@ -98,7 +98,7 @@ void fillSlot(QVR_paramsDictionary_t& dictionary, uint32_t position, uint32_t wo
   slot.param_entry = position & 0xFFFFU;
 }
 
-// A firmware lists its parameters densely, so the words looked at are as many as there are slots.
+// A firmware lists its parameters without gaps, so no more words are used than there are slots.
 void fillSlots(QVR_paramsDictionary_t& dictionary, const std::vector<uint32_t>& words) {
   dictionary.param_info.assign(slotsFor(words), unusedSlot());
   if (words.size() != dictionary.param_info.size()) {
@@ -136,7 +136,7 @@ const QVR_paramInfo_t* QVR_paramsDictionary_t::slotOf(uint32_t id) const {
     return nullptr;
   }
   const QVR_paramInfo_t& slot = param_info[id];
-  // An unused slot reads as id 1023, which is a possible index.
+  // An unused slot has id 1023, which is a possible index too.
   return slot.param_id == id && slot.param_entry != kUnusedEntry ? &slot : nullptr;
 }
 
@@ -146,7 +146,7 @@ QVR_paramsDictionary_t& gfast::paramsDictionary() {
   }
   auto loading = std::make_unique<QVR_paramsDictionary_t>();
   loading->loadStatus = QVR_loadParamsDictionary(*loading);
-  // Of two threads that load at once, the second finds the dictionary of the first and drops its own.
+  // If two threads load at the same time, the second one uses the dictionary of the first and drops its own.
   QVR_paramsDictionary_t* known = nullptr;
   return loadedDictionary.compare_exchange_strong(known, loading.get()) ? *loading.release() : *known;
 }

@@ -1,4 +1,4 @@
-// What the dictionary says of the parameters, and what they are called.
+// The entries of the parameter dictionary, and the display names of the parameters.
 
 #include <qvr.h>
 

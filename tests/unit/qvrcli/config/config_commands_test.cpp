@@ -1,4 +1,4 @@
-// The record of configuration mode as a whole: read from a line, saved, shown, and read again.
+// The commands on the whole record of configuration mode: get, save, show and restore.
 #include "qvrcli/config/config_commands.h"
 #include "chip/boot_register.h"
 
@@ -26,7 +26,7 @@ Script readsArea() {
   return reads(0, kArea, Bytes(kAreaSize));
 }
 
-// The only parameter that these chips have is the upstream margin, at the line's own device.
+// These chips have only one parameter, the upstream margin. It is read from the line's own device.
 Script readsConfig(int device, uint16_t usMargin) {
   const auto low = static_cast<uint8_t>(usMargin);
   const auto high = static_cast<uint8_t>(usMargin >> 8);
@@ -50,7 +50,7 @@ class WholeRecord : public TypedConsole {
   }
 };
 
-TEST_F(WholeRecord, IsShownAsItWasReadFromTheLine) {
+TEST_F(WholeRecord, GetReadsAndShowsTheLinesConfiguration) {
   expect(readsConfig(0, 60));
   EXPECT_THAT(typed("get"), Contains(margin("60")));
   expect(readsConfig(1, 61));
@@ -58,7 +58,7 @@ TEST_F(WholeRecord, IsShownAsItWasReadFromTheLine) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(WholeRecord, LosesItsEditsWhenALineIsRead) {
+TEST_F(WholeRecord, GetOverwritesEdits) {
   typed("TARSNRM us 77");
   EXPECT_THAT(typed("show"), Contains(margin("77")));
   expect(readsConfig(1, 61));
@@ -66,13 +66,13 @@ TEST_F(WholeRecord, LosesItsEditsWhenALineIsRead) {
   EXPECT_THAT(typed("show"), Contains(margin("61")));
 }
 
-TEST_F(WholeRecord, KeepsEditsOfWhatLinesDoNotHave) {
+TEST_F(WholeRecord, GetKeepsEditsOfFieldsThatTheChipDoesNotHave) {
   typed("DELAYMAX ds 100");
   expect(readsConfig(0, 60));
   EXPECT_THAT(typed("get"), Contains("DELAYMAXds                                100"));
 }
 
-TEST_F(WholeRecord, CannotBeReadWithoutItsArea) {
+TEST_F(WholeRecord, GetFailsWhenTheAreaCannotBeRead) {
   typed("TARSNRM us 77");
   expect(readsArea().fails(EIO));
   EXPECT_THAT(typed("get"), ElementsAre("QVR_getLineConfig failed"));
@@ -80,14 +80,14 @@ TEST_F(WholeRecord, CannotBeReadWithoutItsArea) {
   EXPECT_EQ(configParams.noiseMarginProfile.TARSNRMus, 77);
 }
 
-TEST_F(WholeRecord, IsOfNoOtherLine) {
+TEST_F(WholeRecord, GetAndSaveRefuseOtherLineNumbers) {
   for (const char* line : {"get 2", "get -1", "save 2", "save -1"}) {
     EXPECT_THAT(typed(line), ElementsAre(kNoLine)) << line;
     EXPECT_EQ(result(), CLI_OK);
   }
 }
 
-TEST_F(WholeRecord, IsSavedByReadingTheLineTwiceAndStaysEdited) {
+TEST_F(WholeRecord, SaveReadsTheLineTwiceAndKeepsEdits) {
   typed("TARSNRM us 77");
   for (const auto& [line, device] : {std::pair{"save", 0}, std::pair{"save 0", 0}, std::pair{"save 1", 1}}) {
     expect(readsConfig(device, 60).times(2));
@@ -97,13 +97,13 @@ TEST_F(WholeRecord, IsSavedByReadingTheLineTwiceAndStaysEdited) {
   }
 }
 
-TEST_F(WholeRecord, IsSavedWithoutAWordWhenTheLineCannotBeRead) {
+TEST_F(WholeRecord, SavePrintsNothingWhenTheLineCannotBeRead) {
   expect(readsArea().fails(EIO).times(2));
   EXPECT_THAT(typed("save"), IsEmpty());
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(WholeRecord, IsRestoredFromLine0) {
+TEST_F(WholeRecord, RestoreReadsLine0) {
   typed("TARSNRM us 77");
   typed("DELAYMAX ds 100");
   expect(readsConfig(0, 60));
@@ -112,14 +112,14 @@ TEST_F(WholeRecord, IsRestoredFromLine0) {
   EXPECT_EQ(configParams.retransmissionProfile.DELAYMAXds, 100U);
 }
 
-TEST_F(WholeRecord, StaysAsItIsWhenItCannotBeRestored) {
+TEST_F(WholeRecord, FailedRestoreKeepsEdits) {
   typed("TARSNRM us 77");
   expect(readsArea().fails(EIO));
   EXPECT_THAT(typed("restore"), IsEmpty());
   EXPECT_EQ(configParams.noiseMarginProfile.TARSNRMus, 77);
 }
 
-TEST_F(WholeRecord, IsReadAnewWhenTheSystemRestarts) {
+TEST_F(WholeRecord, SystemRestartReadsItAgain) {
   typed("TARSNRM us 77");
   typed("exit");
   expect(readsWord(0, SBR_REG_ADDRESS, 0x01808000) + readsConfig(0, 60));
@@ -127,7 +127,7 @@ TEST_F(WholeRecord, IsReadAnewWhenTheSystemRestarts) {
   EXPECT_EQ(configParams.noiseMarginProfile.TARSNRMus, 60);
 }
 
-TEST_F(WholeRecord, IsReadAnewFromLine0WhicheverDeviceRestarts) {
+TEST_F(WholeRecord, RestartOfDevice1ReadsItFromLine0) {
   typed("TARSNRM us 77");
   typed("exit");
   expect(readsWord(1, SBR_REG_ADDRESS, 0).fails(EIO) + readsConfig(0, 60));
@@ -135,7 +135,7 @@ TEST_F(WholeRecord, IsReadAnewFromLine0WhicheverDeviceRestarts) {
   EXPECT_EQ(configParams.noiseMarginProfile.TARSNRMus, 60);
 }
 
-TEST_F(WholeRecord, SaysHowItsCommandsAreUsed) {
+TEST_F(WholeRecord, CommandsPrintTheirUsage) {
   EXPECT_THAT(typed("restore ?"), ElementsAre("default-params"));
   EXPECT_THAT(typed("restore 0"), ElementsAre("default-params"));
   EXPECT_THAT(typed("save ?"), ElementsAre("save <line-id>"));

@@ -1,4 +1,4 @@
-// A line configuration as text: given these fields, these lines.
+// How a line configuration is printed: given these fields, these lines are printed.
 #include "qvrcli/config/config_text.h"
 
 #include <fstream>
@@ -14,7 +14,7 @@ namespace {
 using testing::Contains;
 using testing::ElementsAre;
 
-// No two numbers of it are the same, and neighbouring flags differ.
+// All numbers differ from each other, and neighbouring flags too.
 QVR_lineConfig_t everyFieldDifferent() {
   QVR_lineConfig_t config{};
   config.tddProfile.MF = static_cast<G9972_MF_t>(100001);
@@ -125,7 +125,7 @@ std::string transcript() {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-// What configuration mode shows of this record.
+// Prints a record with `show` in configuration mode.
 class ShownConfig : public TypedConsole {
  protected:
   ShownConfig() { typed("configure"); }
@@ -146,7 +146,7 @@ class ShownConfig : public TypedConsole {
   }
 };
 
-TEST_F(ShownConfig, IsTheTranscriptByteForByte) {
+TEST_F(ShownConfig, EqualsTheTranscript) {
   std::string text;
   for (const std::string& line : shown(everyFieldDifferent())) {
     text += line + "\n";
@@ -155,14 +155,14 @@ TEST_F(ShownConfig, IsTheTranscriptByteForByte) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShownConfig, HasEveryValueInOneColumn) {
+TEST_F(ShownConfig, PrintsAllValuesInOneColumn) {
   for (const std::string& line : shown(everyFieldDifferent())) {
     const size_t column = line.find_last_of(' ', line.size() - 2) + 1;
     EXPECT_EQ(column, 42U) << line;
   }
 }
 
-TEST_F(ShownConfig, ShowsANegativeMarginAsALargeNumberDownstreamAlone) {
+TEST_F(ShownConfig, PrintsANegativeDownstreamMarginAsALargeNumber) {
   QVR_lineConfig_t config{};
   config.noiseMarginProfile.TARSNRMds = -5;
   config.noiseMarginProfile.TARSNRMus = -5;
@@ -171,7 +171,7 @@ TEST_F(ShownConfig, ShowsANegativeMarginAsALargeNumberDownstreamAlone) {
   EXPECT_THAT(shownOf(config, "TARSNRMus"), ElementsAre("TARSNRMus                                 -5"));
 }
 
-TEST_F(ShownConfig, LabelsBothMinimumRatesDownstream) {
+TEST_F(ShownConfig, LabelsTheUpstreamMinimumRateDownstream) {
   QVR_lineConfig_t config{};
   config.dataRateProfile.MINGDRds = 1;
   config.dataRateProfile.MINGDRus = 2;
@@ -179,13 +179,13 @@ TEST_F(ShownConfig, LabelsBothMinimumRatesDownstream) {
                                                      "MINGDRds                                  2"));
 }
 
-TEST_F(ShownConfig, HasNoLineForEmptyLists) {
+TEST_F(ShownConfig, PrintsNothingForEmptyLists) {
   for (const std::string& line : shown(QVR_lineConfig_t{})) {
     EXPECT_EQ(line.find('['), std::string::npos) << line;
   }
 }
 
-TEST_F(ShownConfig, EndsAListAtItsFirstEmptyRange) {
+TEST_F(ShownConfig, EndsAListAtTheFirstEmptyRange) {
   QVR_lineConfig_t config{};
   config.lineSpectrumProfile.CARMASKds[0] = {0, 7};
   config.lineSpectrumProfile.CARMASKds[1] = {10, 20};
@@ -196,7 +196,7 @@ TEST_F(ShownConfig, EndsAListAtItsFirstEmptyRange) {
                                                       "CARMASKds[ 1].stopScIdx                   20"));
 }
 
-TEST_F(ShownConfig, EndsAMaskAtItsFirstBreakpointWithoutASubcarrier) {
+TEST_F(ShownConfig, EndsAMaskAtTheFirstBreakpointWithSubcarrier0) {
   QVR_lineConfig_t config{};
   config.lineSpectrumProfile.PSDMASKds[0] = {12, 0};
   config.lineSpectrumProfile.PSDMASKds[1] = {0, 99};
@@ -205,7 +205,7 @@ TEST_F(ShownConfig, EndsAMaskAtItsFirstBreakpointWithoutASubcarrier) {
                                                       "PSDMASKds[ 0].PSDlevel                    0"));
 }
 
-TEST_F(ShownConfig, ShowsAFullList) {
+TEST_F(ShownConfig, PrintsAFullList) {
   QVR_lineConfig_t config{};
   for (auto& range : config.rfiProfile.RFIBANDS) {
     range = {1, 2};
@@ -215,13 +215,13 @@ TEST_F(ShownConfig, ShowsAFullList) {
   EXPECT_EQ(lines.back(), "RFIBANDS[15].stopScIdx                    2");
 }
 
-TEST_F(ShownConfig, TakesAnyFlagThatIsNotZeroForTrue) {
+TEST_F(ShownConfig, PrintsAnyNonzeroFlagAsTrue) {
   QVR_lineConfig_t config{};
   config.upboProfile.UPBOKLF = 2;
   EXPECT_THAT(shown(config), Contains("UPBOKLF                                   T"));
 }
 
-TEST_F(ShownConfig, SaysItsNameForAnyWord) {
+TEST_F(ShownConfig, PrintsItsUsageForAnyArgument) {
   EXPECT_THAT(typed("show ?"), ElementsAre("show"));
   EXPECT_THAT(typed("show 1"), ElementsAre("show"));
 }

@@ -1,4 +1,5 @@
-// The firmware's parameters at the console: given a chip's dictionary and values, these lines.
+// The commands that print the firmware's parameters: given this dictionary and these values, these lines are
+// printed.
 #include "qvrcli/config/parameter_commands.h"
 #include "chip/parameters.h"
 
@@ -15,8 +16,8 @@ using testing::IsEmpty;
 
 constexpr uint32_t kAreaSize = 64;
 
-// Lengths 2 and 4 and others, with and without a display name, of the system and of the line; id 1 is not
-// there.
+// Parameters of length 2, 4 and others, with and without a display name, per device and per line. Id 1 is
+// missing.
 std::vector<Entry> dictionary() {
   std::vector<Entry> list(128, Entry{127, 0, 0});
   list[0] = {0, 4, 0};
@@ -43,7 +44,7 @@ class ShownParameters : public TypedConsole {
 
   static Script loads() { return readsDictionary(kAreaSize, dictionary()); }
 
-  // Every value once, in the order of the ids; those of odd length with the byte behind them.
+  // Reads every value once, in the order of ids. A value of an odd length is read with the byte behind it.
   static Script readsValues() {
     return reads(0, kArea, {0x78, 0x56, 0x34, 0x92}) + reads(0, kArea + 18, {1, 2, 0xFF, 9}) +
            reads(0, kArea + 10, {160, 0}) + reads(0, kArea + 12, {0, 1, 2, 0xAB, 0xCD, 0xEF}) +
@@ -67,32 +68,32 @@ const Lines kValues{
     "125 ???                                  [EB000008] 65535 (FFFF) LCS device",
 };
 
-TEST_F(ShownParameters, AreListedAsTheDictionarySays) {
+TEST_F(ShownParameters, ShowDictionaryListsAllEntries) {
   expect(loads());
   EXPECT_EQ(typed("show dictionary"), kDictionary);
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShownParameters, ShowTheirValues) {
+TEST_F(ShownParameters, ShowParamsListsAllValues) {
   expect(loads() + readsValues());
   EXPECT_EQ(typed("show params"), kValues);
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShownParameters, AreThoseOfLine0WhicheverLineIsNamed) {
+TEST_F(ShownParameters, ShowParamsReadsLine0ForAnyLine) {
   expect(loads() + readsValues().times(2));
   EXPECT_EQ(typed("show params 1"), kValues);
   EXPECT_EQ(typed("show params 0"), kValues);
 }
 
-TEST_F(ShownParameters, AreOfNoOtherLine) {
+TEST_F(ShownParameters, ShowParamsRefusesOtherLineNumbers) {
   for (const char* line : {"show params 2", "show params -1"}) {
     EXPECT_THAT(typed(line), ElementsAre("invalid parameter - line number must be between 0..1"));
     EXPECT_EQ(result(), CLI_OK);
   }
 }
 
-TEST_F(ShownParameters, ShowWhatIsKnownOfAValueThatCannotBeRead) {
+TEST_F(ShownParameters, ShowParamsPrintsTheLastValueWhenAReadFails) {
   expect(loads() + readsValues());
   typed("show params");
   expect(reads(0, kArea, Bytes(4)).fails(EIO).times(2) + reads(0, kArea + 18, Bytes(4)).fails(EIO).times(2) +
@@ -103,28 +104,28 @@ TEST_F(ShownParameters, ShowWhatIsKnownOfAValueThatCannotBeRead) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShownParameters, AreNoneWithoutADictionary) {
+TEST_F(ShownParameters, PrintNothingWithoutADictionary) {
   expect(reads(0, VIRT_BASE_ADDR_CONFIGURATION_PARAMS_DICTIONARY, Bytes(12)).fails(EIO));
   EXPECT_THAT(typed("show dictionary"), IsEmpty());
   EXPECT_THAT(typed("show params"), IsEmpty());
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShownParameters, SayHowTheirCommandsAreUsed) {
+TEST_F(ShownParameters, CommandsPrintTheirUsage) {
   EXPECT_THAT(typed("show dictionary ?"), ElementsAre("show dictionary"));
   EXPECT_THAT(typed("show dictionary 0"), ElementsAre("show dictionary"));
   EXPECT_THAT(typed("show params ?"), ElementsAre("show params [<lineId>]"));
   EXPECT_THAT(typed("show params 0 1"), ElementsAre("show params [<lineId>]"));
 }
 
-TEST(ParameterName, LeadsToItsId) {
+TEST(ParameterName, IsFoundInTheTable) {
   EXPECT_EQ(paramNameToParamId("ParamsRevision"), 0U);
   EXPECT_EQ(paramNameToParamId("bandStart_0"), 22U);
   EXPECT_EQ(paramNameToParamId("fraFirstStepNoRdtFrames"), 122U);
   EXPECT_EQ(paramNameToParamId("???"), 123U);
 }
 
-TEST(ParameterName, IsSpeltExactly) {
+TEST(ParameterName, IsNotFoundWhenSpeltDifferently) {
   for (const char* name : {"paramsrevision", "ParamsRevision ", "", "enableFlowControl", "PARAMS_usMargin"}) {
     EXPECT_EQ(paramNameToParamId(name), 124U) << name;
   }

@@ -1,4 +1,4 @@
-// A line that carries something: the blocks that say what, and the requests for them.
+// The blocks of a line that carries data, and the requests that read them.
 #pragma once
 
 #include "unit/sdk/qvrfast/status_records.h"

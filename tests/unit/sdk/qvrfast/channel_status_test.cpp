@@ -1,4 +1,4 @@
-// What each direction carries, in the network's terms, from either side of a line.
+// The channel status of each direction, read at either side of a line.
 #include "unit/sdk/qvrfast/channel_records.h"
 
 using namespace gfast;
@@ -7,7 +7,7 @@ namespace {
 
 using ChannelGetter = QVR_retval_t (*)(QVR_lineId_t, QVR_channelStatus_t*);
 
-// Each direction from each side: what the device receives, and what it transmits.
+// The direction that the device receives, and the one that it transmits, at each side.
 struct Direction {
   int line;
   ChannelGetter get;
@@ -28,7 +28,7 @@ class ChannelStatus : public testing::Test {
   QVR_channelStatus_t status_;
 };
 
-TEST_F(ChannelStatus, OfWhatTheDeviceReceivesIsUpstreamAtTheNetworkAndDownstreamAtTheSubscriber) {
+TEST_F(ChannelStatus, ReadsTheReceiveDirection) {
   for (const Direction& direction : kReceived) {
     driver_.expect(readsReceived(direction.line));
     EXPECT_EQ(direction.get(direction.line, &status_), QVR_E_STATUS_OK);
@@ -43,7 +43,7 @@ TEST_F(ChannelStatus, OfWhatTheDeviceReceivesIsUpstreamAtTheNetworkAndDownstream
   }
 }
 
-TEST_F(ChannelStatus, OfWhatTheDeviceTransmitsIsTheOtherDirection) {
+TEST_F(ChannelStatus, ReadsTheTransmitDirection) {
   for (const Direction& direction : kTransmitted) {
     driver_.expect(readsTransmitted(direction.line));
     EXPECT_EQ(direction.get(direction.line, &status_), QVR_E_STATUS_OK);
@@ -58,7 +58,7 @@ TEST_F(ChannelStatus, OfWhatTheDeviceTransmitsIsTheOtherDirection) {
   }
 }
 
-TEST_F(ChannelStatus, OfFramingBeyondItsFieldsIsItsLowBits) {
+TEST_F(ChannelStatus, KeepsTheLowBitsOfTheFraming) {
   ETR_DB_S wide = database();
   wide.Rx_nFec = 0x101;
   wide.Rx_kFec = 0x102;
@@ -71,7 +71,8 @@ TEST_F(ChannelStatus, OfFramingBeyondItsFieldsIsItsLowBits) {
   EXPECT_EQ(status_.DTU_Q, 7);
 }
 
-// The first failing read ends the reading; rates are there once only the framing is missing.
+// The read at this position fails and no other read follows. The rates are set if only the framing is
+// missing.
 void expectFailures(ExpectedRequests& driver, const Direction& direction, const Script& script,
                     size_t position, QVR_retval_t failure) {
   SCOPED_TRACE(position);
@@ -90,7 +91,7 @@ void expectFailures(ExpectedRequests& driver, const Direction& direction, const 
   driver.verify();
 }
 
-TEST_F(ChannelStatus, EndsAtTheFirstReadThatFails) {
+TEST_F(ChannelStatus, StopsAtTheFirstFailedRead) {
   for (const Direction& direction : kReceived) {
     const Script script = readsReceived(direction.line);
     for (size_t position = 0; position < script.size(); position++) {
@@ -105,7 +106,7 @@ TEST_F(ChannelStatus, EndsAtTheFirstReadThatFails) {
   }
 }
 
-TEST_F(ChannelStatus, OfALineThatIsDownHasAReceiveDirectionOnly) {
+TEST_F(ChannelStatus, ReadsOnlyTheReceiveDirectionOfALineThatIsDown) {
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
   ASSERT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
   driver_.expect(readsReceived(0));
@@ -114,7 +115,7 @@ TEST_F(ChannelStatus, OfALineThatIsDownHasAReceiveDirectionOnly) {
   EXPECT_EQ(QVR_getChannelStatusds(0, &status_), QVR_E_FAILED_SENDING_FAR_END_MSG);
 }
 
-TEST_F(ChannelStatus, OfALineThatNoDeviceCarriesAsksNobodyAndOfNoLineIsAnAssertion) {
+TEST_F(ChannelStatus, RefusesLinesWithoutADeviceAndInvalidLines) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_EQ(QVR_getChannelStatusus(1, &status_), QVR_E_NO_DEVICE_FOR_LINE);
   EXPECT_EQ(QVR_getChannelStatusds(1, &status_), QVR_E_NO_DEVICE_FOR_LINE);

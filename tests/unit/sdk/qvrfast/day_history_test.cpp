@@ -1,4 +1,4 @@
-// Days: the running one, what midnight writes, and how the ring keeps them.
+// Days: the running day, what midnight writes, and how the ring keeps the days.
 #include "qvrfast/days.h"
 #include "unit/sdk/qvrfast/history.h"
 
@@ -9,8 +9,8 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-// Every quarter hour of the day from its midnight on, counting one of everything each.
-class DayTest : public HistoryTest {
+// Runs days in which every quarter hour counts one of everything.
+class DayHistory : public HistoryTest {
  protected:
   void runDay(time_t midnight) {
     for (int i = 0; i < 96; i++) {
@@ -25,7 +25,7 @@ class DayTest : public HistoryTest {
   uint32_t n_ = 0;
 };
 
-TEST_F(DayTest, TheRunningDayIsTheSumOfItsQuarterHours) {
+TEST_F(DayHistory, SumsTheQuarterHoursForTheRunningDay) {
   endQuarterHour(at(10, 15), 10);
   endQuarterHour(at(10, 30), 40);
   testClock().setNow(at(10, 31));
@@ -44,7 +44,7 @@ TEST_F(DayTest, TheRunningDayIsTheSumOfItsQuarterHours) {
   expectCounted(previousDay(0, 0), 46);
 }
 
-TEST_F(DayTest, ALineThatCannotBeReadHasNoRunningDay) {
+TEST_F(DayHistory, FailsWhenTheLineCannotBeRead) {
   expect(readsPm(1, 1).fails(EIO).times(2));
   QVR_intervalLinkCounterDB_t day{};
   EXPECT_EQ(QVR_getCurr24hrCounters(1, &day), QVR_E_MEMREAD_ERROR);
@@ -52,7 +52,7 @@ TEST_F(DayTest, ALineThatCannotBeReadHasNoRunningDay) {
   EXPECT_TRUE(isZero(day));
 }
 
-TEST_F(DayTest, MidnightAddsADayAndTheQuarterHoursStartAfresh) {
+TEST_F(DayHistory, AddsADayAndRestartsTheQuarterHoursAtMidnight) {
   endQuarterHour(at(23, 15), 10);
   endQuarterHour(at(23, 30), 30);
   endQuarterHour(at(23, 45), 60);
@@ -62,7 +62,7 @@ TEST_F(DayTest, MidnightAddsADayAndTheQuarterHoursStartAfresh) {
     EXPECT_EQ(QVR_numberOf15minHistoryIntervals(line), 1);
     const QVR_intervalLinkCounterDB_t day = previousDay(line, 1);
     expectCounted(day, 100);
-    // At midnight itself the last quarter hour has its seconds before it, not behind it.
+    // At midnight the last quarter hour is summed up with a collection time of 0 seconds.
     EXPECT_EQ(day.collectionTime, 3U * 900U);
     EXPECT_EQ(day.timestamp, at(24, 0));
     EXPECT_STREQ(day.timestampString, "2023-11-16T00:00:00+UTC");
@@ -70,9 +70,9 @@ TEST_F(DayTest, MidnightAddsADayAndTheQuarterHoursStartAfresh) {
   }
 }
 
-TEST_F(DayTest, OnlyAWholeDayIsMarkedAndOnlyAtTheNearEnd) {
+TEST_F(DayHistory, MarksOnlyTheNearEndOfACompleteDay) {
   runDay(kMidnight);
-  // Collection that began this long before the end makes up for the quarter hour that midnight cuts.
+  // A longer collection time makes up for the last quarter hour, which has 0 seconds at midnight.
   setStartOfCollection(0, 0, 1800);
   endQuarterHour(kMidnight + kDay, count());
   EXPECT_EQ(previousDay(0, 1).collectionTime, 86400U);
@@ -81,7 +81,7 @@ TEST_F(DayTest, OnlyAWholeDayIsMarkedAndOnlyAtTheNearEnd) {
   EXPECT_THAT(invalidFlags(previousDay(1, 1)), Each(FALSE));
 }
 
-TEST_F(DayTest, WhatIsCountedWhileTheDayIsSummedUpBelongsToIt) {
+TEST_F(DayHistory, IncludesCountsOfTheSecondReadAtMidnight) {
   testClock().setNow(at(24, 0));
   expect(readsPm(0, 50) + readsPm(0, 52) + readsPm(1, 50) + readsPm(1, 50));
   QVR_15minCounterEventHandler(at(24, 0));
@@ -90,7 +90,7 @@ TEST_F(DayTest, WhatIsCountedWhileTheDayIsSummedUpBelongsToIt) {
   expectCounted(running(0, 60), 8);
 }
 
-TEST_F(DayTest, AMidnightWhoseSecondReadFailsIsSummedUpByTheFirst) {
+TEST_F(DayHistory, UsesTheFirstReadWhenTheSecondFailsAtMidnight) {
   endQuarterHour(at(23, 45), 30);
   testClock().setNow(at(24, 0));
   expect(readsPm(0, 50) + readsPm(0, 50).fails(EIO) + readsPm(1, 50) + readsPm(1, 50));
@@ -100,7 +100,7 @@ TEST_F(DayTest, AMidnightWhoseSecondReadFailsIsSummedUpByTheFirst) {
   expectCounted(running(0, 60), 10);
 }
 
-TEST_F(DayTest, AMidnightWhoseReadFailsBelongsToTheNextDay) {
+TEST_F(DayHistory, SkipsMidnightWhenTheFirstReadFails) {
   endQuarterHour(at(23, 45), 30);
   testClock().setNow(at(24, 0));
   expect(readsPm(0, 50).fails(EIO) + readsPm(1, 50).times(2));
@@ -113,9 +113,9 @@ TEST_F(DayTest, AMidnightWhoseReadFailsBelongsToTheNextDay) {
   EXPECT_EQ(QVR_numberOf15minHistoryIntervals(0), 3);
 }
 
-// How many days are kept follows from where the quarter hours begin: entry 0, whenever midnight was the only
-// thing that moved them.
-TEST_F(DayTest, TheOldestDayGivesWayByTheQuarterHoursTail) {
+// The oldest day is dropped when the head of the days meets the tail of the quarter hours. That tail is 0
+// after every midnight.
+TEST_F(DayHistory, DropsTheOldestDayByTheTailOfTheQuarterHours) {
   const std::vector<int> kept{2, 3, 4, 5, 6, 7, 7, 1, 2, 3, 4, 5, 6, 6, 7, 1};
   for (size_t day = 0; day < kept.size(); day++) {
     const time_t midnight = kMidnight + static_cast<time_t>(day + 1) * kDay;
@@ -132,7 +132,7 @@ TEST_F(DayTest, TheOldestDayGivesWayByTheQuarterHoursTail) {
   }
 }
 
-TEST_F(DayTest, AQuarterHoursTailElsewhereKeepsTheDays) {
+TEST_F(DayHistory, KeepsDaysWhenTheTailOfTheQuarterHoursIsElsewhere) {
   {
     const LockedHistory history(0);
     history->quarterHours.head = 4;
@@ -148,11 +148,11 @@ TEST_F(DayTest, AQuarterHoursTailElsewhereKeepsTheDays) {
   }
 }
 
-TEST_F(DayTest, ANegativeDayLooksAheadOfTheRunningOne) {
+TEST_F(DayHistory, CountsNegativeDaysForward) {
   for (int day = 1; day <= 2; day++) {
     endQuarterHour(kMidnight + day * kDay, count());
   }
-  // Head 2: entries 0 and 1 are days, 3 to 7 never were.
+  // The head is 2: entries 0 and 1 hold days, entries 3 to 7 are empty.
   for (const int k : {-1, -4, -5}) {
     EXPECT_TRUE(isZero(previousDay(0, static_cast<int8_t>(k)))) << k;
   }
@@ -166,7 +166,7 @@ TEST_F(DayTest, ANegativeDayLooksAheadOfTheRunningOne) {
   }
 }
 
-TEST_F(DayTest, TellsThatADayIsOverOnceALine) {
+TEST_F(DayHistory, CallsTheDayCallbackOncePerLine) {
   struct Told {
     QVR_lineId_t line;
     std::string stamp;
@@ -190,7 +190,7 @@ TEST_F(DayTest, TellsThatADayIsOverOnceALine) {
   EXPECT_EQ(told.size(), 2U);
 }
 
-TEST_F(DayTest, TracesMidnight) {
+TEST_F(DayHistory, LogsMidnight) {
   const TraceLog trace;
   QVR_setTraceLogLevel(QVRLOG_DEBUG);
   expect(readsPm(0, 0).times(2) + readsPm(1, 0).fails(EIO));
@@ -202,7 +202,7 @@ TEST_F(DayTest, TracesMidnight) {
                             "hour database at time 2023-11-16T00:00:00.UTC\\.\\.\\.\n"));
 }
 
-TEST_F(DayTest, ADumpReadsTheRunningQuarterHourAndWalksTheDays) {
+TEST_F(DayHistory, DumpReadsTheRunningQuarterHourAndWalksTheDays) {
   static std::vector<time_t> seen;
   const QVR_intervalCounterHistoryCB note = [](QVR_lineId_t, QVR_intervalLinkCounterDB_t* interval) -> BOOL {
     seen.push_back(interval->timestamp);
@@ -212,7 +212,7 @@ TEST_F(DayTest, ADumpReadsTheRunningQuarterHourAndWalksTheDays) {
   endQuarterHour(at(48, 0), 80);
   expect(readsPm(0, 90));
   EXPECT_EQ(QVR_dump24hrCounterHistoryDB(0, note), QVR_E_STATUS_OK);
-  EXPECT_THAT(seen, ElementsAre(0, at(48, 0), at(24, 0))) << "the running day is not summed up";
+  EXPECT_THAT(seen, ElementsAre(0, at(48, 0), at(24, 0))) << "the running day is not summed up first";
   verify();
   seen.clear();
   expect(readsPm(0, 90).fails(EIO));

@@ -1,5 +1,5 @@
-// What the tests of the counters' history share: chips whose counters are known, quarter hours that end, and
-// what an interval must then hold.
+// What the tests of the counter history share: chips with known counters, quarter hours that end, and checks
+// of intervals.
 #pragma once
 
 #include <cstdlib>
@@ -28,7 +28,7 @@ inline void setZone(const char* zone) {
   tzset();
 }
 
-// The chip's counters after `n` of everything: word i has counted (i + 1) * n, so no two counters are alike.
+// The chip's counters after it counted n of everything: word i is (i + 1) * n, so no two counters are equal.
 inline Bytes pmBlock(uint32_t n) {
   Bytes bytes(kPmWords * 4);
   for (uint32_t i = 0; i < kPmWords; i++) {
@@ -41,7 +41,7 @@ inline Script readsPm(int device, uint32_t n) {
   return reads(device, 0xF0000000, pmBlock(n));
 }
 
-// A counter of an interval and the chip's word behind it.
+// A counter of an interval, and the index of the chip's word that it comes from.
 template <typename Group>
 struct WordOf {
   const char* name;
@@ -109,7 +109,7 @@ void forEachCounter(const QVR_intervalLinkCounterDB_t& interval, const Compare& 
   }
 }
 
-// The interval counted this many of everything, and of the far end nothing that the chip does not tell.
+// The interval counted n of everything. Far-end counters that the chip does not have are 0.
 inline void expectCounted(const QVR_intervalLinkCounterDB_t& interval, uint32_t n) {
   forEachCounter(interval, [n](const char* name, uint32_t counted, size_t word) {
     EXPECT_EQ(counted, (static_cast<uint32_t>(word) + 1) * n) << name;
@@ -134,7 +134,7 @@ inline std::vector<uint32_t> times(const QVR_intervalLinkCounterDB_t& interval) 
           interval.feCounters.channelPerformanceCounters.timeInterval.TIME};
 }
 
-// Both lines are in showtime, collected since the quarter hour began with counters 0; the clock shows 10:00.
+// It is 10:00. Both lines are in showtime and have been collected since 10:00; their counters started at 0.
 class HistoryTest : public testing::Test {
  protected:
   HistoryTest() {
@@ -152,7 +152,7 @@ class HistoryTest : public testing::Test {
   void expect(const Script& script) { driver_.expect(script); }
   void verify() { driver_.verify(); }
 
-  // A quarter hour ends at this time, with so many of everything counted on both lines since the start.
+  // Ends a quarter hour at this time. Both chips have counted n of everything since the start.
   void endQuarterHour(time_t boundary, uint32_t n) {
     testClock().setNow(boundary);
     const bool midnight = isMidnight(boundary);
@@ -169,7 +169,7 @@ class HistoryTest : public testing::Test {
     return local.tm_hour == 0 && local.tm_min < 15;
   }
 
-  // The running quarter hour, of which the chip says that so many have been counted since the start.
+  // Queries the running quarter hour. The chip has counted n of everything since the start.
   QVR_intervalLinkCounterDB_t running(QVR_lineId_t line, uint32_t n) {
     expect(readsPm(line, n));
     QVR_intervalLinkCounterDB_t interval{};

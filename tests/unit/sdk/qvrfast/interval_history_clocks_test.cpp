@@ -1,16 +1,21 @@
-// Quarter hours and days under clocks that are set, and in zones that are off.
+// Quarter hours and days when clocks are set, and in unusual time zones.
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;
 
 namespace {
 
-// Clocks that do what clocks do. What is kept stays within the rings, and the last intervals are right.
+// Boundaries at these times, in this zone. The counts of intervals stay in range, and the last intervals are
+// right.
 struct Clocks {
   const char* name;
   const char* zone;
   std::vector<time_t> boundaries;
 };
+
+void PrintTo(const Clocks& clocks, std::ostream* out) {
+  *out << clocks.name;
+}
 
 std::vector<time_t> quarters(time_t first, int count) {
   std::vector<time_t> times;
@@ -31,7 +36,7 @@ constexpr time_t kAutumnDay = 1729980000;  // 2024-10-27 00:00 CEST
 
 class StrangeClocks : public HistoryTest, public testing::WithParamInterface<Clocks> {};
 
-TEST_P(StrangeClocks, NeverLeadOutOfTheRings) {
+TEST_P(StrangeClocks, KeepTheRingsInRange) {
   setZone(GetParam().zone);
   uint32_t n = 0;
   for (const time_t boundary : GetParam().boundaries) {
@@ -66,15 +71,15 @@ INSTANTIATE_TEST_SUITE_P(
                            quarters(at(10, 15), 200)},
                     Clocks{"ZoneOffTheQuarterHour", "LMT-0:19:32", quarters(at(10, 15), 200)},
                     Clocks{"BeforeTheEpoch", "UTC0", quarters(-5 * kQuarter, 20)},
-                    Clocks{"NeverTheSameTwice",
+                    Clocks{"JumpingBackAndForth",
                            "UTC0",
                            {at(1, 0), at(0, 0), at(23, 59), at(0, 14), at(5, 0), at(0, 0), at(0, 0), at(0, 0),
                             at(0, 0), at(0, 0), at(0, 0), at(0, 0), at(0, 0), at(0, 0), at(12, 0), at(0, 0),
                             at(6, 0)}}),
     [](const auto& clocks) { return clocks.param.name; });
 
-// The last quarter hour of the day that summer time makes shorter or longer has so many before it.
-TEST_F(HistoryTest, ASpringDayHasNinetyTwoIntervals) {
+// Summer time makes a day shorter or longer, and it has fewer or more quarter hours.
+TEST_F(HistoryTest, KeepsNinetyTwoIntervalsOnASpringDay) {
   setZone(kCentralEurope);
   uint32_t n = 0;
   for (const time_t boundary : quarters(kSpringDay, 92)) {
@@ -92,7 +97,7 @@ TEST_F(HistoryTest, ASpringDayHasNinetyTwoIntervals) {
   EXPECT_EQ(previousDay(0, 1).collectionTime, 91U * 900U);
 }
 
-TEST_F(HistoryTest, AnAutumnDayHasAHundredOfWhichNinetySixAreKept) {
+TEST_F(HistoryTest, KeepsTheLastNinetySixIntervalsOfAnAutumnDay) {
   setZone(kCentralEurope);
   uint32_t n = 0;
   for (const time_t boundary : quarters(kAutumnDay, 100)) {
@@ -105,7 +110,7 @@ TEST_F(HistoryTest, AnAutumnDayHasAHundredOfWhichNinetySixAreKept) {
   endQuarterHour(kAutumnDay + 100 * kQuarter, ++n);
   EXPECT_EQ(QVR_numberOf15minHistoryIntervals(0), 1);
   EXPECT_EQ(previousDay(0, 1).neCounters.linePerformanceCounters.LOS, 96U)
-      << "what is kept is what is summed";
+      << "only the intervals that were kept are summed";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Boundaries pass on one thread while another looks: every number is one that somebody counted.
+// Boundaries pass on one thread while another one queries: every interval must hold counters of one moment.
 #include <atomic>
 #include <thread>
 
@@ -9,7 +9,7 @@ using namespace gfast;
 
 namespace {
 
-// Two chips whose counters grow by one of everything at every read.
+// Two chips that have counted one more of everything at every read.
 class GrowingChips final : public Driver {
  public:
   GrowingChips() { installDriver(*this); }
@@ -36,12 +36,12 @@ class GrowingChips final : public Driver {
   std::atomic<uint32_t> counts_[QVR_K_MAX_DEVICES]{};
 };
 
-// Counters that grow together are alike after any subtraction and sum, unless it mixes two moments.
+// All counters grow together. So their differences and sums match, unless they mix reads of two moments.
 void expectOneMoment(const QVR_intervalLinkCounterDB_t& interval) {
   const uint32_t n = interval.neCounters.linePerformanceCounters.LOS;
   ASSERT_LT(n, 1000000U);
   forEachCounter(interval, [n](const char* name, uint32_t counted, size_t word) {
-    // The unavailable seconds follow the clock as well.
+    // The unavailable seconds also depend on the clock.
     if (word != 8) {
       ASSERT_EQ(counted, (static_cast<uint32_t>(word) + 1) * n) << name;
     }
@@ -53,7 +53,7 @@ BOOL checkInterval(QVR_lineId_t /*line*/, QVR_intervalLinkCounterDB_t* interval)
   return TRUE;
 }
 
-TEST(HistoryThreads, LooksAndBoundariesDoNotDisturbEachOther) {
+TEST(HistoryThreads, QueriesAndBoundariesSeeConsistentCounters) {
   constexpr int kBoundaries = 400;
   static auto& chips = *new GrowingChips;
   static_cast<void>(chips);
@@ -75,9 +75,9 @@ TEST(HistoryThreads, LooksAndBoundariesDoNotDisturbEachOther) {
     }
     done = true;
   });
-  int looks = 0;
-  for (; !done && !HasFatalFailure(); looks++) {
-    const QVR_lineId_t line = looks % 2;
+  int queries = 0;
+  for (; !done && !HasFatalFailure(); queries++) {
+    const QVR_lineId_t line = queries % 2;
     QVR_intervalLinkCounterDB_t interval{};
     ASSERT_EQ(QVR_getCurr15minCounters(line, &interval), QVR_E_STATUS_OK);
     expectOneMoment(interval);
@@ -92,7 +92,7 @@ TEST(HistoryThreads, LooksAndBoundariesDoNotDisturbEachOther) {
     ASSERT_EQ(QVR_dump15minCounterHistoryDB(line, checkInterval), QVR_E_STATUS_OK);
   }
   boundaries.join();
-  EXPECT_GT(looks, 0);
+  EXPECT_GT(queries, 0);
 }
 
 }  // namespace

@@ -1,8 +1,7 @@
-// Who is at the ends of a line, from either side of it, and version texts of every shape.
+// The inventory of both ends of a line, read at either side.
 #include <atomic>
 #include <thread>
 
-#include "qvrfast/version_text.h"
 #include "qvrline/eoc.h"
 #include "unit/sdk/qvrfast/status_records.h"
 
@@ -15,7 +14,7 @@ std::string bytesOf(const char (&field)[Size]) {
   return {field, Size};
 }
 
-// A field with the text, zeros behind it.
+// A field of this size with the text, and zeros behind it.
 std::string padded(const std::string& text, size_t size) {
   std::string bytes = text;
   bytes.resize(size);
@@ -49,7 +48,7 @@ class Inventory : public testing::Test {
 using FarEndInventoryRequest = Inventory;
 using InventoryWriting = Inventory;
 
-TEST_F(Inventory, AtTheNetworkSideComesFromTheDeviceAlone) {
+TEST_F(Inventory, ReadsBothEndsFromTheDeviceAtTheNetworkSide) {
   driver_.expect(readsInventory(0, {}));
   EXPECT_EQ(QVR_getInventory(0, &inventory_), QVR_E_STATUS_OK);
   expectLocal(inventory_.FTU_O);
@@ -59,17 +58,17 @@ TEST_F(Inventory, AtTheNetworkSideComesFromTheDeviceAlone) {
   EXPECT_EQ(bytesOf(inventory_.FTU_R.SERIALNR), kFarEndSerial);
 }
 
-TEST_F(Inventory, AtTheSubscriberSideAsksTheNetworkAnew) {
+TEST_F(Inventory, AsksTheFarEndAtTheSubscriberSide) {
   driver_.expect(readsInventory(1, {}, {.vendor = field("stale", 8)}) + asksInventory(1));
   EXPECT_EQ(QVR_getInventory(1, &inventory_), QVR_E_STATUS_OK);
   expectLocal(inventory_.FTU_R);
   EXPECT_EQ(bytesOf(inventory_.FTU_O.GHS_VENDOR), "GHSLOCAL");
   EXPECT_EQ(bytesOf(inventory_.FTU_O.SYSTEM_VENDOR), "SYSOTHER");
-  EXPECT_EQ(bytesOf(inventory_.FTU_O.VERSION), padded("7.1.4 rel", 16));  // as it is
+  EXPECT_EQ(bytesOf(inventory_.FTU_O.VERSION), padded("7.1.4 rel", 16));  // unchanged
   EXPECT_EQ(bytesOf(inventory_.FTU_O.SERIALNR), kFarEndSerial);
 }
 
-TEST_F(Inventory, VersionsOfTheLocalEndFillTheirField) {
+TEST_F(Inventory, FormatsTheLongestAndTheShortestLocalVersion) {
   driver_.expect(readsInventory(0, {.version = {255, 255, 255, 255}}));
   EXPECT_EQ(QVR_getInventory(0, &inventory_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytesOf(inventory_.FTU_O.VERSION), padded("255.255.255.255", 16));
@@ -78,7 +77,7 @@ TEST_F(Inventory, VersionsOfTheLocalEndFillTheirField) {
   EXPECT_EQ(bytesOf(inventory_.FTU_O.VERSION), padded("0.0.0.0", 16));
 }
 
-TEST_F(Inventory, IsUntouchedWhenItsAreaCannotBeRead) {
+TEST_F(Inventory, KeepsTheRecordWhenTheReadFails) {
   for (const int line : {0, 1}) {
     driver_.expect(readsInventory(line, {}).fails(EIO));
     EXPECT_EQ(QVR_getInventory(line, &inventory_), QVR_E_MEMREAD_ERROR);
@@ -88,7 +87,7 @@ TEST_F(Inventory, IsUntouchedWhenItsAreaCannotBeRead) {
   }
 }
 
-TEST_F(Inventory, AtTheSubscriberSideKeepsTheLocalEndWhenTheNetworkDoesNotAnswer) {
+TEST_F(Inventory, KeepsTheLocalEndWhenTheFarEndDoesNotAnswer) {
   driver_.expect(readsInventory(1, {}) + asksInventory(1).fails(ETIMEDOUT));
   EXPECT_EQ(QVR_getInventory(1, &inventory_), QVR_E_FAILED_SENDING_FAR_END_MSG);
   expectLocal(inventory_.FTU_R);
@@ -96,7 +95,7 @@ TEST_F(Inventory, AtTheSubscriberSideKeepsTheLocalEndWhenTheNetworkDoesNotAnswer
   EXPECT_EQ(bytesOf(inventory_.FTU_O.VERSION), std::string(16, 0x55));
 }
 
-TEST_F(Inventory, OfALineThatNoDeviceCarriesAsksNobodyAndOfNoLineIsAnAssertion) {
+TEST_F(Inventory, RefusesLinesWithoutADeviceAndInvalidLines) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_EQ(QVR_getInventory(1, &inventory_), QVR_E_NO_DEVICE_FOR_LINE);
   EXPECT_EQ(QVR_getInventoryFarEnd(1, &farEnd_), QVR_E_NO_DEVICE_FOR_LINE);
@@ -106,7 +105,7 @@ TEST_F(Inventory, OfALineThatNoDeviceCarriesAsksNobodyAndOfNoLineIsAnAssertion) 
                    asserts(200, "Invalid Line Identifier", -1, "../qvrline"));
 }
 
-TEST_F(FarEndInventoryRequest, FromTheNetworkSideGivesTheVersionAFourthNumber) {
+TEST_F(FarEndInventoryRequest, AddsAFourthVersionNumberAtTheNetworkSide) {
   driver_.expect(asksInventory(0));
   EXPECT_EQ(QVR_getInventoryFarEnd(0, &farEnd_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytesOf(farEnd_.GHS_VENDOR), std::string(8, '\0'));
@@ -115,13 +114,13 @@ TEST_F(FarEndInventoryRequest, FromTheNetworkSideGivesTheVersionAFourthNumber) {
   EXPECT_EQ(bytesOf(farEnd_.SERIALNR), kFarEndSerial);
 }
 
-TEST_F(FarEndInventoryRequest, FromTheSubscriberSideTakesTheVersionAsItIs) {
+TEST_F(FarEndInventoryRequest, CopiesTheVersionAtTheSubscriberSide) {
   driver_.expect(asksInventory(1));
   EXPECT_EQ(QVR_getInventoryFarEnd(1, &farEnd_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytesOf(farEnd_.VERSION), padded("7.1.4 rel", 16));
 }
 
-TEST_F(FarEndInventoryRequest, LeavesTheRecordAloneWhenThereIsNoWholeAnswer) {
+TEST_F(FarEndInventoryRequest, KeepsTheRecordWithoutACompleteAnswer) {
   Bytes tooShort = FarEndInventory{}.bytes();
   tooShort.pop_back();
   const Script failures[] = {
@@ -138,13 +137,13 @@ TEST_F(FarEndInventoryRequest, LeavesTheRecordAloneWhenThereIsNoWholeAnswer) {
   }
 }
 
-TEST_F(FarEndInventoryRequest, IsNotMadeOnALineThatIsDown) {
+TEST_F(FarEndInventoryRequest, FailsWithoutARequestOnALineThatIsDown) {
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
   ASSERT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_getInventoryFarEnd(0, &farEnd_), QVR_E_FAILED_SENDING_FAR_END_MSG);
 }
 
-TEST_F(FarEndInventoryRequest, WaitsForTheLinesChannel) {
+TEST_F(FarEndInventoryRequest, WaitsUntilTheLineIsReleased) {
   QVR_EOC_CaptureLine(0);
   std::atomic<bool> answered = false;
   std::thread asking([&] {
@@ -152,13 +151,13 @@ TEST_F(FarEndInventoryRequest, WaitsForTheLinesChannel) {
     answered = true;
   });
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(answered);  // and a request now would be one that nobody expects
+  EXPECT_FALSE(answered);  // no request is expected yet either
   driver_.expect(asksInventory(0));
   QVR_EOC_ReleaseLine(0);
   asking.join();
 }
 
-TEST_F(InventoryWriting, ReplacesVendorAndSerialNumberOnly) {
+TEST_F(InventoryWriting, ReplacesOnlyVendorAndSerialNumber) {
   QVR_inventoryParameters_t wanted;
   std::memset(&wanted, 'x', sizeof wanted);
   std::memcpy(wanted.SYSTEM_VENDOR, "\xB5\0NEWV\0\1", 8);
@@ -170,7 +169,7 @@ TEST_F(InventoryWriting, ReplacesVendorAndSerialNumberOnly) {
   EXPECT_EQ(QVR_setInventoryParams(1, &wanted), QVR_E_STATUS_OK);
 }
 
-TEST_F(InventoryWriting, WritesNothingOverAnAreaThatCannotBeRead) {
+TEST_F(InventoryWriting, FailsWhenTheAreaCannotBeReadOrWritten) {
   const QVR_inventoryParameters_t wanted{};
   driver_.expect(reads(0, 0xF1000000, Bytes(60)).fails(EIO));
   EXPECT_EQ(QVR_setInventoryParams(0, &wanted), QVR_E_MEMREAD_ERROR);
@@ -182,84 +181,13 @@ TEST_F(InventoryWriting, WritesNothingOverAnAreaThatCannotBeRead) {
   EXPECT_EQ(QVR_setInventoryParams(0, &wanted), QVR_E_MEMWRITE_ERROR);
 }
 
-TEST_F(InventoryWriting, OfADeviceThatCannotBeOpenedFails) {
+TEST_F(InventoryWriting, FailsWhenTheDeviceCannotBeOpened) {
   const QVR_inventoryParameters_t wanted{};
   driver_.expect(closes(0) + closes(1) + rediscovers() + opens(0).fails(ENOENT) + opens(1).fails(ENOENT));
   QVR_rediscoverDevices();
   driver_.verify();
   driver_.expect(opens(0).fails(ENOENT));
   EXPECT_EQ(QVR_setInventoryParams(0, &wanted), QVR_E_DEVICE_NOT_EXISTS);
-}
-
-struct Rewriting {
-  const char* text;
-  const char* three;
-  const char* four;
-};
-
-// What a text of the field's 16 bytes becomes.
-std::string rewritten(const std::string& text, VersionForm form) {
-  QVR_versionText_t field;
-  std::memcpy(field, padded(text, sizeof field).data(), sizeof field);
-  rewriteVersion(form, field);
-  return bytesOf(field);
-}
-
-TEST(VersionText, OfThreeNumbersAndAWordIsRewritten) {
-  for (const Rewriting& expected : {
-           Rewriting{"1.2.3 abc", "1.2.3 abc", "1.2.3.0 abc"},
-           Rewriting{"7.1.4 rel", "7.1.4 rel", "7.1.4.0 rel"},
-           Rewriting{"255.0.255 x", "255.0.255 x", "255.0.255.0 x"},
-           Rewriting{"007.01.04 rel", "7.1.4 rel", "7.1.4.0 rel"},
-           Rewriting{"7.1.4rel", "7.1.4 rel", "7.1.4.0 rel"},
-           Rewriting{" 7. 1.\t4 \n rel", "7.1.4 rel", "7.1.4.0 rel"},
-           Rewriting{"7.1.4 rel two", "7.1.4 rel", "7.1.4.0 rel"},
-           Rewriting{"7.1.4.9 rel", "7.1.4 .9", "7.1.4.0 .9"},
-           Rewriting{"1.2.3 %n%s%d", "1.2.3 %n%s%d", "1.2.3.0 %n%s%d"},
-       }) {
-    EXPECT_EQ(rewritten(expected.text, VersionForm::kThreeNumbers), padded(expected.three, 16))
-        << expected.text;
-    EXPECT_EQ(rewritten(expected.text, VersionForm::kFourNumbers), padded(expected.four, 16))
-        << expected.text;
-  }
-}
-
-TEST(VersionText, WithoutAnEndIsCutToItsFieldWithOne) {
-  EXPECT_EQ(rewritten("1.2.3 abcdefghij", VersionForm::kThreeNumbers), padded("1.2.3 abcdefghi", 16));
-  EXPECT_EQ(rewritten("1.2.3 abcdefghij", VersionForm::kFourNumbers), padded("1.2.3.0 abcdefg", 16));
-  EXPECT_EQ(rewritten("255.255.255 abcd", VersionForm::kFourNumbers), padded("255.255.255.0 a", 16));
-}
-
-TEST(VersionText, OfAnyOtherShapeStaysAsItIs) {
-  for (const char* text : {"",
-                           " ",
-                           "rel",
-                           "1",
-                           "1.",
-                           "1.2",
-                           "1.2.",
-                           "1.2.3",
-                           "1.2.3 ",
-                           "1 .2.3 rel",
-                           "1,2,3 rel",
-                           "1..3 rel",
-                           "v1.2.3 rel",
-                           "256.2.3 rel",
-                           "1.2.999 rel",
-                           "-1.2.3 rel",
-                           "+1.2.3 rel",
-                           "4294967297.0.0 a",
-                           "9999999999999999",
-                           "1111111111111.1 ",
-                           "\xFF\xFF\xFF\xFF\xFF\xFF",
-                           "0x1.2.3 rel"}) {
-    EXPECT_EQ(rewritten(text, VersionForm::kThreeNumbers), padded(text, 16)) << text;
-    EXPECT_EQ(rewritten(text, VersionForm::kFourNumbers), padded(text, 16)) << text;
-  }
-  const std::string hidden("1.2.3 rel\0abc", 13);  // what lies behind the end is not the text's
-  EXPECT_EQ(rewritten(hidden, VersionForm::kFourNumbers), padded("1.2.3.0 rel", 16));
-  EXPECT_EQ(rewritten(std::string("1.2\0.3 rel", 10), VersionForm::kFourNumbers),
-            padded(std::string("1.2\0.3 rel", 10), 16));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The configuration of a line: what each field becomes of the chip's parameters, and what stays as it was.
+// The configuration of a line: which fields are read from which parameters, and which fields stay as they
+// were.
 #include "qvrfast/line_config.h"
 
 #include <map>
@@ -18,7 +19,7 @@ uint32_t addressOf(eConstParams parameter) {
   return kArea + parameter * 4;
 }
 
-// The parameters that a configuration is made of, in the order in which they are read.
+// The parameters that are read for a configuration, in this order.
 std::vector<eConstParams> readParameters() {
   std::vector<eConstParams> order{PARAMS_numDownstreamSymbols, PARAMS_cyclicPrefixSize};
   for (uint32_t band = PARAMS_RFIBand_0; band <= PARAMS_RFIBand_15; band++) {
@@ -36,7 +37,7 @@ using Values = std::map<eConstParams, uint32_t>;
 
 class LineConfig : public Parameters {
  protected:
-  // Every parameter has four bytes, one behind the other, or so many.
+  // Loads a dictionary of all parameters. Each has four bytes, or the length given here, every four bytes.
   void loadAll(const std::map<eConstParams, uint32_t>& lengths = {}) {
     std::vector<Entry> entries;
     for (uint32_t i = 0; i < kParameters; i++) {
@@ -48,7 +49,7 @@ class LineConfig : public Parameters {
 
   static Script loadsArea() { return reads(0, kArea, Bytes(kParameters * 4)); }
 
-  // One parameter of four bytes, read from the device of line 0.
+  // Line 0's device returns this value for a parameter of four bytes.
   static Script gives(eConstParams parameter, uint32_t value) {
     return readsWord(0, addressOf(parameter), value);
   }
@@ -72,7 +73,7 @@ class LineConfig : public Parameters {
   TraceLog log_;
 };
 
-TEST_F(LineConfig, IsMadeOfTheParametersOfTheChip) {
+TEST_F(LineConfig, ReadsItsFieldsFromTheParameters) {
   loadAll();
   const QVR_lineConfig_t read = config({{PARAMS_numTxSymbolsInFrame, 23},
                                         {PARAMS_numDownstreamSymbols, 28},
@@ -118,7 +119,7 @@ TEST_F(LineConfig, IsMadeOfTheParametersOfTheChip) {
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
-// Clears the fields that a reading fills.
+// Clears the fields that are read from parameters.
 void clearReadFields(QVR_lineConfig_t& config) {
   config.tddProfile.MF = {};
   config.tddProfile.Mds = config.tddProfile.CE = 0;
@@ -132,7 +133,7 @@ void clearReadFields(QVR_lineConfig_t& config) {
   config.dataRateProfile.BLUPPERLIMITds = config.dataRateProfile.BLUPPERLIMITus = 0;
 }
 
-TEST_F(LineConfig, FieldsThatNoParameterFillsStayAsTheyWere) {
+TEST_F(LineConfig, KeepsFieldsWithoutAParameter) {
   loadAll();
   Values values;
   for (const eConstParams parameter : readParameters()) {
@@ -144,7 +145,7 @@ TEST_F(LineConfig, FieldsThatNoParameterFillsStayAsTheyWere) {
   EXPECT_TRUE(isZero(read));
 }
 
-TEST_F(LineConfig, ComesFromTheDeviceOfTheLineAndTheAreaFromDevice0) {
+TEST_F(LineConfig, ReadsParametersFromTheLinesDeviceAndTheAreaFromDevice0) {
   loadAll();
   QVR_lineConfig_t read{};
   driver_.expect(loadsArea() + readsAll(1, {{PARAMS_numDownstreamSymbols, 29}}));
@@ -152,7 +153,7 @@ TEST_F(LineConfig, ComesFromTheDeviceOfTheLineAndTheAreaFromDevice0) {
   EXPECT_EQ(read.tddProfile.Mds, 29);
 }
 
-TEST_F(LineConfig, NumbersMayHaveTwoBytes) {
+TEST_F(LineConfig, ReadsNumbersOfTwoBytes) {
   loadAll({{PARAMS_numDownstreamSymbols, 2},
            {PARAMS_cyclicPrefixSize, 2},
            {PARAMS_IARBands, 2},
@@ -187,7 +188,7 @@ TEST_F(LineConfig, NumbersMayHaveTwoBytes) {
   EXPECT_EQ(rate, IAT_REIN_300Hz);
 }
 
-TEST_F(LineConfig, OfFourBytesTheLowOnesAreKept) {
+TEST_F(LineConfig, KeepsTheLowBitsOfNumbersOfFourBytes) {
   loadAll();
   driver_.expect(gives(PARAMS_blUpperLimit, 0x12345678) + gives(PARAMS_dsMargin, 0x12345678) +
                  gives(PARAMS_cyclicPrefixSize, 0x00012340));
@@ -209,7 +210,7 @@ struct Getter {
 constexpr Getter kGetters[] = {{QVR_getCE, 1},        {QVR_getBoolParam, 1}, {QVR_getByteParam, 1},
                                {QVR_getWordParam, 2}, {QVR_getLongParam, 4}, {QVR_getIAT_REIN, 4}};
 
-TEST_F(LineConfig, AParameterThatIsNoNumberFillsNoField) {
+TEST_F(LineConfig, RefusesParametersOfOtherLengths) {
   loadAll({{id(0), 1}, {id(1), 3}, {id(2), 6}, {id(3), 500}});
   for (const Getter& getter : kGetters) {
     for (uint32_t parameter = 0; parameter <= 3; parameter++) {
@@ -230,19 +231,19 @@ TEST_F(LineConfig, AParameterThatIsNoNumberFillsNoField) {
   EXPECT_EQ(bands[16].startSubcarrierIdx, 0xAAAA);
 }
 
-TEST_F(LineConfig, AFieldThatCannotBeReadStaysAsItWas) {
+TEST_F(LineConfig, KeepsAFieldThatCannotBeRead) {
   loadAll();
   for (const Getter& getter : kGetters) {
     Bytes field(8, 0xAA);
     const bool keepsField = getter.get != QVR_getLongParam;
     driver_.expect(gives(id(0), 0).fails(EIO) + gives(id(0), 0).fails(EIO));
     EXPECT_EQ(getter.get(0, id(0), field.data()), QVR_E_MEMREAD_ERROR);
-    // The plain number is what the library last knew.
+    // The getter of plain numbers stores the value that was read last.
     EXPECT_EQ(field, keepsField ? Bytes(8, 0xAA) : Bytes({0, 0, 0, 0, 0xAA, 0xAA, 0xAA, 0xAA}));
   }
 }
 
-TEST_F(LineConfig, AParameterThatTheDictionaryLacksFillsNoField) {
+TEST_F(LineConfig, KeepsAFieldWhoseParameterIsNotInTheDictionary) {
   loadAll({{id(9), 0}});
   for (const Getter& getter : kGetters) {
     Bytes field(8, 0xAA);
@@ -254,7 +255,7 @@ TEST_F(LineConfig, AParameterThatTheDictionaryLacksFillsNoField) {
   EXPECT_EQ(log_.lines().size(), 4U);
 }
 
-TEST_F(LineConfig, TheBandsAreClearedAndAreWorthTheLastReading) {
+TEST_F(LineConfig, ClearsTheBandsAndReturnsTheResultOfTheLastRead) {
   loadAll();
   G9972_subCarrierIdxRange_t bands[16];
   const auto readBands = [&](uint32_t failing) {
@@ -273,7 +274,7 @@ TEST_F(LineConfig, TheBandsAreClearedAndAreWorthTheLastReading) {
   EXPECT_EQ(bands[14].stopSubcarrierIdx, 5);
 }
 
-TEST_F(LineConfig, RatesOfImpulseNoiseAreThoseOfTheEnumeration) {
+TEST_F(LineConfig, ConvertsImpulseNoiseRates) {
   loadAll();
   const struct {
     uint32_t hertz;
@@ -295,7 +296,7 @@ TEST_F(LineConfig, RatesOfImpulseNoiseAreThoseOfTheEnumeration) {
 
 // ---- Test modes ----
 
-TEST_F(LineConfig, TestModesAreAskedOfALineInShowtime) {
+TEST_F(LineConfig, ReadsTestModesInShowtime) {
   driver_.expect(readsIdentity(1, chipWithLine(LS_SHOWTIME)));
   ASSERT_EQ(QVR_getDeviceInfo(1, nullptr), QVR_E_STATUS_OK);
   addLine(1, 1, 0, FALSE);
@@ -310,7 +311,7 @@ TEST_F(LineConfig, TestModesAreAskedOfALineInShowtime) {
   }
 }
 
-TEST_F(LineConfig, ATestModeThatCannotBeReadStaysAsItWas) {
+TEST_F(LineConfig, KeepsATestModeThatCannotBeRead) {
   driver_.expect(readsIdentity(0, chipWithLine(LS_SHOWTIME)));
   ASSERT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
   driver_.expect(readsWord(0, 0xED010000, 1).fails(EIO) + readsWord(0, 0xED000000, 1).fails(EIO));
@@ -321,7 +322,7 @@ TEST_F(LineConfig, ATestModeThatCannotBeReadStaysAsItWas) {
   }
 }
 
-TEST_F(LineConfig, OfALineOutsideShowtimeThereIsNoTestMode) {
+TEST_F(LineConfig, TestModesAreFalseOutsideShowtime) {
   for (const G9701_linkState_t state : {LS_IDLE, LS_INIT_TRAIN, LS_DEACTIVATING1}) {
     driver_.expect(readsIdentity(0, chipWithLine(state)));
     ASSERT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
@@ -335,7 +336,7 @@ TEST_F(LineConfig, OfALineOutsideShowtimeThereIsNoTestMode) {
 
 // ---- The whole record ----
 
-TEST_F(LineConfig, WithoutTheAreaNothingIsRead) {
+TEST_F(LineConfig, FailsWhenTheAreaCannotBeRead) {
   loadAll();
   QVR_lineConfig_t read{};
   driver_.expect(loadsArea().fails(EIO) + loadsArea().fails(EIO));
@@ -344,8 +345,8 @@ TEST_F(LineConfig, WithoutTheAreaNothingIsRead) {
   EXPECT_TRUE(isZero(read));
 }
 
-// Each reading of a field fails in turn; the others are there all the same.
-TEST_F(LineConfig, EveryFieldThatCannotBeReadIsLogged) {
+// The read of each field fails in turn; the other fields are still read.
+TEST_F(LineConfig, LogsEveryFieldThatCannotBeRead) {
   loadAll();
   const std::vector<eConstParams> order = readParameters();
   for (size_t failing = 0; failing < order.size(); failing++) {
@@ -370,7 +371,7 @@ TEST_F(LineConfig, EveryFieldThatCannotBeReadIsLogged) {
   }
 }
 
-TEST_F(LineConfig, AParameterThatTheDictionaryLacksIsLoggedTwice) {
+TEST_F(LineConfig, LogsAParameterThatIsNotInTheDictionaryTwice) {
   load(64, {{0, 4, 0}, {PARAMS_numDownstreamSymbols, 4, 4}});
   log_.lines().clear();
   QVR_lineConfig_t read{};
@@ -387,7 +388,7 @@ TEST_F(LineConfig, AParameterThatTheDictionaryLacksIsLoggedTwice) {
   EXPECT_THAT(log_.lines(), testing::Contains(warns("QVR_getLineConfig", "Failed getting parameter 103\n")));
 }
 
-TEST_F(LineConfig, SettingItReadsItAndWritesNothing) {
+TEST_F(LineConfig, SetReadsAndWritesNothing) {
   loadAll();
   QVR_lineConfig_t wanted{};
   std::memset(&wanted, 0x5A, sizeof wanted);
@@ -397,7 +398,7 @@ TEST_F(LineConfig, SettingItReadsItAndWritesNothing) {
 
 // ---- Snapshots ----
 
-TEST_F(LineConfig, StateAndConfigurationOfEveryLineAreKept) {
+TEST_F(LineConfig, SavesStateAndConfigurationOfEveryLine) {
   loadAll();
   driver_.expect(readsIdentity(0, chipWithLine(LS_SHOWTIME)) + readsIdentity(1, chipWithLine(LS_SILENT)));
   QVR_getDeviceInfo(0, nullptr);
@@ -413,7 +414,7 @@ TEST_F(LineConfig, StateAndConfigurationOfEveryLineAreKept) {
   EXPECT_EQ(QVR_restoreLineConfigState(), QVR_E_STATUS_OK);
 }
 
-TEST_F(LineConfig, KeepingEndsAtTheFirstLineThatCannotBeRead) {
+TEST_F(LineConfig, StopsSavingAtTheFirstLineThatCannotBeRead) {
   loadAll();
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)) + readsIdentity(1, chipWithLine(LS_SILENT)));
   QVR_getDeviceInfo(0, nullptr);

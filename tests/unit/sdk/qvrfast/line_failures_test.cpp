@@ -1,4 +1,4 @@
-// Link failures, in the words of the management model.
+// Link failures, reported as the line failures of the management model.
 #include "qvrfast/line_failures.h"
 #include "unit/sdk/qvrfast/history.h"
 
@@ -22,16 +22,22 @@ void note(QVR_lineId_t line, const QVR_lineFailures_t* record) {
   failures().push_back({line, *record});
 }
 
+// A reason, and the failures that it is reported as.
 struct Reason {
+  const char* name;
   LINK_FAILURE_TYPE_E reason;
   BOOL los;
   BOOL lom;
   BOOL lor;
 };
 
+void PrintTo(const Reason& reason, std::ostream* out) {
+  *out << reason.name;
+}
+
 class LineFailures : public testing::TestWithParam<Reason> {};
 
-TEST_P(LineFailures, AreReportedByTheirReason) {
+TEST_P(LineFailures, AreReportedByReason) {
   setZone("UTC0");
   QVR_registerlineFailuresCB(note);
   QVR_LinkFailureEventHandler(1, GetParam().reason, kWhen);
@@ -46,15 +52,17 @@ TEST_P(LineFailures, AreReportedByTheirReason) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Reasons, LineFailures,
-                         testing::Values(Reason{LF_REASON_LOSS_OF_RMC, FALSE, FALSE, TRUE},
-                                         Reason{LF_REASON_LOSS_OF_MARGIN, FALSE, TRUE, FALSE},
-                                         Reason{LF_REASON_LOSS_OF_SIGNAL, TRUE, FALSE, FALSE},
-                                         Reason{LF_REASON_LOSS_OF_POWER, TRUE, FALSE, FALSE},
-                                         Reason{LF_REASON_HIGH_BER, TRUE, FALSE, FALSE},
-                                         Reason{LF_REASON_NO_ERROR, TRUE, FALSE, FALSE},
-                                         Reason{static_cast<LINK_FAILURE_TYPE_E>(4711), TRUE, FALSE, FALSE}));
+                         testing::Values(Reason{"LossOfRmc", LF_REASON_LOSS_OF_RMC, FALSE, FALSE, TRUE},
+                                         Reason{"LossOfMargin", LF_REASON_LOSS_OF_MARGIN, FALSE, TRUE, FALSE},
+                                         Reason{"LossOfSignal", LF_REASON_LOSS_OF_SIGNAL, TRUE, FALSE, FALSE},
+                                         Reason{"LossOfPower", LF_REASON_LOSS_OF_POWER, TRUE, FALSE, FALSE},
+                                         Reason{"HighBer", LF_REASON_HIGH_BER, TRUE, FALSE, FALSE},
+                                         Reason{"NoError", LF_REASON_NO_ERROR, TRUE, FALSE, FALSE},
+                                         Reason{"UnknownReason", static_cast<LINK_FAILURE_TYPE_E>(4711), TRUE,
+                                                FALSE, FALSE}),
+                         [](const auto& reason) { return reason.param.name; });
 
-TEST(LineFailuresCallback, IsForgottenAndThenNobodyIsTold) {
+TEST(LineFailuresCallback, IsNotCalledBeforeRegistrationOrAfterRemoval) {
   QVR_LinkFailureEventHandler(0, LF_REASON_LOSS_OF_RMC, kWhen);
   QVR_registerlineFailuresCB(note);
   QVR_registerlineFailuresCB(nullptr);

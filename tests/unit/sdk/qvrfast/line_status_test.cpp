@@ -1,4 +1,5 @@
-// How a line is: which reads are made in which state, what becomes of each, and what stays when one fails.
+// The status of a line: which blocks are read in which state, which fields they fill, and which fields stay
+// when a read fails.
 #include "chip/device_information.h"
 #include "unit/sdk/qvrfast/status_records.h"
 
@@ -6,7 +7,7 @@ using namespace gfast;
 
 namespace {
 
-// What the caller's record holds before: whatever is not reached keeps it.
+// The caller's record before the call; fields that are not set keep these bytes.
 QVR_lineStatus_t untouched() {
   QVR_lineStatus_t status;
   std::memset(&status, 0x55, sizeof status);
@@ -38,7 +39,7 @@ class LineStatus : public testing::Test {
  protected:
   void SetUp() override { enterBothLines(); }
 
-  // The line's device is known with its line in this state.
+  // Line 0's device is open, and its cached record has the line in this state.
   void lineIn(G9701_linkState_t state, const ChipIdentity& chip = {}) {
     ChipIdentity known = chip;
     known.setLinkState(state);
@@ -52,7 +53,7 @@ class LineStatus : public testing::Test {
 
 using InitialisationStatus = LineStatus;
 
-TEST_F(LineStatus, OfAnIdleLineIsWhatTheSignalProcessingSays) {
+TEST_F(LineStatus, ReadsOnlyTheFduBlockOfAnIdleLine) {
   lineIn(LS_IDLE);
   driver_.expect(readsFdu(0, fdu()));
   EXPECT_EQ(QVR_getLineStatus(0, &status_), QVR_E_STATUS_OK);
@@ -70,7 +71,7 @@ TEST_F(LineStatus, OfAnIdleLineIsWhatTheSignalProcessingSays) {
   EXPECT_EQ(status_.DTAMdsEVTCNT, 0x55555555U);
 }
 
-TEST_F(LineStatus, OfALineInAnyStateOnItsWayAsksNoFarEnd) {
+TEST_F(LineStatus, DoesNotAskTheFarEndOutsideShowtime) {
   for (const G9701_linkState_t state :
        {LS_SELFTEST, LS_UNIT_FAIL, LS_SILENT, LS_INIT_HS, LS_INIT_TRAIN, LS_DEACTIVATING1, LS_DEACTIVATING2,
         LS_PRE_DEACTIVATING1_E, static_cast<G9701_linkState_t>(10)}) {
@@ -95,7 +96,7 @@ TEST_F(LineStatus, OfALineInAnyStateOnItsWayAsksNoFarEnd) {
   }
 }
 
-TEST_F(LineStatus, OfALineInShowtimeAlsoTellsWhatTheFarEndMeasures) {
+TEST_F(LineStatus, AsksTheFarEndInShowtime) {
   lineIn(LS_SHOWTIME);
   driver_.expect(readsFramer(0, framer()) + asksMeasurements(0) + readsFdu(0, fdu()));
   EXPECT_EQ(QVR_getLineStatus(0, &status_), QVR_E_STATUS_OK);
@@ -108,7 +109,7 @@ TEST_F(LineStatus, OfALineInShowtimeAlsoTellsWhatTheFarEndMeasures) {
   EXPECT_EQ(status_.SNRM_RMCus, 71);
 }
 
-TEST_F(LineStatus, IsTheSameForADeviceAtTheSubscriberSide) {
+TEST_F(LineStatus, IsTheSameAtTheSubscriberSide) {
   driver_.expect(opens(1) + readsIdentity(1, chipWithLine(LS_SHOWTIME)));
   ASSERT_EQ(QVR_getDeviceInfo(1, nullptr), QVR_E_STATUS_OK);
   driver_.expect(readsFramer(1, framer()) + asksMeasurements(1) + readsFdu(1, fdu()));
@@ -117,7 +118,7 @@ TEST_F(LineStatus, IsTheSameForADeviceAtTheSubscriberSide) {
   EXPECT_EQ(status_.SNRMus, 63);
 }
 
-TEST_F(LineStatus, TakesTheLowBitsOfWords) {
+TEST_F(LineStatus, KeepsTheLowBitsOfWords) {
   lineIn(LS_INIT_TRAIN);
   GFAST_FRAMER_RAW_COUNTERS_S wide = framer();
   wide.snrMargin = 0x1FFFE;
@@ -143,7 +144,7 @@ TEST_F(LineStatus, ComputesTheWireLengthInUnsignedArithmetic) {
     uint32_t correction;
     uint32_t length;
   };
-  // 544 corrections are the whole length; one more wraps below zero, and so does a negative correction.
+  // A correction of 544 gives length 0. One more wraps below zero, and so does a negative correction.
   for (const Length& expected : {Length{0, 256}, Length{100, 209}, Length{544, 0}, Length{545, 4194303},
                                  Length{0xFFFFFFFF, 257}, Length{0x80000000, 2097408}}) {
     driver_.expect(readsFdu(0, fdu(expected.correction)));
@@ -152,11 +153,11 @@ TEST_F(LineStatus, ComputesTheWireLengthInUnsignedArithmetic) {
   }
 }
 
-TEST_F(LineStatus, KeepsThePresetsOfWhatCannotBeRead) {
+TEST_F(LineStatus, KeepsPresetsOfBlocksThatCannotBeRead) {
   lineIn(LS_SHOWTIME);
   driver_.expect(readsFramer(0, framer()).fails(EIO) + asksMeasurements(0).fails(ETIMEDOUT) +
                  readsFdu(0, fdu()));
-  EXPECT_EQ(QVR_getLineStatus(0, &status_), QVR_E_STATUS_OK);  // the last read's result
+  EXPECT_EQ(QVR_getLineStatus(0, &status_), QVR_E_STATUS_OK);  // the result of the last read
   EXPECT_EQ(status_.SNRMds, -512);
   EXPECT_EQ(status_.SNRMus, -512);
   EXPECT_EQ(status_.ACTATPus, -512);
@@ -166,7 +167,7 @@ TEST_F(LineStatus, KeepsThePresetsOfWhatCannotBeRead) {
   EXPECT_EQ(status_.ACTATPds, -34);
 }
 
-TEST_F(LineStatus, WithoutTheSignalProcessingFailsButStillHasALength) {
+TEST_F(LineStatus, FailsWithoutTheFduBlockButComputesTheWireLength) {
   lineIn(LS_SHOWTIME);
   driver_.expect(readsFramer(0, framer()) + asksMeasurements(0) + reads(0, 0xE2040000, Bytes(40)).fails(EIO));
   EXPECT_EQ(QVR_getLineStatus(0, &status_), QVR_E_MEMREAD_ERROR);
@@ -178,7 +179,7 @@ TEST_F(LineStatus, WithoutTheSignalProcessingFailsButStillHasALength) {
   EXPECT_EQ(status_.EWL, 256U);
 }
 
-TEST_F(LineStatus, TellsHowTheLastInitialisationWentFromTheCachedRecord) {
+TEST_F(LineStatus, TakesTheLastInitialisationFromTheCachedRecord) {
   ChipIdentity chip;
   chip.setWord(DEV_INF_INIT_FAILURE_CAUSE, E_INITSFCAUSE_COMM_PROBLEM);
   chip.setWord(DEV_INF_LAST_SIGNAL, 0x00070005);
@@ -190,24 +191,24 @@ TEST_F(LineStatus, TellsHowTheLastInitialisationWentFromTheCachedRecord) {
   EXPECT_EQ(status_.INITLASTSIGNALus, 7);
 }
 
-TEST_F(LineStatus, OfADeviceThatDoesNotAnswerIsOfNoUse) {
+TEST_F(LineStatus, FailsWhenTheDeviceCannotBeOpened) {
   driver_.expect((opens(0).fails(ENOENT)).times(2));
   EXPECT_EQ(QVR_getLineStatus(0, &status_), QVR_E_DEVICE_NOT_EXISTS);
   EXPECT_EQ(status_.LINK_STATE, G9972_LINK_STATE_L0N);
   EXPECT_EQ(status_.SNRMus, -512);
 }
 
-TEST_F(LineStatus, OfALineThatNoDeviceCarriesAsksNobody) {
+TEST_F(LineStatus, RefusesALineWithoutADevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_EQ(QVR_getLineStatus(1, &status_), QVR_E_NO_DEVICE_FOR_LINE);
   EXPECT_EQ(std::memcmp(&status_, "UUUUUUUUUUUUUUUU", 16), 0);
 }
 
-TEST_F(LineStatus, OfNoLineIsAnAssertion) {
+TEST_F(LineStatus, AssertsThatTheLineIsValid) {
   EXPECT_ASSERTION(QVR_getLineStatus(2, &status_), asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
 }
 
-TEST_F(InitialisationStatus, IsReadAnew) {
+TEST_F(InitialisationStatus, ReadsTheDeviceRecordAgain) {
   lineIn(LS_IDLE);
   ChipIdentity chip;
   chip.setWord(DEV_INF_INIT_FAILURE_CAUSE, 4000000000);
@@ -222,7 +223,7 @@ TEST_F(InitialisationStatus, IsReadAnew) {
   EXPECT_EQ(us, 0xFF);
 }
 
-TEST_F(InitialisationStatus, StaysUnknownWhenTheDeviceFails) {
+TEST_F(InitialisationStatus, KeepsTheOutputsWhenAReadFails) {
   const Script identity = readsIdentity(0, {});
   driver_.expect(opens(0));
   for (size_t position = 0; position < identity.size(); position++) {
@@ -238,7 +239,7 @@ TEST_F(InitialisationStatus, StaysUnknownWhenTheDeviceFails) {
   }
 }
 
-TEST_F(InitialisationStatus, IsTheNetworkSidesToTell) {
+TEST_F(InitialisationStatus, IsRefusedAtTheSubscriberSideAndWithoutADevice) {
   G9972_initSuccessFailureCause_t cause = 0;
   G9972_initLastSignal_t ds = 0;
   G9972_initLastSignal_t us = 0;

@@ -1,4 +1,4 @@
-// A line's counters as they stand: which words of the chip's blocks they are, at either end.
+// The current counters of a line: which words of the chip's blocks they are, at either end.
 #include "unit/sdk/lines.h"
 
 using namespace gfast;
@@ -67,7 +67,7 @@ Counters filled() {
   return counters;
 }
 
-// The caller's record is as it was.
+// The caller's record has not changed.
 template <typename Counters>
 void expectUntouched(const Counters& counters) {
   const Counters before = filled<Counters>();
@@ -85,11 +85,11 @@ class CurrentCounters : public testing::Test {
   ExpectedRequests driver_{Script()};
 };
 
-TEST_F(CurrentCounters, OfTheNearEndsLineAreDerivedAndFramerWords) {
+TEST_F(CurrentCounters, OfTheNearEndLineAreDerivedAndFramerWords) {
   driver_.expect(readsDerived(1) + readsFramer(1));
   auto line = filled<QVR_linePerformance_t>();
   ASSERT_EQ(QVR_getCurrNELinePerformance(1, &line), QVR_E_STATUS_OK);
-  EXPECT_THAT(countersOf(line), ElementsAre(1033, 1035, 1034, 1036,  // failures, as the chip counts them
+  EXPECT_THAT(countersOf(line), ElementsAre(1033, 1035, 1034, 1036,          // failures, in the chip's order
                                             1006, 1007, 1008, 1009, 1010,    // seconds
                                             1011, 1012, 1013, 1014,          // initialisations
                                             5041, 5043, 5077, 5048, 5055));  // adaptations received
@@ -100,7 +100,7 @@ TEST_F(CurrentCounters, OfTheNearEndsLineAreDerivedAndFramerWords) {
   EXPECT_EQ(std::memcmp(line.timeInterval.STAMP, before.STAMP, sizeof before.STAMP), 0);
 }
 
-TEST_F(CurrentCounters, OfTheNearEndsChannelAreFramerAndDerivedWords) {
+TEST_F(CurrentCounters, OfTheNearEndChannelAreFramerAndDerivedWords) {
   driver_.expect(readsFramer(0) + readsDerived(0));
   auto channel = filled<QVR_ChannelPerformance_t>();
   ASSERT_EQ(QVR_getCurrNEChannelPerformance(0, &channel), QVR_E_STATUS_OK);
@@ -109,7 +109,7 @@ TEST_F(CurrentCounters, OfTheNearEndsChannelAreFramerAndDerivedWords) {
   EXPECT_EQ(std::memcmp(&channel.timeInterval, &before, sizeof before), 0);
 }
 
-TEST_F(CurrentCounters, OfTheNearEndAnswerTheCodeOfWhatCannotBeRead) {
+TEST_F(CurrentCounters, OfTheNearEndFailWhenABlockCannotBeRead) {
   auto line = filled<QVR_linePerformance_t>();
   auto channel = filled<QVR_ChannelPerformance_t>();
   const Script lineReads = readsDerived(0) + readsFramer(0);
@@ -125,21 +125,22 @@ TEST_F(CurrentCounters, OfTheNearEndAnswerTheCodeOfWhatCannotBeRead) {
   expectUntouched(channel);
 }
 
-TEST_F(CurrentCounters, OfTheFarEndsLineAreItsWordsAndWhatItTells) {
+TEST_F(CurrentCounters, OfTheFarEndLineAreItsBlocksAndItsManagementCounters) {
   driver_.expect(findsLineUp(0) + readsFarDerived(1) + asksManagement(0) + findsLineUp(0) +
                  readsFarEnd(0, 2, kFramerRaw, countingWords(340, kFramerFirst)) + asksManagement(0) +
                  readsFramer(0, kNearFramerFirst) + asksPmd(0));
   auto line = filled<QVR_linePerformance_t>();
   ASSERT_EQ(QVR_getCurrFELinePerformance(0, &line), QVR_E_STATUS_OK);
-  EXPECT_THAT(countersOf(line), ElementsAre(1033, 1035, 1034, 1036,        // failures
-                                            9004, 9005, 9006, 9007, 9008,  // seconds, from its management
-                                            1011, 1012, 1013, 1014,        // initialisations
-                                            7042, 7044, 7078,              // what this end has sent
-                                            5048, 7056));
+  EXPECT_THAT(countersOf(line),
+              ElementsAre(1033, 1035, 1034, 1036,        // failures
+                          9004, 9005, 9006, 9007, 9008,  // seconds, from its management counters
+                          1011, 1012, 1013, 1014,        // initialisations
+                          7042, 7044, 7078,              // adaptations that this end has sent
+                          5048, 7056));
   EXPECT_EQ(line.timeInterval.intervalNumber, 0U);
 }
 
-TEST_F(CurrentCounters, OfTheFarEndsLineAnswerTheCodeOfTheBlockThatFails) {
+TEST_F(CurrentCounters, OfTheFarEndLineFailWithTheCodeOfTheFailedBlock) {
   auto line = filled<QVR_linePerformance_t>();
   driver_.expect(readsIdentity(0, chipWithLine(LS_SILENT)));
   EXPECT_EQ(QVR_getCurrFELinePerformance(0, &line), QVR_E_ERROR);
@@ -151,7 +152,7 @@ TEST_F(CurrentCounters, OfTheFarEndsLineAnswerTheCodeOfTheBlockThatFails) {
   expectUntouched(line);
 }
 
-TEST_F(CurrentCounters, OfTheFarEndsChannelAreWhatItTells) {
+TEST_F(CurrentCounters, OfTheFarEndChannelAreItsManagementCounters) {
   driver_.expect(asksManagement(1));
   auto channel = filled<QVR_ChannelPerformance_t>();
   ASSERT_EQ(QVR_getCurrFEChannelPerformance(1, &channel), QVR_E_STATUS_OK);
@@ -160,14 +161,14 @@ TEST_F(CurrentCounters, OfTheFarEndsChannelAreWhatItTells) {
   EXPECT_EQ(std::memcmp(&channel.timeInterval, &before, sizeof before), 0);
 }
 
-TEST_F(CurrentCounters, OfTheFarEndsChannelAnswerTheExchangesFailure) {
+TEST_F(CurrentCounters, OfTheFarEndChannelFailWhenTheExchangeFails) {
   auto channel = filled<QVR_ChannelPerformance_t>();
   driver_.expect(asksManagement(0).fails(EIO));
   EXPECT_EQ(QVR_getCurrFEChannelPerformance(0, &channel), QVR_E_FAILED_SENDING_FAR_END_MSG);
   expectUntouched(channel);
 }
 
-TEST_F(CurrentCounters, OfALineWithoutADevice) {
+TEST_F(CurrentCounters, FailForALineWithoutADevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   QVR_linePerformance_t line{};
   QVR_ChannelPerformance_t channel{};
@@ -179,7 +180,7 @@ TEST_F(CurrentCounters, OfALineWithoutADevice) {
 
 using PerformanceDeathTest = testing::Test;
 
-// Every operation of the counters and their history refuses a line that there cannot be.
+// Calls one of the operations on counters and their history.
 void callWithLine(int operation, QVR_lineId_t line) {
   QVR_linePerformance_t lineCounters{};
   QVR_ChannelPerformance_t channelCounters{};
@@ -226,7 +227,7 @@ void callWithLine(int operation, QVR_lineId_t line) {
   }
 }
 
-TEST(PerformanceDeathTest, ALineThatThereCannotBeEndsTheProcess) {
+TEST(PerformanceDeathTest, AssertsThatTheLineIsValid) {
   ExpectedRequests driver{Script()};
   for (int operation = 0; operation < 12; operation++) {
     for (const QVR_lineId_t line : {-1, 2}) {

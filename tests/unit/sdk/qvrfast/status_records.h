@@ -5,7 +5,7 @@
 
 using namespace gfast;
 
-// The record as it lies in chip memory.
+// The record in the byte order of chip memory.
 template <typename Record>
 Bytes chipBytes(const Record& record) {
   Bytes bytes(sizeof record);
@@ -32,8 +32,8 @@ inline Script readsEtrDatabase(int device, const ETR_DB_S& block) {
   return reads(device, 0xE5002000, chipBytes(block));
 }
 
-// A far end that measures a margin of 8.2 dB, 500000 kbit/s attainable, sends -7.5 dBm, and has 9.1 dB of
-// margin for its RMC.
+// The far end measures a margin of 8.2 dB, an attainable rate of 500000 kbit/s, a sent power of -7.5 dBm and
+// an RMC margin of 9.1 dB.
 constexpr uint16_t kFarEndMargin = 82;
 constexpr uint32_t kFarEndAttainable = 500000;
 constexpr int16_t kFarEndPower = -75;
@@ -48,7 +48,7 @@ inline Script asksMeasurements(int device) {
   return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ, {}, 14, answer);
 }
 
-// Text in a field of bytes, zeros behind it.
+// A field of this size with the text, and zeros behind it.
 inline Bytes field(const std::string& text, size_t size) {
   Bytes bytes(text.begin(), text.end());
   bytes.resize(size);
@@ -60,7 +60,7 @@ inline Bytes operator+(Bytes left, const Bytes& right) {
   return left;
 }
 
-// sInventoryDb; the version bytes as they lie in memory.
+// sInventoryDb, with the version bytes in memory order.
 struct LocalInventory {
   Bytes ghsVendor = field("GHSLOCAL", 8);
   Bytes version{106, 4, 9, 1};

@@ -1,4 +1,4 @@
-// Test parameters by subcarrier: which end is asked for which direction on which side, and how values are
+// Test parameters per subcarrier: which end is read for each direction at each side, and how values are
 // encoded.
 #include "unit/sdk/qvrline/tones.h"
 
@@ -8,13 +8,13 @@ namespace {
 
 constexpr double kAceOff = -35.72;
 
-// One of the operations of a kind: upstream or downstream, of the line on one of the sides.
+// A direction of the line, read at one of its sides.
 struct Way {
   const char* name;
   QVR_lineId_t line;
   bool upstream;
 
-  // Whether the far end receives what goes this way.
+  // Whether the far end receives this direction.
   bool receivedFar() const { return upstream == (line == kSubscriberSide); }
 };
 constexpr Way kWays[] = {
@@ -39,12 +39,12 @@ class TestParameters : public ToneTest {
     return std::all_of(hlog_, hlog_ + QVR_MAX_NUMBER_OF_TONES, [](int16_t value) { return value == -7777; });
   }
 
-  // Where the chip transmits (type 1) or receives.
+  // The set on which the chip transmits, or the one on which it receives.
   static Script readsSet(int device, bool sent, const std::vector<Band>& bands) {
     return reads(device, sent ? kSentSet : kReceivedSet, medleySet(bands));
   }
 
-  // The near end's SNR: energy 1 everywhere, the window says how many decibels.
+  // The near end's SNR: the window size over each energy.
   static Script readsNearSnr(int device, uint32_t firstTone, const std::vector<uint32_t>& energies,
                              uint32_t windowSize) {
     return reads(device, 0xE4180000 + 4 * firstTone, window(energies)) + readsScaling(device, windowSize, 0);
@@ -54,8 +54,8 @@ class TestParameters : public ToneTest {
     return readsSet(device, true, bands) + asksFarEndSnr(device, values);
   }
 
-  // Received levels: every coefficient is 2^exponent, and the gain is 0, so level = -6.02 * exponent - 35.72
-  // and what the receive path takes.
+  // Received levels. Every coefficient is 2^exponent and the gain is 0, so the level is -6.02 * exponent -
+  // 35.72 plus the correction of the receive path.
   Script readsLevels(bool far, int device, const Bytes& exponents) {
     Bytes mantissas;
     for (size_t i = 0; i < exponents.size(); i++) {
@@ -109,7 +109,7 @@ class Bits : public TestParameters {
   }
 };
 
-TEST_F(Bits, DownstreamAreSentAtTheNetworkAndReceivedAtTheSubscriber) {
+TEST_F(Bits, ReadTheLoadingOfTheDirection) {
   for (const BitsKind& kind : kBits) {
     for (const Way& way : kWays) {
       SCOPED_TRACE(std::string(kind.name) + ' ' + way.name);
@@ -123,7 +123,7 @@ TEST_F(Bits, DownstreamAreSentAtTheNetworkAndReceivedAtTheSubscriber) {
   }
 }
 
-TEST_F(Bits, EachRequestThatFailsIsAnsweredAndLeavesWhatThereWas) {
+TEST_F(Bits, ReturnTheCodeOfEachFailedRequest) {
   for (const BitsKind& kind : kBits) {
     for (const Way& way : kWays) {
       SCOPED_TRACE(std::string(kind.name) + ' ' + way.name);
@@ -145,10 +145,10 @@ class Snr : public TestParameters {
     return way.upstream ? QVR_getLineStatusSNRpsus(way.line, snr) : QVR_getLineStatusSNRpsds(way.line, snr);
   }
 
-  // Downstream goes by the set the chip transmits on; upstream by the one that carries it.
+  // Downstream uses the set on which the chip transmits, upstream the set that carries upstream.
   static bool bySentSet(const Way& way) { return !way.upstream || way.line == kSubscriberSide; }
 
-  // Four processed subcarriers from 50 on, 20 dB each.
+  // Four processed subcarriers from 50 on, with an SNR of 20 dB each.
   static Script readsSnr(const Way& way, const std::vector<Band>& bands) {
     const Script measured = way.receivedFar()
                                 ? readsFarSnr(way.line, bands, Bytes(bands.back().last + size_t{1}, 104))
@@ -157,7 +157,7 @@ class Snr : public TestParameters {
   }
 };
 
-TEST_F(Snr, IsMeasuredAtTheEndThatReceives) {
+TEST_F(Snr, IsReadFromTheEndThatReceives) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     driver_.expect(readsSnr(way, {{50, 51}, {53, 53}}));
@@ -171,11 +171,11 @@ TEST_F(Snr, IsMeasuredAtTheEndThatReceives) {
 }
 
 TEST_F(Snr, IsRoundedToWholeDecibelsAndEncodedInHalves) {
-  // 10.3 dB are 42.3 above -32.
+  // 10.3 dB is 42.3 dB above -32.
   driver_.expect(findsTones(0, 50, 1) + readsNearSnr(0, 50, {100}, 1072) + readsSet(0, false, {{50, 50}}));
   EXPECT_EQ(QVR_getLineStatusSNRpsus(0, bytes_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytes_[50], 84);
-  // 0.5 and -0.5 dB at the far end: halves go away from zero.
+  // 0.5 and -0.5 dB at the far end: halves are rounded away from zero.
   driver_.expect(findsTones(0, 0, 3) + readsFarSnr(0, {{0, 2}}, {65, 63, 64}) + readsSet(0, true, {{0, 2}}));
   EXPECT_EQ(QVR_getLineStatusSNRpsds(0, bytes_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytes_[0], 66);
@@ -183,8 +183,8 @@ TEST_F(Snr, IsRoundedToWholeDecibelsAndEncodedInHalves) {
   EXPECT_EQ(bytes_[2], 64);
 }
 
-TEST_F(Snr, BeyondTheEncodingIsTheNearestItHolds) {
-  // No noise; 96 dB below the window; as much as the window; 6 dB below.
+TEST_F(Snr, IsLimitedToTheEncoding) {
+  // No noise, an SNR of -96 dB, of 0 dB, and of -6 dB.
   driver_.expect(findsTones(0, 50, 4) + readsNearSnr(0, 50, {0, 0xFFFFFFFF, 1, 4}, 1) +
                  readsSet(0, false, {{50, 53}}));
   EXPECT_EQ(QVR_getLineStatusSNRpsus(0, bytes_), QVR_E_STATUS_OK);
@@ -199,7 +199,7 @@ TEST_F(Snr, BeyondTheEncodingIsTheNearestItHolds) {
   EXPECT_EQ(bytes_[51], 250);  // 93.3 dB
 }
 
-TEST_F(Snr, ThatIsNoNumberIsNoValue) {
+TEST_F(Snr, HasNoValueForNaN) {
   driver_.expect(findsTones(0, 50, 2) + readsNearSnr(0, 50, {0, 1}, 0) + readsSet(0, false, {{50, 51}}));
   EXPECT_EQ(QVR_getLineStatusSNRpsus(0, bytes_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytes_[50], 255);
@@ -210,7 +210,7 @@ TEST_F(Snr, ThatIsNoNumberIsNoValue) {
   EXPECT_EQ(bytes_[1], 254);
 }
 
-TEST_F(Snr, DownstreamCountsFromTheLowestSubcarrierOfTheSetAndUpstreamFromTheFirstProcessed) {
+TEST_F(Snr, StartsAtTheSetDownstreamAndAtTheFirstProcessedToneUpstream) {
   // The table's entries are 0, 10, 20 and 30 dB.
   const std::vector<uint32_t> energies{1000, 100, 10, 1};
   driver_.expect(findsTones(1, 50, 4) + readsNearSnr(1, 50, energies, 1000) + readsSet(1, true, {{51, 53}}));
@@ -221,9 +221,9 @@ TEST_F(Snr, DownstreamCountsFromTheLowestSubcarrierOfTheSetAndUpstreamFromTheFir
   EXPECT_EQ(Bytes(bytes_ + 50, bytes_ + 55), (Bytes{255, 84, 104, 124, 255}));
 }
 
-TEST_F(Snr, WhereNothingWasMeasuredIsNoValue) {
-  // Downstream at the subscriber the set is longer than what is processed; upstream what is processed is
-  // longer than what the far end tells of.
+TEST_F(Snr, HasNoValueWhereNothingWasMeasured) {
+  // At the subscriber side: downstream the set has more subcarriers than are processed, upstream more are
+  // processed than the far end reports.
   driver_.expect(findsTones(1, 50, 2) + readsNearSnr(1, 50, {1, 1}, 100) + readsSet(1, true, {{50, 53}}));
   EXPECT_EQ(QVR_getLineStatusSNRpsds(1, bytes_), QVR_E_STATUS_OK);
   EXPECT_EQ(Bytes(bytes_ + 50, bytes_ + 54), (Bytes{104, 104, 255, 255}));
@@ -232,7 +232,7 @@ TEST_F(Snr, WhereNothingWasMeasuredIsNoValue) {
   EXPECT_EQ(Bytes(bytes_, bytes_ + 4), (Bytes{104, 104, 255, 255}));
 }
 
-TEST_F(Snr, OfAnEmptySetHasNoValues) {
+TEST_F(Snr, HasNoValuesForAnEmptySet) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     const Script measured =
@@ -244,7 +244,7 @@ TEST_F(Snr, OfAnEmptySetHasNoValues) {
   }
 }
 
-TEST_F(Snr, OfSubcarriersPastTheGridHasNoValues) {
+TEST_F(Snr, HasNoValuesBeyondTheGrid) {
   driver_.expect(findsTones(0, 2046, 0xFFFFFFFF) + readsNearSnr(0, 2046, {1, 1}, 100) +
                  readsSet(0, false, {{0, 2047}}) + findsTones(0, 5000, 5) + readsScaling(0, 1, 0) +
                  readsSet(0, false, {{0, 2047}}));
@@ -254,13 +254,13 @@ TEST_F(Snr, OfSubcarriersPastTheGridHasNoValues) {
   EXPECT_EQ(Bytes(bytes_ + 2044, bytes_ + 2048), (Bytes{255, 255, 255, 255}));
 }
 
-TEST_F(Snr, OfAFarEndThatRefusesIsAnsweredSo) {
+TEST_F(Snr, ReturnsTheRefusalOfTheFarEnd) {
   driver_.expect(findsTones(0, 50, 4) + readsSet(0, true, {{50, 53}}) + asksSnrBlock(0, 0, 53, {0xFF}));
   EXPECT_EQ(QVR_getLineStatusSNRpsds(0, bytes_), QVR_E_FAREND_EOC_NACK);
   EXPECT_TRUE(bytesUntouched());
 }
 
-TEST_F(Snr, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(Snr, ReturnsTheCodeOfEachFailedRequest) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     expectEachFailureAnswered(
@@ -284,10 +284,10 @@ class Noise : public TestParameters {
                         : QVR_getLineStatusALNpsds(way.line, noise);
   }
 
-  // Both directions go by the set of the direction that is not the chip's side.
+  // Both directions use the set that carries downstream.
   static bool bySentSet(const Way& way) { return way.line == kNetworkSide; }
 
-  // Four processed subcarriers from 50 on, of 20 dB SNR.
+  // Four processed subcarriers from 50 on, with an SNR of 20 dB each.
   Script readsNoise(const Way& way, const std::vector<Band>& bands, const Bytes& exponents) {
     Script script = findsTones(way.line, 50, 4) + readsLevels(way.receivedFar(), way.line, exponents);
     script =
@@ -297,12 +297,12 @@ class Noise : public TestParameters {
   }
 };
 
-TEST_F(Noise, IsWhatTheSnrLeavesOfTheLevelAtTheEndThatReceives) {
+TEST_F(Noise, IsTheReceivedLevelMinusTheSnr) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     driver_.expect(readsNoise(way, {{50, 51}, {53, 53}}, {5, 10, 11, 8}));
     EXPECT_EQ(get(way, bytes_), QVR_E_STATUS_OK);
-    // Levels of -65.6, -95.7 and -83.6 dBm/Hz, and so noise of -85.6, -115.7 and -103.6.
+    // Levels of -65.6, -95.7 and -83.6 dBm/Hz, so noise of -85.6, -115.7 and -103.6 dBm/Hz.
     for (uint32_t tone = 0; tone < QVR_MAX_NUMBER_OF_TONES; tone++) {
       const int expected = tone == 50 ? 106 : tone == 51 ? 166 : tone == 53 ? 142 : 255;
       ASSERT_EQ(bytes_[tone], expected) << tone;
@@ -312,8 +312,8 @@ TEST_F(Noise, IsWhatTheSnrLeavesOfTheLevelAtTheEndThatReceives) {
   }
 }
 
-TEST_F(Noise, BeyondTheEncodingIsTheNearestItHolds) {
-  // -20 and -176.2 dBm/Hz, and without noise at all.
+TEST_F(Noise, IsLimitedToTheEncoding) {
+  // Noise of -20 and -176.2 dBm/Hz, and no noise at all.
   driver_.expect(findsTones(0, 50, 3) + readsLevels(false, 0, {0xF8, 18, 0}) +
                  readsNearSnr(0, 50, {1, 1, 0}, 1000) + readsSet(0, true, {{50, 52}}));
   EXPECT_EQ(QVR_getLineStatusALNpsus(0, bytes_), QVR_E_STATUS_OK);
@@ -322,15 +322,15 @@ TEST_F(Noise, BeyondTheEncodingIsTheNearestItHolds) {
   EXPECT_EQ(bytes_[52], 254);
 }
 
-TEST_F(Noise, ThatIsNoNumberIsNoValue) {
+TEST_F(Noise, HasNoValueForNaN) {
   driver_.expect(findsTones(0, 50, 2) + readsLevels(false, 0, {5, 5}) + readsNearSnr(0, 50, {0, 1}, 0) +
                  readsSet(0, true, {{50, 51}}));
   EXPECT_EQ(QVR_getLineStatusALNpsus(0, bytes_), QVR_E_STATUS_OK);
   EXPECT_EQ(bytes_[50], 255);
-  EXPECT_EQ(bytes_[51], 0);  // nothing but noise
+  EXPECT_EQ(bytes_[51], 0);  // no signal, only noise
 }
 
-TEST_F(Noise, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(Noise, ReturnsTheCodeOfEachFailedRequest) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     expectEachFailureAnswered(
@@ -354,10 +354,10 @@ class Hlog : public TestParameters {
                         : QVR_getLineStatusHLOGpsds(way.line, hlog);
   }
 
-  // By the set that carries upstream.
+  // Both directions use the set that carries upstream.
   static bool bySentSet(const Way& way) { return way.line == kSubscriberSide; }
 
-  // Four processed subcarriers from 50 on, sent at -70.2 dBm/Hz, of which the line driver makes -66.
+  // Four processed subcarriers from 50 on, sent at -70.2 dBm/Hz; the line driver raises that to -66.
   Script readsHlog(const Way& way, const std::vector<Band>& bands, const Bytes& exponents) {
     Script script =
         findsTones(way.line, 50, 4) + readsSent(!way.receivedFar(), way.line, {-7020, -7020, -7020, -7020});
@@ -366,7 +366,7 @@ class Hlog : public TestParameters {
   }
 };
 
-TEST_F(Hlog, IsWhatIsReceivedOfWhatIsSentAtTheOtherEnd) {
+TEST_F(Hlog, IsTheReceivedLevelMinusTheSentLevel) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     driver_.expect(readsHlog(way, {{50, 51}, {53, 53}}, {6, 10, 11, 8}));
@@ -381,7 +381,7 @@ TEST_F(Hlog, IsWhatIsReceivedOfWhatIsSentAtTheOtherEnd) {
   }
 }
 
-TEST_F(Hlog, OfGivenLevelsNeedsTheSetOnly) {
+TEST_F(Hlog, ReadsOnlyTheSetForGivenLevels) {
   driver_.expect(reads(1, 0xE2400000, framing(50, 3)));
   QVR_linePhyParams_t params{};
   ASSERT_EQ(QVR_getLinePhyParams(1, &params), QVR_E_STATUS_OK);
@@ -399,7 +399,7 @@ TEST_F(Hlog, OfGivenLevelsNeedsTheSetOnly) {
   EXPECT_EQ(hlog_[50], 60);
 }
 
-TEST_F(Hlog, BeyondTheEncodingIsTheNearestItHoldsAndNeverTheOneThatSaysNoValue) {
+TEST_F(Hlog, IsLimitedToTheEncodingAndNeverTheNoValueCode) {
   driver_.expect(reads(0, 0xE2400000, framing(0, 2048)));
   QVR_linePhyParams_t params{};
   ASSERT_EQ(QVR_getLinePhyParams(0, &params), QVR_E_STATUS_OK);
@@ -414,7 +414,8 @@ TEST_F(Hlog, BeyondTheEncodingIsTheNearestItHoldsAndNeverTheOneThatSaysNoValue) 
   received[6] = 6.6;
   received[7] = std::numeric_limits<double>::quiet_NaN();
   for (size_t i = 8; i < received.size(); i++) {
-    received[i] = -96 - (static_cast<double>(i) + 0.5) / 1000;  // about where 1023 would stand
+    received[i] =
+        -96 - (static_cast<double>(i) + 0.5) / 1000;  // around the value that would be encoded as 1023
   }
   driver_.expect(readsSet(0, false, {{0, 2047}}));
   EXPECT_EQ(QVR_getLineStatusHLOGps(0, sent.data(), received.data(), hlog_), QVR_E_STATUS_OK);
@@ -425,7 +426,7 @@ TEST_F(Hlog, BeyondTheEncodingIsTheNearestItHoldsAndNeverTheOneThatSaysNoValue) 
   }
 }
 
-TEST_F(Hlog, WhereNothingIsSentIsNoValue) {
+TEST_F(Hlog, HasNoValueWhereNothingIsSent) {
   driver_.expect(findsTones(0, 50, 2) + readsSent(true, 0, {0x8000, -7020}) + readsLevels(false, 0, {6, 6}) +
                  readsSet(0, false, {{50, 51}}));
   EXPECT_EQ(QVR_getLineStatusHLOGpsus(0, hlog_), QVR_E_STATUS_OK);
@@ -433,7 +434,7 @@ TEST_F(Hlog, WhereNothingIsSentIsNoValue) {
   EXPECT_EQ(hlog_[51], 120);
 }
 
-TEST_F(Hlog, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(Hlog, ReturnsTheCodeOfEachFailedRequest) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     expectEachFailureAnswered(
@@ -452,7 +453,7 @@ auto logsError(const std::string& text) {
   return testing::MatchesRegex("\\[LOG_ERR\\] [A-Za-z_]+:[0-9]+ " + text);
 }
 
-TEST_F(Hlog, SaysWhichSignalCouldNotBeRead) {
+TEST_F(Hlog, LogsWhichSignalCouldNotBeRead) {
   const TraceLog log;
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
   EXPECT_EQ(QVR_getLineStatusHLOGpsds(0, hlog_), QVR_E_ERROR);
@@ -486,7 +487,7 @@ class Attenuation : public Hlog {
   G9972_SATN_t attenuation_ = -7777;
 };
 
-TEST_F(Attenuation, IsThePowerSentOverThePowerReceivedByTheFarEndsAmplitudes) {
+TEST_F(Attenuation, IsTheRatioOfSentToReceivedPower) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     // Losses of 6, 30 and 18 dB: (1 + 4 + 1/4) / (10^-0.6 + 4 * 10^-3 + 1/4 * 10^-1.8) = 20.26
@@ -497,20 +498,20 @@ TEST_F(Attenuation, IsThePowerSentOverThePowerReceivedByTheFarEndsAmplitudes) {
   }
 }
 
-TEST_F(Attenuation, OfOneLossIsThatLoss) {
+TEST_F(Attenuation, EqualsTheLossThatAllSubcarriersShare) {
   driver_.expect(readsAttenuation(kWays[0], {100, 200, 300, 400}, {{50, 53}}, {10, 10, 10, 10}));
   EXPECT_EQ(QVR_getSignalAttenuationds(0, &attenuation_), QVR_E_STATUS_OK);
   EXPECT_EQ(attenuation_, 300);
 }
 
-TEST_F(Attenuation, CountsNeitherSubcarriersWithoutHlogNorThoseNotSent) {
+TEST_F(Attenuation, IgnoresSubcarriersWithoutHlogOrAmplitude) {
   driver_.expect(
       readsAttenuation(kWays[0], {16384, 16384, 0, 16384}, {{50, 50}, {52, 53}}, {10, 0xF0, 0xF0, 10}));
   EXPECT_EQ(QVR_getSignalAttenuationds(0, &attenuation_), QVR_E_STATUS_OK);
   EXPECT_EQ(attenuation_, 300);
 }
 
-TEST_F(Attenuation, WithoutAnySubcarrierIsNotAvailable) {
+TEST_F(Attenuation, IsNotAvailableWithoutSubcarriers) {
   driver_.expect(readsAttenuation(kWays[0], {0, 0, 0, 0}, {{50, 53}}, {6, 6, 6, 6}));
   EXPECT_EQ(QVR_getSignalAttenuationds(0, &attenuation_), QVR_E_DATA_NOT_AVAILABLE);
   driver_.expect(readsAttenuation(kWays[0], {1, 1, 1, 1}, {}, {6, 6, 6, 6}));
@@ -518,8 +519,8 @@ TEST_F(Attenuation, WithoutAnySubcarrierIsNotAvailable) {
   EXPECT_EQ(attenuation_, -7777);
 }
 
-TEST_F(Attenuation, OfTheGreatestLossAndGainAChipCanTellStaysWithinItsEncoding) {
-  // Coefficients of 2^127 mean a loss of 734 dB, those of 2^-16 a gain of 127.
+TEST_F(Attenuation, FitsTheEncodingForTheGreatestLossAndGain) {
+  // Coefficients of 2^127 are a loss of 734 dB, those of 2^-16 a gain of 127 dB.
   driver_.expect(readsAttenuation(kWays[1], {1, 1, 1, 1}, {{50, 53}}, {127, 127, 127, 127}));
   EXPECT_EQ(QVR_getSignalAttenuationus(0, &attenuation_), QVR_E_STATUS_OK);
   EXPECT_EQ(attenuation_, 10 * -std::round(levelOf(127, 50) + 70.2 - 4.2 - 6) - 60);
@@ -528,7 +529,7 @@ TEST_F(Attenuation, OfTheGreatestLossAndGainAChipCanTellStaysWithinItsEncoding) 
   EXPECT_EQ(attenuation_, 10 * -std::round(levelOf(-16, 50) + 70.2 - 4.2 - 6) - 60);
 }
 
-TEST_F(Attenuation, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(Attenuation, ReturnsTheCodeOfEachFailedRequest) {
   for (const Way& way : kWays) {
     SCOPED_TRACE(way.name);
     expectEachFailureAnswered(
@@ -543,7 +544,7 @@ TEST_F(Attenuation, EachRequestThatFailsIsAnsweredAndFillsNothing) {
   }
 }
 
-TEST_F(Attenuation, SaysWhatCouldNotBeRead) {
+TEST_F(Attenuation, LogsWhatCouldNotBeRead) {
   const TraceLog log;
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
   EXPECT_EQ(QVR_getSignalAttenuationds(0, &attenuation_), QVR_E_ERROR);
@@ -559,7 +560,7 @@ TEST_F(Attenuation, SaysWhatCouldNotBeRead) {
 
 // ---- Every getter ----
 
-TEST_F(TestParameters, OfALineThatIsDownOrOfNoLine) {
+TEST_F(TestParameters, RefuseLinesThatAreDownAndInvalidLines) {
   using Getter = QVR_retval_t (*)(QVR_lineId_t line, uint8_t * values);
   for (const Getter get : {QVR_getLineStatusBITSpsds, QVR_getLineStatusBITSpsus, QVR_getLineStatusBITSRMCpsds,
                            QVR_getLineStatusBITSRMCpsus, QVR_getLineStatusSNRpsds, QVR_getLineStatusSNRpsus,

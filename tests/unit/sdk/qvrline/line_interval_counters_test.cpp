@@ -133,6 +133,21 @@ TEST_F(QuarterHour, ALookThatEndsLateDoesNotReplaceTheClosingRead) {
   EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 0U) << "the next quarter hour has started";
 }
 
+TEST_F(QuarterHour, StartsOnceAtTheClosingRead) {
+  G9972_PM_COUNTERS_S block{};
+  startQuarterHour(0);
+  EXPECT_EQ(countersOf(0).prev15minSnapshot.ne.LOS, 5U) << "no quarter hour has ended yet";
+  block.ne.LOS = 10;
+  storeClosingCounters(0, block);
+  startQuarterHour(0);
+  EXPECT_EQ(countersOf(0).prev15minSnapshot.ne.LOS, 10U);
+  block.ne.LOS = 12;
+  storeLatestCounters(0, block);
+  startQuarterHour(0);
+  EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 12U);
+  EXPECT_EQ(countersOf(0).prev15minSnapshot.ne.LOS, 10U);
+}
+
 TEST_F(QuarterHour, UnavailableSecondsMoveOnlyFromWhereTheyWereFound) {
   QVR_intervalCounterDB_t counters{};
   counters.prev15minSnapshot.ne.UAS = 100;

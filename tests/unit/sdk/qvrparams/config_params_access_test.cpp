@@ -1,5 +1,4 @@
-// Reading and writing parameters: which requests, in which order, with which bytes, and what becomes of them
-// when one fails.
+// Reading and writing parameters: the requests, their order and bytes, and what happens when one fails.
 #include "chip/boot_register.h"
 #include "unit/sdk/qvrparams/dictionaries.h"
 
@@ -15,9 +14,9 @@ constexpr uint32_t kRestartBit = 0x10000;
 
 enum : uint32_t { kNumber4, kNumber2, kSixBytes, kThreeBytes, kOfLine, kOfLineInSystemState, kOddOfLine };
 
-class Access : public Parameters {
+class ParameterAccess : public Parameters {
  protected:
-  Access() {
+  ParameterAccess() {
     load(64, {{kNumber4, 4, 0},
               {kNumber2, 2, 4},
               {kSixBytes, 6, 6},
@@ -27,7 +26,7 @@ class Access : public Parameters {
               {kOddOfLine, 1, 31, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE}});
   }
 
-  // A parameter of four bytes, read.
+  // Reads a parameter of four bytes.
   uint32_t get(QVR_lineId_t line, uint32_t parameter) {
     uint32_t value = 0;
     EXPECT_EQ(QVR_getConfigParam(line, id(parameter), &value), QVR_E_STATUS_OK);
@@ -38,7 +37,7 @@ class Access : public Parameters {
     return QVR_setConfigParam(line, id(parameter), &value);
   }
 
-  // What the library last knew of a parameter: what a failed reading answers.
+  // The value of a parameter that the library has stored. It is returned when the read fails.
   uint32_t lastKnown(uint32_t parameter, uint32_t offset) {
     uint32_t value = 0;
     driver_.expect(readsWord(0, kArea + offset, 0).fails(EIO) + readsWord(0, kArea + offset, 0).fails(EIO));
@@ -56,13 +55,13 @@ Script setsRestartBit(uint32_t sbr) {
 
 // ---- Reading ----
 
-TEST_F(Access, AParameterIsReadFromTheDeviceOfTheLine) {
+TEST_F(ParameterAccess, ReadsFromTheDeviceOfTheLine) {
   driver_.expect(reads(0, kArea, {0x78, 0x56, 0x34, 0x12}) + reads(1, kArea, {0x44, 0x33, 0x22, 0x11}));
   EXPECT_EQ(get(0, kNumber4), 0x12345678U);
   EXPECT_EQ(get(1, kNumber4), 0x11223344U);
 }
 
-TEST_F(Access, AParameterOfTwoBytesIsA16BitNumber) {
+TEST_F(ParameterAccess, ReadsTwoBytesAsA16BitNumber) {
   uint16_t value[2] = {0, 0xAAAA};
   driver_.expect(reads(0, kArea + 4, {0x34, 0x12}));
   EXPECT_EQ(QVR_getConfigParam(0, id(kNumber2), value), QVR_E_STATUS_OK);
@@ -70,7 +69,7 @@ TEST_F(Access, AParameterOfTwoBytesIsA16BitNumber) {
   EXPECT_EQ(value[1], 0xAAAA);
 }
 
-TEST_F(Access, AParameterOfSixBytesIsReadAndWrittenAsItIs) {
+TEST_F(ParameterAccess, CopiesSixBytesUnchanged) {
   const Bytes bytes{1, 2, 3, 4, 5, 6};
   Bytes value(7, 0xAA);
   driver_.expect(reads(0, kArea + 6, bytes));
@@ -83,31 +82,31 @@ TEST_F(Access, AParameterOfSixBytesIsReadAndWrittenAsItIs) {
   EXPECT_EQ(QVR_setConfigParam(0, id(kSixBytes), changed.data()), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AParameterOfAnOddLengthIsReadWithItsNeighbourAndAnsweredWithout) {
+TEST_F(ParameterAccess, ReadsAnOddLengthWithTheNextByteAndDropsIt) {
   Bytes value(4, 0xAA);
   driver_.expect(reads(0, kArea + 12, {1, 2, 3, 0x77}));
   EXPECT_EQ(QVR_getConfigParam(0, id(kThreeBytes), value.data()), QVR_E_STATUS_OK);
   EXPECT_THAT(value, ElementsAre(1, 2, 3, 0xAA));
 }
 
-TEST_F(Access, AFailedReadingIsTriedOnceMore) {
+TEST_F(ParameterAccess, RetriesAFailedReadOnce) {
   driver_.expect(readsWord(0, kArea, 0).fails(EIO) + readsWord(0, kArea, 99));
   EXPECT_EQ(get(0, kNumber4), 99U);
 }
 
-TEST_F(Access, AfterTwoFailedReadingsTheLastKnownValueIsAnswered) {
+TEST_F(ParameterAccess, ReturnsTheLastKnownValueAfterTwoFailedReads) {
   driver_.expect(readsWord(0, kArea, 55));
   EXPECT_EQ(get(0, kNumber4), 55U);
   EXPECT_EQ(lastKnown(kNumber4, 0), 55U);
 }
 
-TEST_F(Access, AParameterPerLineIsReadFromTheCommonAreaEvenAfterItsOwnWasWritten) {
+TEST_F(ParameterAccess, ReadsALineParameterFromTheCommonArea) {
   driver_.expect(writesWord(1, kOwnArea + 20, 5) + readsWord(1, kArea + 20, 3));
   EXPECT_EQ(set(1, kOfLine, 5), QVR_E_STATUS_OK);
   EXPECT_EQ(get(1, kOfLine), 3U);
 }
 
-TEST_F(Access, AParameterThatTheDictionaryLacksIsRefusedWithAWarning) {
+TEST_F(ParameterAccess, RefusesAParameterThatIsNotInTheDictionary) {
   uint32_t value = 7;
   EXPECT_EQ(QVR_getConfigParam(1, id(125), &value), QVR_E_UNSUPPORTED_PARAMETER);
   EXPECT_EQ(QVR_setConfigParam(1, id(125), &value), QVR_E_UNSUPPORTED_PARAMETER);
@@ -117,7 +116,7 @@ TEST_F(Access, AParameterThatTheDictionaryLacksIsRefusedWithAWarning) {
                           warns("QVR_setConfigParam", "Parameter with ID=125 not found in dictionary\n")));
 }
 
-TEST_F(Access, ALineThatDoesNotExistIsAnAssertion) {
+TEST_F(ParameterAccess, AssertsThatTheLineIsValid) {
   uint32_t value = 0;
   for (const QVR_lineId_t line : {-1, 2}) {
     EXPECT_ASSERTION(QVR_getConfigParam(line, id(0), &value),
@@ -129,7 +128,7 @@ TEST_F(Access, ALineThatDoesNotExistIsAnAssertion) {
 
 // ---- Writing ----
 
-TEST_F(Access, ASystemParameterIsWrittenToBothDevicesAndAsksForARestart) {
+TEST_F(ParameterAccess, WritesASystemParameterToBothDevicesAndRequestsARestart) {
   const Bytes written{0x78, 0x56, 0x34, 0x12};
   driver_.expect(writes(0, kArea, written) + writes(1, kArea, written) + setsRestartBit(0x01800000) +
                  readsWord(0, SBR_REG_ADDRESS, 0x01810000));
@@ -137,7 +136,7 @@ TEST_F(Access, ASystemParameterIsWrittenToBothDevicesAndAsksForARestart) {
   EXPECT_EQ(QVR_systemRestartRequired(), TRUE);
 }
 
-TEST_F(Access, ASystemParameterThatStaysAsItIsIsNotWritten) {
+TEST_F(ParameterAccess, DoesNotWriteAnUnchangedSystemParameter) {
   driver_.expect(readsWord(0, kArea, 5));
   EXPECT_EQ(get(0, kNumber4), 5U);
   driver_.verify();
@@ -146,36 +145,36 @@ TEST_F(Access, ASystemParameterThatStaysAsItIsIsNotWritten) {
   EXPECT_EQ(QVR_systemRestartRequired(), FALSE);
 }
 
-TEST_F(Access, AWrittenParameterIsTheLastKnownOne) {
+TEST_F(ParameterAccess, RemembersAWrittenParameter) {
   driver_.expect(writesWord(0, kArea, 5) + writesWord(1, kArea, 5) + setsRestartBit(0));
   EXPECT_EQ(set(0, kNumber4, 5), QVR_E_STATUS_OK);
   EXPECT_EQ(set(0, kNumber4, 5), QVR_E_STATUS_OK);
   EXPECT_EQ(set(1, kNumber4, 5), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AParameterOfTwoBytesIsWrittenAsTwo) {
+TEST_F(ParameterAccess, WritesTwoBytesForA16BitNumber) {
   const uint16_t value = 0x1234;
   driver_.expect(writes(0, kArea + 4, {0x34, 0x12}) + writes(1, kArea + 4, {0x34, 0x12}) + setsRestartBit(0));
   EXPECT_EQ(QVR_setConfigParam(0, id(kNumber2), &value), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AParameterPerLineInLineStateIsWrittenToTheOwnAreaOfTheLine) {
+TEST_F(ParameterAccess, WritesALineParameterToTheLinesOwnArea) {
   driver_.expect(writesWord(1, kOwnArea + 20, 5));
   EXPECT_EQ(set(1, kOfLine, 5), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, TheIndexOfTheLineOnItsDeviceChoosesItsOwnArea) {
+TEST_F(ParameterAccess, ChoosesTheOwnAreaByTheLinesIndexOnItsDevice) {
   addLine(1, 1, 3, FALSE);
   driver_.expect(writesWord(1, 0xEC300000 + 20, 5));
   EXPECT_EQ(set(1, kOfLine, 5), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AParameterPerLineInSystemStateIsASystemParameter) {
+TEST_F(ParameterAccess, WritesALineParameterInSystemStateAsASystemParameter) {
   driver_.expect(writesWord(0, kArea + 24, 5) + writesWord(1, kArea + 24, 5) + setsRestartBit(0));
   EXPECT_EQ(set(1, kOfLineInSystemState, 5), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, TheNeighbourOfAnOddLengthKeepsWhatItIsOnEachDevice) {
+TEST_F(ParameterAccess, KeepsTheByteBehindAnOddLengthOnEachDevice) {
   const Bytes value{1, 2, 3};
   driver_.expect(reads(0, kArea + 14, {0, 0x77}) + writes(0, kArea + 12, {1, 2, 3, 0x77}) +
                  reads(1, kArea + 14, {0, 0x88}) + writes(1, kArea + 12, {1, 2, 3, 0x88}) +
@@ -183,34 +182,34 @@ TEST_F(Access, TheNeighbourOfAnOddLengthKeepsWhatItIsOnEachDevice) {
   EXPECT_EQ(QVR_setConfigParam(0, id(kThreeBytes), value.data()), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, WhereTheNeighbourCannotBeReadNothingIsWritten) {
+TEST_F(ParameterAccess, SkipsADeviceWhoseNextByteCannotBeRead) {
   const Bytes value{1, 2, 3};
   driver_.expect(reads(0, kArea + 14, {0, 0}).fails(EIO) + reads(1, kArea + 14, {0, 0x88}) +
                  writes(1, kArea + 12, {1, 2, 3, 0x88}) + setsRestartBit(0));
   EXPECT_EQ(QVR_setConfigParam(0, id(kThreeBytes), value.data()), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AnOddParameterPerLineKeepsItsNeighbourInBothPlaces) {
+TEST_F(ParameterAccess, KeepsTheByteBehindAnOddLineParameterInBothAreas) {
   const uint8_t value = 9;
   driver_.expect(reads(1, kOwnArea + 31, {0, 0x55}) + writes(1, kOwnArea + 31, {9, 0x55}).fails(EIO) +
                  reads(1, kArea + 31, {0, 0x66}) + writes(1, kArea + 31, {9, 0x66}));
   EXPECT_EQ(QVR_setConfigParam(1, id(kOddOfLine), &value), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AnOddParameterPerLineThatCannotBeReadIsNotWritten) {
+TEST_F(ParameterAccess, DoesNotWriteAnOddLineParameterWhoseNextByteCannotBeRead) {
   const uint8_t value = 9;
   driver_.expect(reads(1, kOwnArea + 31, {0, 0}).fails(EIO) + reads(1, kArea + 31, {0, 0}).fails(EIO));
   EXPECT_EQ(QVR_setConfigParam(1, id(kOddOfLine), &value), QVR_E_MEMREAD_ERROR);
 }
 
-// ---- Writing that fails ----
+// ---- Failed writes ----
 
-TEST_F(Access, AFailedWritingOfALineGoesToTheCommonArea) {
+TEST_F(ParameterAccess, WritesToTheCommonAreaWhenTheOwnAreaFails) {
   driver_.expect(writesWord(1, kOwnArea + 20, 5).fails(EIO) + writesWord(1, kArea + 20, 5));
   EXPECT_EQ(set(1, kOfLine, 5), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AWritingOfALineThatFailsTwiceIsAFailureAndYetTheLastKnown) {
+TEST_F(ParameterAccess, FailsAfterTwoFailedWritesButRemembersTheValue) {
   driver_.expect(writesWord(0, kOwnArea + 20, 5).fails(EIO) + writesWord(0, kArea + 20, 5).fails(EIO));
   EXPECT_EQ(set(0, kOfLine, 5), QVR_E_MEMWRITE_ERROR);
   driver_.verify();
@@ -218,7 +217,7 @@ TEST_F(Access, AWritingOfALineThatFailsTwiceIsAFailureAndYetTheLastKnown) {
   EXPECT_EQ(set(0, kOfLine, 5), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, WhetherTheDevicesTookASystemParameterDoesNotMatter) {
+TEST_F(ParameterAccess, IgnoresFailedWritesOfASystemParameter) {
   driver_.expect(writesWord(0, kArea, 5).fails(EIO) + writesWord(1, kArea, 5) + setsRestartBit(0));
   EXPECT_EQ(set(0, kNumber4, 5), QVR_E_STATUS_OK);
   driver_.expect(writesWord(0, kArea, 6) + writesWord(1, kArea, 6).fails(EIO) + setsRestartBit(0));
@@ -227,7 +226,7 @@ TEST_F(Access, WhetherTheDevicesTookASystemParameterDoesNotMatter) {
   EXPECT_EQ(set(0, kNumber4, 7), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, WithoutRestartBitTheValueIsWrittenToTheDeviceOfTheLineOnceMore) {
+TEST_F(ParameterAccess, WritesAgainToTheLinesDeviceWhenTheRestartBitFails) {
   const Script both = writesWord(0, kArea, 5) + writesWord(1, kArea, 5);
   driver_.expect(both + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + writesWord(1, kArea, 5));
   EXPECT_EQ(set(1, kNumber4, 5), QVR_E_STATUS_OK);
@@ -238,7 +237,7 @@ TEST_F(Access, WithoutRestartBitTheValueIsWrittenToTheDeviceOfTheLineOnceMore) {
   EXPECT_EQ(set(0, kNumber4, 6), QVR_E_MEMWRITE_ERROR);
 }
 
-TEST_F(Access, AnAbsentDevice1DoesNotKeepASystemParameterFromDevice0) {
+TEST_F(ParameterAccess, WritesASystemParameterToDevice0WhenDevice1IsAbsent) {
   driver_.expect(closes(0) + closes(1) + rediscovers() + opens(0) + readsIdentity(0, {}) +
                  opens(1).fails(ENOENT));
   QVR_rediscoverDevices();
@@ -262,7 +261,7 @@ Bytes countingBytes(size_t size) {
   return bytes;
 }
 
-TEST_F(Access, TheWholeAreaOfDevice0IsLoadedWhateverTheLine) {
+TEST_F(ParameterAccess, LoadsTheAreaOfDevice0ForAnyLine) {
   driver_.expect(reads(0, kArea, countingBytes(64)));
   EXPECT_EQ(QVR_loadConfigParams(77), QVR_E_STATUS_OK);
   driver_.verify();
@@ -270,7 +269,7 @@ TEST_F(Access, TheWholeAreaOfDevice0IsLoadedWhateverTheLine) {
   EXPECT_EQ(set(1, kOfLine, 0x17161514), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, TheWholeAreaIsWrittenBackAsItWasLoadedAndChanged) {
+TEST_F(ParameterAccess, SavesTheAreaWithItsChanges) {
   driver_.expect(reads(0, kArea, countingBytes(64)) + writesWord(1, kOwnArea + 20, 0xAABBCCDD));
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_STATUS_OK);
   EXPECT_EQ(set(1, kOfLine, 0xAABBCCDD), QVR_E_STATUS_OK);
@@ -281,7 +280,7 @@ TEST_F(Access, TheWholeAreaIsWrittenBackAsItWasLoadedAndChanged) {
   EXPECT_EQ(QVR_saveConfigParams(77), QVR_E_STATUS_OK);
 }
 
-TEST_F(Access, AnAreaThatCannotBeTransferredIsAFailure) {
+TEST_F(ParameterAccess, FailsWhenTheAreaCannotBeReadOrWritten) {
   driver_.expect(reads(0, kArea, countingBytes(64)) + reads(0, kArea, Bytes(64)).fails(EIO));
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_MEMREAD_ERROR);
@@ -291,7 +290,7 @@ TEST_F(Access, AnAreaThatCannotBeTransferredIsAFailure) {
   EXPECT_EQ(QVR_saveConfigParams(0), QVR_E_MEMWRITE_ERROR);
 }
 
-TEST_F(Parameters, AnAreaOfAnOddSizeIsReadWithItsNeighbourAndWrittenWithoutChangingIt) {
+TEST_F(Parameters, KeepTheByteBehindAnAreaOfAnOddSize) {
   load(5, {{0, 4, 0}});
   driver_.expect(reads(0, kArea, {1, 2, 3, 4, 5, 0x66}));
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_STATUS_OK);
@@ -301,7 +300,7 @@ TEST_F(Parameters, AnAreaOfAnOddSizeIsReadWithItsNeighbourAndWrittenWithoutChang
   EXPECT_EQ(QVR_saveConfigParams(0), QVR_E_MEMREAD_ERROR);
 }
 
-TEST_F(Parameters, AnAreaLargerThanOneRequestIsTransferredInPieces) {
+TEST_F(Parameters, AreTransferredInPiecesWhenTheAreaIsLarge) {
   load(902, {{0, 4, 896}, {1, 2, 900}});
   const Bytes area = countingBytes(902);
   driver_.expect(readsInPieces(0, kArea, area));
@@ -314,7 +313,7 @@ TEST_F(Parameters, AnAreaLargerThanOneRequestIsTransferredInPieces) {
   EXPECT_EQ(QVR_saveConfigParams(0), QVR_E_STATUS_OK);
 }
 
-TEST_F(Parameters, OfAnAreaReadInPartThatPartIsKnown) {
+TEST_F(Parameters, KeepThePartOfTheAreaThatWasRead) {
   load(902, {{0, 4, 896}, {1, 2, 900}});
   driver_.expect(readsInPieces(0, kArea, countingBytes(902)).fails(EIO));
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_MEMREAD_ERROR);
@@ -326,7 +325,7 @@ TEST_F(Parameters, OfAnAreaReadInPartThatPartIsKnown) {
 
 // ---- Restart, reboot ----
 
-TEST_F(Access, WhetherARestartIsRequiredDevice0Says) {
+TEST_F(ParameterAccess, ReadsTheRestartBitOfDevice0) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, ~kRestartBit) + readsWord(0, SBR_REG_ADDRESS, kRestartBit) +
                  readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO));
   EXPECT_EQ(QVR_systemRestartRequired(), FALSE);
@@ -334,7 +333,7 @@ TEST_F(Access, WhetherARestartIsRequiredDevice0Says) {
   EXPECT_EQ(QVR_systemRestartRequired(), TRUE);
 }
 
-TEST(RestartRequired, NeedsNoDictionaryAndIsTrueOfADeviceThatIsAbsent) {
+TEST(RestartRequired, NeedsNoDictionaryAndIsTrueWithoutDevice0) {
   ExpectedRequests driver(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0));
   EXPECT_EQ(QVR_systemRestartRequired(), FALSE);
   driver.expect(closes(0) + rediscovers() + opens(0).fails(ENOENT) + opens(1).fails(ENOENT));
@@ -343,7 +342,7 @@ TEST(RestartRequired, NeedsNoDictionaryAndIsTrueOfADeviceThatIsAbsent) {
   EXPECT_EQ(QVR_systemRestartRequired(), TRUE);
 }
 
-TEST_F(Access, ADictionaryThatChangesWithARebootIsUsedAsItWasFirst) {
+TEST_F(ParameterAccess, KeepsTheDictionaryAfterARediscovery) {
   driver_.expect(closes(0) + closes(1) + rediscovers() + opens(0) + readsIdentity(0, {}) + opens(1) +
                  readsIdentity(1, {}));
   QVR_rediscoverDevices();

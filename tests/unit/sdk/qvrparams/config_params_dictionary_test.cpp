@@ -1,4 +1,4 @@
-// The dictionary of the parameters: what is made of what a chip tells, and of what it should not tell.
+// The dictionary of the parameters, from valid and from invalid data of a chip.
 #include "qvrparams/dictionary.h"
 #include "unit/sdk/qvrparams/dictionaries.h"
 
@@ -20,7 +20,7 @@ BOOL listAll(uint32_t index, const QVR_paramInfo_t* entry) {
   return TRUE;
 }
 
-// The parameters that the dictionary has.
+// The ids of the parameters in the dictionary.
 std::vector<uint32_t> ids() {
   listed().clear();
   EXPECT_EQ(QVR_listDictionary(listAll), QVR_E_STATUS_OK);
@@ -36,7 +36,7 @@ class Dictionary : public Parameters {
   TraceLog log_;
 };
 
-TEST_F(Dictionary, DescribesAParameterFieldByField) {
+TEST_F(Dictionary, FillsAllFieldsOfAnEntry) {
   load(64, {{0, 4, 0}, {1, 2, 60, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE}});
   const QVR_paramInfo_t* entry = QVR_getParamDictionaryEntry(id(1));
   ASSERT_NE(entry, nullptr);
@@ -53,7 +53,7 @@ TEST_F(Dictionary, DescribesAParameterFieldByField) {
   EXPECT_THAT(log_.lines(), IsEmpty());
 }
 
-TEST_F(Dictionary, KindAndStateOfAnEntryAreBitsOfTheirOwn) {
+TEST_F(Dictionary, ReadsTypeAndStateSeparately) {
   load(64, {{0, 4, 0, CONFIG_TYPE_PER_LINE, CONFIG_STATE_SYSTEM},
             {1, 4, 4, CONFIG_TYPE_PER_DEVICE, CONFIG_STATE_LINE}});
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_config_type, CONFIG_TYPE_PER_LINE);
@@ -62,7 +62,7 @@ TEST_F(Dictionary, KindAndStateOfAnEntryAreBitsOfTheirOwn) {
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_config_state, CONFIG_STATE_LINE);
 }
 
-TEST_F(Dictionary, AWordOfLength0IsUnused) {
+TEST_F(Dictionary, IgnoresWordsOfLength0) {
   load(64, {{0, 4, 0},
             {1, 4, 4},
             {2, 4, 8},
@@ -78,14 +78,14 @@ TEST_F(Dictionary, AWordOfLength0IsUnused) {
   EXPECT_THAT(ids(), ElementsAre(0, 1, 2, 3, 4, 6, 7, 8, 9));
 }
 
-TEST_F(Dictionary, IsListedInTheOrderOfIdsWhateverThatOfTheEntries) {
+TEST_F(Dictionary, IsListedInTheOrderOfIds) {
   load(64, {{2, 4, 0}, {0, 4, 4}, {1, 4, 8}});
   EXPECT_THAT(ids(), ElementsAre(0, 1, 2));
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(2))->param_entry, 0U);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_entry, 2U);
 }
 
-TEST_F(Dictionary, AListingEndsWhenItsHandlerSaysSo) {
+TEST_F(Dictionary, StopsListingWhenTheHandlerReturnsFalse) {
   load(64, {{0, 4, 0}, {1, 4, 4}});
   listed().clear();
   const auto first = [](uint32_t index, const QVR_paramInfo_t*) -> BOOL {
@@ -96,7 +96,7 @@ TEST_F(Dictionary, AListingEndsWhenItsHandlerSaysSo) {
   EXPECT_THAT(listed(), ElementsAre(0));
 }
 
-TEST_F(Dictionary, IsReadByTheFirstOperationAndNeverAgain) {
+TEST_F(Dictionary, IsReadOnlyOnce) {
   driver_.expect(readsDictionary(64, {{0, 4, 8}}));
   EXPECT_THAT(ids(), ElementsAre(0));
   driver_.verify();
@@ -106,7 +106,7 @@ TEST_F(Dictionary, IsReadByTheFirstOperationAndNeverAgain) {
   EXPECT_EQ(QVR_getParamDictionaryEntry(PARAMS_Last), nullptr);
 }
 
-TEST_F(Dictionary, MayHoldAllParameters) {
+TEST_F(Dictionary, HoldsAllParameters) {
   std::vector<Entry> all;
   for (uint32_t i = 0; i < PARAMS_Last; i++) {
     all.push_back({i, 4, i * 4});
@@ -126,7 +126,8 @@ TEST_F(Dictionary, MayBeEmpty) {
   EXPECT_EQ(QVR_getConfigParam(0, id(0), &value), QVR_E_UNSUPPORTED_PARAMETER);
 }
 
-// Each operation that needs the dictionary fails as its first loading did, without asking again.
+// Every operation that needs the dictionary fails with the code of its first load, and does not read it
+// again.
 void expectEveryOperationFails(QVR_retval_t failure) {
   uint32_t value = 7;
   QVR_lineConfig_t config{};
@@ -146,17 +147,17 @@ void expectEveryOperationFails(QVR_retval_t failure) {
   EXPECT_EQ(value, 7U);
 }
 
-TEST_F(Dictionary, WhoseHeaderCannotBeReadIsNotAskedForAgain) {
+TEST_F(Dictionary, IsNotReadAgainAfterAFailedHeader) {
   driver_.expect(readsHeader(kArea, 64, 4).fails(EIO));
   expectEveryOperationFails(QVR_E_MEMREAD_ERROR);
 }
 
-TEST_F(Dictionary, WhoseEntriesCannotBeReadIsNotAskedForAgain) {
+TEST_F(Dictionary, IsNotReadAgainAfterFailedEntries) {
   driver_.expect(readsDictionary(64, {{0, 4, 0}}).fails(EIO));
   expectEveryOperationFails(QVR_E_MEMREAD_ERROR);
 }
 
-TEST_F(Dictionary, WhoseEntriesCannotBeReadToTheEndIsNotUsed) {
+TEST_F(Dictionary, IsNotUsedWhenAllItsEntriesCannotBeRead) {
   std::vector<Entry> entries;
   for (uint32_t i = 0; i < 300; i++) {
     entries.push_back({i, 2, i * 2});
@@ -165,15 +166,15 @@ TEST_F(Dictionary, WhoseEntriesCannotBeReadToTheEndIsNotUsed) {
   expectEveryOperationFails(QVR_E_MEMREAD_ERROR);
 }
 
-TEST(DictionaryOfNoDevice, IsNotAskedForAgain) {
+TEST(DictionaryOfNoDevice, IsNotReadAgain) {
   ExpectedRequests driver(opens(0).fails(ENOENT));
   enterBothLines();
   expectEveryOperationFails(QVR_E_DEVICE_NOT_EXISTS);
 }
 
-// ---- What a chip should not tell ----
+// ---- Invalid data ----
 
-TEST_F(Dictionary, EntriesThatLeaveTheAreaAreLeftOut) {
+TEST_F(Dictionary, RejectsEntriesOutsideTheArea) {
   load(64, {{0, 4, 60}, {1, 4, 62}, {2, 2, 62}, {3, 511, 2047}, {4, 65, 0}});
   EXPECT_THAT(ids(), ElementsAre(0, 2));
   EXPECT_THAT(log_.lines(),
@@ -182,15 +183,15 @@ TEST_F(Dictionary, EntriesThatLeaveTheAreaAreLeftOut) {
                           warns("fillSlot", "Parameter with ID=4 leaves the parameter area .*\n")));
 }
 
-TEST_F(Dictionary, OfAnIdThatComesTwiceTheLaterEntryCounts) {
+TEST_F(Dictionary, UsesOnlyAsManyWordsAsItHasSlots) {
   load(64, {{0, 4, 0}, {0, 2, 8}});
-  // One id asks for one slot, and as many words are looked at.
+  // The highest id is 0, so there is one slot and only one word is used.
   EXPECT_EQ(slots(), 1U);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_offset, 0U);
   EXPECT_THAT(log_.lines(), ElementsAre(warns("fillSlots", "Dictionary has 2 words for 1 parameters\n")));
 }
 
-TEST_F(Dictionary, AnIdThatComesTwiceIsLogged) {
+TEST_F(Dictionary, LogsAnIdThatComesTwiceAndUsesTheLaterEntry) {
   load(64, {{0, 4, 0}, {0, 2, 8}, {2, 4, 12}});
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_offset, 8U);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_entry, 1U);
@@ -199,15 +200,15 @@ TEST_F(Dictionary, AnIdThatComesTwiceIsLogged) {
               ElementsAre(warns("fillSlot", "Parameter with ID=0 is more than once in dictionary\n")));
 }
 
-TEST_F(Dictionary, WithFewerWordsThanItsHighestIdAsksForEndsWithTheWords) {
+TEST_F(Dictionary, AcceptsFewerWordsThanSlots) {
   load(64, {{0, 4, 0}, {1023, 4, 4}});
   EXPECT_EQ(slots(), 1024U);
   EXPECT_THAT(ids(), ElementsAre(0, 1023));
   EXPECT_THAT(log_.lines(), ElementsAre(warns("fillSlots", "Dictionary has 2 words for 1024 parameters\n")));
 }
 
-TEST_F(Dictionary, AnUnusedHighestIdIsNoParameter) {
-  // A slot with every bit set reads as id 1023.
+TEST_F(Dictionary, IgnoresAnUnusedHighestId) {
+  // An unused slot has every bit set, so its id is 1023.
   load(64, {{0, 4, 0}, {1023, 0, 0}});
   EXPECT_EQ(slots(), 1024U);
   EXPECT_THAT(ids(), ElementsAre(0));
@@ -216,7 +217,7 @@ TEST_F(Dictionary, AnUnusedHighestIdIsNoParameter) {
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0xFFFFFFFF)), nullptr);
 }
 
-TEST_F(Dictionary, BeyondBeliefIsCutToAsManyWordsAsThereAreIds) {
+TEST_F(Dictionary, LimitsItsSizeToOneWordPerId) {
   Bytes list(4096);
   store_le32(list.data(), 0x00001000);  // id 0, 4 bytes at 0
   driver_.expect(readsHeader(kArea, 64, 0xFFFFFFFC) + readsInPieces(0, kEntries, list));
@@ -228,7 +229,7 @@ TEST_F(Dictionary, BeyondBeliefIsCutToAsManyWordsAsThereAreIds) {
                           warns("fillSlots", "Dictionary has 1024 words for 1 parameters\n")));
 }
 
-TEST_F(Dictionary, OfAnOddSizeIsReadToTheNextEvenOneAndUsedInWholeWords) {
+TEST_F(Dictionary, UsesTheWholeWordsOfAnOddSize) {
   Bytes list = entryWords({{0, 4, 0}, {1, 4, 4}});
   list.insert(list.end(), {0xFF, 0xFF});
   driver_.expect(readsHeader(kArea, 64, 9) + reads(0, kEntries, list));
@@ -238,13 +239,13 @@ TEST_F(Dictionary, OfAnOddSizeIsReadToTheNextEvenOneAndUsedInWholeWords) {
               ElementsAre(warns("believedSize", "Size of the dictionary is not a multiple of 4 \\(9\\)\n")));
 }
 
-TEST_F(Dictionary, ASizeOfNoWholeWordHasNoParameters) {
+TEST_F(Dictionary, IsEmptyForASizeBelowOneWord) {
   driver_.expect(readsHeader(kArea, 64, 3) + reads(0, kEntries, {0, 0x10, 0, 0}));
   EXPECT_EQ(QVR_initParams(), QVR_E_STATUS_OK);
   EXPECT_THAT(ids(), IsEmpty());
 }
 
-TEST_F(Dictionary, AnAreaBeyondBeliefIsCutToWhatEntriesReach) {
+TEST_F(Dictionary, LimitsTheAreaToWhatEntriesCanReach) {
   driver_.expect(readsHeader(kArea, 0xFFFFFFFC, 4) + reads(0, kEntries, entryWords({{0, 511, 2047}})));
   EXPECT_EQ(QVR_initParams(), QVR_E_STATUS_OK);
   EXPECT_THAT(ids(), ElementsAre(0));
@@ -257,19 +258,19 @@ TEST_F(Dictionary, AnAreaBeyondBeliefIsCutToWhatEntriesReach) {
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_STATUS_OK);
 }
 
-TEST_F(Dictionary, TheLargestAreaThatIsBelievedIsReadWhole) {
+TEST_F(Dictionary, AcceptsTheLargestArea) {
   load(0x10000, {{0, 4, 0}});
   EXPECT_THAT(log_.lines(), IsEmpty());
   driver_.expect(readsInPieces(0, kArea, Bytes(0x10000)));
   EXPECT_EQ(QVR_loadConfigParams(0), QVR_E_STATUS_OK);
 }
 
-TEST_F(Dictionary, OfAnEmptyAreaHasNoParameters) {
+TEST_F(Dictionary, IsEmptyForAnEmptyArea) {
   load(0, {{0, 4, 0}, {1, 0, 0}});
   EXPECT_THAT(ids(), IsEmpty());
 }
 
-TEST_F(Dictionary, AnAreaAtTheEndOfTheAddressesWrapsAround) {
+TEST_F(Dictionary, WrapsAddressesAround) {
   driver_.expect(readsHeader(0xFFFFFFFE, 64, 4) + reads(0, kEntries, entryWords({{0, 4, 4}})));
   EXPECT_EQ(QVR_initParams(), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_address, 2U);
@@ -281,7 +282,7 @@ TEST_F(Dictionary, AnAreaAtTheEndOfTheAddressesWrapsAround) {
 
 // ---- Names ----
 
-TEST(ParameterNames, AreThoseOfTheEnumeration) {
+TEST(ParameterNames, MatchTheEnumeration) {
   EXPECT_STREQ(QVR_paramName(PARAMS_ParamsRevision), "ParamsRevision");
   EXPECT_STREQ(QVR_paramName(id(22)), "bandStart_0");
   EXPECT_STREQ(QVR_paramName(id(37)), "flatDecrease_7");
@@ -294,13 +295,13 @@ TEST(ParameterNames, AreThoseOfTheEnumeration) {
   EXPECT_STREQ(QVR_paramName(id(122)), "fraFirstStepNoRdtFrames");
 }
 
-TEST(ParameterNames, EndBeforeTheFirstParameterWithoutOne) {
+TEST(ParameterNames, AreQuestionMarksBeyondTheTable) {
   for (const uint32_t nameless : {123U, 124U, 129U, 130U, 1023U}) {
     EXPECT_STREQ(QVR_paramName(id(nameless)), "???");
   }
 }
 
-TEST(ParameterIds, CountOnFromTheirGroups) {
+TEST(ParameterIds, HaveTheFirmwaresNumbers) {
   EXPECT_EQ(PARAMS_bandStart_0, 22U);
   EXPECT_EQ(PARAMS_flatDecrease_0, 30U);
   EXPECT_EQ(PARAMS_saturation_7, 45U);

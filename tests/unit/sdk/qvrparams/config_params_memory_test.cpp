@@ -1,4 +1,4 @@
-// A dictionary for which there is no memory. This program's own allocation can be told to refuse.
+// Loading a dictionary without enough memory. This program replaces operator new with one that can fail.
 #include <cstdlib>
 #include <new>
 
@@ -8,11 +8,11 @@ using namespace gfast;
 
 namespace {
 
-size_t refusedFrom = SIZE_MAX;  // bytes; smaller allocations succeed
+size_t refusedFrom = SIZE_MAX;  // bytes; smaller allocations always succeed
 
 }  // namespace
 
-// Inlined, these would look to the compiler like a free of what new has allocated.
+// Not inlined, because the compiler would then warn of free() for memory from operator new.
 [[gnu::noinline]] void* operator new(size_t size) {
   void* memory = size >= refusedFrom ? nullptr : std::malloc(size);
   if (memory == nullptr) {
@@ -33,7 +33,8 @@ namespace {
 
 class ParametersWithoutMemory : public Parameters {
  protected:
-  // The largest allocation of a test is the library's copy of the area, or its words of the dictionary.
+  // Loads while allocations of this size and above fail. The largest are the copy of the area and the words
+  // of the dictionary.
   static QVR_retval_t loadRefusing(size_t from) {
     refusedFrom = from;
     const QVR_retval_t status = QVR_initParams();
@@ -42,17 +43,17 @@ class ParametersWithoutMemory : public Parameters {
   }
 };
 
-TEST_F(ParametersWithoutMemory, TheCopyOfTheAreaIsMissedAfterTheEntriesWereRead) {
+TEST_F(ParametersWithoutMemory, FailToLoadWithoutMemoryForTheArea) {
   driver_.expect(readsDictionary(0x10000, {{0, 4, 0}}));
   EXPECT_EQ(loadRefusing(0x10000), QVR_E_FAILED_TO_ALLOCATE_MEMORY);
 }
 
-TEST_F(ParametersWithoutMemory, ItIsMissedEvenWhenTheEntriesCouldNotBeRead) {
+TEST_F(ParametersWithoutMemory, ReportMissingMemoryAlsoAfterAFailedRead) {
   driver_.expect(readsDictionary(0x10000, {{0, 4, 0}}).fails(EIO));
   EXPECT_EQ(loadRefusing(0x10000), QVR_E_FAILED_TO_ALLOCATE_MEMORY);
 }
 
-TEST_F(ParametersWithoutMemory, EveryLaterOperationFailsAlike) {
+TEST_F(ParametersWithoutMemory, MakeEveryLaterOperationFail) {
   driver_.expect(readsDictionary(0x10000, {{0, 4, 0}}));
   ASSERT_EQ(loadRefusing(0x10000), QVR_E_FAILED_TO_ALLOCATE_MEMORY);
   uint32_t value = 7;
@@ -64,7 +65,7 @@ TEST_F(ParametersWithoutMemory, EveryLaterOperationFailsAlike) {
   EXPECT_EQ(value, 7U);
 }
 
-TEST_F(ParametersWithoutMemory, TheEntriesAreMissedBeforeTheyAreRead) {
+TEST_F(ParametersWithoutMemory, FailToLoadWithoutMemoryForTheEntries) {
   driver_.expect(readsHeader(kArea, 64, 4096));
   EXPECT_EQ(loadRefusing(4096), QVR_E_FAILED_TO_ALLOCATE_MEMORY);
 }

@@ -1,4 +1,4 @@
-// Parameters read and written by the command thread and from a callback of the notification thread at once.
+// Parameters that two threads read and write at the same time.
 #include <gtest/gtest.h>
 #include <qvr.h>
 
@@ -18,7 +18,7 @@ namespace {
 constexpr uint32_t kDictionary[] = {0xEB000000, 8, 8, 0x00001000, 0x00201001};  // ids 0 and 1, 4 bytes each
 constexpr uint32_t kBothAlike[] = {0x11111111, 0x22222222};
 
-// Serves the dictionary, and parameters whose four bytes are alike.
+// Returns the dictionary, and parameters whose four bytes are equal.
 class Chips final : public Driver {
  public:
   int open(int device) override { return device; }

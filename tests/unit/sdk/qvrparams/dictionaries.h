@@ -1,4 +1,4 @@
-// What the tests of the parameters share: dictionaries as chips hold them, and the requests that load them.
+// What the tests of the parameters share: dictionaries in chip memory, and the requests that load them.
 #pragma once
 
 #include <initializer_list>
@@ -44,7 +44,7 @@ inline Script readsHeader(uint32_t address, uint32_t paramsSize, uint32_t dictio
                words({address, paramsSize, dictionarySize}));
 }
 
-// Bytes of any number, in the pieces that the driver takes.
+// Reads of any number of bytes, in pieces that the driver accepts.
 inline Script readsInPieces(int device, uint32_t address, const Bytes& bytes) {
   Script script;
   for (size_t at = 0; at < bytes.size(); at += 900) {
@@ -62,7 +62,7 @@ inline Script readsDictionary(uint32_t paramsSize, const std::vector<Entry>& ent
          readsInPieces(0, kEntries, list);
 }
 
-// The start of the library reads a small dictionary and its parameters.
+// The requests with which the library reads a small dictionary and its parameters at its start.
 inline Script startsParameters() {
   return readsDictionary(8, {{0, 4, 0}, {1, 4, 4}}) + reads(0, kArea, Bytes(8));
 }

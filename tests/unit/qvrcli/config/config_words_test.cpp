@@ -1,10 +1,11 @@
-// Editing a line configuration: for every member, when this is typed, this field holds that and no other
-// changed.
+// The words that edit a line configuration: given this line, this field changes and no other one does.
+#include <array>
 #include <cstring>
 #include <functional>
 #include <limits>
 
 #include "qvrcli/config/config_commands.h"
+#include "qvrcli/config/config_words.h"
 #include "support/vocabulary.h"
 #include "unit/qvrcli/typed_console.h"
 
@@ -23,10 +24,10 @@ constexpr const char* kNoIndex = "invalid parameter - must enter a value between
 
 using Config = QVR_lineConfig_t;
 
-// Typed in configuration mode, at a record in which every byte is the same.
-class Editing : public TypedConsole {
+// In configuration mode, with a record in which all bytes are the same.
+class ConfigWords : public TypedConsole {
  protected:
-  Editing() { typed("configure"); }
+  ConfigWords() { typed("configure"); }
 
   void SetUp() override { fill(0x5A); }
 
@@ -37,7 +38,7 @@ class Editing : public TypedConsole {
 
   bool onlyExpectedChanged() const { return std::memcmp(&expected_, &configParams, sizeof expected_) == 0; }
 
-  // The line is accepted without a word, and leaves what the change makes of the record as it was.
+  // The line prints nothing and makes this change to the record, and no other one.
   template <typename Change>
   void expectChange(const std::string& line, const Change& change) {
     for (const int byte : {0x5A, 0xA5}) {
@@ -59,14 +60,14 @@ class Editing : public TypedConsole {
   Config expected_{};
 };
 
-// A member that takes one number: its range, what is said outside it, and its fields.
-struct NumberMember {
+// A word that takes one number: its range, its refusal, and what it stores.
+struct NumberWord {
   const char* keyword;
   int64_t low;
   int64_t high;
   const char* refusal;
-  std::function<void(Config&, int64_t)> storeDs;  // or without a direction
-  std::function<void(Config&, int64_t)> storeUs;  // none without a direction
+  std::function<void(Config&, int64_t)> storeDs;  // also without a direction
+  std::function<void(Config&, int64_t)> storeUs;  // empty without a direction
 };
 
 #define STORES(field) \
@@ -75,7 +76,7 @@ struct NumberMember {
 #define NUMBER(text) "invalid parameter - must enter value between " text
 #define A_NUMBER(text) "invalid parameter - must enter a value between " text
 
-const NumberMember kNumbers[] = {
+const NumberWord kNumbers[] = {
     {"TARSNRM", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.TARSNRM)},
     {"TARSNRM_RMC", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.TARSNRM_RMC)},
     {"MINSNRM_RMC", 0, 310, NUMBER("0..310"), BOTH(noiseMarginProfile.MINSNRM_RMC)},
@@ -119,14 +120,14 @@ const NumberMember kNumbers[] = {
     {"cDTA_MINMds", 5, 30, "cDTA_MINMds must be between 8..30", STORES(dtaProfile.cDTA_MINMds), {}},
 };
 
-// A member that is on or off.
-struct FlagMember {
+// A word that takes T or F.
+struct FlagWord {
   const char* keyword;
   std::function<void(Config&, int64_t)> storeDs;
   std::function<void(Config&, int64_t)> storeUs;
 };
 
-const FlagMember kFlags[] = {
+const FlagWord kFlags[] = {
     {"RTX_TESTMODE", BOTH(retransmissionProfile.RTX_TESTMODE)},
     {"TPS_TESTMODE", STORES(dataPathConfigProfile.TPS_TESTMODE), {}},
     {"DRA_TESTMODE", STORES(dataPathConfigProfile.DRA_TESTMODE), {}},
@@ -137,15 +138,15 @@ const FlagMember kFlags[] = {
     {"cDTA_ENABLE", STORES(dtaProfile.cDTA_ENABLE), {}},
 };
 
-// The members of all 32 bits.
-const FlagMember kUnsignedNumbers[] = {
+// The words that take every number of 32 bits.
+const FlagWord kUnsignedNumbers[] = {
     {"MAXNDR", BOTH(dataRateProfile.MAXNDR)},
     {"MINETR", BOTH(dataRateProfile.MINETR)},
 };
 
 using Store = std::function<void(Config&, int64_t)>;
 
-// A member's command up to its value, with what it stores: once in every way to give the direction.
+// A word with each direction that it takes, and what it then stores.
 std::vector<std::pair<std::string, Store>> ways(const std::string& keyword, const Store& ds,
                                                 const Store& us) {
   if (!us) {
@@ -154,48 +155,48 @@ std::vector<std::pair<std::string, Store>> ways(const std::string& keyword, cons
   return {{keyword + " ds ", ds}, {keyword + " DS ", ds}, {keyword + " us ", us}, {keyword + " US ", us}};
 }
 
-TEST_F(Editing, StoresNumbersAtBothEndsOfTheirRange) {
-  for (const NumberMember& member : kNumbers) {
-    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
-      for (const int64_t value : {member.low, member.high, (member.low + member.high) / 2}) {
+TEST_F(ConfigWords, StoreNumbersInTheirRange) {
+  for (const NumberWord& row : kNumbers) {
+    for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
+      for (const int64_t value : {row.low, row.high, (row.low + row.high) / 2}) {
         expectChange(command + std::to_string(value), [&](Config& config) { store(config, value); });
       }
     }
   }
 }
 
-TEST_F(Editing, RefusesNumbersOneStepOutside) {
-  for (const NumberMember& member : kNumbers) {
-    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
-      expectRefusal(command + std::to_string(member.low - 1), member.refusal);
-      expectRefusal(command + std::to_string(member.high + 1), member.refusal);
-      expectRefusal(command + "99999999999", member.refusal);
+TEST_F(ConfigWords, RefuseNumbersOutsideTheirRange) {
+  for (const NumberWord& row : kNumbers) {
+    for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
+      expectRefusal(command + std::to_string(row.low - 1), row.refusal);
+      expectRefusal(command + std::to_string(row.high + 1), row.refusal);
+      expectRefusal(command + "99999999999", row.refusal);
     }
   }
 }
 
-TEST_F(Editing, RefusesWordsThatHoldNoNumber) {
-  for (const NumberMember& member : kNumbers) {
-    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
-      expectRefusal(command + "many", member.refusal);
-      expectRefusal(command + "\"\"", member.refusal);
+TEST_F(ConfigWords, RefuseTextWithoutANumber) {
+  for (const NumberWord& row : kNumbers) {
+    for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
+      expectRefusal(command + "many", row.refusal);
+      expectRefusal(command + "\"\"", row.refusal);
     }
   }
-  for (const FlagMember& member : kUnsignedNumbers) {
-    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+  for (const FlagWord& row : kUnsignedNumbers) {
+    for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
       expectRefusal(command + "many", NUMBER("0..4294967295"));
       expectRefusal(command + "\"\"", NUMBER("0..4294967295"));
     }
   }
 }
 
-TEST_F(Editing, TakesANumberWithoutWhatFollowsIt) {
+TEST_F(ConfigWords, IgnoreTextBehindANumber) {
   expectChange("TARSNRM us 60dB", [](Config& config) { config.noiseMarginProfile.TARSNRMus = 60; });
 }
 
-TEST_F(Editing, StoresEveryUnsignedNumber) {
-  for (const FlagMember& member : kUnsignedNumbers) {
-    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+TEST_F(ConfigWords, StoreEveryUnsignedNumber) {
+  for (const FlagWord& row : kUnsignedNumbers) {
+    for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
       for (const int64_t value : {int64_t{0}, int64_t{1}, int64_t{4294967295}}) {
         expectChange(command + std::to_string(value), [&](Config& config) { store(config, value); });
       }
@@ -203,17 +204,17 @@ TEST_F(Editing, StoresEveryUnsignedNumber) {
   }
 }
 
-TEST_F(Editing, HasNothingOutsideAnUnsignedNumber) {
-  // Below, it wraps around as unsigned numbers do; above, it is the nearest there is.
+TEST_F(ConfigWords, WrapOrLimitUnsignedNumbers) {
+  // A number below the range wraps around, one above it becomes the highest.
   for (const char* word : {"-1", "4294967296"}) {
     expectChange(std::string("MAXNDR ds ") + word,
                  [](Config& config) { config.dataRateProfile.MAXNDRds = 4294967295; });
   }
 }
 
-TEST_F(Editing, StoresFlags) {
-  for (const FlagMember& member : kFlags) {
-    for (const auto& [command, store] : ways(member.keyword, member.storeDs, member.storeUs)) {
+TEST_F(ConfigWords, StoreFlags) {
+  for (const FlagWord& row : kFlags) {
+    for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
       for (const char* word : {"t", "T"}) {
         expectChange(command + word, [&](Config& config) { store(config, TRUE); });
       }
@@ -227,17 +228,17 @@ TEST_F(Editing, StoresFlags) {
   }
 }
 
-TEST_F(Editing, StoresWhatTheFieldKeepsOfANumber) {
+TEST_F(ConfigWords, NarrowNumbersToTheField) {
   expectChange("SHINERATIO ds 300", [](Config& config) { config.retransmissionProfile.SHINERATIOds = 44; });
   expectChange("MAXATP us -310", [](Config& config) { config.lineSpectrumProfile.MAXATPus = -310; });
 }
 
-TEST_F(Editing, StoresTheMaximaOfBothDirectionsUpstream) {
+TEST_F(ConfigWords, StoreSomeMaximaUpstreamInBothDirections) {
   expectChange("MAXBL_RMC ds 5", [](Config& config) { config.noiseMarginProfile.MAXBL_RMCus = 5; });
   expectChange("MAXSNRM ds 511", [](Config& config) { config.noiseMarginProfile.MAXSNRMus = 511; });
 }
 
-TEST_F(Editing, StoresTheCyclicExtensionsThereAre) {
+TEST_F(ConfigWords, StoreTheListedCyclicExtensions) {
   for (int value = -1; value <= 256 + 33; value++) {
     const std::string line = "CE " + std::to_string(value);
     const bool exists = value == 10 || value == 12 || value == 14 || value == 16 || value == 20 ||
@@ -251,7 +252,7 @@ TEST_F(Editing, StoresTheCyclicExtensionsThereAre) {
   expectRefusal("CE long", "invalid parameter - must enter value 10, 12, 14, 16, 20, 24, 30 and 33");
 }
 
-TEST_F(Editing, StoresNoReferenceLengthOrOneInItsRange) {
+TEST_F(ConfigWords, StoreZeroOrAReferenceLengthInItsRange) {
   for (const int value : {0, 18, 100, 255}) {
     expectChange("UPBOKLREF " + std::to_string(value),
                  [&](Config& config) { config.upboProfile.UPBOKLREF = static_cast<uint16_t>(value); });
@@ -261,8 +262,8 @@ TEST_F(Editing, StoresNoReferenceLengthOrOneInItsRange) {
   }
 }
 
-// A member that is a list of 16 pairs.
-struct ListMember {
+// A word that stores one entry of a list of 16.
+struct ListWord {
   const char* keyword;
   int lastFirst;
   int lastSecond;
@@ -285,7 +286,7 @@ void storeBreakpoint(G9972_PSDMASKdescriptor_t& breakpoint, int subcarrier, int 
 #define LISTS(how, list) \
   [](Config& config, int index, int first, int second) { how(config.list[index], first, second); }
 
-const ListMember kLists[] = {
+const ListWord kLists[] = {
     {"CARMASK", 2047, 2047, true, A_NUMBER("0..2047"), LISTS(storeRange, lineSpectrumProfile.CARMASKds),
      LISTS(storeRange, lineSpectrumProfile.CARMASKus)},
     {"PSDMASK", 4095, 255, false, A_NUMBER("0..2047"), LISTS(storeBreakpoint, lineSpectrumProfile.PSDMASKds),
@@ -295,28 +296,28 @@ const ListMember kLists[] = {
 
 using ListStore = std::function<void(Config&, int index, int first, int second)>;
 
-std::vector<std::pair<std::string, ListStore>> listWays(const ListMember& member) {
-  const std::string keyword = member.keyword;
-  if (!member.storeUs) {
-    return {{keyword + " ", member.storeDs}};
+std::vector<std::pair<std::string, ListStore>> listWays(const ListWord& row) {
+  const std::string keyword = row.keyword;
+  if (!row.storeUs) {
+    return {{keyword + " ", row.storeDs}};
   }
-  return {{keyword + " ds ", member.storeDs},
-          {keyword + " DS ", member.storeDs},
-          {keyword + " us ", member.storeUs},
-          {keyword + " US ", member.storeUs}};
+  return {{keyword + " ds ", row.storeDs},
+          {keyword + " DS ", row.storeDs},
+          {keyword + " us ", row.storeUs},
+          {keyword + " US ", row.storeUs}};
 }
 
 std::string numbers(int index, int first, int second) {
   return std::to_string(index) + " " + std::to_string(first) + " " + std::to_string(second);
 }
 
-TEST_F(Editing, StoresListEntriesAtBothEndsOfTheirRanges) {
-  for (const ListMember& member : kLists) {
-    for (const auto& [command, store] : listWays(member)) {
+TEST_F(ConfigWords, StoreListEntriesInTheirRanges) {
+  for (const ListWord& row : kLists) {
+    for (const auto& [command, store] : listWays(row)) {
       for (int index = 0; index <= 15; index++) {
         for (const auto& [first, second] :
-             {std::pair{0, member.rises ? 1 : 0}, std::pair{0, member.lastSecond},
-              std::pair{member.rises ? member.lastFirst - 1 : member.lastFirst, member.lastSecond}}) {
+             {std::pair{0, row.rises ? 1 : 0}, std::pair{0, row.lastSecond},
+              std::pair{row.rises ? row.lastFirst - 1 : row.lastFirst, row.lastSecond}}) {
           expectChange(command + numbers(index, first, second),
                        [&](Config& config) { store(config, index, first, second); });
         }
@@ -325,26 +326,26 @@ TEST_F(Editing, StoresListEntriesAtBothEndsOfTheirRanges) {
   }
 }
 
-TEST_F(Editing, RefusesListEntriesOneStepOutside) {
-  for (const ListMember& member : kLists) {
-    for (const auto& [command, store] : listWays(member)) {
+TEST_F(ConfigWords, RefuseListEntriesOutsideTheirRanges) {
+  for (const ListWord& row : kLists) {
+    for (const auto& [command, store] : listWays(row)) {
       expectRefusal(command + numbers(-1, 1, 2), kNoIndex);
       expectRefusal(command + numbers(16, 1, 2), kNoIndex);
       expectRefusal(command + "one 1 2", kNoIndex);
-      expectRefusal(command + numbers(0, -1, 2), member.refusal);
-      expectRefusal(command + numbers(0, member.lastFirst + 1, 2), member.refusal);
-      expectRefusal(command + "0 low 2", member.refusal);
-      expectRefusal(command + numbers(0, 1, -1), member.refusal);
-      expectRefusal(command + numbers(0, 1, member.lastSecond + 1), member.refusal);
-      expectRefusal(command + "0 1 high", member.refusal);
+      expectRefusal(command + numbers(0, -1, 2), row.refusal);
+      expectRefusal(command + numbers(0, row.lastFirst + 1, 2), row.refusal);
+      expectRefusal(command + "0 low 2", row.refusal);
+      expectRefusal(command + numbers(0, 1, -1), row.refusal);
+      expectRefusal(command + numbers(0, 1, row.lastSecond + 1), row.refusal);
+      expectRefusal(command + "0 1 high", row.refusal);
     }
   }
 }
 
-TEST_F(Editing, RefusesRangesThatDoNotRise) {
-  for (const ListMember& member : kLists) {
-    for (const auto& [command, store] : listWays(member)) {
-      if (member.rises) {
+TEST_F(ConfigWords, RefuseRangesThatDoNotRise) {
+  for (const ListWord& row : kLists) {
+    for (const auto& [command, store] : listWays(row)) {
+      if (row.rises) {
         expectRefusal(command + numbers(3, 200, 100), kNoRise);
         expectRefusal(command + numbers(3, 200, 200), kNoRise);
       } else {
@@ -354,7 +355,7 @@ TEST_F(Editing, RefusesRangesThatDoNotRise) {
   }
 }
 
-TEST_F(Editing, LooksAtTheIndexThenTheRangeThenTheOrder) {
+TEST_F(ConfigWords, CheckDirectionThenIndexThenRangeThenOrder) {
   expectRefusal("RFIBAND 16 5000 1", kNoIndex);
   expectRefusal("RFIBAND 3 5000 1", A_NUMBER("0..4095"));
   expectRefusal("CARMASK sideways 16 5000 1", kNoDirection);
@@ -378,17 +379,17 @@ int wordsTaken(const VocabularyRow& row) {
   return directions + (keyword == "CARMASK" || keyword == "PSDMASK" || keyword == "RFIBAND" ? 3 : 1);
 }
 
-bool isMember(const VocabularyRow& row) {
+bool editsTheRecord(const VocabularyRow& row) {
   const std::string keyword = row.path;
   return row.mode == MODE_CONFIG && keyword != "restore" && keyword != "save" && keyword != "show" &&
          keyword != "get";
 }
 
-TEST_F(Editing, PrintsTheUsageOfEveryMember) {
-  int members = 0;
+TEST_F(ConfigWords, PrintTheirUsageForAQuestionMarkOrAWrongCount) {
+  int edited = 0;
   for (const VocabularyRow& row : kVocabulary) {
-    if (isMember(row)) {
-      members++;
+    if (editsTheRecord(row)) {
+      edited++;
       const std::string keyword = row.path;
       expectRefusal(keyword + " ?", row.usage);
       for (int count = 0; count < 6; count++) {
@@ -398,12 +399,12 @@ TEST_F(Editing, PrintsTheUsageOfEveryMember) {
       }
     }
   }
-  EXPECT_EQ(members, 54);
+  EXPECT_EQ(edited, 54);
 }
 
-TEST_F(Editing, RefusesOtherWordsForADirection) {
+TEST_F(ConfigWords, RefuseOtherDirections) {
   for (const VocabularyRow& row : kVocabulary) {
-    if (isMember(row) && takesDirection(row)) {
+    if (editsTheRecord(row) && takesDirection(row)) {
       for (const char* word : {"Us", "uS", "Ds", "dS", "u", "dsx", "1", "\"\""}) {
         const std::string line = std::string(row.path) + " " + word + words(wordsTaken(row) - 1);
         expectRefusal(line, kNoDirection);
@@ -412,27 +413,81 @@ TEST_F(Editing, RefusesOtherWordsForADirection) {
   }
 }
 
-TEST_F(Editing, HasATestForEveryMember) {
+TEST_F(ConfigWords, AllHaveATestHere) {
   std::vector<std::string> tested = {"CE", "UPBOKLREF"};
-  for (const NumberMember& member : kNumbers) {
-    tested.emplace_back(member.keyword);
+  for (const NumberWord& row : kNumbers) {
+    tested.emplace_back(row.keyword);
   }
-  for (const FlagMember& member : kFlags) {
-    tested.emplace_back(member.keyword);
+  for (const FlagWord& row : kFlags) {
+    tested.emplace_back(row.keyword);
   }
-  for (const FlagMember& member : kUnsignedNumbers) {
-    tested.emplace_back(member.keyword);
+  for (const FlagWord& row : kUnsignedNumbers) {
+    tested.emplace_back(row.keyword);
   }
-  for (const ListMember& member : kLists) {
-    tested.emplace_back(member.keyword);
+  for (const ListWord& row : kLists) {
+    tested.emplace_back(row.keyword);
   }
-  std::vector<std::string> members;
+  std::vector<std::string> words;
   for (const VocabularyRow& row : kVocabulary) {
-    if (isMember(row)) {
-      members.emplace_back(row.path);
+    if (editsTheRecord(row)) {
+      words.emplace_back(row.path);
     }
   }
-  EXPECT_THAT(tested, testing::UnorderedElementsAreArray(members));
+  EXPECT_THAT(tested, testing::UnorderedElementsAreArray(words));
+}
+
+// The checks that the table of words must pass to compile.
+
+constexpr ConfigWord kGoodWord{CLI_setCyclicExtension,
+                               "CE",
+                               "help",
+                               "usage",
+                               config_rows::kCyclicExtension,
+                               {config_rows::field<&QVR_TDDProfile_t::CE>("CE", ConfigForm::kUnsigned)}};
+
+constexpr ConfigWord withFields(ConfigField first, ConfigField second = {}) {
+  ConfigWord word = kGoodWord;
+  word.fields = {first, second};
+  return word;
+}
+
+TEST(ConfigTable, RejectsAKeywordTwice) {
+  ConfigWord other = kGoodWord;
+  other.keyword = "MF";
+  const std::array different{kGoodWord, other};
+  const std::array same{kGoodWord, other, kGoodWord};
+  EXPECT_TRUE(keywordsDiffer(different));
+  EXPECT_FALSE(keywordsDiffer(same));
+}
+
+TEST(ConfigTable, RejectsAWordThatStoresNowhereOrTwice) {
+  using namespace config_rows;
+  constexpr auto any = field<&Tdd::CE>("CE", kUnsigned);
+  constexpr auto down = ds<&Rate::MINETRds>("MINETRds", kUnsigned);
+  constexpr auto up = us<&Rate::MINETRus>("MINETRus", kUnsigned);
+  constexpr auto both = eitherWay<&Margin::MAXSNRMus>("MAXSNRMus", kUnsigned);
+  constexpr auto none = shown<&Tdd::MF>("MF", kUnsigned);
+  for (const ConfigWord& good :
+       {withFields(any), withFields(any, none), withFields(down, up), withFields(none, both)}) {
+    EXPECT_TRUE(storesIntoOneField(good));
+  }
+  for (const ConfigWord& bad :
+       {withFields({}), withFields(none), withFields(down), withFields(up), withFields(any, any),
+        withFields(any, up), withFields(both, up), withFields(down, down)}) {
+    EXPECT_FALSE(storesIntoOneField(bad)) << bad.fields[0].name << ' ' << bad.fields[1].name;
+  }
+}
+
+TEST(ConfigTable, RejectsALabelLongerThanItsColumn) {
+  using namespace config_rows;
+  const std::string longest(40, 'x');
+  const std::string longestOfList(20, 'x');
+  constexpr auto number = field<&Tdd::CE>("CE", kUnsigned);
+  constexpr auto list = field<&Rfi::RFIBANDS>("RFIBANDS", kRanges);
+  EXPECT_TRUE(labelFits(labelled(longest.c_str(), number)));
+  EXPECT_FALSE(labelFits(labelled((longest + "x").c_str(), number)));
+  EXPECT_TRUE(labelFits(labelled(longestOfList.c_str(), list)));
+  EXPECT_FALSE(labelFits(labelled((longestOfList + "x").c_str(), list)));
 }
 
 }  // namespace
