@@ -1,7 +1,9 @@
 #include "qvrcli/config/parameter_commands.h"
 
-#include <cstdio>
+#include <fmt/format.h>
+
 #include <cstring>
+#include <string>
 
 #include "qvrcli/session/interpreter.h"
 #include "qvrcli/text/argument_reader.h"
@@ -26,28 +28,29 @@ BOOL printEntry(uint32_t /*index*/, const QVR_paramInfo_t* entry) {
 }
 
 // A value as it is shown: a number in decimal and hexadecimal, anything else byte by byte.
-void writeValue(const QVR_paramInfo_t& entry, const uint8_t* value, char* text, size_t size) {
+std::string valueText(const QVR_paramInfo_t& entry, const uint8_t* value) {
   if (entry.param_len == sizeof(uint16_t)) {
     uint16_t number = 0;
     std::memcpy(&number, value, sizeof number);
-    std::snprintf(text, size, "%3d (%04X)", number, number);
-  } else if (entry.param_len == sizeof(uint32_t)) {
+    return fmt::format("{:3} ({:04X})", number, number);
+  }
+  if (entry.param_len == sizeof(uint32_t)) {
     uint32_t number = 0;
     std::memcpy(&number, value, sizeof number);
-    std::snprintf(text, size, "%3d (%08X)", static_cast<int>(number), number);
-  } else {
-    toHexString(value, entry.param_len, text);
+    return fmt::format("{:3} ({:08X})", static_cast<int>(number), number);
   }
+  char bytes[3 * QVR_K_MAX_PARAM_LEN + 1];
+  toHexString(value, entry.param_len, bytes);
+  return bytes;
 }
 
 BOOL printParameter(uint32_t index, const QVR_paramInfo_t* entry) {
   alignas(uint32_t) uint8_t value[QVR_K_MAX_PARAM_LEN] = {};
   QVR_getConfigParam(0, static_cast<eConstParams>(index), value);
-  char text[3 * sizeof value + 1];
-  writeValue(*entry, value, text, sizeof text);
   const char* const name = nameOf(*entry);
   cli_print(cli, "%3d %s %s [%08X] %s %s %s", entry->param_id, name, padding(name, kNameWidth),
-            entry->param_address, text, entry->param_config_state == CONFIG_STATE_LINE ? "LCS" : "SCS",
+            entry->param_address, valueText(*entry, value).c_str(),
+            entry->param_config_state == CONFIG_STATE_LINE ? "LCS" : "SCS",
             entry->param_config_type == CONFIG_TYPE_PER_LINE ? "line" : "device");
   return TRUE;
 }

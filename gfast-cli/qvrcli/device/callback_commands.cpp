@@ -3,10 +3,10 @@
 #include <qvr.h>
 
 #include <cstdint>
-#include <cstdio>
 
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/arguments.h"
+#include "qvrcli/text/local_time.h"
 
 namespace gfast::console {
 
@@ -47,13 +47,7 @@ int CLI_register15minCallback(cli_def* cli, const char* /*command*/, char* argv[
 
 // Runs on the notification thread, which must not touch the session itself.
 void CLI_15minEventCallback(time_t boundary) {
-  tm local{};
-  localtime_r(&boundary, &local);
-  char time[30];
-  std::strftime(time, sizeof time, "%Y-%m-%dT%H:%M:%S+%Z", &local);
-  char line[64];
-  std::snprintf(line, sizeof line, "Event occurred at %s", time);
-  printLater(line);
+  printLater(("Event occurred at " + localTimeText(boundary)).c_str());
 }
 
 }  // namespace gfast::console

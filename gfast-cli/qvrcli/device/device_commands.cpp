@@ -1,6 +1,9 @@
 #include "qvrcli/device/device_commands.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <string>
 
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/session/session_stream.h"
@@ -28,15 +31,12 @@ const char* fwStateName(QVR_fwState_t state) {
 }
 
 void printLineRow(cli_def* cli, const QVR_deviceInfo_t& info, int line) {
-  char cell[32];
-  std::snprintf(cell, sizeof cell, "%d", info.lineIDs[line]);
-  AddMessage(cell, 0);
+  AddMessage(std::to_string(info.lineIDs[line]).c_str(), 0);
   AddMessage(linkStateString(static_cast<int>(info.lineState[line])), 16);
   if (info.lineState[line] == LS_SELFTEST) {
     AddMessage("N/A", 32);
   } else {
-    std::snprintf(cell, sizeof cell, "%02.03f seconds", info.lineStartupTime[line] / 1000.0);
-    AddMessage(cell, 32);
+    AddMessage(fmt::format("{:.3f} seconds", info.lineStartupTime[line] / 1000.0).c_str(), 32);
   }
   PrintMessage(cli);
 }

@@ -1,5 +1,7 @@
 #include "qvrcli/device/memory_commands.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -26,10 +28,7 @@ void formatMemory(uint32_t address, const uint8_t* bytes, uint32_t length, Print
   for (uint32_t i = 0; i < length; i += 4) {
     uint8_t word[4] = {};
     std::memcpy(word, bytes + i, std::min<uint32_t>(4, length - i));
-    char line[32];
-    std::snprintf(line, sizeof line, "%8x: %02x%02x%02x%02x", address + i, word[3], word[2], word[1],
-                  word[0]);
-    printLine(line);
+    printLine(fmt::format("{:8x}: {:08x}", address + i, load_le32(word)).c_str());
   }
 }
 

@@ -1,5 +1,7 @@
 #include "qvrcli/events/events.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <atomic>
 #include <iterator>
@@ -10,6 +12,7 @@
 
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/link_states.h"
+#include "qvrcli/text/local_time.h"
 
 namespace gfast::console {
 
@@ -48,9 +51,7 @@ std::string logLine(QVR_deviceId_t device, std::string_view text) {
   while (text.ends_with('\n') || text.ends_with('\r')) {
     text.remove_suffix(1);
   }
-  char prefix[24];
-  std::snprintf(prefix, sizeof prefix, "DFE%02d: ", device);
-  return prefix + std::string(text);
+  return fmt::format("DFE{:02}: {}", device, text);
 }
 
 }  // namespace
@@ -89,14 +90,8 @@ void handleRebootEvent() {
 
 void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason,
                                         time_t xi_time) {
-  tm local{};
-  localtime_r(&xi_time, &local);
-  char time[30];
-  if (std::strftime(time, sizeof time, "%Y-%m-%dT%H:%M:%S+%Z", &local) == 0) {
-    time[0] = '\0';  // a zone name too long for the buffer leaves it undefined
-  }
   std::printf("Line failure event on line=%d reason=%d at time %s ...\n", xi_lineId,
-              static_cast<int>(xi_reason), time);
+              static_cast<int>(xi_reason), localTimeText(xi_time).c_str());
 }
 
 void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {

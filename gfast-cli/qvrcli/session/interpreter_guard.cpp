@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/pattern_size.h"
 
 namespace gfast::console {

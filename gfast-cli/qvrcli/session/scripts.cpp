@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/text_files.h"
 

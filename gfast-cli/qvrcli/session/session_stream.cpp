@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "clock/clock.h"
+#include "qvrcli/session/libcli_structs.h"
 
 namespace gfast::console {
 

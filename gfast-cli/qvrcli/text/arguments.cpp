@@ -1,6 +1,8 @@
 #include "qvrcli/text/arguments.h"
 
+#include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 
@@ -8,72 +10,29 @@ namespace gfast::console {
 
 namespace {
 
-bool isBlank(char character) {
-  return std::isspace(static_cast<unsigned char>(character)) != 0;
-}
-
-// The value of a digit in any base up to 16; 16 for anything else.
-uint32_t digitValue(char character) {
-  if (character >= '0' && character <= '9') {
-    return static_cast<uint32_t>(character - '0');
-  }
-  const int lower = std::tolower(static_cast<unsigned char>(character));
-  return lower >= 'a' && lower <= 'f' ? static_cast<uint32_t>(lower - 'a') + 10 : 16;
-}
-
-// What a text holds in front: a sign, a magnitude that stops growing beyond 32 bits, whether there was a
-// digit.
+// What a text begins with.
 struct Number {
   bool blank = false;  // nothing but blanks
-  bool negative = false;
   bool hasDigits = false;
-  uint64_t magnitude = 0;
+  long long value = 0;  // the nearest that this type can hold
 };
 
-constexpr uint64_t kBeyondRange = uint64_t{1} << 32;
-
-Number scanNumber(const char* text, uint32_t base) {
-  Number number;
-  while (isBlank(*text)) {
-    text++;
-  }
-  number.blank = *text == '\0';
-  if (*text == '-' || *text == '+') {
-    number.negative = *text++ == '-';
-  }
-  if (base == 16 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X')) {
-    number.hasDigits = true;
-    text += 2;
-  }
-  for (uint32_t digit = digitValue(*text); digit < base; digit = digitValue(*++text)) {
-    number.hasDigits = true;
-    number.magnitude = number.magnitude * base + digit;
-    if (number.magnitude > kBeyondRange) {
-      number.magnitude = kBeyondRange;
-    }
-  }
-  return number;
+Number scanNumber(const char* text, int base) {
+  char* end = nullptr;
+  const long long value = std::strtoll(text, &end, base);
+  const bool blank = text[std::strspn(text, " \t\n\v\f\r")] == '\0';
+  return {blank, end != text, value};
 }
 
-int nearestInt(const Number& number) {
-  const int64_t value =
-      number.negative ? -static_cast<int64_t>(number.magnitude) : static_cast<int64_t>(number.magnitude);
-  if (value > std::numeric_limits<int>::max()) {
-    return std::numeric_limits<int>::max();
-  }
-  if (value < std::numeric_limits<int>::min()) {
-    return std::numeric_limits<int>::min();
-  }
-  return static_cast<int>(value);
+int nearestInt(long long value) {
+  return static_cast<int>(
+      std::clamp<long long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 // A negative number wraps around as unsigned arithmetic does; one beyond the range does not.
-uint32_t nearestUnsigned(const Number& number) {
-  if (number.magnitude > std::numeric_limits<uint32_t>::max()) {
-    return std::numeric_limits<uint32_t>::max();
-  }
-  const auto magnitude = static_cast<uint32_t>(number.magnitude);
-  return number.negative ? 0 - magnitude : magnitude;
+uint32_t nearestUnsigned(long long value) {
+  constexpr long long most = std::numeric_limits<uint32_t>::max();
+  return value < -most || value > most ? static_cast<uint32_t>(most) : static_cast<uint32_t>(value);
 }
 
 }  // namespace
@@ -84,7 +43,7 @@ BOOL isValidNumber(const char* xi_text, int xi_lower, int xi_upper, int* xio_val
     return FALSE;
   }
   if (number.hasDigits) {
-    *xio_value = nearestInt(number);
+    *xio_value = nearestInt(number.value);
   }
   return *xio_value >= xi_lower && *xio_value <= xi_upper ? TRUE : FALSE;
 }
@@ -95,7 +54,7 @@ BOOL isValidUnsignedNumber(const char* xi_text, uint32_t xi_lower, uint32_t xi_u
     return FALSE;
   }
   if (number.hasDigits) {
-    *xio_value = nearestUnsigned(number);
+    *xio_value = nearestUnsigned(number.value);
   }
   return *xio_value >= xi_lower && *xio_value <= xi_upper ? TRUE : FALSE;
 }
@@ -124,7 +83,7 @@ bool parseHex(const char* xi_text, uint32_t* xo_value) {
   if (!number.hasDigits) {
     return false;
   }
-  *xo_value = nearestUnsigned(number);
+  *xo_value = nearestUnsigned(number.value);
   return true;
 }
 

@@ -38,7 +38,7 @@ void printBits(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
 }
 
 void printSnr(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  const char* const gap = out.file() != nullptr ? " " : "  ";
+  const char* const gap = out.goesToFile() ? " " : "  ";
   out.row("{:.5f}  {}{}{:.1f}", frequency_MHz(subcarrier), value, gap, value / 2.0 - 32);
 }
 

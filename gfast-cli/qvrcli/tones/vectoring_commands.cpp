@@ -1,8 +1,10 @@
 #include "qvrcli/tones/vectoring_commands.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
@@ -53,25 +55,23 @@ QVR_retval_t readMatrices(QVR_lineId_t line, const MatrixKind& kind, LineMatrice
 // Row by row, each coefficient as its real and its imaginary part.
 std::string coefficientsText(const QVR_tonePairMatrix_t& pair) {
   std::string text;
-  char number[64];
   for (uint32_t row = 0; row < COEF_NUM_USERS; row++) {
     for (uint32_t column = 0; column < COEF_NUM_USERS; column++) {
-      std::snprintf(number, sizeof number, "%f %f ", pair.coefficients_re.matrix[row][column],
-                    pair.coefficients_im.matrix[row][column]);
-      text += number;
+      fmt::format_to(std::back_inserter(text), "{:f} {:f} ", pair.coefficients_re.matrix[row][column],
+                     pair.coefficients_im.matrix[row][column]);
     }
   }
   return text;
 }
 
-void writeMatrices(FILE* file, const LineMatrices& matrices) {
+void printMatrices(const TableOutput& out, const LineMatrices& matrices) {
   std::string text;
   for (uint32_t i = 0; i < matrices.subcarriers(); i++) {
     if (i % kSubcarriersPerPair == 0) {
       text = coefficientsText(matrices.ofLine[i / kSubcarriersPerPair]);
     }
     const double frequency_MHz = (matrices.tones.firstTone + i) * QVR_K_SUBCARRIER_SPACING_MHZ;
-    std::fprintf(file, "%09.5f %s\n", frequency_MHz, text.c_str());
+    out.row("{:09.5f} {}", frequency_MHz, text);
   }
 }
 
@@ -95,7 +95,7 @@ int showMatrix(cli_def* cli, char* argv[], int argc, const MatrixKind& kind) {
     cli_print(cli, "Failed reading %s matrix (%d)", kind.name, static_cast<int>(status));
     return CLI_OK;
   }
-  writeMatrices(out.file(), matrices);
+  printMatrices(out, matrices);
   out.finish();
   return CLI_OK;
 }

@@ -1,0 +1,11 @@
+// libcli, for the files that read or change its structs. What those hold is not part of its interface.
+#pragma once
+
+#include <libcli.h>
+
+// libcli.h itself spells the second name so.
+static_assert(
+    LIBCLI_VERSION_MAJOR == 1 && LIBCLI_VERISON_MINOR == 10,
+    "Another libcli. Check against its source how interpreter_guard.cpp replaces a filter's init and "
+    "optargs, how scripts.cpp puts filters, pipeline, found_optargs and print_callback aside, and how "
+    "session_stream.cpp replaces client; then change the version here.");
