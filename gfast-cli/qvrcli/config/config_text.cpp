@@ -105,7 +105,7 @@ constexpr bool namesDiffer(std::span<const std::string_view> names) {
 }
 
 static_assert(namesDiffer(kShowOrder) && numberOfFields() == std::size(kShowOrder),
-              "a field is not in the order of `show`, or twice");
+              "the order of `show` does not name every field once");
 static_assert(std::ranges::all_of(kShown, [](const ConfigField* field) { return labelFits(*field); }),
               "a label is longer than its column");
 
