@@ -1,9 +1,10 @@
-// The lab's command line, typed at the real program.
+// The lab's command line, tried on the real program.
 #include <gmock/gmock.h>
 
 #include <cstdio>
+#include <string>
 
-#include "unit/virtual-board/bench.h"
+#include "unit/virtual-board/temp_file.h"
 
 namespace {
 

@@ -1,9 +1,8 @@
-// A board on a test's bench: requests in, bytes and error names out, and a clock in the test's hand.
+// A board that a test sends requests to. Results are bytes or error names as text; the test sets the time.
 #pragma once
 
 #include <gfast_api.h>
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -11,13 +10,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "chip/boot_register.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
+#include "unit/virtual-board/temp_file.h"
 #include "virtual-board/base/errno_names.h"
 #include "virtual-board/board/virtual_board.h"
 #include "virtual-board/description/board_file.h"
@@ -35,6 +34,10 @@ inline std::string hex(const void* bytes, size_t length) {
   return text;
 }
 
+inline std::string zeros(size_t length) {
+  return hex(std::vector<uint8_t>(length).data(), length);
+}
+
 inline std::vector<uint8_t> fromHex(const std::string& text) {
   std::vector<uint8_t> bytes;
   for (size_t i = 0; i + 1 < text.size(); i += 3) {
@@ -43,40 +46,11 @@ inline std::vector<uint8_t> fromHex(const std::string& text) {
   return bytes;
 }
 
-// A file that lives as long as the test.
-class TempFile {
- public:
-  explicit TempFile(const std::string& content = "", const char* name = "") {
-    char folder[] = "/tmp/board-test-XXXXXX";
-    folder_ = ::mkdtemp(folder);
-    path_ = folder_ + '/' + (*name == '\0' ? "file" : name);
-    std::ofstream(path_, std::ios::binary) << content;
-  }
-  explicit TempFile(const std::vector<uint8_t>& content)
-      : TempFile(std::string(content.begin(), content.end())) {}
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-  ~TempFile() {
-    ::unlink(path_.c_str());
-    ::rmdir(folder_.c_str());
-  }
-  const std::string& path() const { return path_; }
-  const std::string& folder() const { return folder_; }
-  std::string content() const {
-    std::ifstream file(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-
- private:
-  std::string folder_;
-  std::string path_;
-};
-
 struct Bench {
   explicit Bench(const BoardConfig& config = BoardConfig())
       : board(config, [this] { return now; }), descriptors{board.open(0), board.open(1)} {}
   // From a board file's text.
-  explicit Bench(const char* toml) : Bench(parseBoard(toml, "board.toml")) {}
+  explicit Bench(const std::string& toml) : Bench(parseBoard(toml, "board.toml")) {}
 
   double now = 0;
   VirtualBoard board;
@@ -94,7 +68,7 @@ struct Bench {
     return result < 0 ? errnoName(errno) : "ok";
   }
 
-  // The bytes, or the error's name.
+  // The bytes in hexadecimal, or the error's name.
   std::string read(int device, uint32_t address, uint16_t length) {
     std::vector<char> buffer(length);
     request = {};
@@ -125,7 +99,7 @@ struct Bench {
   uint32_t stage(int device) { return SBR_FW_STATE(sbr(device)); }
   uint32_t lineState(int device) { return word(device, VIRT_ADDR_B0_REGS + B0_REGS_LINK_STATES); }
 
-  // As the host reboots a chip: selects the stage, clears the reset counters, resets.
+  // What a host does to reboot a chip: it selects the stage, clears the reset counters and resets.
   void reboot(int device, bool disableFlash, bool disableFlashOverride) {
     const uint32_t value = ((sbr(device) | 0x210U) & 0x81FFFEFEU) | (disableFlash ? 1U : 0U) |
                            (disableFlashOverride ? 0x100U : 0U);
@@ -254,5 +228,11 @@ struct Bench {
   }
 };
 
-// Long enough for a line to train from anywhere.
+// A board file's text: the line is in showtime at power-up, and what `toml` adds.
+constexpr const char* kShowtime = "[[device]]\nline = \"showtime\"\n";
+inline std::string withShowtime(const std::string& toml) {
+  return kShowtime + toml;
+}
+
+// From any state, a line is in showtime after this time.
 constexpr double kTrainingTime_s = 6.0;

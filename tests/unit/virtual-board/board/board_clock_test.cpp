@@ -1,4 +1,4 @@
-// The board's own clock: things happen by themselves, in real time.
+// A board without a test's clock runs in real time.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -22,7 +22,7 @@ bool becomesReadable(int descriptor, int timeout_ms) {
 
 }  // namespace
 
-TEST(BoardClock, ADescriptorBecomesReadableByItself) {
+TEST(BoardClock, ADescriptorBecomesReadableInRealTime) {
   const BoardConfig config =
       parseBoard("[[device]]\nline = \"showtime\"\n[[event]]\ndevice = 0\nat_s = 1\ntype = 3", "b");
   const auto start = steady_clock::now();
@@ -33,7 +33,7 @@ TEST(BoardClock, ADescriptorBecomesReadableByItself) {
   EXPECT_GE(duration<double>(steady_clock::now() - start).count(), 1.0);
 }
 
-TEST(BoardClock, AResetEndsByItself) {
+TEST(BoardClock, AResetEndsInRealTime) {
   VirtualBoard board(parseBoard("[[device]]\nline = \"idle\"", "b"));
   const int descriptor = board.open(0);
   char word[4];
@@ -47,6 +47,6 @@ TEST(BoardClock, AResetEndsByItself) {
   EXPECT_EQ(board.request(descriptor, DFEIOCMEMRD, request), 0);
 }
 
-TEST(BoardClock, EndsWhileSomethingIsStillToCome) {
+TEST(BoardClock, ABoardCanBeSwitchedOffBeforeAPlannedEvent) {
   const VirtualBoard board(parseBoard("[[event]]\ndevice = 0\nat_s = 1000000\ntype = 3", "b"));
 }

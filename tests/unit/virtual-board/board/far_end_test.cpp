@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
 
-#include "unit/virtual-board/counters.h"
+#include "unit/virtual-board/measured/counters.h"
 
 using namespace gfast;
 using namespace gfast::board;
 
 namespace {
 
-constexpr const char* kShowtime = "[[device]]\nline = \"showtime\"\n";
 constexpr uint16_t kInventory = MGMT_FAR_END_REQ_TYPE_INVENTORY;
 constexpr uint16_t kRead = MGMT_FAR_END_REQ_TYPE_READMEM;
 constexpr uint16_t kWrite = MGMT_FAR_END_REQ_TYPE_WRITEMEM;
@@ -24,30 +23,28 @@ TEST(FarEnd, IsReachedInShowtimeOnly) {
   EXPECT_EQ(bench.farEnd(0, 5), "ENOTCONN");
 }
 
-TEST(FarEnd, AReplacedAnswerIsThatOfOneLineAndOneKind) {
-  Bench bench(
-      (std::string(kShowtime) + "[[farend]]\nline = 1\nrequest = 0\nresponse = \"01 02 03\"").c_str());
+TEST(FarEnd, AReplacedAnswerIsForOneLineAndOneRequest) {
+  Bench bench(withShowtime("[[farend]]\nline = 1\nrequest = 0\nresponse = \"01 02 03\""));
   EXPECT_EQ(bench.farEnd(1, 0), "01 02 03");
   EXPECT_EQ(bench.farEnd(0, 0).size(), 44U * 3 - 1);
   EXPECT_EQ(bench.farEnd(1, 1).size(), 56U * 3 - 1);
 }
 
-TEST(FarEnd, MayAnswerWithNothingOrAnError) {
-  Bench bench((std::string(kShowtime) + "[[farend]]\nline = 0\nrequest = 1\nresponse = \"\"\n"
-                                        "[[farend]]\nline = 0\nrequest = 2\nerrno = \"ETIMEDOUT\"")
-                  .c_str());
+TEST(FarEnd, AReplacedAnswerMayBeEmptyOrAnError) {
+  Bench bench(
+      withShowtime("[[farend]]\nline = 0\nrequest = 1\nresponse = \"\"\n"
+                   "[[farend]]\nline = 0\nrequest = 2\nerrno = \"ETIMEDOUT\""));
   EXPECT_EQ(bench.farEnd(0, 1), "");
   EXPECT_EQ(bench.farEnd(0, 2), "ETIMEDOUT");
 }
 
-TEST(FarEnd, ALongAnswerEndsWithTheBuffer) {
-  Bench bench(
-      (std::string(kShowtime) + "[[farend]]\nline = 0\nrequest = 1\nresponse = \"01 02 03\"").c_str());
+TEST(FarEnd, ALongAnswerIsCutToTheBuffer) {
+  Bench bench(withShowtime("[[farend]]\nline = 0\nrequest = 1\nresponse = \"01 02 03\""));
   EXPECT_EQ(bench.farEnd(0, 1, 2), "01 02");
   EXPECT_EQ(bench.farEnd(0, 1, 0), "");
 }
 
-TEST(FarEnd, ThereIsOneLineADeviceAndNoOtherMessage) {
+TEST(FarEnd, OtherLinesAndUnknownMessagesAreRefused) {
   Bench bench(kShowtime);
   EXPECT_EQ(bench.farEnd(0, 1, 64, 1), "EINVAL");
   EXPECT_EQ(bench.farEnd(0, 1, 64, 0xFFFF), "EINVAL");
@@ -55,7 +52,7 @@ TEST(FarEnd, ThereIsOneLineADeviceAndNoOtherMessage) {
   EXPECT_EQ(bench.farEnd(0, 0xFFFF), "EINVAL");
 }
 
-TEST(FarEnd, CountersAreThoseOfTheOtherEnd) {
+TEST(FarEnd, ReturnsTheCountersOfTheOtherEnd) {
   Bench bench(kShowtime);
   bench.wait(600);
   const auto told = farCounters(bench, 0);
@@ -84,7 +81,7 @@ TEST(FarEnd, ItsParametersArePackedAndLittleEndian) {
   EXPECT_EQ(load_le16(&bytes[6]), 40U);
   EXPECT_EQ(load_le16(&bytes[8]), 10U);
   EXPECT_EQ(load_le16(&bytes[10]), framer(bench, 1).rmcSnrMargin);
-  // What 100 m leave of 4 dBm, summed over the subcarriers.
+  // The power of 4 dBm after 100 m, summed over the subcarriers, in 0.1 dBm.
   EXPECT_NEAR(static_cast<int16_t>(load_le16(&bytes[12])), -41, 1);
 }
 
@@ -93,7 +90,7 @@ TEST(FarEnd, MemoryIsReadFromTheOtherChip) {
   bench.write(1, 0xE8000010, "01 02 03 04 05");
   EXPECT_EQ(bench.ask(0, kRead, "02 00 05 00 34 12 00 00 10 00 00 e8"),
             "02 80 05 00 34 12 00 00 10 00 00 e8 01 02 03 04 05");
-  // A block comes as its own chip's host reads it.
+  // The same bytes as the other chip's host reads.
   EXPECT_EQ(bench.ask(0, kRead, "02 00 54 01 01 00 00 00 00 00 44 e2").substr(36),
             bench.read(1, kFramerRaw, 340));
 }
@@ -111,7 +108,7 @@ TEST(FarEnd, MemoryIsWrittenToTheOtherChip) {
   EXPECT_EQ(bench.read(0, 0xE8000000, 3), "aa bb 00");
 }
 
-TEST(FarEnd, MemoryRequestsThatMakeNoSenseAreRefused) {
+TEST(FarEnd, WrongMemoryRequestsAreRefused) {
   Bench bench(kShowtime);
   const struct {
     const char* what;
@@ -144,7 +141,7 @@ TEST(FarEnd, MemoryRequestsThatMakeNoSenseAreRefused) {
   EXPECT_EQ(bench.read(1, 0xE8000000, 2), "00 00");
 }
 
-TEST(FarEnd, FirmwareDownloadIsLeftUnanswered) {
+TEST(FarEnd, DoesNotAnswerAFirmwareDownload) {
   Bench bench(kShowtime);
   EXPECT_EQ(bench.farEnd(0, MGMT_FAR_END_REQ_TYPE_FW_DOWNLOAD), "EIO");
 }
@@ -153,13 +150,13 @@ TEST(FarEnd, EveryAnswerCanBeReplaced) {
   for (uint16_t type = 0; type < MGMT_FAR_END_REQ_TYPE_LAST; type++) {
     const std::string toml = std::string(kShowtime) + "[[farend]]\nline = 0\nresponse = \"aa 0" +
                              std::to_string(type) + "\"\nrequest = " + std::to_string(type);
-    Bench bench(toml.c_str());
+    Bench bench(toml);
     EXPECT_EQ(bench.farEnd(0, type), "aa 0" + std::to_string(type));
     EXPECT_NE(bench.farEnd(1, type), "aa 0" + std::to_string(type));
   }
 }
 
-TEST(FarEnd, AResetThroughItsMemoryDropsTheLine) {
+TEST(FarEnd, AResetOfItDropsTheLine) {
   Bench bench(kShowtime);
   EXPECT_EQ(bench.ask(0, kWrite, "03 00 04 00 01 00 00 00 14 00 00 e0 00 00 00 80").substr(0, 5), "03 80");
   EXPECT_EQ(bench.farEnd(0, kPmd), "ENOTCONN");

@@ -1,8 +1,8 @@
 #include "virtual-board/board/faults.h"
-#include "chip/boot_register.h"
 
 #include <gtest/gtest.h>
 
+#include "chip/boot_register.h"
 #include "unit/virtual-board/bench.h"
 
 using namespace gfast;
@@ -10,7 +10,7 @@ using namespace gfast::board;
 
 namespace {
 
-// "12x4": what each of the requests below answers, x for a failure.
+// The results of four requests: "12x4" when the third fails.
 std::string readFour(Bench& bench, uint32_t address = SBR_REG_ADDRESS) {
   std::string results;
   for (int i = 1; i <= 4; i++) {
@@ -25,29 +25,29 @@ std::string fault(const std::string& rest) {
 
 }  // namespace
 
-TEST(Faults, FailOnceUnlessSaidOtherwise) {
-  Bench bench(fault("request = \"memread\"").c_str());
+TEST(Faults, FailOnceByDefault) {
+  Bench bench(fault("request = \"memread\""));
   EXPECT_EQ(readFour(bench), "x234");
 }
 
-TEST(Faults, LetSomeThroughThenFailSome) {
-  Bench bench(fault("request = \"memread\"\nskip = 1\ncount = 2").c_str());
+TEST(Faults, LetSomeRequestsThroughAndThenFailSome) {
+  Bench bench(fault("request = \"memread\"\nskip = 1\ncount = 2"));
   EXPECT_EQ(readFour(bench), "1xx4");
 }
 
 TEST(Faults, CountZeroFailsAllThatFollow) {
-  Bench bench(fault("request = \"memread\"\nskip = 2\ncount = 0").c_str());
+  Bench bench(fault("request = \"memread\"\nskip = 2\ncount = 0"));
   EXPECT_EQ(readFour(bench), "12xx");
   EXPECT_EQ(readFour(bench), "xxxx");
 }
 
-TEST(Faults, ConcernOneDevice) {
-  Bench bench(fault("request = \"memread\"\ncount = 0").c_str());
+TEST(Faults, AreForOneDevice) {
+  Bench bench(fault("request = \"memread\"\ncount = 0"));
   EXPECT_EQ(bench.read(1, SBR_REG_ADDRESS, 4), "00 00 80 01");
 }
 
-TEST(Faults, WithAnAddressOnlyRequestsThatTouchIt) {
-  Bench bench(fault("request = \"memread\"\naddress = 0xEF000004\ncount = 0").c_str());
+TEST(Faults, WithAnAddressFailOnlyRequestsThatTouchIt) {
+  Bench bench(fault("request = \"memread\"\naddress = 0xEF000004\ncount = 0"));
   EXPECT_EQ(bench.read(0, 0xEF000000, 4), "00 00 00 00");
   EXPECT_EQ(bench.read(0, 0xEF000000, 6), "EIO");
   EXPECT_EQ(bench.read(0, 0xEF000004, 2), "EIO");
@@ -55,26 +55,25 @@ TEST(Faults, WithAnAddressOnlyRequestsThatTouchIt) {
   EXPECT_EQ(bench.read(0, 0xEF000004, 0), "EIO");
 }
 
-TEST(Faults, SkipCountsOnlyWhatMatches) {
-  Bench bench(fault("request = \"memread\"\naddress = 0xEF000004\nskip = 1").c_str());
+TEST(Faults, SkipCountsOnlyRequestsThatMatch) {
+  Bench bench(fault("request = \"memread\"\naddress = 0xEF000004\nskip = 1"));
   EXPECT_EQ(readFour(bench), "1234");
   EXPECT_EQ(readFour(bench, 0xEF000004), "1x34");
 }
 
-TEST(Faults, NameTheirError) {
-  Bench bench(fault("request = \"memread\"\nerrno = \"ETIMEDOUT\"").c_str());
+TEST(Faults, FailWithTheirError) {
+  Bench bench(fault("request = \"memread\"\nerrno = \"ETIMEDOUT\""));
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "ETIMEDOUT");
 }
 
-TEST(Faults, SeveralTakeTheirTurns) {
+TEST(Faults, SeveralCountIndependently) {
   Bench bench((fault("request = \"memread\"\nerrno = \"EIO\"\n") +
-               "[[fault]]\ndevice = 0\nrequest = \"memread\"\nskip = 2\nerrno = \"EIO\"")
-                  .c_str());
+               "[[fault]]\ndevice = 0\nrequest = \"memread\"\nskip = 2\nerrno = \"EIO\""));
   EXPECT_EQ(readFour(bench), "x2x4");
 }
 
 TEST(Faults, AFailedRequestHasNoEffect) {
-  Bench bench(fault("request = \"memwrite\"").c_str());
+  Bench bench(fault("request = \"memwrite\""));
   EXPECT_EQ(bench.write(0, 0xEF000000, "01 02"), "EIO");
   EXPECT_EQ(bench.read(0, 0xEF000000, 2), "00 00");
   EXPECT_EQ(bench.write(0, 0xEF000000, "01 02"), "ok");
@@ -99,7 +98,7 @@ TEST(Faults, EveryRequestCanFail) {
   };
   for (const auto& each : requests) {
     const std::string toml = fault("request = \"" + std::string(each.request) + "\"\nerrno = \"EREMOTEIO\"");
-    Bench bench(toml.c_str());
+    Bench bench(toml);
     EXPECT_EQ(each.send(bench, image.path()), "EREMOTEIO") << each.request;
     EXPECT_NE(each.send(bench, image.path()), "EREMOTEIO") << each.request;
   }

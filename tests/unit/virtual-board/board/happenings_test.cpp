@@ -1,38 +1,23 @@
-// What a board file lets happen while the board runs: to the loop, and to the modems at its ends.
+// Events that a board file plans for the loop and for the modems at its ends.
 #include <gtest/gtest.h>
 
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
 #include "chip/registers.h"
-#include "unit/virtual-board/counters.h"
-#include "unit/virtual-board/log_lines.h"
+#include "unit/virtual-board/chip/log_lines.h"
+#include "unit/virtual-board/measured/counters.h"
 
 using namespace gfast;
 using namespace gfast::board;
 
 namespace {
 
-constexpr const char* kShowtime = "[[device]]\nline = \"showtime\"\n";
 constexpr uint32_t kFailureCause = VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_INIT_FAILURE_CAUSE;
-
-std::string withShowtime(const char* toml) {
-  return std::string(kShowtime) + toml;
-}
-
-std::string mistake(const char* toml) {
-  try {
-    parseBoard(toml, "b");
-    return "none";
-  } catch (const BoardFileError& error) {
-    return error.what();
-  }
-}
 
 }  // namespace
 
-TEST(LoopEvents, ACutLoopAndItsRepair) {
-  Bench bench(
-      withShowtime("[[loop_event]]\nat_s = 20\ncut = true\n[[loop_event]]\nat_s = 50\ncut = false").c_str());
+TEST(LoopEvents, ACutLoopGoesDownAndTrainsAgainAfterTheRepair) {
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 20\ncut = true\n[[loop_event]]\nat_s = 50\ncut = false"));
   bench.wait(19);
   EXPECT_EQ(bench.events(0), "");
   bench.wait(2.5);
@@ -45,21 +30,21 @@ TEST(LoopEvents, ACutLoopAndItsRepair) {
   EXPECT_EQ(derived(bench, 0).continuousLossOfSignalSeconds, 21U);
   EXPECT_EQ(pm(bench, 0).ne.LOSS, 21U);
   EXPECT_EQ(pm(bench, 0).ne.UAS, 20U);
-  // What happened at the far end meanwhile, nobody can have told.
+  // The far end cannot send its counts over a cut loop.
   EXPECT_LT(pm(bench, 0).fe.LOSS, 2U);
   bench.wait(30);
   EXPECT_EQ(bench.events(0), "3>4 4>5 5>6");
   EXPECT_EQ(derived(bench, 0).lossOfSignalFailure, 0U);
-  EXPECT_EQ(pm(bench, 0).ne.LOSS, 31U);  // 30 s cut, and a second of silence before the other end speaks
+  EXPECT_EQ(pm(bench, 0).ne.LOSS, 31U);  // 30 s cut, and 1 s of silence before the handshake
   EXPECT_EQ(pm(bench, 0).fe.LOSS, 31U);
   EXPECT_NEAR(pm(bench, 0).ne.UAS, 29 + 4.1, 1.0);
   EXPECT_GE(pm(bench, 0).ne.ES, 1U);
   EXPECT_EQ(pm(bench, 0).fe.UAS, pm(bench, 1).ne.UAS);
 }
 
-TEST(LoopEvents, AnInterruptionThatIsRiddenOutCostsASecond) {
-  Bench bench(withShowtime("[[loop_event]]\nat_s = 20\ncut = true\n[[loop_event]]\nat_s = 20.5\ncut = false")
-                  .c_str());
+TEST(LoopEvents, AShortCutCostsOneSeverelyErroredSecond) {
+  Bench bench(
+      withShowtime("[[loop_event]]\nat_s = 20\ncut = true\n[[loop_event]]\nat_s = 20.5\ncut = false"));
   bench.wait(30);
   EXPECT_EQ(bench.events(0), "");
   EXPECT_EQ(pm(bench, 0).ne.SES, 1U);
@@ -70,7 +55,7 @@ TEST(LoopEvents, AnInterruptionThatIsRiddenOutCostsASecond) {
 
 TEST(LoopEvents, AWeakBurstIsCorrected) {
   Bench calm(kShowtime);
-  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.001\nfor_s = 5").c_str());
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.001\nfor_s = 5"));
   calm.wait(20);
   bench.wait(20);
   EXPECT_GT(framer(bench, 1).numOfBadRxDTUs, framer(calm, 1).numOfBadRxDTUs + 100);
@@ -79,7 +64,7 @@ TEST(LoopEvents, AWeakBurstIsCorrected) {
 }
 
 TEST(LoopEvents, AStrongBurstMakesSeverelyErroredSeconds) {
-  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5").c_str());
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5"));
   bench.wait(20);
   EXPECT_EQ(bench.events(0), "");
   EXPECT_EQ(pm(bench, 0).ne.SES, 5U);
@@ -88,8 +73,8 @@ TEST(LoopEvents, AStrongBurstMakesSeverelyErroredSeconds) {
   EXPECT_LT(derived(bench, 0).EFTR_min, derived(bench, 0).RxETR);
 }
 
-TEST(LoopEvents, ABurstThatDrownsTheManagementChannelEndsShowtime) {
-  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.6\nfor_s = 3").c_str());
+TEST(LoopEvents, ABurstThatStopsTheManagementChannelEndsShowtime) {
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.6\nfor_s = 3"));
   bench.wait(12.4);
   EXPECT_EQ(bench.events(0), "");
   bench.wait(0.2);
@@ -101,7 +86,7 @@ TEST(LoopEvents, ABurstThatDrownsTheManagementChannelEndsShowtime) {
   EXPECT_GT(framer(bench, 0).numOfBadRMCs, 1000U);
 }
 
-TEST(Initialisation, ALoopTooLongFailsAndIsTriedAgain) {
+TEST(Initialisation, FailsOnALoopThatIsTooLongAndIsTriedAgain) {
   Bench bench("[loop]\nlength_m = 600");
   bench.wait(5);
   EXPECT_EQ(bench.events(0), "3>4 4>5 failure 7 5>3");
@@ -117,7 +102,7 @@ TEST(Initialisation, ALoopTooLongFailsAndIsTriedAgain) {
   EXPECT_EQ(bench.farEnd(0, 0), "ENOTCONN");
 }
 
-TEST(Initialisation, NobodyIsHeardOverAVeryLongOrCutLoop) {
+TEST(Initialisation, FindsNoFarEndOverAVeryLongOrCutLoop) {
   for (const char* loop : {"[loop]\nlength_m = 2000", "[loop]\nnoise_dbm_hz = -60", "[loop]\ncut = true"}) {
     Bench bench(loop);
     bench.wait(5.1);
@@ -131,9 +116,8 @@ TEST(Initialisation, NobodyIsHeardOverAVeryLongOrCutLoop) {
   }
 }
 
-TEST(PowerLoss, TheOtherEndKnowsWhyAndTheChipComesBackNew) {
-  Bench bench(
-      withShowtime("[[device_event]]\ndevice = 1\nat_s = 30\nkind = \"power_off\"\nfor_s = 10").c_str());
+TEST(PowerLoss, IsReportedByTheOtherEndAndTheChipStartsAfresh) {
+  Bench bench(withShowtime("[[device_event]]\ndevice = 1\nat_s = 30\nkind = \"power_off\"\nfor_s = 10"));
   bench.writeWord(1, 0xE8000000, 7);
   bench.wait(30.1);
   EXPECT_EQ(bench.events(0), "failure 4 6>7");
@@ -154,21 +138,21 @@ TEST(PowerLoss, TheOtherEndKnowsWhyAndTheChipComesBackNew) {
   EXPECT_EQ(pm(bench, 1).ne.FULL_INITS, 1U);
 }
 
-TEST(Happenings, AreCountedAtBothEnds) {
-  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5\n"
-                           "[[loop_event]]\nat_s = 30\ncut = true\n[[loop_event]]\nat_s = 40\ncut = false\n"
-                           "[[device_event]]\ndevice = 1\nat_s = 80\nkind = \"power_off\"\nfor_s = 10")
-                  .c_str());
+TEST(LoopAndDeviceEvents, AreCountedAtBothEnds) {
+  Bench bench(
+      withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5\n"
+                   "[[loop_event]]\nat_s = 30\ncut = true\n[[loop_event]]\nat_s = 40\ncut = false\n"
+                   "[[device_event]]\ndevice = 1\nat_s = 80\nkind = \"power_off\"\nfor_s = 10"));
   bench.wait(70);
   for (const int device : {0, 1}) {
     const auto near = pm(bench, device).ne;
     const auto other = pm(bench, 1 - device).fe;
-    EXPECT_GE(near.SES, 6U) << device;  // the burst's five, and the second in which the loop was cut
+    EXPECT_GE(near.SES, 6U) << device;  // five of the burst, and the second of the cut
     EXPECT_GE(near.ES, near.SES) << device;
     EXPECT_EQ(near.LOS, 1U) << device;
     EXPECT_EQ(near.LOSS, 11U) << device;
     EXPECT_NEAR(near.UAS, 9 + 4.6, 1.5) << device;
-    EXPECT_EQ(near.FULL_INITS, 3U) << device;  // two that led to showtime, and one that found nobody
+    EXPECT_EQ(near.FULL_INITS, 3U) << device;  // two that led to showtime, one without a far end
     EXPECT_EQ(near.FAILEDFULL_INITS, 1U) << device;
     EXPECT_EQ(near.LPR, 0U) << device;
     EXPECT_EQ(other.ES, near.ES) << device;
@@ -179,12 +163,12 @@ TEST(Happenings, AreCountedAtBothEnds) {
   }
   bench.wait(40);
   EXPECT_EQ(pm(bench, 0).ne.LPR, 1U);
-  EXPECT_EQ(pm(bench, 1).fe.LPR, 0U);  // it was not there yet
+  EXPECT_EQ(pm(bench, 1).fe.LPR, 0U);  // it counts from its own start
   EXPECT_EQ(pm(bench, 0).ne.LOS, 1U);
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(PowerLoss, OfTheRemoteModemForGood) {
+TEST(PowerLoss, OfTheRemoteModemWithoutReturn) {
   Bench bench(
       "[board]\ndevices = 1\n[[device]]\nline = \"showtime\"\n"
       "[[device_event]]\ndevice = 1\nat_s = 3\nkind = \"power_off\"");
@@ -193,7 +177,7 @@ TEST(PowerLoss, OfTheRemoteModemForGood) {
   EXPECT_EQ(bench.farEnd(0, 0), "ENOTCONN");
 }
 
-TEST(PowerLoss, DuringTrainingAndDuringABoot) {
+TEST(PowerLoss, MayComeDuringTrainingAndDuringABoot) {
   Bench bench(
       "[[device_event]]\ndevice = 1\nat_s = 2\nkind = \"power_off\"\nfor_s = 1\n"
       "[[device_event]]\ndevice = 1\nat_s = 3.5\nkind = \"power_off\"\nfor_s = 1");
@@ -206,10 +190,10 @@ TEST(PowerLoss, DuringTrainingAndDuringABoot) {
   EXPECT_EQ(bench.events(1), "boot 2>3 3>4 4>5 5>6");
 }
 
-TEST(Hang, AChipThatHangsAnswersNothingAndItsLineStaysUp) {
-  Bench bench(withShowtime("[[device_event]]\ndevice = 0\nat_s = 5\nkind = \"hang\"\nfor_s = 30\n"
-                           "[[event]]\ndevice = 0\nat_s = 10\ntype = 3")
-                  .c_str());
+TEST(Hang, TheChipDoesNotAnswerAndItsLineStaysUp) {
+  Bench bench(
+      withShowtime("[[device_event]]\ndevice = 0\nat_s = 5\nkind = \"hang\"\nfor_s = 30\n"
+                   "[[event]]\ndevice = 0\nat_s = 10\ntype = 3"));
   bench.wait(12);
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "ETIMEDOUT");
   EXPECT_EQ(bench.writeWord(0, RESET_REG_ADDRESS, RESET_REGISTER_VALUE), "ETIMEDOUT");
@@ -229,17 +213,17 @@ TEST(Hang, AChipThatHangsAnswersNothingAndItsLineStaysUp) {
   EXPECT_EQ(framer(bench, 0).numOfTxFrames, 48000U);
 }
 
-TEST(Hang, PowerHelps) {
-  Bench bench(withShowtime("[[device_event]]\ndevice = 0\nat_s = 1\nkind = \"hang\"\n"
-                           "[[device_event]]\ndevice = 0\nat_s = 50\nkind = \"power_off\"\nfor_s = 1")
-                  .c_str());
+TEST(Hang, EndsWithALossOfPower) {
+  Bench bench(
+      withShowtime("[[device_event]]\ndevice = 0\nat_s = 1\nkind = \"hang\"\n"
+                   "[[device_event]]\ndevice = 0\nat_s = 50\nkind = \"power_off\"\nfor_s = 1"));
   bench.wait(49);
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "ETIMEDOUT");
   bench.wait(10);
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(ChipLogs, AllCoresTellOfATraining) {
+TEST(LineLogs, AllCoresLogATraining) {
   Bench bench;
   bench.enableLogs(0);
   bench.wait(kTrainingTime_s);
@@ -252,14 +236,14 @@ TEST(ChipLogs, AllCoresTellOfATraining) {
                     std::to_string(cp.RxNDR) + ')'}));
 }
 
-TEST(ChipLogs, AHostThatDidNotAskFindsNone) {
+TEST(LineLogs, AreNotKeptForAHostThatSwitchesThemOnLater) {
   Bench bench;
   bench.wait(kTrainingTime_s);
   bench.enableLogs(0);
   EXPECT_EQ(bench.logs(0), "");
 }
 
-TEST(ChipLogs, TellOfFailuresAndBoots) {
+TEST(LineLogs, ShowFailuresAndBoots) {
   Bench bench(kShowtime);
   bench.enableLogs(0);
   bench.enableLogs(1);
@@ -270,29 +254,4 @@ TEST(ChipLogs, TellOfFailuresAndBoots) {
                                                           "CP link %u: state %u to %u (0, 7, 3)"}));
   EXPECT_EQ(logLines(bench, 1), (std::vector<std::string>{"CP firmware %u.%u.%u.%u runs (2, 9, 4, 106)",
                                                           "CP link %u: state %u to %u (0, 2, 3)"}));
-}
-
-TEST(HappeningsInBoardFiles, Mistakes) {
-  const struct {
-    const char* toml;
-    const char* line;
-  } mistakes[] = {
-      {"[[loop_event]]\nat_s = 1", "b:1: [[loop_event]] needs either \"cut\" or \"errors\""},
-      {"[[loop_event]]\ncut = true\nerrors = 0.1", "b:1: [[loop_event]] needs either \"cut\" or \"errors\""},
-      {"[[loop_event]]\nerrors = 0.1", "b:1: [[loop_event]] needs \"for_s\""},
-      {"[[loop_event]]\nerrors = 1.5\nfor_s = 1", "b:2: \"errors\" must be between 0 and 1"},
-      {"[[loop_event]]\ncut = 1", "b:2: \"cut\" must be true or false"},
-      {"[[loop_event]]\ncut = true\nfor_s = 1", "b:3: unknown key \"for_s\" in [[loop_event]]"},
-      {"[[device_event]]\nkind = \"hang\"", "b:1: [[device_event]] needs \"device\""},
-      {"[[device_event]]\ndevice = 0", "b:1: [[device_event]] needs \"kind\""},
-      {"[[device_event]]\ndevice = 2\nkind = \"hang\"", "b:2: \"device\" must be between 0 and 1"},
-      {"[[device_event]]\ndevice = 1\nkind = \"hang\"\nfor_s = -1",
-       "b:4: \"for_s\" must be between 0 and 1e+09"},
-      {"[loop]\nlength_m = 600\n[[device]]\nline = \"showtime\"",
-       "b:4: \"line\" needs a loop that is not too long to train"},
-  };
-  for (const auto& each : mistakes) {
-    EXPECT_EQ(mistake(each.toml), each.line) << each.toml;
-  }
-  EXPECT_EQ(mistake("[[device_event]]\ndevice = 0\nkind = \"melt\"").substr(0, 4), "b:3:");
 }

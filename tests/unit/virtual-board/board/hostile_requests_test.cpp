@@ -111,7 +111,7 @@ TEST(HostileRequests, UnknownCodes) {
   }
 }
 
-TEST(HostileRequests, RequestsThatNobodyServes) {
+TEST(HostileRequests, RequestsThatTheBoardDoesNotServe) {
   Bench bench;
   bench.request = {};
   for (const uint32_t code : {DFEIOCOAMGET, DFEIOCOAMSET, DFEIOCSETPORTTAG, DFEIOCGETRESULT, DFEIOCDEVINFO}) {
@@ -119,7 +119,7 @@ TEST(HostileRequests, RequestsThatNobodyServes) {
   }
 }
 
-TEST(HostileRequests, DescriptorsThatAreNotTheBoards) {
+TEST(HostileRequests, DescriptorsOfOthers) {
   Bench bench;
   gfast_iocreq request{};
   for (const int descriptor : {-1, 0, 1, 100000}) {
@@ -132,7 +132,7 @@ TEST(HostileRequests, DescriptorsThatAreNotTheBoards) {
   EXPECT_NE(::fcntl(0, F_GETFD), -1);
 }
 
-TEST(HostileRequests, AClosedDescriptorIsGone) {
+TEST(HostileRequests, AClosedDescriptor) {
   Bench bench;
   bench.board.close(bench.descriptors[0]);
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "EBADF");

@@ -18,7 +18,7 @@ struct TracedBench : Bench {
 
 }  // namespace
 
-TEST(RequestTrace, OneLineARequest) {
+TEST(RequestTrace, HasOneLineForEachRequest) {
   const TempFile trace;
   const TempFile image("12345");
   TracedBench bench(trace.path());
@@ -72,7 +72,7 @@ TEST(RequestTrace, AFileThatCannotBeCreatedIsReported) {
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "00 00 80 01");
 }
 
-TEST(RequestTrace, AFullDiskDoesNotHurtTheBoard) {
+TEST(RequestTrace, TheBoardWorksOnWithAFullDisk) {
   TracedBench bench("/dev/full");
   for (int i = 0; i < 1000; i++) {
     ASSERT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "00 00 80 01");

@@ -10,7 +10,6 @@ using namespace gfast::board;
 namespace {
 
 constexpr uint32_t kConfiguration = 1U << SBR_USER_ACTIVATION_STATE_OFFSET;
-constexpr const char* kShowtime = "[[device]]\nline = \"showtime\"\n";
 
 void setConfigurationState(Bench& bench) {
   for (const int device : {0, 1}) {
@@ -54,7 +53,7 @@ TEST(Restart, UserActivationInLineStateDoesNothing) {
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(Restart, AResetForgetsAnActivationUnderWay) {
+TEST(Restart, AResetCancelsAnActivation) {
   Bench bench;
   setConfigurationState(bench);
   bench.write(0, VIRT_ADDR_USER_ACTIVATION, "00 00 00 00");
@@ -63,7 +62,7 @@ TEST(Restart, AResetForgetsAnActivationUnderWay) {
   EXPECT_EQ(bench.sbr(0) & kConfiguration, kConfiguration);
 }
 
-TEST(Restart, TheBootLoaderKnowsNoUserActivation) {
+TEST(Restart, TheBootLoaderIgnoresUserActivation) {
   Bench bench("[[device]]\nboot = \"b1\"");
   setConfigurationState(bench);
   bench.write(0, VIRT_ADDR_USER_ACTIVATION, "00 00 00 00");

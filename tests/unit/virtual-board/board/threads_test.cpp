@@ -1,4 +1,4 @@
-// The command thread and the notification thread ask at the same time, on the same descriptors.
+// Requests from several threads at the same time, as a console makes them.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -47,7 +47,7 @@ TEST(Threads, RequestsOnOneDescriptorAtTheSameTime) {
   notification.join();
 }
 
-TEST(Threads, OpeningAndClosingWhileOthersAsk) {
+TEST(Threads, OpeningAndClosingDuringRequestsOfOthers) {
   VirtualBoard board{BoardConfig()};
   const int descriptor = board.open(1);
   std::thread other([&] {
@@ -65,7 +65,7 @@ TEST(Threads, OpeningAndClosingWhileOthersAsk) {
   other.join();
 }
 
-TEST(Threads, AnExchangeWithTheFarEndKeepsNobodyWaiting) {
+TEST(Threads, OthersAreServedDuringAnExchangeWithTheFarEnd) {
   BoardConfig config;
   config.device[0].line = LineState::kShowtime;
   VirtualBoard board(config);

@@ -19,7 +19,7 @@ constexpr uint32_t kFirmwareVersion = VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_FIRMW
 
 }  // namespace
 
-TEST(Boot, AChipInResetAnswersNothing) {
+TEST(Boot, AChipInResetDoesNotAnswer) {
   Bench bench;
   bench.rebootToApp(0);
   EXPECT_EQ(bench.read(0, SBR_REG_ADDRESS, 4), "EIO");
@@ -53,7 +53,7 @@ TEST(Boot, AnswersAgainAfterTheBootTimeOfItsStage) {
   EXPECT_EQ(bench.stage(0), 1U);
 }
 
-TEST(Boot, BothFlashBitsMeanTheRom) {
+TEST(Boot, WithBothFlashBitsTheRomRuns) {
   Bench bench;
   bench.reboot(0, true, true);
   bench.wait(2);
@@ -87,7 +87,7 @@ TEST(Boot, TheHostCannotSetTheStage) {
   EXPECT_EQ(bench.sbr(0), 0x01800004U);
 }
 
-TEST(Boot, AResetTakesSystemParameterChangesOver) {
+TEST(Boot, AResetClearsTheSystemParameterBit) {
   Bench bench;
   bench.writeWord(0, SBR_REG_ADDRESS, bench.sbr(0) | (1U << SBR_SYSTEM_PARAMETER_CHANGE_OFFSET));
   EXPECT_EQ(bench.sbr(0), 0x01810000U);
@@ -96,7 +96,7 @@ TEST(Boot, AResetTakesSystemParameterChangesOver) {
   EXPECT_EQ(bench.sbr(0) & (1U << SBR_SYSTEM_PARAMETER_CHANGE_OFFSET), 0U);
 }
 
-TEST(Boot, AFinishedBootAnnouncesItself) {
+TEST(Boot, RaisesAnEventAtItsEnd) {
   Bench bench("[[device]]\nline = \"idle\"");
   bench.rebootToB1(0);
   EXPECT_EQ(bench.events(0), "");
@@ -121,7 +121,7 @@ TEST(Boot, EachStageHasItsOwnVersion) {
   EXPECT_EQ(bench.read(0, kFirmwareVersion, 4), "6a 04 09 01");
 }
 
-TEST(Boot, TheStageAtPowerUpIsTheBoardFiles) {
+TEST(Boot, ABoardFileSetsTheStageAtPowerUp) {
   Bench bench("[[device]]\nboot = \"b0\"\n[[device]]\nboot = \"b1\"");
   EXPECT_EQ(bench.sbr(0), 0x00800001U);
   EXPECT_EQ(bench.sbr(1), 0x01000100U);
@@ -136,7 +136,7 @@ TEST(Boot, AnEmptyApplicationRegionLeavesTheChipInTheBootLoader) {
   for (uint32_t sector = FLASH_APP_FIRMWARE_START; sector < FLASH_SIZE; sector += FLASH_SECTOR_64KB) {
     ASSERT_EQ(bench.erase(0, FLASHERASE_64KB, sector), "ok");
   }
-  EXPECT_EQ(bench.stage(0), 3U);  // what runs, runs
+  EXPECT_EQ(bench.stage(0), 3U);  // the application that runs goes on
   bench.rebootToApp(0);
   bench.wait(2);
   EXPECT_EQ(bench.stage(0), 2U);
@@ -151,7 +151,7 @@ TEST(Boot, AnEmptyBootLoaderRegionLeavesTheChipInTheRom) {
   EXPECT_EQ(bench.stage(0), 1U);
 }
 
-TEST(Boot, WhatFlashHoldsAtPowerUpIsTheBoardFiles) {
+TEST(Boot, ABoardFileSetsWhatFlashHoldsAtPowerUp) {
   Bench bench("[[device]]\nflash = [\"bootloader\"]\n[[device]]\nflash = []");
   EXPECT_EQ(bench.stage(0), 2U);
   EXPECT_EQ(bench.stage(1), 1U);
@@ -195,7 +195,7 @@ TEST(Boot, ADownloadedBootLoaderRunsWhenActivated) {
   EXPECT_EQ(bench.read(0, kFirmwareVersion, 4), "07 06 05 01");
   bench.writeWord(0, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
   bench.wait(2);
-  EXPECT_EQ(bench.stage(0), 1U);  // it lived in memory
+  EXPECT_EQ(bench.stage(0), 1U);  // the download was in memory only
 }
 
 TEST(Boot, ActivationNeedsABootLoaderAtTheRomsEntryPoint) {
@@ -211,7 +211,7 @@ TEST(Boot, ActivationNeedsABootLoaderAtTheRomsEntryPoint) {
   EXPECT_EQ(bench.stage(0), 1U);
 }
 
-TEST(Boot, DownloadAndActivationBelongToTheRom) {
+TEST(Boot, OnlyTheRomTakesDownloadsAndActivations) {
   const TempFile image(bootloader());
   Bench bench;
   EXPECT_EQ(bench.download(0, image.path()), "EBUSY");

@@ -45,12 +45,12 @@ TEST(Events, AnyTypeAndNegativeParametersAreDelivered) {
   EXPECT_EQ(bench.event(1), "ff ff ff ff ff ff ff ff 02 00 00 00 03 00 00 00");
 }
 
-TEST(Events, TheLargestRecordFitsItsBuffer) {
+TEST(Events, TheLargestRecordFitsTheHostsBuffer) {
   std::string params;
   for (int i = 0; i < 253; i++) {
     params += i == 0 ? "7" : ", 7";
   }
-  Bench bench(("[[event]]\ndevice = 0\ntype = 3\nparams = [" + params + ']').c_str());
+  Bench bench(("[[event]]\ndevice = 0\ntype = 3\nparams = [" + params + ']'));
   bench.wait(0);
   EXPECT_EQ(bench.event(0).size(), (1024U - 8) * 3 - 1);
 }
@@ -63,7 +63,7 @@ TEST(Events, ABufferTooSmallKeepsTheEvent) {
   EXPECT_EQ(bench.event(0, 20), "03 00 00 00 00 00 00 00 00 00 00 00");
 }
 
-TEST(Events, AFloodIsDeliveredInOrder) {
+TEST(Events, TenThousandAreDeliveredInOrder) {
   BoardConfig config;
   for (uint32_t i = 0; i < 10000; i++) {
     config.events.push_back({0, 0.1, 100, {i}});
@@ -76,7 +76,7 @@ TEST(Events, AFloodIsDeliveredInOrder) {
   EXPECT_EQ(bench.event(0), "");
 }
 
-TEST(Events, TheOldestGiveWayWhenNobodyReads) {
+TEST(Events, TheOldestAreDroppedWhenNobodyReads) {
   PendingRecords records;
   for (uint32_t i = 0; i < PendingRecords::kMaxEvents + 5; i++) {
     records.raiseEvent(0, 3, std::span(&i, 1));
@@ -100,7 +100,7 @@ TEST(Events, EveryDescriptorOfAChipShowsThem) {
   EXPECT_FALSE(bench.readable(0));
 }
 
-TEST(Logs, ReachTheHostOnceSwitchedOn) {
+TEST(Logs, ReachTheHostAfterItSwitchesThemOn) {
   Bench bench(R"(
     [[device]]
     line = "showtime"
@@ -121,7 +121,7 @@ TEST(Logs, ReachTheHostOnceSwitchedOn) {
   EXPECT_FALSE(bench.readable(0));
 }
 
-TEST(Logs, TextsAreOneOrTwoBytesACharacterByCore) {
+TEST(Logs, HaveOneOrTwoBytesACharacterDependingOnTheCore) {
   Bench bench(R"(
     [[log]]
     device = 0
@@ -158,7 +158,7 @@ TEST(Logs, ABufferTakesWholeRecordsOnly) {
   EXPECT_EQ(bench.logs(0, 11), "");
 }
 
-TEST(Logs, TheOldestGiveWayWhenNobodyReads) {
+TEST(Logs, TheOldestAreDroppedWhenNobodyReads) {
   PendingRecords records;
   records.raiseLog(FDU_CORE, 0, "first", {});
   for (size_t i = 0; i < PendingRecords::kMaxLogs; i++) {
@@ -171,7 +171,7 @@ TEST(Logs, TheOldestGiveWayWhenNobodyReads) {
   EXPECT_EQ(hex(out, length), "01 00 00 00");
 }
 
-TEST(Logs, AConfigurationIsSixteenBytes) {
+TEST(Logs, AConfigurationHasSixteenBytes) {
   Bench bench;
   char body[32] = {};
   bench.request = {};

@@ -36,7 +36,7 @@ TEST(FirmwareImage, HeaderNamesVersionAndBuildTime) {
   EXPECT_EQ(firmware->time, "09:15:00");
 }
 
-TEST(FirmwareImage, WhatFollowsThePayloadDoesNotMatter) {
+TEST(FirmwareImage, BytesBehindThePayloadAreIgnored) {
   EXPECT_TRUE(runs("GFAST-IMAGE application 1.9.5.106 2024-05-02T09:15:00 930766865 9\n123456789\xFF\xFF"));
 }
 
@@ -63,7 +63,7 @@ TEST(FirmwareImage, AnythingElseIsNoImage) {
   EXPECT_FALSE(runs(std::string(100000, 'x')));
 }
 
-TEST(FirmwareImage, WhatIsMadeIsRead) {
+TEST(FirmwareImage, AnImageThatWasMadeCanBeRead) {
   const auto image =
       makeFirmware(FirmwareKind::kBootloader, {2, 0, 255, 7}, "2019-12-31T23:59:59", bytes("payload"));
   const auto firmware = parseFirmware(image, FirmwareKind::kBootloader);

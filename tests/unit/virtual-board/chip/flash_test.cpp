@@ -1,9 +1,9 @@
-#include "chip/flash.h"
 #include "virtual-board/chip/flash.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "chip/flash.h"
 #include "unit/virtual-board/bench.h"
 
 using namespace gfast;
@@ -124,7 +124,7 @@ TEST(FlashProgram, AFileThatCannotBeReadChangesNothing) {
   EXPECT_EQ(bench.readFlash(0, 0x20000, 4), "47 46 41 53");
 }
 
-TEST(FlashProgram, APipeDoesNotHoldTheBoard) {
+TEST(FlashProgram, APipeDoesNotBlockTheBoard) {
   Bench bench;
   const TempFile place;
   const std::string pipe = place.folder() + "/pipe";

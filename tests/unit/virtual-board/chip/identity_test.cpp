@@ -33,7 +33,7 @@ TEST(Identity, TheSubscriberSideRunsAnotherChipset) {
   EXPECT_EQ(bench.read(1, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_FIRMWARE_VERSION, 4), "6a 04 09 02");
 }
 
-TEST(Identity, BoardFileGivesVersionMacAndTemperature) {
+TEST(Identity, ABoardFileSetsVersionMacAndTemperature) {
   Bench bench(R"(
     [[device]]
     firmware = "3.2.1.0"
@@ -47,16 +47,14 @@ TEST(Identity, BoardFileGivesVersionMacAndTemperature) {
 
 TEST(Identity, BootStageBlockHoldsMacAndLinkState) {
   Bench bench("[[device]]\nline = \"showtime\"");
-  const std::string zeros10 = "00 00 00 00 00 00 00 00 00 00";
-  const std::string zeros20 = zeros10 + ' ' + zeros10;
   EXPECT_EQ(bench.read(0, VIRT_ADDR_B0_REGS, B0_REGS_SIZE),
-            zeros10 + " 02 00 5e 00 00 01 " + zeros20 + " 06 00 00 00 " + zeros20 + " 00 00 00 00");
+            zeros(10) + " 02 00 5e 00 00 01 " + zeros(20) + " 06 00 00 00 " + zeros(20) + " 00 00 00 00");
   EXPECT_EQ(bench.read(1, VIRT_ADDR_B0_REGS + B0_REGS_MAC_ADDRESS, 6), "02 00 5e 00 00 02");
 }
 
-TEST(Identity, NumberOfChipsThatAnswer) {
+TEST(Identity, ABoardFileSetsTheNumberOfChips) {
   for (const int devices : {0, 1, 2}) {
-    Bench bench(("[board]\ndevices = " + std::to_string(devices)).c_str());
+    Bench bench(("[board]\ndevices = " + std::to_string(devices)));
     EXPECT_EQ(bench.descriptors[0] >= 0, devices >= 1) << devices;
     EXPECT_EQ(bench.descriptors[1] >= 0, devices >= 2) << devices;
   }
@@ -71,7 +69,7 @@ TEST(Identity, AChipThatIsNotThereCannotBeOpened) {
   }
 }
 
-TEST(Identity, ReadAndClearAnswersTheImageAndTakesAssertionsAway) {
+TEST(Identity, ReadAndClearReturnsTheImageAndClearsTheAssertions) {
   Bench bench(R"(
     [[memory]]
     device = 0
@@ -94,7 +92,7 @@ TEST(Identity, ReadAndClearAnswersTheImageAndTakesAssertionsAway) {
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_TEMPERATURE, 4), "11 00 00 00");
 }
 
-TEST(Identity, ReadAndClearOfAPartTakesThatPart) {
+TEST(Identity, ReadAndClearOfAPartClearsThatPart) {
   Bench bench("[[memory]]\ndevice = 0\naddress = 0xE3100028\nbytes = \"01 00 00 00 2a 00 00 00\"");
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ_AND_CLEAR + 40, 4), "01 00 00 00");
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ + 40, 8), "00 00 00 00 2a 00 00 00");

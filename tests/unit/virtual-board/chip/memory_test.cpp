@@ -3,13 +3,11 @@
 #include "chip/device_information.h"
 #include "chip/registers.h"
 #include "unit/virtual-board/bench.h"
-#include "virtual-board/base/address_space.h"
-#include "virtual-board/base/sparse_memory.h"
 
 using namespace gfast;
 using namespace gfast::board;
 
-TEST(Memory, WhatIsWrittenIsRead) {
+TEST(Memory, ReadsReturnWhatWasWritten) {
   Bench bench;
   EXPECT_EQ(bench.read(0, 0xEF000000, 4), "00 00 00 00");
   EXPECT_EQ(bench.write(0, 0xEF000000, "12 34 56 78"), "ok");
@@ -24,7 +22,7 @@ TEST(Memory, WritesMayCrossPages) {
   EXPECT_EQ(bench.read(0, 0xEC000FFC, 8), "00 00 01 02 03 04 00 00");
 }
 
-TEST(Memory, TheLastBytesOfTheAddressSpace) {
+TEST(Memory, EndsWithTheAddressSpace) {
   Bench bench;
   EXPECT_EQ(bench.write(0, 0xFFFFFFFE, "aa bb"), "ok");
   EXPECT_EQ(bench.read(0, 0xFFFFFFFC, 4), "00 00 aa bb");
@@ -50,19 +48,19 @@ TEST(Memory, AReadMayCrossIntoAComputedArea) {
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ - 2, 8), "aa bb 04 00 00 00 6a 04");
 }
 
-TEST(Memory, ABoardFileLaysBytesOverWhatIsComputed) {
+TEST(Memory, BytesOfABoardFileHideWhatIsComputed) {
   Bench bench("[[memory]]\ndevice = 0\naddress = 0xE3100000\nbytes = \"01 00\"");
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ, 8), "01 00 00 00 6a 04 09 01");
   EXPECT_EQ(bench.read(1, VIRT_ADDR_DEVICE_INFO_READ, 8), "04 00 00 00 6a 04 09 02");
 }
 
-TEST(Memory, LaidBytesAreMemoryThatCanBeWritten) {
+TEST(Memory, BytesOfABoardFileCanBeOverwritten) {
   Bench bench("[[memory]]\ndevice = 0\naddress = 0xEF000000\nbytes = \"01 02 03 04\"");
   EXPECT_EQ(bench.write(0, 0xEF000002, "aa bb cc dd"), "ok");
   EXPECT_EQ(bench.read(0, 0xEF000000, 6), "01 02 aa bb cc dd");
 }
 
-TEST(Memory, ADumpIsLaidAsReadMemoryPrintsIt) {
+TEST(Memory, ABoardFileTakesADumpAsReadMemoryPrintsIt) {
   const TempFile dump("e3100000: 00000007\ne3100004: 02010403\n\n  100000: 11223344 55667788\n", "field.txt");
   const auto config =
       parseBoard("[[memory]]\ndevice = 1\ndump = \"field.txt\"", dump.folder() + "/board.toml");
@@ -80,32 +78,4 @@ TEST(Memory, ThePllRegisterIsRestoredByAReset) {
   bench.writeWord(0, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
   bench.wait(2);
   EXPECT_EQ(bench.read(0, PLL_MUX_REG_ADDRESS, 4), atPowerUp);
-}
-
-TEST(Memory, GrowsToItsBoundAndNoFurther) {
-  SparseMemory memory;
-  const uint8_t byte[] = {0x5A};
-  for (uint32_t page = 0; page < SparseMemory::kMaxPages; page++) {
-    ASSERT_TRUE(memory.write(page * SparseMemory::kPageSize, byte));
-  }
-  EXPECT_FALSE(memory.write(0xF0000000, byte));
-  EXPECT_TRUE(memory.write(7, byte));  // a page it already has
-  const uint8_t two[] = {1, 2};
-  const uint32_t end = static_cast<uint32_t>(SparseMemory::kMaxPages) * SparseMemory::kPageSize;
-  EXPECT_FALSE(memory.write(end - 1, two));
-  uint8_t out[1] = {0xEE};
-  memory.copyOver(end - 1, out);
-  EXPECT_EQ(out[0], 0xEE);
-}
-
-TEST(Memory, AFullChipRefusesAndKeepsWhatItHas) {
-  AddressSpace space;
-  const uint8_t byte[] = {0x5A};
-  for (uint32_t page = 0; page < SparseMemory::kMaxPages; page++) {
-    ASSERT_EQ(space.write(page * SparseMemory::kPageSize, byte), 0);
-  }
-  EXPECT_EQ(space.write(0xF0000000, byte), ENOMEM);
-  uint8_t out[2];
-  space.read(0, out);
-  EXPECT_EQ(hex(out, 2), "5a 00");
 }

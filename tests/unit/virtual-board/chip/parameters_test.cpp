@@ -22,7 +22,7 @@ struct Entry {
   uint32_t id, length, offset, state, type;
 };
 
-// The dictionary as a host makes it out, by id.
+// The dictionary by id, as a host reads it.
 std::map<uint32_t, Entry> entries(Bench& bench, int device) {
   std::map<uint32_t, Entry> found;
   const uint32_t size = bench.word(device, kDictionary + 8);
@@ -60,13 +60,9 @@ void restart(Bench& bench, int device) {
   bench.wait(kBoot_s);
 }
 
-std::string zeros(size_t length) {
-  return hex(std::vector<uint8_t>(length).data(), length);
-}
-
 }  // namespace
 
-TEST(ParameterDictionary, TheHeaderSaysWhereAreaAndEntriesLie) {
+TEST(ParameterDictionary, TheHeaderGivesAddressAndSizes) {
   Bench bench;
   for (const int device : {0, 1}) {
     // The area at 0xE9000000, 130 entries of four bytes behind the header.
@@ -80,11 +76,11 @@ TEST(ParameterDictionary, TheHeaderSaysWhereAreaAndEntriesLie) {
 
 TEST(ParameterDictionary, AnEntryIsIdLengthOffsetStateAndType) {
   Bench bench;
-  // 4 bytes at 0, of the system; 6 bytes at 4, likewise.
+  // 4 bytes at offset 0, then 6 bytes at offset 4, both of the system.
   EXPECT_EQ(bench.read(0, kEntries, 8), "00 10 00 00 01 18 20 00");
-  // A line's own, written to the line: both highest bits.
+  // A parameter of the line that can be written while the chip runs: state and type are 1.
   EXPECT_EQ(bench.word(0, kEntries + 83 * 4) >> 30, 3U);
-  // A line's own that needs a restart.
+  // A parameter of the line that needs a restart: only the type is 1.
   EXPECT_EQ(bench.word(0, kEntries + 103 * 4) >> 30, 2U);
 }
 
@@ -102,7 +98,7 @@ TEST(ParameterDictionary, EveryParameterHasItsEntryInTheArea) {
     for (uint32_t byte = entry.offset; byte < entry.offset + entry.length; byte++) {
       EXPECT_TRUE(taken.insert(byte).second) << id << " shares byte " << byte;
     }
-    // A chip's own setting is never a line's to change.
+    // A parameter of the device always needs a restart.
     EXPECT_FALSE(entry.state == 1 && entry.type == 0) << id;
   }
 }
@@ -122,28 +118,28 @@ TEST(ParameterDictionary, ThereAreNumbersOfTwoAndFourBytesAndStringsOfEvenAndOdd
   EXPECT_EQ(byLength.size(), 6U);
 }
 
-TEST(ParameterDictionary, BothChipsHaveTheSameOne) {
+TEST(ParameterDictionary, IsTheSameOnBothChips) {
   Bench bench;
   const auto length = static_cast<uint16_t>(12 + bench.word(0, kDictionary + 8));
   EXPECT_EQ(bench.read(0, kDictionary, length), bench.read(1, kDictionary, length));
 }
 
-TEST(ParameterDictionary, ItCannotBeWritten) {
+TEST(ParameterDictionary, CannotBeWritten) {
   Bench bench;
   const std::string before = bench.read(0, kDictionary, 16);
   EXPECT_EQ(bench.write(0, kDictionary, "ff ff ff ff"), "ok");
   EXPECT_EQ(bench.read(0, kDictionary, 16), before);
 }
 
-TEST(ParameterDictionary, ABoardFileMayLayAnotherOverIt) {
+TEST(ParameterDictionary, CanBeReplacedByABoardFile) {
   Bench bench("[[memory]]\ndevice = 0\naddress = 0xEA000008\nbytes = \"ff ff ff 7f\"");
   EXPECT_EQ(bench.read(0, kDictionary + 8, 4), "ff ff ff 7f");
   EXPECT_EQ(bench.read(1, kDictionary + 8, 4), "08 02 00 00");
 }
 
-TEST(ParameterDictionary, OnlyTheApplicationPublishesIt) {
+TEST(ParameterDictionary, OnlyTheApplicationHasIt) {
   for (const char* boot : {"b0", "b1"}) {
-    Bench bench(("[[device]]\nboot = \"" + std::string(boot) + '"').c_str());
+    Bench bench(("[[device]]\nboot = \"" + std::string(boot) + '"'));
     EXPECT_EQ(bench.read(0, kDictionary, 16), zeros(16)) << boot;
     EXPECT_EQ(bench.read(0, 0xE9000000, 64), zeros(64)) << boot;
     EXPECT_EQ(bench.read(0, kLineArea, 64), zeros(64)) << boot;
@@ -211,14 +207,14 @@ TEST(Parameters, WritingTheSameValueNeedsNoRestart) {
   EXPECT_FALSE(restartNeeded(bench, 0));
 }
 
-TEST(Parameters, OneByteOfAValueIsEnough) {
+TEST(Parameters, OneByteOfAValueCanBeWritten) {
   Bench bench;
   bench.write(1, startupAddress(bench, PARAMS_RFIBand_3) + 2, "c8");
   EXPECT_EQ(startup(bench, 1, PARAMS_RFIBand_3), "00 00 c8 00");
   EXPECT_TRUE(restartNeeded(bench, 1));
 }
 
-TEST(Parameters, AnOddStringLeavesItsNeighbourAlone) {
+TEST(Parameters, AStringOfOddLengthDoesNotChangeItsNeighbour) {
   Bench bench;
   bench.write(0, startupAddress(bench, PARAMS_pad_1), "01 02 03");
   EXPECT_EQ(bench.read(0, startupAddress(bench, PARAMS_pad_1), 4), "01 02 03 00");
@@ -226,7 +222,7 @@ TEST(Parameters, AnOddStringLeavesItsNeighbourAlone) {
   EXPECT_TRUE(restartNeeded(bench, 0));
 }
 
-TEST(Parameters, ABootLoaderBetweenTwoRunsKeepsTheChange) {
+TEST(Parameters, AChangeSurvivesARunOfTheBootLoader) {
   Bench bench;
   const uint32_t address = startupAddress(bench, PARAMS_vectoringEnabled);
   bench.write(0, address, "00 00 00 00");
@@ -253,7 +249,7 @@ TEST(LineParameters, AWriteToTheLineChangesTheRunningCopyUntilTheRestart) {
   EXPECT_EQ(line(bench, 1, PARAMS_usMargin), "3c 00");
 }
 
-TEST(LineParameters, WhatNeedsARestartCannotBeWrittenToTheLine) {
+TEST(LineParameters, AParameterThatNeedsARestartCannotBeWrittenToTheLine) {
   Bench bench;
   for (const uint32_t id : {PARAMS_RFIBand_0, PARAMS_cyclicPrefixSize}) {
     const std::string before = line(bench, 0, id);
@@ -264,7 +260,7 @@ TEST(LineParameters, WhatNeedsARestartCannotBeWrittenToTheLine) {
   EXPECT_FALSE(restartNeeded(bench, 0));
 }
 
-TEST(LineParameters, AStartValueWaitsForTheRestartAndAsksForNone) {
+TEST(LineParameters, AStartUpValueAppliesAfterTheNextRestartAndNeedsNone) {
   Bench bench;
   bench.write(0, startupAddress(bench, PARAMS_dsMargin), "5a 00");
   EXPECT_FALSE(restartNeeded(bench, 0));
@@ -273,7 +269,7 @@ TEST(LineParameters, AStartValueWaitsForTheRestartAndAsksForNone) {
   EXPECT_EQ(line(bench, 0, PARAMS_dsMargin), "5a 00");
 }
 
-TEST(LineParameters, AWholeAreaWrittenToTheLineChangesOnlyWhatIsTheLines) {
+TEST(LineParameters, AWriteOfTheWholeAreaChangesOnlyTheLinesParameters) {
   Bench bench;
   for (uint32_t at = 0; at < parameterAreaSize(); at += 4) {
     bench.write(0, kLineArea + at, "ff ff ff ff");
@@ -287,8 +283,8 @@ TEST(LineParameters, AWholeAreaWrittenToTheLineChangesOnlyWhatIsTheLines) {
   }
 }
 
-// What the model of the line runs with.
-TEST(RunningParameters, AreTheAppliedOnesAndTheLinesOwn) {
+// The values that the board's line uses.
+TEST(RunningParameters, AreThoseOfTheLastRestartAndTheLinesOwn) {
   ParameterSettings settings;
   settings[PARAMS_dsMargin] = fromHex("5a 00");
   AddressSpace memory;
@@ -311,7 +307,7 @@ TEST(RunningParameters, AreTheAppliedOnesAndTheLinesOwn) {
   EXPECT_EQ(parameters.running(PARAMS_cyclicPrefixSize), 160U);
 }
 
-TEST(BoardFileParameters, StandInAreaAndLine) {
+TEST(BoardFileParameters, AreInTheStartUpAreaAndInTheLinesCopy) {
   Bench bench(R"(
     [[device]]
     params = { usMargin = 80, dsMargin = -5, cyclicPrefixSize = 0x140, pad_1 = "0a 0b 0c" }
@@ -335,35 +331,4 @@ TEST(BoardFileParameters, HaveTheConsolesNames) {
   EXPECT_STREQ(parameterName(PARAMS_fraFirstStepNoRdtFrames), "fraFirstStepNoRdtFrames");
   EXPECT_STREQ(parameterName(PARAMS_enableFlowControl), "enableFlowControl");
   EXPECT_STREQ(parameterName(PARAMS_usRsRedundancy), "usRsRedundancy");
-}
-
-TEST(BoardFileParameters, Mistakes) {
-  const struct {
-    const char* params;
-    const char* line;
-  } mistakes[] = {
-      {"[device.params]\nusMargn = 60", "3: unknown key \"usMargn\" in params"},
-      {"params = { PARAMS_usMargin = 60 }", "2: unknown key \"PARAMS_usMargin\" in params"},
-      {"params = { usMargin = \"3c 00\" }", "2: \"usMargin\" must be a whole number"},
-      {"params = { usMargin = 6.5 }", "2: \"usMargin\" must be a whole number"},
-      {"params = { usMargin = 65536 }", "2: \"usMargin\" must be between -32768 and 65535"},
-      {"params = { usMargin = -32769 }", "2: \"usMargin\" must be between -32768 and 65535"},
-      {"\n[device.params]\nIARBands = 4294967296",
-       "4: \"IARBands\" must be between -2147483648 and 4294967295"},
-      {"params = { IARBands = -2147483649 }", "2: \"IARBands\" must be between -2147483648 and 4294967295"},
-      {"params = { pad_1 = 5 }", "2: \"pad_1\" must be a text in quotes"},
-      {"params = { pad_1 = \"01 02\" }", "2: \"pad_1\" must be 3 bytes"},
-      {"params = { pad_1 = \"01 02 03 04\" }", "2: \"pad_1\" must be 3 bytes"},
-      {"params = { pad_1 = \"01 02 0\" }",
-       "2: \"pad_1\" must be pairs of hexadecimal digits with blanks or colons between them"},
-  };
-  for (const auto& each : mistakes) {
-    std::string said = "none";
-    try {
-      parseBoard("[[device]]\n" + std::string(each.params), "board.toml");
-    } catch (const BoardFileError& error) {
-      said = error.what();
-    }
-    EXPECT_EQ(said, std::string("board.toml:") + each.line) << each.params;
-  }
 }

@@ -17,7 +17,7 @@ constexpr const char* kCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
 
 }  // namespace
 
-TEST(Cable, LosesWhatIsPublishedOfIt) {
+TEST(Cable, HasThePublishedLoss) {
   const struct {
     const char* cable;
     double length_m, mhz, loss_db;
@@ -30,7 +30,7 @@ TEST(Cable, LosesWhatIsPublishedOfIt) {
   }
 }
 
-TEST(Cable, OfNoLengthLosesNothing) {
+TEST(Cable, WithoutLengthHasNoLoss) {
   for (const char* cable : kCables) {
     EXPECT_NEAR(std::abs(Cable({cable, 0, -140, {}, false}).insertionGain(50e6) - 1.0), 0, 1e-12) << cable;
   }
@@ -55,7 +55,7 @@ TEST(Cable, DelaysASignalByItsLength) {
   EXPECT_NEAR(delay_us, 100 / (0.6976 * 300), 0.02);
 }
 
-TEST(Cable, IsFiniteHoweverLongOrLow) {
+TEST(Cable, IsFiniteAtEveryLengthAndFrequency) {
   for (const char* cable : kCables) {
     for (const double length : {0.0, 1e4, 1e6, 1e9}) {
       for (const double frequency : {-1.0, 0.0, 1.0, 51750.0, 106e6}) {
@@ -67,13 +67,13 @@ TEST(Cable, IsFiniteHoweverLongOrLow) {
   }
 }
 
-TEST(Cable, ABridgedTapNotchesWhereItIsAQuarterOfAWaveLong) {
+TEST(Cable, ABridgedTapMakesANotchWhereItIsAQuarterOfAWaveLong) {
   const double quarter_mhz = 0.6976 * 300 / (4 * 5);
   EXPECT_GT(loss_db("CAD55", 100, quarter_mhz, {{40, 5}}), loss_db("CAD55", 100, quarter_mhz) + 10);
   EXPECT_LT(loss_db("CAD55", 100, 2 * quarter_mhz, {{40, 5}}), loss_db("CAD55", 100, 2 * quarter_mhz) + 2);
 }
 
-TEST(Cable, TapsCountWhereTheyBranchOff) {
+TEST(Cable, ThePlaceOfATapCounts) {
   EXPECT_DOUBLE_EQ(loss_db("CAT5", 100, 20, {{70, 3}, {20, 8}}),
                    loss_db("CAT5", 100, 20, {{20, 8}, {70, 3}}));
   EXPECT_NE(loss_db("CAT5", 100, 20, {{50, 8}}), loss_db("CAT5", 100, 20, {{20, 8}}));

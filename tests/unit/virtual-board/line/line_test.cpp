@@ -10,7 +10,6 @@ using namespace gfast::board;
 
 namespace {
 
-constexpr const char* kShowtime = "[[device]]\nline = \"showtime\"\n";
 constexpr uint32_t kStartupTime = VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_LINK_STARTUP_TIME;
 constexpr uint32_t kFailureCause = VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_INIT_FAILURE_CAUSE;
 
@@ -62,7 +61,7 @@ TEST(Line, StartupTimeIsDrawnFromTheSeed) {
   EXPECT_NE(startupTime("[board]\nseed = 7"), startupTime("[board]\nseed = 8"));
 }
 
-TEST(Line, ShowtimeAtPowerUpIsOnBothEndsAndSilent) {
+TEST(Line, ShowtimeAtPowerUpIsOnBothEndsWithoutEvents) {
   Bench bench(kShowtime);
   EXPECT_EQ(bench.lineState(0), 6U);
   EXPECT_EQ(bench.lineState(1), 6U);
@@ -101,7 +100,7 @@ TEST(Line, OneChipTrainsWithTheRemoteModem) {
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(Line, TwoEndsOfTheSameSideNeverMeet) {
+TEST(Line, TwoEndsOfTheSameSideDoNotTrain) {
   Bench bench("[[device]]\nside = \"dp\"\n[[device]]\nside = \"dp\"");
   bench.wait(60);
   EXPECT_EQ(bench.lineState(0), 3U);
@@ -120,7 +119,7 @@ TEST(Line, ACutLoopDoesNotTrain) {
   EXPECT_EQ(bench.word(0, kFailureCause), 0U);
 }
 
-TEST(Line, ReinitialisationEndsInOrderAndTrainsAgain) {
+TEST(Line, ReinitialisationGoesDownInOrderAndTrainsAgain) {
   Bench bench(kShowtime);
   EXPECT_EQ(reinitialise(bench, 0), "ok");
   bench.wait(1 + kTrainingTime_s);
@@ -170,7 +169,7 @@ TEST(Line, DeactivationDuringTrainingFailsTheTraining) {
   EXPECT_EQ(bench.word(0, kFailureCause), 3U);
 }
 
-TEST(Line, ACutIsNoticedAndReported) {
+TEST(Line, ACutIsReportedAfterASecond) {
   Bench bench(kShowtime);
   bench.board.cutLoop(true);
   bench.wait(0.99);
@@ -185,7 +184,7 @@ TEST(Line, ACutIsNoticedAndReported) {
   EXPECT_EQ(bench.events(0), "3>4 4>5 5>6");
 }
 
-TEST(Line, AShortInterruptionIsRiddenOut) {
+TEST(Line, AShortCutDoesNotEndShowtime) {
   Bench bench(kShowtime);
   bench.board.cutLoop(true);
   bench.wait(0.5);
@@ -195,7 +194,7 @@ TEST(Line, AShortInterruptionIsRiddenOut) {
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(Line, AResetDropsTheLineAndBothEndsComeBack) {
+TEST(Line, AResetDropsTheLineAndBothEndsTrainAgain) {
   Bench bench(kShowtime);
   bench.rebootToApp(0);
   bench.wait(10);
@@ -204,7 +203,7 @@ TEST(Line, AResetDropsTheLineAndBothEndsComeBack) {
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(Line, AResetOfBothEndsComesBackToo) {
+TEST(Line, AfterAResetOfBothEndsTheLineTrainsAgain) {
   Bench bench(kShowtime);
   bench.rebootToApp(0);
   bench.rebootToApp(1);
@@ -225,7 +224,7 @@ TEST(Line, AChipInItsBootLoaderHasNoLine) {
   EXPECT_EQ(bench.lineState(1), 3U);
 }
 
-TEST(Line, AChipToldNotToActivateStaysIdleAfterItsReset) {
+TEST(Line, StaysIdleAfterAResetWithAutoActivationDisabled) {
   Bench bench(kShowtime);
   bench.writeWord(0, SBR_REG_ADDRESS, bench.sbr(0) | (1U << SBR_DISABLE_AUTO_ACTIVATE_OFFSET));
   bench.writeWord(0, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
@@ -236,7 +235,7 @@ TEST(Line, AChipToldNotToActivateStaysIdleAfterItsReset) {
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
-TEST(Line, AResetDuringTheWayDown) {
+TEST(Line, AResetDuringADeactivation) {
   Bench bench(kShowtime);
   reinitialise(bench, 0);
   bench.wait(0.1);

@@ -1,5 +1,5 @@
-// The counter blocks, read as the host reads them, at moments of the test's choice.
-#include "unit/virtual-board/counters.h"
+// The counter blocks, read as the host reads them.
+#include "unit/virtual-board/measured/counters.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,6 @@ using namespace gfast;
 using namespace gfast::board;
 
 namespace {
-
-constexpr const char* kShowtime = "[[device]]\nline = \"showtime\"\n";
 
 const struct {
   const char* name;
@@ -24,7 +22,7 @@ const struct {
                {"ETR database", kEtrDb, 68},
                {"PM", kPm, 156}};
 
-// In the order of the records: counters that only a restart takes back.
+// Words of the framer's block that only a restart sets back.
 constexpr size_t kFramerCounters[] = {2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 14, 15,
                                       16, 17, 18, 19, 20, 28, 29, 30, 31, 32, 33, 35, 36, 37,
                                       38, 41, 42, 43, 44, 50, 51, 52, 53, 55, 56, 77, 78};
@@ -35,7 +33,7 @@ uint32_t wordOf(const void* block, size_t index) {
   return word;
 }
 
-// What may not fall from one look to the next; nothing wraps within a test of some minutes at this rate.
+// Counters never fall from one read to the next. At this rate nothing wraps within a test of some minutes.
 void expectNoneFell(Bench& bench, int device, GFAST_FRAMER_RAW_COUNTERS_S& framerBefore,
                     G9972_PM_COUNTERS_S& pmBefore) {
   const auto framerNow = framer(bench, device);
@@ -63,7 +61,7 @@ void expectNothingLost(Bench& bench, int sender) {
   ASSERT_EQ(received.numOfBadRxDTUs - received.rtxuc, sent.numOfRetTxDTUs);
 }
 
-// The rate as the record's fields give it (kbit/s).
+// The rate that follows from the record's fields, kbit/s.
 double expectedThroughput(double ns, double k, double n, double q, double bd, double bdr,
                           const ETR_DB_S& db) {
   const double f = db.samplingFrequency;
@@ -76,7 +74,7 @@ double expectedThroughput(double ns, double k, double n, double q, double bd, do
 
 }  // namespace
 
-TEST(Counters, BlocksSayTheirRevisionAndLength) {
+TEST(Counters, BlocksHoldTheirRevisionAndLength) {
   Bench bench(kShowtime);
   for (const auto& block : kBlocks) {
     if (block.address == kEtrDb || block.address == kPm) {
@@ -87,7 +85,7 @@ TEST(Counters, BlocksSayTheirRevisionAndLength) {
   }
 }
 
-TEST(Counters, ALineThatHasNeverTrainedHasCountedNothing) {
+TEST(Counters, AreZeroBeforeTheFirstTraining) {
   Bench bench("[[device]]\nline = \"idle\"");
   bench.wait(30);
   const auto raw = framer(bench, 0);
@@ -99,7 +97,7 @@ TEST(Counters, ALineThatHasNeverTrainedHasCountedNothing) {
   EXPECT_EQ(bench.read(0, kEtrDb, 4), "00 00 00 00");
 }
 
-TEST(Counters, ABootLoaderHasNone) {
+TEST(Counters, TheBootLoaderHasNone) {
   Bench bench("[[device]]\nboot = \"b1\"");
   for (const auto& block : kBlocks) {
     const auto bytes = fromHex(bench.read(0, block.address, block.length));
@@ -130,7 +128,7 @@ TEST(Counters, WhatOneEndSendsTheOtherReceives) {
   EXPECT_GT(framer(bench, 1).numOfBadRxDTUs, 0U);
 }
 
-TEST(Counters, OfOneBlockAddUp) {
+TEST(Counters, AddUpWithinABlock) {
   Bench bench(kShowtime);
   bench.wait(123.4);
   const auto raw = framer(bench, 0);
@@ -144,7 +142,7 @@ TEST(Counters, OfOneBlockAddUp) {
   EXPECT_GT(raw.numOfDummyTxDTUs, 0U);
 }
 
-TEST(Counters, ExchangesAreMirrored) {
+TEST(Counters, ExchangesAreCountedAlikeAtBothEnds) {
   Bench bench(kShowtime);
   bench.wait(7200);
   for (const int device : {0, 1}) {
@@ -161,7 +159,7 @@ TEST(Counters, ExchangesAreMirrored) {
 }
 
 TEST(Counters, BlocksAgreeWithEachOtherAndWithTheOtherEnd) {
-  Bench bench((std::string(kShowtime) + "[[loop_event]]\nat_s = 100\nerrors = 0.2\nfor_s = 7").c_str());
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 100\nerrors = 0.2\nfor_s = 7"));
   bench.wait(3600);
   for (const int device : {0, 1}) {
     const auto raw = framer(bench, device);
@@ -195,7 +193,7 @@ TEST(Counters, BlocksAgreeWithEachOtherAndWithTheOtherEnd) {
   }
 }
 
-TEST(Counters, TheThroughputFollowsFromItsDatabase) {
+TEST(Counters, TheExpectedThroughputFollowsFromItsDatabase) {
   Bench bench(kShowtime);
   for (const int device : {0, 1}) {
     const auto db = bench.block<ETR_DB_S>(device, kEtrDb);
@@ -214,7 +212,7 @@ TEST(Counters, TheThroughputFollowsFromItsDatabase) {
   }
 }
 
-TEST(Counters, BytesCarriedFitTheRate) {
+TEST(Counters, BytesGrowAtTheRate) {
   Bench bench(kShowtime);
   bench.wait(10);
   const auto before = framer(bench, 0);
@@ -224,7 +222,7 @@ TEST(Counters, BytesCarriedFitTheRate) {
   EXPECT_NEAR(kbps, derived(bench, 0).TxETR, derived(bench, 0).TxETR * 0.03);
 }
 
-TEST(Counters, NothingFallsWhateverHappens) {
+TEST(Counters, NeverFall) {
   Bench bench(R"(
     [loop]
     length_m = 300
@@ -261,7 +259,7 @@ TEST(Counters, NothingFallsWhateverHappens) {
   EXPECT_GT(pmBefore[1].ne.SES, 0U);
 }
 
-TEST(Counters, DoNotDependOnWhoLooked) {
+TEST(Counters, DoNotDependOnEarlierReads) {
   Bench watched(kShowtime);
   Bench left(kShowtime);
   for (int i = 0; i < 1000; i++) {
@@ -277,7 +275,7 @@ TEST(Counters, DoNotDependOnWhoLooked) {
 
 TEST(Counters, AreDrawnFromTheSeed) {
   const auto errors = [](const char* seed) {
-    Bench bench((std::string(seed) + kShowtime).c_str());
+    Bench bench((std::string(seed) + kShowtime));
     bench.wait(500);
     return bench.read(0, kFramerRaw, 340);
   };
@@ -294,7 +292,7 @@ TEST(Counters, WrapAt32Bits) {
   EXPECT_EQ(raw.numOfTxRScw, static_cast<uint32_t>(uint64_t{raw.numOfTxDTUs} * 4));
 }
 
-TEST(Counters, ARestartedChipCountsFromZeroAndTheOtherGoesOn) {
+TEST(Counters, OfARestartedChipBeginAtZeroAndTheOtherGoesOn) {
   Bench bench(kShowtime);
   bench.wait(100);
   const auto before = framer(bench, 1);
@@ -321,51 +319,16 @@ TEST(Counters, WritingThemHasNoEffect) {
   EXPECT_EQ(bench.read(0, kPm, 156), before);
 }
 
-TEST(Counters, ABoardFilesBytesLieOverThem) {
+TEST(Counters, BytesOfABoardFileHideThem) {
   Bench bench("[[memory]]\ndevice = 0\naddress = 0xF0000004\nbytes = \"01 02 03 04\"");
   EXPECT_EQ(bench.word(0, kPm + 4), 0x04030201U);
 }
 
-TEST(Counters, TheLoopDecidesMarginsAndLengths) {
+TEST(Counters, MarginsAndLengthsFollowFromTheLoop) {
   Bench bench(kShowtime);
   EXPECT_EQ(framer(bench, 0).snrMargin, 60U);
   EXPECT_EQ(fdu(bench, 0).rxMargin, 60U);
   EXPECT_EQ(fdu(bench, 0).ACTATPds, 40);
-  // The wire's length, as hosts compute it.
+  // The length of the wire, as a host computes it.
   EXPECT_NEAR((262752 - 483 * fdu(bench, 0).TimeGapCorrection) >> 10, 100, 1);
-}
-
-TEST(Loop, RatesFallWithLengthOnceNotEverySubcarrierIsFull) {
-  for (const char* cable : {"CAD55", "CAT5"}) {
-    double before = 1000;
-    for (const double length : {0.0, 20.0, 60.0, 100.0, 140.0, 200.0, 250.0, 330.0, 400.0, 480.0}) {
-      BoardConfig config;
-      config.loop.cable = cable;
-      config.loop.length_m = length;
-      config.device[0].line = LineState::kShowtime;
-      Bench bench(config);
-      const double both = (derived(bench, 0).TxNDR + derived(bench, 0).RxNDR) / 1000.0;
-      EXPECT_GT(both, 0) << cable << ' ' << length;
-      EXPECT_LE(both, before) << cable << ' ' << length;
-      EXPECT_TRUE(length < 100 || both < before) << cable << ' ' << length;
-      EXPECT_TRUE(length > 100 || both >= 500) << cable << ' ' << length << ": " << both;
-      EXPECT_TRUE(length > 200 || both >= 200) << cable << ' ' << length << ": " << both;
-      EXPECT_TRUE(length > 250 || both >= 150) << cable << ' ' << length << ": " << both;
-      before = both;
-    }
-  }
-}
-
-TEST(Loop, CableTapsAndNoiseCount) {
-  const auto rate = [](const char* loop) {
-    Bench bench((std::string("[loop]\n") + loop + "\n" + kShowtime).c_str());
-    return derived(bench, 0).TxNDR;
-  };
-  const uint32_t usual = rate("");
-  EXPECT_GT(rate("cable = \"CAT5\""), usual);
-  EXPECT_GT(rate("cable = \"T05b\""), rate("cable = \"CAT5\""));
-  EXPECT_LT(rate("cable = \"T05h\""), usual);
-  EXPECT_LT(rate("taps = [ { at_m = 10, length_m = 5 } ]"), usual);
-  EXPECT_LT(rate("noise_dbm_hz = -130"), usual);
-  EXPECT_GT(rate("noise_dbm_hz = -150"), usual);
 }

@@ -1,4 +1,4 @@
-// The counter blocks as a test reads them.
+// The counter blocks as the host reads them.
 #pragma once
 
 #include "chip/counters.h"

@@ -12,8 +12,8 @@
 using namespace gfast;
 using namespace gfast::board;
 
-// The texts of a chip's own log records as far as a format's own characters go, without the line ends that
-// each brings: "CP link %u: state %u to %u (0, 3, 4)".
+// The log records that are pending, one line each: core, format, parameters. The line end of each format is
+// checked and left out: "CP link %u: state %u to %u (0, 3, 4)".
 inline std::vector<std::string> logLines(Bench& bench, int device) {
   static constexpr const char* cores[] = {"FDU ", "FRM ", "CP "};
   std::vector<std::string> lines;
