@@ -15,8 +15,8 @@ namespace {
 
 constexpr int kRegularInterval = 5;  // seconds
 
-// What the idle interpreter does now and then. What it prints lands behind a line that is being typed, so the
-// prompt and that line are shown again.
+// Runs now and then while the interpreter waits for input. What it prints appears behind the text that is
+// being typed, so the prompt and that text are shown again.
 int showWaiting(cli_def* interpreter) {
   if (printWaiting(interpreter)) {
     cli_reprompt(interpreter);

@@ -6,9 +6,9 @@
 
 namespace gfast::console {
 
-// Dresses the interpreter (banner, prompt, no passwords), registers the vocabulary, starts the library and
-// hooks the console's event handlers. Called once. Always QVR_E_STATUS_OK: without devices it prints a
-// warning, and commands answer with their own messages.
+// Sets the interpreter up (banner, prompt, no passwords), registers the vocabulary, starts the library and
+// registers the console's event handlers. Called once. Always returns QVR_E_STATUS_OK: without devices it
+// prints a warning, and commands print their own messages.
 QVR_retval_t QVR_cliInit(cli_def* xi_cli);
 
 }  // namespace gfast::console

@@ -19,7 +19,7 @@ GFAST_FRAMER_RAW_COUNTERS_S framerRawCounters;
 GFAST_FDU_INIT_COUNTERS_S fduInitCounters;
 GFAST_FDU_RAW_COUNTERS_S fduRawCounters;
 
-// Zero is what a block shows that cannot be read: what was there before may be another line's.
+// A block that cannot be read shows zeros, and not the counters of another line.
 void clearBlocks() {
   derivedCounters = {};
   framerInitCounters = {};
@@ -28,7 +28,7 @@ void clearBlocks() {
   fduRawCounters = {};
 }
 
-// All five are tried; the last read's result is the result.
+// Reads all five blocks, whatever fails; returns the result of the last read.
 QVR_retval_t readBlocks(QVR_lineId_t line, End end) {
   clearBlocks();
   if (end == End::kNear) {
@@ -63,7 +63,7 @@ void printSigned(cli_def* cli, const char* name, int32_t value) {
     cli_print(cli, " ");                                \
   } while (false)
 
-// The far end numbers its own line 0, and so do the chips of this board.
+// Every chip, at the far end too, numbers its one line 0.
 uint32_t blockAddress(uint32_t core, uint32_t type) {
   return VIRT_ADDR_GFAST_COUNTERS(core, 0, type);
 }

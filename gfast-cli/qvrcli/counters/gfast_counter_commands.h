@@ -1,4 +1,4 @@
-// The chip's counter blocks and what the far end tells of itself, as it comes.
+// The counter blocks of a chip, and what the far end counts and measures.
 #pragma once
 
 #include <span>

@@ -19,7 +19,7 @@ void printCount(const LabelledLines& lines, std::string_view label, uint32_t val
   lines.print(label, static_cast<int32_t>(value));
 }
 
-// A counter of a group under the name it is shown by.
+// A counter of a group, and the name that is printed for it.
 template <typename Group>
 struct Shown {
   const char* name;
@@ -157,10 +157,10 @@ int showCurrent(cli_def* session, char* argv[], int argc, Reader<Counters> readN
 struct History {
   uint8_t (*count)(QVR_lineId_t);
   QVR_retval_t (*get)(QVR_lineId_t, int8_t, QVR_intervalLinkCounterDB_t*);
-  bool nearEndFirst;  // the flag above the near end's counters is theirs; else it is the far end's as well
+  bool nearEndFirst;  // the first INVALID flag is the near end's; otherwise both are the far end's
 };
 
-// Quarter hours show the far end's flag twice. Scripts that read it expect that.
+// Quarter hours show the far end's flag twice: scripts expect that.
 constexpr History kQuarterHours{QVR_numberOf15minHistoryIntervals, QVR_getPrev15minCounters, false};
 constexpr History kDays{QVR_numberOf24hrHistoryIntervals, QVR_getPrev24hrCounters, true};
 
@@ -175,7 +175,8 @@ void printInterval(cli_def* session, const QVR_intervalLinkCounterDB_t& interval
 }
 
 int showInterval(cli_def* session, char* argv[], int argc, const History& history) {
-  constexpr Refusal noSuchInterval = "Invalid interval number 0\n";  // whichever was typed
+  constexpr Refusal noSuchInterval =
+      "Invalid interval number 0\n";  // 0 whatever was typed: scripts look for it
   ArgumentReader words(session, argv, argc);
   const QVR_lineId_t line = words.line(0, kNoSuchLineNumber);
   const int interval = words.number(1, 0, history.count(line) - 1, noSuchInterval, 0);
@@ -200,7 +201,7 @@ int showCount(cli_def* session, char* argv[], int argc, const History& history) 
   return CLI_OK;
 }
 
-// One interval of the history to the session, for a walk through all of it; TRUE, so that it goes on.
+// Prints one interval of the history. TRUE makes the library go on with the next one.
 BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* interval) {
   const LabelledLines lines(cli, kLabelWidth);
   lines.print("Line", lineId);
@@ -259,7 +260,7 @@ int CLI_showNumberOf24hrIntervals(cli_def* session, const char* /*command*/, cha
 }
 
 int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, char* argv[], int argc) {
-  constexpr QVR_lineId_t otherwise = 1;  // whatever the usage line says: scripts count on it
+  constexpr QVR_lineId_t otherwise = 1;  // the usage line says 0, but scripts count on 1
   ArgumentReader words(session, argv, argc);
   const QVR_lineId_t line = words.line(0, kNoSuchLineNumber, otherwise);
   if (!words.refused()) {

@@ -1,4 +1,4 @@
-// How a line has been doing: its performance counters as they stand, by quarter hour and by day.
+// The performance counters of a line: now, by quarter hour and by day.
 #pragma once
 
 #include <span>

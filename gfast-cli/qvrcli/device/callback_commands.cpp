@@ -14,7 +14,7 @@ namespace {
 
 int callback_handle = QVR_K_NULL_HANDLE;
 
-// An unregistration answers 0, and that becomes the handle: the next one frees slot 0.
+// Unregistering returns 0, which becomes the handle: unregistering once more frees slot 0.
 void unregisterCallback(cli_def* cli) {
   callback_handle = QVR_register15minCounterEventCB(callback_handle, nullptr);
   cli_print(cli, "Callback with handle %1d unregistered", callback_handle);
@@ -45,7 +45,7 @@ int CLI_register15minCallback(cli_def* cli, const char* /*command*/, char* argv[
   return CLI_OK;
 }
 
-// Runs on the notification thread, which must not touch the session itself.
+// Runs on the notification thread, which must not print to the session.
 void CLI_15minEventCallback(time_t boundary) {
   printLater(("Event occurred at " + localTimeText(boundary)).c_str());
 }

@@ -10,7 +10,7 @@ namespace gfast::console {
 // No keyword leads to it.
 int CLI_register15minCallback(cli_def* cli, const char* command, char* argv[], int argc);
 
-// What it registers: says in the session when the quarter hour was over.
+// What it registers. Has the time of the boundary printed in the session.
 void CLI_15minEventCallback(time_t boundary);
 
 }  // namespace gfast::console

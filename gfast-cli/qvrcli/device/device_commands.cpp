@@ -20,7 +20,7 @@ namespace {
 const char* fwStateName(QVR_fwState_t state) {
   switch (state) {
     case FW_B0:
-      return " BO";  // a letter O: operators' scripts look for it
+      return " BO";  // a letter O: scripts look for it
     case FW_B1:
       return " B1";
     case FW_APP:
@@ -83,7 +83,7 @@ QVR_fwState_t bootStage(const char* word) {
   return FW_UNDEFINED;
 }
 
-// Tells libcli when the data could not be refreshed.
+// CLI_ERROR when the data could not be refreshed.
 int CLI_showDeviceInfo(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_deviceId_t device = words.device(0, "invalid device number {}");

@@ -12,7 +12,7 @@ namespace {
 
 constexpr Refusal kNoSuchDevice = "invalid device number {}";
 
-// The driver's record holds a name and its terminator, or it is no name.
+// The driver's record has room for the name and its terminator.
 bool fitsRecord(const char* filename) {
   return std::strlen(filename) < MAX_FW_FN_SIZE;
 }
@@ -26,7 +26,7 @@ int report(cli_def* cli, QVR_retval_t status, const char* failure) {
   return CLI_OK;
 }
 
-// A name the driver cannot take fails before the flash is erased for it.
+// A name that the driver cannot take is refused before the flash is erased.
 int upgrade(cli_def* cli, char* argv[], int argc, const char* defaultFile,
             QVR_retval_t (*operation)(QVR_deviceId_t, const char*), const char* failure) {
   ArgumentReader words(cli, argv, argc);

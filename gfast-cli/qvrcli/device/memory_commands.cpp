@@ -20,7 +20,7 @@ namespace gfast::console {
 namespace {
 
 constexpr int kMaxLength = 65536;  // bytes one command reads or writes
-constexpr int kBadArgument = 1;    // what libcli is told of a bad address or read length
+constexpr int kBadArgument = 1;    // returned to libcli for a bad address or read length
 
 // "address: word" for every 4 bytes; what is missing from the last word is zero.
 template <typename PrintLine>
@@ -32,8 +32,8 @@ void formatMemory(uint32_t address, const uint8_t* bytes, uint32_t length, Print
   }
 }
 
-// Reads from the device that the first word names, or from the modem at the far end of the line that it
-// names; false after a message.
+// The first word is a device at the near end, and a line whose far end is read otherwise. False after a
+// message.
 bool readMemory(cli_def* cli, ArgumentReader& words, End end, uint32_t address, std::vector<uint8_t>& bytes) {
   const bool near = end == End::kNear;
   const int id = near ? words.device(0, "invalid device number") : words.line(0, "invalid line number");
@@ -77,7 +77,7 @@ bool parseBytes(cli_def* cli, std::string_view text, std::vector<uint8_t>& bytes
 bool parseData(cli_def* cli, const char* text, std::vector<uint8_t>& bytes) {
   uint32_t word = 0;
   if (bytes.size() == 4 && std::strchr(text, ':') == nullptr && parseHex(text, &word)) {
-    store_be32(bytes.data(), word);  // as the board's processor stores it; it reads back byte-reversed
+    store_be32(bytes.data(), word);  // as the board's processor stores it: `read memory` shows it reversed
     return true;
   }
   return parseBytes(cli, text, bytes);

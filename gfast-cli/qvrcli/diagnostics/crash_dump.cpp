@@ -23,8 +23,8 @@ struct DumpLine {
   uint32_t words[kFourWordsALine] = {};
 };
 
-// False for a line that does not begin with an address and a colon. With fewer digits "DFE00:", in front of a
-// chip's log line, would be an address.
+// False for a line that does not begin with an address of eight digits and a colon. With fewer digits, the
+// "DFE00:" in front of a chip's log line would count as an address.
 bool parseDumpLine(std::string_view text, int wordsPerLine, DumpLine& line) {
   line = {};
   if (text.find(':') != kAddressDigits || !takeHexWord(text, line.address) || !text.starts_with(':')) {

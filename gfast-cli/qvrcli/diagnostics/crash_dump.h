@@ -1,4 +1,4 @@
-// What a text dump of the chips' crash dump areas tells after a failure.
+// Reading a text dump of the chips' crash dump areas, and finding the assertion that came first.
 #pragma once
 
 #include <qvr.h>
@@ -35,13 +35,14 @@ struct CLI_leadingAssert_t {
 // Reads a dump of QVR_K_MAX_DEVICES blocks: text lines "address: word" or, with four addresses a line,
 // "address: word word word word", an address of eight digits, hexadecimal in either case, as `read memory`
 // shows them. Each block begins at a line with QVR_K_CRASH_DUMP_ADDRESS and goes on, whatever the addresses,
-// until it is full. Lines of another form are passed over, a word that is missing or is none counts as 0, and
-// what the file does not hold is left as it was.
+// until it is full. Lines of another form are skipped. A word that is missing or not hexadecimal counts as 0.
+// Blocks, or parts of them, that the file does not hold are not changed.
 //   FALSE  the file cannot be opened, or the number of addresses per line is neither 1 nor 4
 BOOL loadDeviceInfoFromFile(const char* xi_filename, DEV_INF_S* xo_devInf, int xi_numberOfAddressesPerLine);
 
-// Finds the assertion with the smallest symbol counter but 0 (which is none) in QVR_K_MAX_DEVICES blocks; of
-// equal ones the first in the order device, framer, FDU, control processor. Without any the record is zero.
+// Finds the assertion with the smallest symbol counter in QVR_K_MAX_DEVICES blocks; a counter of 0 stands for
+// no assertion. Of equal ones the first counts, in the order device, framer, FDU, control processor. Without
+// any assertion the record is zero.
 void findLeadingAssert(const DEV_INF_S* xi_devInf, CLI_leadingAssert_t* xo_leadingAssert);
 
 }  // namespace gfast::console

@@ -11,7 +11,7 @@
 
 namespace gfast::console {
 
-// Of every line of a report on a device: its label and the blanks behind it.
+// The width of label and blanks in every report on a device.
 constexpr uint8_t kReportLabelWidth = 40;
 
 // The image is DEV_INF_SIZE bytes as the chip gives them. Words are shown as a big-endian processor loads

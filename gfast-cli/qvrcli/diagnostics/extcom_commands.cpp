@@ -25,7 +25,7 @@ void printErrors(cli_def* cli, const QVR_extcomPortErrors_t& errors) {
 }
 
 int CLI_startExtcomTest(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
-  flushSession(cli);  // the program may end the process
+  flushSession(cli);  // the device program may end the process
   const QVR_retval_t status = QVR_startExtcomConnectivityTest();
   if (QVR_STATUS_ERROR(status)) {
     cli_print(cli, "Failed starting Extcom Connectivity Test (%1d)", static_cast<int>(status));

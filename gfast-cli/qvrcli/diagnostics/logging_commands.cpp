@@ -16,7 +16,7 @@ namespace {
 
 constexpr QVR_deviceId_t kAllDevices = -1;
 
-// A script has no session: its standard output has the lines already.
+// A script has no session: its log lines are on standard output already.
 void startDelivery(const cli_def* cli) {
   showLogInSession(cli->client != nullptr);
   QVR_registerLogMessageCB(kAllDevices, handleLogMessage);
@@ -28,7 +28,7 @@ void stopDelivery() {
   showLogInSession(false);
 }
 
-// Shows what the chips say from second to second. The first second of the count is over when it begins.
+// Prints once a second what the chips have logged. The count of seconds begins at 1, so it waits one less.
 void logFor(cli_def* cli, int seconds) {
   for (int second = 1; second != seconds && sleepInSession(cli, std::chrono::seconds(1)); second++) {
     printWaiting(cli);
@@ -63,7 +63,7 @@ int CLI_showLogLevel(cli_def* cli, const char* /*command*/, char* /*argv*/[], in
   return CLI_OK;
 }
 
-// A word without a number leaves the level as it is; a number out of range is reported and becomes the level.
+// A number out of range is reported and set all the same; a word without a number changes nothing.
 int CLI_setLogLevel(cli_def* cli, const char* /*command*/, char* argv[], int /*argc*/) {
   auto level = static_cast<int>(QVR_traceLogLevel());
   if (!isValidNumber(argv[0], QVRLOG_CRIT, QVRLOG_DEBUG, &level)) {

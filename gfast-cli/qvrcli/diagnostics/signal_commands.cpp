@@ -22,7 +22,7 @@ constexpr const char* kTxSignalFile = "txsignal.dat";
 constexpr const char* kFdSignalFile = "fdsignal.out";
 constexpr const char* kMtprFile = "mtpr.out";
 
-// Too large for the board's stack. The two of the last capture stay until the next one.
+// Static, because they are too large for the board's stack.
 QVR_signal_t tdSignal;
 QVR_signal_t fdSignal;
 QVR_txSignal_t txSignal;
@@ -42,8 +42,8 @@ void writeMtpr(cli_def* cli, const char* path) {
   reportFailure(cli, dumpMtprToFile(mtpr, path), path);
 }
 
-// The signal to send: nullptr, the library's own, when the words name no file. False after a message, which
-// is given the file's name; words that are missing from the file are sent as zero.
+// Loads the signal to send. Without a path it is nullptr, which stands for the library's default signal.
+// Words that are missing from the file are zero. False after a message.
 bool loadSignal(cli_def* cli, const char* path, const char* failure, const uint32_t** signal) {
   *signal = nullptr;
   if (path == nullptr) {
@@ -62,7 +62,7 @@ bool loadSignal(cli_def* cli, const char* path, const char* failure, const uint3
   return true;
 }
 
-// The two lines that every test of the front end begins with.
+// The two lines of a test of the analogue front end.
 struct Path {
   QVR_lineId_t txLine;
   QVR_lineId_t rxLine;

@@ -8,9 +8,8 @@
 namespace gfast::console {
 
 // Reads a transmit signal: one hexadecimal word of at most eight digits a line, at most QVR_K_SIGNAL_WORDS.
-// Empty lines are passed over. A shorter file, or one that goes on with a line of another form, leaves the
-// rest of the buffer as it was; the number of that line goes to *xo_badLine, unless nullptr, and 0 if there
-// is none.
+// Empty lines are skipped. A line of another form ends the reading; its number goes to *xo_badLine (0 when
+// there is none) unless that is nullptr. The rest of the buffer is not changed.
 //   FALSE  the file cannot be opened
 BOOL loadSignalFromFile(const char* path, uint32_t* signal, uint32_t* xo_badLine = nullptr);
 

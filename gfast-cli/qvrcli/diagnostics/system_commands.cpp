@@ -15,7 +15,7 @@ int CLI_showVersion(cli_def* cli, const char* /*command*/, char* /*argv*/[], int
   return CLI_OK;
 }
 
-// Hands the result of a failed read to libcli.
+// Returns the result code of a failed read to libcli.
 int CLI_showSystemRestartState(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   uint8_t sbr[4] = {};
   const QVR_retval_t status = QVR_readmem(QVR_K_DEVICE_ID_FIRST, SBR_REG_ADDRESS, sbr, sizeof sbr);

@@ -26,8 +26,8 @@ std::atomic<int> rebootCounter{0};
 
 std::array<std::atomic<uint32_t>, QVR_K_MAX_LINES> lastDownloadStatus{};
 
-// The log terminal is written by the notification thread and replaced by a command: whoever writes holds a
-// share of the file, so the lock is not held across the writing.
+// The notification thread writes to the log terminal, and a command replaces it. The writer shares the
+// ownership of the file, so that the lock is not held while it writes.
 struct LogTerminal {
   std::mutex lock;
   std::shared_ptr<FILE> terminalFd;
@@ -46,7 +46,7 @@ std::shared_ptr<FILE> terminal() {
   return logTerminal().terminalFd;
 }
 
-// As the session is shown it: the session ends the line itself.
+// A log line for the session, which ends each line by itself.
 std::string logLine(QVR_deviceId_t device, std::string_view text) {
   while (text.ends_with('\n') || text.ends_with('\r')) {
     text.remove_suffix(1);
@@ -60,8 +60,8 @@ void registerEventHandlers() {
   constexpr auto kEveryChange = static_cast<QVR_linkStateEventMask_t>(0);
   QVR_registerlinkStateChangeCB(handleLinkStateChange, kEveryChange);
   QVR_registerRebootEventCB(handleRebootEvent);
-  // Takes the slot that the library's own failure records came from: in the console each failure is this one
-  // line, and nobody who asked for such records (QVR_registerlineFailuresCB) gets any.
+  // This takes the place of the callback that makes the library's own failure records, so those who register
+  // with QVR_registerlineFailuresCB are told of no failure.
   QVR_registerLinkFailureNotificationCB(handlelinkFailureNotificationEvent);
   QVR_register24hrEventCB(handle24hrEvent);
   QVR_registerCommFailureNotificationCB(handleCommFailureNotificationEvent);
@@ -78,7 +78,7 @@ void handleLinkStateChange(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState
 void handleRebootEvent() {
   std::puts("Reboot notification...");
   rebootCounter++;
-  // A device that does not answer is taken for one in configuration: its lines are left alone.
+  // A device that does not answer counts as one in configuration state: no line is activated.
   QVR_deviceInfo_t device{};
   QVR_getDeviceInfo(QVR_K_DEVICE_ID_FIRST, &device);
   if (device.configState == CONFIG_STATE_LINE) {
@@ -97,7 +97,7 @@ void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYP
 void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {
   const std::shared_ptr<FILE> file = terminal();
   FILE* const to = file ? file.get() : stdout;
-  // The session first: who sees the line on standard output may count on it there.
+  // The session first: once the line is on standard output, it is on its way to the session as well.
   if (!file && logShownInSession) {
     printLater(logLine(xi_deviceId, xi_text).c_str());
   }

@@ -18,7 +18,7 @@ constexpr bool isPrintable(char c) {
   return c >= ' ' && c <= '~';
 }
 
-// What the equipment wrote must not steer the operator's terminal.
+// Control characters from the equipment must not reach the operator's terminal.
 std::string printable(std::string_view bytes) {
   std::string text(bytes);
   std::ranges::replace_if(

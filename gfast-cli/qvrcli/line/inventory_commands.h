@@ -1,4 +1,4 @@
-// Who is at the ends of a line.
+// The inventory of the equipment at both ends of a line: showing it, and setting some of it.
 #pragma once
 
 #include <span>

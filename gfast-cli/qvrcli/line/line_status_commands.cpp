@@ -17,7 +17,7 @@ constexpr uint8_t kStatusLabelWidth = 20;
 constexpr uint8_t kChannelLabelWidth = 15;
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
-constexpr size_t kTheLine = 0;  // a device carries one
+constexpr size_t kTheLine = 0;  // the only one of a device
 
 // CLI_ERROR when the line has no device, or when its device does not answer.
 int printLineState(cli_def* cli, QVR_lineId_t line) {
@@ -96,7 +96,7 @@ int CLI_showLineStatus(cli_def* cli, const char* /*command*/, char* argv[], int 
   return CLI_OK;
 }
 
-// Tells libcli when the configuration could not be read.
+// Returns 1 to libcli when the configuration could not be read.
 int CLI_showLineConfig(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   ArgumentReader words(cli, argv, argc);
   const QVR_lineId_t line = words.line(0);
@@ -191,7 +191,7 @@ std::span<const Command> lineStatusCommands() {
 }
 
 QVR_lineId_t numberOfLinesFound() {
-  // A device lost and found again counts once more.
+  // The library counts a device once more when it is lost and found again.
   return static_cast<QVR_lineId_t>(
       std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES));
 }

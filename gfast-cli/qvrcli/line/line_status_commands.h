@@ -1,4 +1,4 @@
-// How the lines are and what they carry.
+// The lines: how many there are, their states, their status, their channels, their configuration.
 #pragma once
 
 #include <qvr.h>
@@ -11,7 +11,7 @@ namespace gfast::console {
 
 std::span<const Command> lineStatusCommands();
 
-// Lines of the devices found, each with a valid line id.
+// How many lines the discovered devices have, so that each number below it is a line id.
 QVR_lineId_t numberOfLinesFound();
 
 }  // namespace gfast::console

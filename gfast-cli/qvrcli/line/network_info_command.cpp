@@ -10,7 +10,7 @@ namespace gfast::console {
 namespace {
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
-constexpr size_t kTheLine = 0;  // a device carries one
+constexpr size_t kTheLine = 0;  // the only one of a device
 constexpr int kUnknownState = -1;
 constexpr double kKbitInMbit = 1000.0;
 constexpr double kTooWide = 9999.5;  // Mbit/s; the columns hold four digits
@@ -29,14 +29,14 @@ struct LineRates {
   DirectionRates us;
 };
 
-// A rate that no line can have, an infinite one and none at all come from framing that makes no sense.
+// Framing values that make no sense give rates that no line can have, or none: they are shown as 0.
 double mbit(double kbit) {
   const double rate = kbit / kKbitInMbit;
   return rate >= 0 && rate < kTooWide ? rate : 0;
 }
 
-// Each end knows the error-free throughput of the direction that it receives, so the other is asked of the
-// far end.
+// Each end knows the error-free throughput of the direction that it receives; that of the other direction is
+// read from the far end.
 void takeCounters(QVR_lineId_t line, DirectionRates& sent, DirectionRates& received) {
   GFAST_DERIVED_COUNTERS_S near{};
   if (QVR_STATUS_ERROR(QVR_readGfastDerivedCounters(line, &near))) {
@@ -48,11 +48,11 @@ void takeCounters(QVR_lineId_t line, DirectionRates& sent, DirectionRates& recei
   received.net = mbit(near.RxNDR);
   received.eftr = mbit(near.EFTR);
   GFAST_DERIVED_COUNTERS_S far{};
-  QVR_readGfastDerivedCountersFE(line, &far);  // zero where it did not come
+  QVR_readGfastDerivedCountersFE(line, &far);  // stays zero when it fails
   sent.eftr = mbit(far.EFTR);
 }
 
-// Nothing is known of a line that is not up.
+// All rates of a line that is not up are zero.
 LineRates ratesOf(QVR_lineId_t line, bool isNetworkSide) {
   LineRates rates;
   float etrDs = 0;
@@ -92,7 +92,7 @@ void printRow(cli_def* cli, QVR_lineId_t line) {
             us.averageEtr, ds.net + us.net, ds.eftr, us.eftr);
 }
 
-// One row a line, rates in Mbit/s. What a device does not tell is zero.
+// One row a line, rates in Mbit/s. A rate that cannot be read is zero.
 int CLI_showNetworkInfo(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   cli_print(cli, "%s", "");
   cli_print(

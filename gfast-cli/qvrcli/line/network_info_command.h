@@ -1,4 +1,4 @@
-// All lines on one page: what each can carry and what it carries.
+// The rates of all lines in one table.
 #pragma once
 
 #include <span>

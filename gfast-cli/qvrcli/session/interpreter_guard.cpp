@@ -44,7 +44,7 @@ std::string joinWords(int from, int count, char** words) {
   return joined;
 }
 
-// Stands in for libcli's function that sets a filter up when a line is run.
+// libcli calls it in place of the filter's own init when a line runs.
 int initGuarded(cli_def* cli, int argc, char** argv, cli_filter* filter) {
   const cli_pipeline_stage& stage = *cli->pipeline->current_stage;
   const GuardedFilter* const guarded = findGuarded(stage.command);

@@ -1,5 +1,5 @@
-// Keeps a line typed at a session from harming the interpreter that reads it. To be called once, on a fresh
-// interpreter, before anything is typed at it.
+// Protects the interpreter from typed lines that crash it. To be called once, on a fresh interpreter, before
+// it reads anything.
 #pragma once
 
 #include <libcli.h>
@@ -7,13 +7,14 @@
 namespace gfast::console {
 
 // libcli's filters, made safe:
-//  - A filter that takes the rest of the line joins its words while a line is only being completed, when
-//    there may be no last word yet, and reads through a null pointer. It takes one word here, and is given
-//    the rest of the line when the line runs.
-//  - A filter recognises itself by its full name only, so an abbreviated one searches for what it never
-//    stored. It is called by its full name here.
-//  - egrep's repetitions multiply ("((a{99}){99}){99}"), and the compiled pattern with them: a pattern larger
-//    than kLargestPattern is refused.
+//  - A filter that takes the rest of the line joins its words also while a line is only completed. There may
+//    be no last word then, and libcli reads through a null pointer. Here such a filter takes one word, and is
+//    given the rest of the line when the line runs.
+//  - A filter compares the typed name with its full name, so that an abbreviated one does not find the text
+//  it
+//    is to search for. Here it is always called by its full name.
+//  - egrep's repetitions multiply ("((a{99}){99}){99}"), and the compiled pattern grows with them. Here a
+//    pattern larger than kLargestPattern is refused.
 void guardInterpreter(cli_def* cli);
 
 }  // namespace gfast::console

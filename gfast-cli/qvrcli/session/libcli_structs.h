@@ -1,9 +1,10 @@
-// libcli, for the files that read or change its structs. What those hold is not part of its interface.
+// libcli.h for the files that read or change the members of its structs, which another version may use in
+// another way.
 #pragma once
 
 #include <libcli.h>
 
-// libcli.h itself spells the second name so.
+// The second name is misspelt in libcli.h itself.
 static_assert(
     LIBCLI_VERSION_MAJOR == 1 && LIBCLI_VERISON_MINOR == 10,
     "Another libcli. Check against its source how interpreter_guard.cpp replaces a filter's init and "

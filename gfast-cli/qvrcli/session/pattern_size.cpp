@@ -18,7 +18,7 @@ size_t multiply(size_t a, size_t b) {
   return std::min(std::min(a, kTooLarge) * std::min(b, kTooLarge), kTooLarge);
 }
 
-// Walks a pattern once and adds up its pieces.
+// Reads a pattern once and adds up its pieces.
 class PatternMeter {
  public:
   explicit PatternMeter(std::string_view pattern) : pattern_(pattern) {}
@@ -53,7 +53,7 @@ class PatternMeter {
         piece(1);
         break;
       case '+':
-        repeat(2);  // once, and then any number of times
+        repeat(2);  // one, and one that repeats in place
         break;
       case '{':
         repeatCounted();
@@ -100,8 +100,7 @@ class PatternMeter {
     return value;
   }
 
-  // "{3}", "{2,5}", "{2,}", "{,5}". What turns out to be no such thing is text, and counted as if it were
-  // one.
+  // "{3}", "{2,5}", "{2,}", "{,5}". Text that only begins like a repetition is counted as one.
   void repeatCounted() {
     const size_t least = number();
     size_t most = least;

@@ -10,15 +10,14 @@ namespace gfast::console {
 
 namespace {
 
-constexpr int kDeepest = 10;  // scripts that run scripts
+constexpr int kDeepest = 10;  // runs inside each other
 
 class ScriptRun;
-ScriptRun* innermost = nullptr;  // the runs in progress, one inside the other
-bool stopping = false;           // the runs in progress are to end: they nest too deeply
+ScriptRun* innermost = nullptr;  // of the runs in progress
+bool stopping = false;           // all runs in progress are to end, because they nest too deeply
 
-// The interpreter, lent to a script. Its state belongs to the line that runs the script, and the script's
-// lines would free that line's filters: it is put aside, and what the script prints goes through those
-// filters first.
+// While a script runs, puts aside what the interpreter holds for the line that runs the script, because the
+// script's lines would free it. What the script prints goes through the filters of that line.
 class ScriptRun {
  public:
   explicit ScriptRun(cli_def* cli)
@@ -54,12 +53,12 @@ class ScriptRun {
 
   int depth() const { return depth_; }
 
-  // What the line that runs this script hands back to libcli.
+  // What the line that runs this script returns to libcli.
   int result() const { return stopping && outer_ != nullptr ? CLI_QUIT : CLI_OK; }
 
  private:
-  // One line that a script prints, through the filters of every line that led to it, innermost first.
-  // Printing through the interpreter is not possible here: it is in the middle of doing so.
+  // Passes a line that a script prints through the filters of all lines that led to the script, innermost
+  // first. It cannot call cli_print, which is running already.
   static void printFiltered(cli_def* cli, const char* line) {
     for (const ScriptRun* run = innermost; run != nullptr; run = run->outer_) {
       for (cli_filter* filter = run->filters_; filter != nullptr; filter = filter->next) {

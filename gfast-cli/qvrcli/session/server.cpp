@@ -24,8 +24,8 @@ namespace {
 constexpr int kBacklog = 50;
 constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
 
-// A peer that is silent for kKeepAliveIdle seconds is asked, and after kKeepAliveProbes unanswered questions
-// it is gone; one that does not take output for kSendTimeout seconds, or does not acknowledge it for
+// A peer that is silent for kKeepAliveIdle seconds is probed, and given up after kKeepAliveProbes probes
+// without an answer. A peer that takes no output for kSendTimeout seconds, or does not acknowledge it for
 // kUserTimeout milliseconds, is given up as well.
 constexpr int kKeepAliveIdle = 30;
 constexpr int kKeepAliveInterval = 10;
@@ -56,7 +56,7 @@ void setOption(int connection, int level, int option, int value) {
   setsockopt(connection, level, option, &value, sizeof value);
 }
 
-// Every failure leaves a working, if slower or longer-lived, session.
+// Failures are ignored: the session works without these, only slower, or it ends later.
 void setConnectionOptions(int connection) {
   setOption(connection, IPPROTO_TCP, TCP_NODELAY, 1);
   setOption(connection, SOL_SOCKET, SO_KEEPALIVE, 1);
@@ -89,8 +89,8 @@ void runSession(cli_def* interpreter, int connection) {
   }
 }
 
-// A connection that could not be accepted is a session that ends at once. The pause keeps a lasting cause
-// from taking the processor.
+// A connection that could not be accepted is a session that ends at once. The pause keeps the processor free
+// when accept goes on failing.
 void runFailedSession(cli_def* interpreter) {
   cli_loop(interpreter, -1);
   clockSource().sleep(kPauseAfterFailedAccept);

@@ -22,7 +22,7 @@ int CLI_sleep(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   return CLI_OK;
 }
 
-// The script also runs after a count that is refused: as often as the count says.
+// After a count that is refused the script runs all the same, as often as the count says.
 int CLI_runScript(cli_def* cli, const char* /*command*/, char* argv[], int argc) {
   const char* const filename = ArgumentReader(cli, argv, argc).text(0, "clitest.txt");
   uint32_t iterations = 1;

@@ -25,7 +25,7 @@ ssize_t receiveSome(int socket, char* buffer, size_t size) {
   return received;
 }
 
-// False when the other side takes no more.
+// False when the other side has closed.
 bool sendAll(int socket, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
@@ -111,9 +111,9 @@ void SessionRelay::relayOutput() {
   }
 }
 
-// A connection that is closed with unread input is reset, and the peer may lose output it has not read yet.
-// So a little input is thrown away for its sake; a peer that sends much is better off with the reset, because
-// it may be waiting for room.
+// A connection that is closed with unread input is reset, and the peer may lose output that it has not read
+// yet. So a little input is read and thrown away. A peer that sends more than that is reset: it may be
+// waiting for room, and would wait for ever.
 void SessionRelay::discardInput() {
   constexpr int most = 2;  // chunks
   char received[kChunk];

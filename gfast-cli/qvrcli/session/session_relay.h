@@ -1,5 +1,4 @@
-// Stands between a session's connection and the interpreter, so that the interpreter never touches the
-// network.
+// The relay between a session's connection and the interpreter, which never uses the network itself.
 #pragma once
 
 #include <thread>
@@ -7,15 +6,15 @@
 namespace gfast::console {
 
 // Moves bytes between the connection and a socket that the interpreter is given, until one of them ends:
-//  - The peer has nothing more to say: the interpreter still runs what it was sent, and the output still
-//    reaches the peer.
+//  - The peer sends no more: the interpreter still runs what it was sent, and the output still reaches the
+//    peer.
 //  - The peer resets, vanishes, or does not read for the connection's send time-out: it is given up. The
 //    interpreter's socket then reports a hang-up and takes no more output, so whatever runs there ends soon.
 //  - The interpreter closes its socket: what it wrote is still sent.
-// Nothing is awake while neither side has anything to say.
+// While neither side sends anything, both threads sleep.
 class SessionRelay {
  public:
-  // Owns the connection from now on, also when it throws std::system_error for want of resources.
+  // Takes the ownership of the connection, also when it throws std::system_error because resources are short.
   explicit SessionRelay(int connection);
 
   // To be called when the interpreter has closed its socket. Returns when its output has been sent or given

@@ -15,7 +15,7 @@ namespace gfast::console {
 
 namespace {
 
-// The stream that stands in for the session's while a command runs.
+// The buffered stream that takes the place of the session's while a command runs.
 FILE* bufferedStream = nullptr;
 char streamBuffer[64 * 1024];
 
@@ -44,7 +44,7 @@ BufferedSession::BufferedSession(cli_def* cli) : cli_(cli) {
     if (descriptor >= 0) {
       close(descriptor);
     }
-    return;  // slower, and no less right
+    return;  // the command writes to the unbuffered stream: slower, but the same text
   }
   std::setvbuf(bufferedStream, streamBuffer, _IOFBF, sizeof streamBuffer);
   session_ = cli->client;

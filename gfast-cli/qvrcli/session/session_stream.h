@@ -1,5 +1,5 @@
-// The session's stream: buffered while a command runs, asked whether its peer is still there, and lent to
-// other threads that have something to say.
+// The session's stream: buffering it while a command runs, noticing that its peer is gone, and printing lines
+// of other threads to it.
 #pragma once
 
 #include <libcli.h>
@@ -19,29 +19,30 @@ class BufferedSession {
 
  private:
   cli_def* cli_;
-  FILE* session_ = nullptr;  // libcli's own stream while ours stands in its place
+  FILE* session_ = nullptr;  // libcli's own stream, while the buffered one takes its place
 };
 
-// Sends what is buffered: before anything that waits, so the operator sees what happened so far.
+// Sends what is buffered. To be called before anything that waits, so that the operator sees what has
+// happened so far.
 void flushSession(cli_def* cli);
 
-// Sends what is buffered and sleeps. False when the session was lost meanwhile, which ends the sleep: nobody
-// is left to wait for, and the next client must be served.
+// Sends what is buffered and sleeps. Ends early and returns false when the session is lost, so that the next
+// client is served.
 bool sleepInSession(cli_def* cli, std::chrono::seconds duration);
 
-// Whether the session's peer can no longer be reached; without a session, false. A peer that only has nothing
-// more to say is still there.
+// Whether the session's peer can no longer be reached; false without a session. A peer that has closed its
+// sending side only can still be reached.
 bool sessionLost(const cli_def* cli);
 
-// Has the command thread print a line to the session: for every other thread, because the interpreter prints
-// on one thread only. Lines wait for the end of the running command or for the idle interpreter's next look,
-// a few seconds at most; a flood is cut at 100.
+// Keeps a line until the command thread prints it to the session. For all other threads, because only the
+// command thread may print through the interpreter. It is printed when the running command ends or, when none
+// runs, within a few seconds. At most 100 lines wait; more are dropped.
 void printLater(const char* text);
 
-// Prints what printLater was given; on the command thread. False when there was nothing.
+// Prints the lines that wait. On the command thread. False when there were none.
 bool printWaiting(cli_def* cli);
 
-// Drops what printLater was given: it was meant for those who were there.
+// Drops the lines that wait: they were meant for an earlier session.
 void forgetWaiting();
 
 }  // namespace gfast::console

@@ -11,7 +11,7 @@ constexpr unsigned char kSubnegotiationEnd = 240;
 constexpr unsigned char kSubnegotiationBegin = 250;
 constexpr unsigned char kWill = 251;
 constexpr unsigned char kDont = 254;
-constexpr unsigned char kTelnet = 255;  // begins a command; twice, stands for itself
+constexpr unsigned char kTelnet = 255;  // begins a command; two of them are one character of text
 
 constexpr char kEscape = 27;
 
@@ -57,7 +57,7 @@ void TypedInput::take(char character, std::string& typed) {
 void TypedInput::takeCommand(unsigned char character, std::string& typed) {
   state_ = State::kText;
   if (character == kTelnet) {
-    typed += static_cast<char>(kTelnet);  // the interpreter takes telnet commands out as well
+    typed += static_cast<char>(kTelnet);  // twice: the interpreter takes telnet commands out as well
     pass(static_cast<char>(kTelnet), typed);
   } else if (character == kSubnegotiationBegin) {
     state_ = State::kSubnegotiation;
@@ -66,8 +66,7 @@ void TypedInput::takeCommand(unsigned char character, std::string& typed) {
   }
 }
 
-// ESC [ and what belongs to it, up to the letter that ends it. A control character ends it as well, and
-// counts.
+// ESC [ up to the letter that ends the sequence. A control character ends it too, and is not part of it.
 void TypedInput::takeSequence(char character, std::string& typed) {
   const auto byte = static_cast<unsigned char>(character);
   if (byte < ' ' || byte >= 0x7f) {
@@ -131,7 +130,7 @@ void TypedInput::pass(char character, std::string& typed) {
   typed += character;
 }
 
-// An earlier line may have come back.
+// The editor may show an earlier line again.
 void TypedInput::recall() {
   length_ = std::max(length_, longest_);
   lineHigh_ = std::max(lineHigh_, length_);

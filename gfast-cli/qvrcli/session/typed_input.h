@@ -1,4 +1,4 @@
-// What a session's peer sends, made fit for libcli's line editor.
+// Filters what a session's peer sends, so that libcli's line editor can take it.
 #pragma once
 
 #include <cstddef>
@@ -7,18 +7,18 @@
 
 namespace gfast::console {
 
-// Passes on typed characters and editing keys, and nothing else: telnet commands and their options,
-// subnegotiations included, and the escape sequences of keys the editor does not know are taken out.
+// Passes on typed characters and editing keys. Takes out telnet commands, with their options and
+// subnegotiations, and the escape sequences of keys that the editor does not know.
 //
-// The editor completes words into its line buffer without looking at the room that is left. So the length
-// that the line can have reached is followed from outside, and a TAB for which there might be no room is
-// turned into a Ctrl-C, which the editor answers with a bell.
+// The editor completes words into its line buffer without checking the room that is left. So the greatest
+// length that the line can have is counted here, and a TAB for which there might be no room is replaced by a
+// Ctrl-C, which the editor answers with a bell.
 class TypedInput {
  public:
-  // No completion inserts more characters, the blank behind it included.
+  // The most characters that a completion inserts, with the blank behind it.
   static constexpr size_t kLongestCompletion = 64;
 
-  // Appends to `typed` what of the received bytes is passed on.
+  // Appends the received bytes that are passed on to `typed`.
   void receive(std::string_view received, std::string& typed);
 
  private:
@@ -32,7 +32,7 @@ class TypedInput {
   void recall();
 
   State state_ = State::kText;
-  bool parameters_ = false;  // the escape sequence is not a plain letter
+  bool parameters_ = false;  // the escape sequence has more than its last letter
   // Upper bounds: of the line now, of this line at any time, of every earlier line.
   size_t length_ = 0;
   size_t lineHigh_ = 0;

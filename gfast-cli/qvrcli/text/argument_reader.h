@@ -12,11 +12,11 @@ namespace gfast::console {
 enum class End { kNear, kFar };
 enum class Direction { kUpstream, kDownstream };
 
-// What a word means that is neither ne nor fe.
+// What happens when a word is neither ne nor fe: it is refused, or the command goes on with the near end.
 enum class OtherWord { kRefused, kNearEnd };
 
-// What is printed about a word that is not taken; {} stands for the word. Texts differ from command to
-// command, and scripts look for them.
+// What is printed when a word is refused; {} stands for the word. Texts differ from command to command, and
+// scripts look for them.
 using Refusal = fmt::format_string<const char*>;
 
 constexpr Refusal kNoSuchLine = "invalid parameter - line number must be between 0..1";

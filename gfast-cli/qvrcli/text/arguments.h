@@ -8,9 +8,8 @@
 namespace gfast::console {
 
 // Parses leading blanks, a sign and digits; what follows the digits is ignored ("12abc" is 12). A text
-// without digits converts nothing and the value already in *xio_value is judged; only a text that ends before
-// any character but blanks is refused by the parse itself. A number beyond the type is the nearest one it can
-// hold.
+// without digits converts nothing, and the value already in *xio_value is judged. A text of blanks only is
+// refused. A number beyond the type becomes the nearest one that the type can hold.
 BOOL isValidNumber(const char* xi_text, int xi_lower, int xi_upper, int* xio_value);
 BOOL isValidUnsignedNumber(const char* xi_text, uint32_t xi_lower, uint32_t xi_upper, uint32_t* xio_value);
 

@@ -16,14 +16,13 @@ class TableOutput {
  public:
   explicit TableOutput(cli_def* cli) : cli_(cli) {}
 
-  // From here on to this file, which is emptied if it was there; nullptr: to the session. False after a
-  // message.
+  // Sends the rows to this file, which is created or emptied; nullptr: to the session. False after a message.
   bool open(const char* filename);
 
   bool goesToFile() const { return file_.has_value(); }
 
-  // One row. A session ends it by itself; in a file a line end is written. {fmt} renders it: of a table of
-  // fractions, printf would take most of the time.
+  // One row. A session ends it by itself; in a file a line end is written. By {fmt}, because printf would
+  // take most of the time of a table of fractions.
   template <typename... Values>
   void row(fmt::format_string<const Values&...> format, const Values&... values) const {
     fmt::memory_buffer text;
@@ -31,7 +30,7 @@ class TableOutput {
     print(text);
   }
 
-  // All rows are there. A file that did not take them all is reported.
+  // Closes the file, and reports one that did not take all rows.
   void finish();
 
  private:

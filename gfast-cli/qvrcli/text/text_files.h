@@ -1,4 +1,4 @@
-// Text files that an operator names: read line by line whatever is in them, or written to the last line.
+// Text files that an operator names: reading their lines, whatever bytes are in them, and writing them.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@ struct CloseTextFile {
 };
 using TextFile = std::unique_ptr<FILE, CloseTextFile>;
 
-// Opens a regular file for reading: anything else (a folder, a device, a pipe) may never end. nullptr: it
-// cannot be opened.
+// Opens a regular file for reading; nullptr when it cannot. Nothing else (a folder, a device, a pipe) is
+// opened, because it may never end.
 TextFile openForReading(const char* path);
 
 // The lines of a file, cut to kMaxLineLength characters. What ends a line (a line feed, one with a carriage
@@ -49,11 +49,11 @@ class OutputFile {
   TextFile file_;
 };
 
-// Takes a hexadecimal word of at most eight digits off the text's front, blanks before it included. False,
-// with text and word as they were, when there is none, or more digits or letters behind it.
+// Takes a hexadecimal word of at most eight digits, and blanks before it, off the front of the text. False,
+// with text and word unchanged, when there is none, or when digits or letters follow.
 bool takeHexWord(std::string_view& text, uint32_t& word);
 
-// Drops whatever stands between blanks at the text's front.
+// Drops the first word of the text, whatever it holds, and blanks before it.
 void dropWord(std::string_view& text);
 
 }  // namespace gfast::console

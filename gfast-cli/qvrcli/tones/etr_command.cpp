@@ -25,7 +25,7 @@ struct Rates {
   uint32_t averageUs = 0;
 };
 
-// What the chip sends goes downstream from the network side, upstream from the subscriber's.
+// A chip at the network side sends downstream, one at the subscriber's side upstream.
 QVR_retval_t readRates(QVR_lineId_t line, Rates& rates) {
   QVR_retval_t status = QVR_calcETRsForLine(line, &rates.etrDs, &rates.etrUs, &rates.rawDs, &rates.rawUs);
   if (QVR_STATUS_ERROR(status)) {
@@ -49,7 +49,7 @@ QVR_retval_t readRates(QVR_lineId_t line, Rates& rates) {
   return QVR_E_STATUS_OK;
 }
 
-// A chip whose framing divides by nothing has no such rate.
+// Framing values of zero give rates that are not finite.
 void printRate(const LabelledLines& lines, const char* label, float rate) {
   if (std::isfinite(rate)) {
     lines.printAs(label, "{:.1f}", rate);

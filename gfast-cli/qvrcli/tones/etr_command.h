@@ -1,4 +1,4 @@
-// The throughput to be expected of a line, and the rates it comes from.
+// The expected throughput of a line, and the rates it is computed from.
 #pragma once
 
 #include <span>

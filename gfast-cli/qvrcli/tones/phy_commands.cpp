@@ -15,7 +15,7 @@ namespace {
 
 constexpr uint8_t kLabelWidth = 20;
 
-// The tables last shown, as the end that was asked for has them.
+// The tables of the last command; static, because they are large.
 QVR_BLT_t sentBits;
 QVR_BLT_t receivedBits;
 QVR_SNRTBL_t snr;
@@ -86,7 +86,7 @@ bool readPhyInfo(cli_def* cli, QVR_lineId_t line, End end, PhyInfo& info) {
          readTable(cli, "FEQ table", readSignal(line, feq, calibratedFeq, &info.frontEnd));
 }
 
-// A subcarrier's value in a table whose first entry is that of another one; 0 where there is none.
+// The value of a subcarrier in a table whose first entry is that of subcarrier `first`; 0 below it.
 template <typename Value>
 double valueAt(const Value (&table)[QVR_MAX_NUMBER_OF_TONES], uint32_t first, uint32_t subcarrier) {
   const double value = subcarrier < first ? 0.0 : static_cast<double>(table[subcarrier - first]);
@@ -117,7 +117,7 @@ int CLI_showPhyParams(cli_def* cli, const char* /*command*/, char* argv[], int a
     return CLI_OK;
   }
   if (QVR_isLineUp(line) != TRUE) {
-    cli_print(cli, "Line %1d is in not SHOWTIME", line);  // in this order: scripts look for it
+    cli_print(cli, "Line %1d is in not SHOWTIME", line);  // in this word order: scripts look for it
     return CLI_OK;
   }
   QVR_linePhyParams_t tones{};

@@ -11,7 +11,7 @@ namespace gfast::console {
 
 namespace {
 
-// The tables last shown.
+// The tables of the last commands; static, because they are large.
 G9972_BITSps_t bits;
 G9972_BITSps_t rmcBits;
 G9972_SNRps_t snr;
@@ -22,8 +22,8 @@ double frequency_MHz(uint32_t subcarrier) {
   return subcarrier * QVR_K_SUBCARRIER_SPACING_MHZ;
 }
 
-// One command: where its table comes from, what stands before the direction when it cannot be read, how a row
-// is printed.
+// One command: how its table is read, what is printed in front of the direction when that fails, how a row is
+// printed.
 template <typename Value>
 struct ToneTable {
   QVR_retval_t (*upstream)(QVR_lineId_t line, Value* values);
@@ -76,7 +76,7 @@ int showTable(cli_def* cli, char* argv[], int argc, const ToneTable<Value>& tabl
   if (words.refused() || !out.open(words.text(2, nullptr))) {
     return CLI_OK;
   }
-  // What was there may be another line's.
+  // It may still hold another line's values.
   std::fill(std::begin(table.values), std::end(table.values), Value{0});
   const auto read = direction == Direction::kDownstream ? table.downstream : table.upstream;
   if (QVR_STATUS_ERROR(read(line, table.values))) {

@@ -1,4 +1,4 @@
-// What each subcarrier carries and suffers, and the attenuation of the whole band, upstream and downstream.
+// Bit loading, SNR, noise and channel magnitude of every subcarrier, and the attenuation of the whole band.
 #pragma once
 
 #include <span>

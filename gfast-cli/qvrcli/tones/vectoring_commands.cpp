@@ -30,7 +30,7 @@ constexpr MatrixKind kPrecoder = {QVR_readPrecoderMatrixForLine, "precoder"};
 struct LineMatrices {
   QVR_linePhyParams_t tones{};
   uint16_t pairs = 0;
-  std::unique_ptr<QVR_tonePairMatrix_t[]> all;  // of the lines before this one, too
+  std::unique_ptr<QVR_tonePairMatrix_t[]> all;  // of all lines up to this one
   const QVR_tonePairMatrix_t* ofLine = nullptr;
 
   uint32_t subcarriers() const { return std::min(tones.numProcessedTones, kSubcarriersPerPair * pairs); }

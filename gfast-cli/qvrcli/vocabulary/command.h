@@ -6,8 +6,8 @@
 namespace gfast::console {
 
 // A handler checks, calls, prints. It has libcli's signature: interpreter, the command's full name, the words
-// after the keyword path, their count. It answers CLI_OK, failures included (they are printed), unless its
-// own comment says otherwise.
+// after the keyword path, their count. It returns CLI_OK, also after a failure, which it prints; a handler
+// that returns something else says so.
 using Handler = int (*)(cli_def* cli, const char* command, char* argv[], int argc);
 
 // Whether a command takes this many words.

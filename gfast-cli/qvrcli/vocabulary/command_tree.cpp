@@ -39,7 +39,7 @@ int enterConfigurationMode(cli_def* cli, const char* /*command*/, char* /*argv*/
   return CLI_OK;
 }
 
-// libcli's own `configure` wants privilege and a second word.
+// libcli's own `configure` needs privilege and a second word.
 void registerConfigure(cli_def* cli) {
   cli_unregister_command(cli, "configure");
   cli_register_command(cli, nullptr, "configure", enterConfigurationMode, PRIVILEGE_UNPRIVILEGED, MODE_EXEC,

@@ -9,9 +9,9 @@ namespace gfast::console {
 // own.
 void registerCommandTree(cli_def* cli);
 
-// What libcli calls for every command of the table. The usage convention lives here, once: a last word that
-// contains '?', or a number of words the command does not take, prints the usage line and does nothing else.
-// The session's output is buffered for the length of the command.
+// What libcli calls for every command of the table. A last word that contains '?', or a number of words that
+// the command does not take, prints the usage line and does nothing else. The session's output is buffered
+// while the command runs.
 int dispatchCommand(cli_def* cli, const char* command, char* argv[], int argc);
 
 }  // namespace gfast::console

@@ -32,7 +32,7 @@ class CapturedConsole {
   // What was printed since the last line.
   std::vector<std::string> take() { return printed_.take(); }
 
-  // What the last line answered to the interpreter.
+  // What the last line returned to the interpreter.
   int result() const { return result_; }
 
  private:

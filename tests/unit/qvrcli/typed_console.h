@@ -1,5 +1,5 @@
-// The console's interpreter in front of a driver that expects a list of requests: what is typed, what the
-// chip is asked, what is printed.
+// The console's interpreter in front of a driver that expects a list of requests: a test says what is typed,
+// what the chip is asked, and what is printed.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -18,7 +18,7 @@ using namespace gfast::console;
 
 using Lines = std::vector<std::string>;
 
-// The library behind it is not started: a test states the requests of its commands and no others.
+// The library is not started, so the only requests are those of the commands.
 class TypedConsole : public testing::Test {
  protected:
   TypedConsole() {
@@ -32,7 +32,7 @@ class TypedConsole : public testing::Test {
   // What was printed since the last line.
   Lines printedSince() { return console_.take(); }
 
-  // What the last line told libcli.
+  // What the last line returned to libcli.
   int result() const { return console_.result(); }
 
   // The requests that the next lines make.

@@ -14,8 +14,8 @@ namespace {
 
 using testing::ElementsAre;
 
-// One block as it is shown: where it lies, its fields in chip order (a minus marks a signed one), and its
-// first word. The words count up from it, above 2^31: taken for signed, every one is negative.
+// One block as it is shown: its address, its fields in chip order (a minus marks a signed one), and its first
+// word. The words count up from that one. All are above 2^31, so a signed one shows as negative.
 struct ShownBlock {
   std::string heading;
   uint32_t address;
@@ -86,7 +86,7 @@ using Blocks = std::vector<const ShownBlock*>;
 const Blocks kInOrderOfReading{&kDerived, &kFramerInit, &kFramerRaw, &kFduInit, &kFduRaw};
 const Blocks kInOrderOfPrinting{&kFramerInit, &kFduInit, &kFramerRaw, &kFduRaw, &kDerived};
 
-// A field that shows something else than the block's word in memory.
+// A field whose value does not come from the block's word in memory.
 struct Patch {
   const ShownBlock* block;
   std::string field;
@@ -102,7 +102,7 @@ std::string signedText(uint32_t word) {
   return std::to_string(int64_t{word} - (int64_t{1} << 32));
 }
 
-// The whole display. Blocks that could not be read are zero but for their patches.
+// The whole display. In a block that could not be read all fields but the patched ones are zero.
 Lines display(const std::vector<Patch>& patches = {}, const Blocks& unread = {}) {
   Lines lines;
   for (const ShownBlock* block : kInOrderOfPrinting) {
@@ -125,7 +125,7 @@ Lines display(const std::vector<Patch>& patches = {}, const Blocks& unread = {})
   return lines;
 }
 
-// What a far end answers about itself.
+// What a far end answers when it is asked for its counters and measurements.
 const Bytes kManagement = countingWords(44, 3000000001);
 const Bytes kPmd{0x34, 0x12, 0x78, 0x56, 0x34, 0x92, 0xCD, 0xAB, 0x04, 0x03, 0x02, 0xF1, 0x07, 0x06};
 
@@ -137,7 +137,7 @@ Script asksPmd(int device) {
   return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ, {}, 14, kPmd);
 }
 
-// The far end answers with the block as it lies in its memory.
+// The far end sends the block as it lies in its memory.
 Script readsFarEndBlock(int device, uint16_t sequence, const ShownBlock& block) {
   const Bytes words = block.chipBytes();
   Bytes answer = farEndHeader(0x8002, words.size(), sequence, block.address);
@@ -150,7 +150,7 @@ Script findsLineUp(int device) {
   return readsIdentity(device, chipWithLine(LS_SHOWTIME));
 }
 
-// Fields that the far end or the near end tells, not the far end's memory.
+// Fields that do not come from the far end's memory, but from its answers or from the near end.
 const std::vector<Patch> kDerivedPatches{
     {&kDerived, "erroredSeconds", 3000000005},      {&kDerived, "severlyErroredSeconds", 3000000006},
     {&kDerived, "lossOfSignalSeconds", 3000000007}, {&kDerived, "lossOfRMCSeconds", 3000000008},
@@ -158,7 +158,7 @@ const std::vector<Patch> kDerivedPatches{
     {&kDerived, "errorFreeBits", 3000000011}};
 const std::vector<Patch> kManagementPatches{{&kFramerRaw, "rtxuc", 3000000003},
                                             {&kFramerRaw, "numOfRetTxDTUs", 3000000004}};
-// Of near-end words that count up from 2000000000.
+// Words of the near end that count up from 2000000000.
 constexpr uint32_t kNearEndFirst = 2000000000;
 const std::vector<Patch> kMirrorPatches{
     {&kFramerRaw, "sraRxExngCnt", 2000000042},     {&kFramerRaw, "sraTxExngCnt", 2000000041},
@@ -170,7 +170,8 @@ const std::vector<Patch> kPmdPatches{{&kFramerRaw, "snrMargin", 0x1234},
                                      {&kFramerRaw, "rmcSnrMargin", 0xF102}};
 const std::vector<Patch> kFduPatches{{&kFduRaw, "ACTATPds", 0xABCD}};
 
-// One step of reading a far-end block: what is asked, and which fields it brings; without any, the block.
+// One step of reading a far-end block: its requests, and the fields that it sets; without any, it reads the
+// block itself.
 struct Step {
   std::function<Script()> asks;
   std::vector<Patch> brings;
@@ -180,7 +181,7 @@ class ShowGfastCounters : public TypedConsole {
  protected:
   ShowGfastCounters() { enterBothLines(); }
 
-  // The device's record says that its line is up.
+  // After this the device's record says that its line is up.
   void startDevice(int device) {
     expect(opens(device) + findsLineUp(device));
     QVR_getDeviceInfo(device, nullptr);
@@ -194,7 +195,7 @@ class ShowGfastCounters : public TypedConsole {
     return script;
   }
 
-  // The steps behind the look whether the line is up.
+  // The steps after the check whether the line is up.
   std::vector<Step> stepsOf(int device, const ShownBlock* block) {
     std::vector<Step> steps{
         {[this, device, block] { return readsFarEndBlock(device, ++sequence_, *block); }, {}}};
@@ -211,7 +212,7 @@ class ShowGfastCounters : public TypedConsole {
     return steps;
   }
 
-  // Expects a far-end reading in which one step of one block fails, if any does; answers the display.
+  // Expects the reading of the far end, in which one step of one block may fail; returns the display.
   Lines expectFarEnd(int device, const ShownBlock* failingBlock = nullptr, size_t failingStep = 0) {
     std::vector<Patch> patches;
     Blocks unread;
@@ -231,7 +232,7 @@ class ShowGfastCounters : public TypedConsole {
     return display(patches, unread);
   }
 
-  // Likewise, with one block's line not found up because the n-th read about it fails.
+  // The same, but for one block the n-th read of the check whether the line is up fails.
   Lines expectFarEndLosing(int device, const ShownBlock* lost, size_t position) {
     std::vector<Patch> patches;
     for (const ShownBlock* block : kInOrderOfReading) {
@@ -259,7 +260,7 @@ TEST_F(ShowGfastCounters, ShowsTheFiveBlocksFieldByField) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowGfastCounters, AlignsNamesToTheRightAndSeparatesBlocksByABlank) {
+TEST_F(ShowGfastCounters, AlignsNamesToTheRightAndEndsBlocksWithABlank) {
   expect(opens(0) + readsNearEnd(0));
   const Lines shown = typed("show gfast-counters 0");
   ASSERT_EQ(shown.size(), size_t{18 + 13 + 85 + 10 + 54 + 2 * 5});
@@ -277,7 +278,7 @@ TEST_F(ShowGfastCounters, AlignsNamesToTheRightAndSeparatesBlocksByABlank) {
   EXPECT_EQ(shown.back(), " ");
 }
 
-TEST_F(ShowGfastCounters, OfTheNearEndByName) {
+TEST_F(ShowGfastCounters, TakesNeForTheNearEnd) {
   expect(opens(1));
   for (const std::string end : {"ne", "NE"}) {
     expect(readsNearEnd(1));
@@ -286,7 +287,7 @@ TEST_F(ShowGfastCounters, OfTheNearEndByName) {
   }
 }
 
-TEST_F(ShowGfastCounters, OfTheNearEndOnlyTheLastReadDecides) {
+TEST_F(ShowGfastCounters, FailsAtTheNearEndOnlyWhenTheLastReadFails) {
   expect(opens(0) + readsNearEnd(0));
   typed("show gfast-counters 0");
   for (const ShownBlock* failing : kInOrderOfReading) {
@@ -302,7 +303,7 @@ TEST_F(ShowGfastCounters, OfTheNearEndOnlyTheLastReadDecides) {
   }
 }
 
-TEST_F(ShowGfastCounters, OfTheFarEndAreCompletedByWhatItTells) {
+TEST_F(ShowGfastCounters, AddsToTheBlocksOfTheFarEndWhatItTellsOfItself) {
   startDevice(1);
   for (const std::string end : {"fe", "FE"}) {
     const Lines expected = expectFarEnd(1);
@@ -312,7 +313,7 @@ TEST_F(ShowGfastCounters, OfTheFarEndAreCompletedByWhatItTells) {
   }
 }
 
-TEST_F(ShowGfastCounters, OfTheFarEndOnlyTheLastStepDecides) {
+TEST_F(ShowGfastCounters, FailsAtTheFarEndOnlyWhenTheLastStepFails) {
   startDevice(0);
   for (const ShownBlock* block : kInOrderOfReading) {
     const size_t count = stepsOf(0, block).size();
@@ -327,7 +328,7 @@ TEST_F(ShowGfastCounters, OfTheFarEndOnlyTheLastStepDecides) {
   }
 }
 
-TEST_F(ShowGfastCounters, OfTheFarEndAreZeroWhereTheLineIsNotFoundUp) {
+TEST_F(ShowGfastCounters, ShowsZerosForABlockOfTheFarEndWhileTheLineIsDown) {
   startDevice(0);
   for (const ShownBlock* block : kInOrderOfReading) {
     for (size_t position = 0; position < findsLineUp(0).size(); position++) {
@@ -340,24 +341,24 @@ TEST_F(ShowGfastCounters, OfTheFarEndAreZeroWhereTheLineIsNotFoundUp) {
   }
 }
 
-TEST_F(ShowGfastCounters, OfALineThatIsDownThereIsNoFarEnd) {
+TEST_F(ShowGfastCounters, FailsAtTheFarEndOfALineThatIsDown) {
   expect(opens(0) + readsIdentity(0, chipWithLine(LS_SILENT)).times(5));
   EXPECT_THAT(typed("show gfast-counters 0 fe"), ElementsAre("QVR_readGfastCounters failed (1)"));
 }
 
-TEST_F(ShowGfastCounters, OfALineWithoutADevice) {
+TEST_F(ShowGfastCounters, FailsForALineWithoutADevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_THAT(typed("show gfast-counters 1"), ElementsAre("QVR_readGfastCounters failed"));
   EXPECT_THAT(typed("show gfast-counters 1 fe"), ElementsAre("QVR_readGfastCounters failed (17)"));
 }
 
-TEST_F(ShowGfastCounters, OfADeviceThatIsAbsent) {
+TEST_F(ShowGfastCounters, FailsForAnAbsentDevice) {
   expect(opens(1).fails(ENOENT).times(10));
   EXPECT_THAT(typed("show gfast-counters 1"), ElementsAre("QVR_readGfastCounters failed"));
   EXPECT_THAT(typed("show gfast-counters 1 fe"), ElementsAre("QVR_readGfastCounters failed (1)"));
 }
 
-TEST_F(ShowGfastCounters, SaysWhatIsNoLineAndNoEndAndReadsNothing) {
+TEST_F(ShowGfastCounters, RefusesAnUnknownLineOrEndBeforeReading) {
   for (const std::string line : {"2", "-1", "99999999999", "2 xx"}) {
     EXPECT_THAT(typed("show gfast-counters " + line), ElementsAre("invalid line number")) << line;
   }
@@ -367,7 +368,7 @@ TEST_F(ShowGfastCounters, SaysWhatIsNoLineAndNoEndAndReadsNothing) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowGfastCounters, WithoutALineOrWithTooManyWordsShowTheUsage) {
+TEST_F(ShowGfastCounters, TakesALineAndAnEndAtMost) {
   const auto usage = ElementsAre("show gfast-counters <line-id> [(ne | fe)]");
   EXPECT_THAT(typed("show gfast-counters"), usage);
   EXPECT_THAT(typed("show gfast-counters ?"), usage);
@@ -399,7 +400,7 @@ TEST_F(ShowRemoteManagementCounters, ShowsWhatTheFarEndCounts) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowRemoteManagementCounters, SaysThatTheFarEndDoesNotAnswer) {
+TEST_F(ShowRemoteManagementCounters, ReportsAFarEndThatDoesNotAnswer) {
   startDevice(0);
   expect(asksManagement(0).fails(ETIMEDOUT));
   EXPECT_THAT(typed("show remote-management-counters 0"),
@@ -416,7 +417,7 @@ TEST_F(ShowRemoteManagementCounters, SaysThatTheFarEndDoesNotAnswer) {
               ElementsAre("CLI_showRemoteManagemenCounters failed (17)"));
 }
 
-TEST_F(ShowRemoteManagementCounters, SaysWhatIsNoLine) {
+TEST_F(ShowRemoteManagementCounters, RefusesAnUnknownLine) {
   for (const std::string line : {"2", "-1"}) {
     EXPECT_THAT(typed("show remote-management-counters " + line),
                 ElementsAre("invalid parameter - line number must be between 0..1"));
@@ -446,7 +447,7 @@ TEST_F(ShowPmdTestParameters, ShowsWhatTheFarEndMeasures) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowPmdTestParameters, SaysThatTheFarEndDoesNotAnswer) {
+TEST_F(ShowPmdTestParameters, ReportsAFarEndThatDoesNotAnswer) {
   startDevice(0);
   expect(asksPmd(0).fails(ETIMEDOUT));
   EXPECT_THAT(typed("show pmd-test-parameters 0"), ElementsAre("CLI_showPMDTestParameters failed (32)"));
@@ -459,7 +460,7 @@ TEST_F(ShowPmdTestParameters, SaysThatTheFarEndDoesNotAnswer) {
   EXPECT_THAT(typed("show pmd-test-parameters 1"), ElementsAre("CLI_showPMDTestParameters failed (17)"));
 }
 
-TEST_F(ShowPmdTestParameters, SaysWhatIsNoLine) {
+TEST_F(ShowPmdTestParameters, RefusesAnUnknownLine) {
   for (const std::string line : {"2", "-1"}) {
     EXPECT_THAT(typed("show pmd-test-parameters " + line),
                 ElementsAre("invalid parameter - line number must be between 0..1"));

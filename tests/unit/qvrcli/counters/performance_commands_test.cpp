@@ -36,7 +36,7 @@ Lines operator+(Lines lines, const Lines& more) {
   return lines;
 }
 
-// An interval's counters that have counted n of everything, as pmBlock(n) numbers them.
+// The counters of an interval in which n of everything were counted, numbered as in pmBlock(n).
 Lines nearEnd(uint32_t n) {
   return shownRows("NE-", {{"LOS", n},
                            {"LOM", 2 * n},
@@ -100,7 +100,7 @@ Lines dumped(int line, int number, const char* near, const char* far, uint32_t c
          nearEnd(n) + Lines{" "} + farEnd(n) + Lines{" "};
 }
 
-// Both lines are in showtime; the quarter hour began at 10:00 with counters 0.
+// Both lines are in showtime. The quarter hour began at 10:00, with all counters 0.
 class PerformanceCommands : public TypedConsole {
  protected:
   PerformanceCommands() {
@@ -117,7 +117,7 @@ class PerformanceCommands : public TypedConsole {
     verify();
   }
 
-  // A quarter hour ends at this time, with so many of everything counted on both lines.
+  // A quarter hour ends at this time; so many of everything were counted on both lines.
   void endQuarterHour(time_t boundary, uint32_t n, int reads = 1) {
     testClock().setNow(boundary);
     expect(readsPm(0, n).times(reads) + readsPm(1, n).times(reads));
@@ -128,7 +128,7 @@ class PerformanceCommands : public TypedConsole {
 
 using ShowPmCounters = PerformanceCommands;
 
-TEST_F(ShowPmCounters, ShowsTheBlockButForTiga) {
+TEST_F(ShowPmCounters, ShowsTheBlockWithoutTiga) {
   expect(readsPm(1, 1));
   const Lines lines = typed("show pm-counters 1");
   EXPECT_EQ(lines, shownRows("NE-", {{"LOS", 1},
@@ -175,7 +175,7 @@ TEST_F(ShowPmCounters, ShowsTheBlockButForTiga) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowPmCounters, SaysWhyTheyCannotBeRead) {
+TEST_F(ShowPmCounters, ReportsTheResultOfAFailedRead) {
   expect(readsPm(0, 1).fails(EIO));
   EXPECT_THAT(typed("show pm-counters 0"), ElementsAre("QVR_readPerformanceMonitoringCounters failed (12)"));
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
@@ -183,7 +183,7 @@ TEST_F(ShowPmCounters, SaysWhyTheyCannotBeRead) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowPmCounters, SaysWhatIsNoLineAndShowsItsUsage) {
+TEST_F(ShowPmCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
   for (const std::string line : {"2", "-1", "99999999999"}) {
     EXPECT_THAT(typed("show pm-counters " + line), ElementsAre("invalid line number")) << line;
   }
@@ -223,7 +223,7 @@ Script asksManagement(int device) {
 
 using ShowLinePerformanceCounters = PerformanceCommands;
 
-TEST_F(ShowLinePerformanceCounters, OfTheNearEnd) {
+TEST_F(ShowLinePerformanceCounters, ShowsTheNearEnd) {
   expect(readsLineBlocks(0));
   EXPECT_EQ(typed("show line performance-counters"), kNearLine);
   for (const std::string line : {"1", "1 ne", "1 NE"}) {
@@ -234,7 +234,7 @@ TEST_F(ShowLinePerformanceCounters, OfTheNearEnd) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowLinePerformanceCounters, OfTheFarEndAreThirteen) {
+TEST_F(ShowLinePerformanceCounters, ShowsThirteenCountersOfTheFarEnd) {
   uint16_t sequence = 0;
   for (const std::string end : {"fe", "FE"}) {
     const Script up = readsIdentity(1, chipWithLine(LS_SHOWTIME));
@@ -262,7 +262,7 @@ TEST_F(ShowLinePerformanceCounters, OfTheFarEndAreThirteen) {
   }
 }
 
-TEST_F(ShowLinePerformanceCounters, OfNeitherEndAreTheNearEnds) {
+TEST_F(ShowLinePerformanceCounters, GoesOnWithTheNearEndAfterAnotherWord) {
   for (const std::string end : {"xx", "Ne", "fee", "curr"}) {
     expect(readsLineBlocks(0));
     EXPECT_EQ(typed("show line performance-counters 0 " + end),
@@ -272,7 +272,7 @@ TEST_F(ShowLinePerformanceCounters, OfNeitherEndAreTheNearEnds) {
   }
 }
 
-TEST_F(ShowLinePerformanceCounters, SayThatTheyCannotBeRead) {
+TEST_F(ShowLinePerformanceCounters, ReportsAFailedRead) {
   for (size_t i = 0; i < 2; i++) {
     expect(readsLineBlocks(0).failingAt(i, EIO));
     EXPECT_THAT(typed("show line performance-counters"), ElementsAre("QVR_readGfastCounters failed"));
@@ -283,7 +283,7 @@ TEST_F(ShowLinePerformanceCounters, SayThatTheyCannotBeRead) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowLinePerformanceCounters, SayWhatIsNoLineAndShowTheirUsage) {
+TEST_F(ShowLinePerformanceCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
   EXPECT_THAT(typed("show line performance-counters 2"), ElementsAre("invalid line number"));
   EXPECT_THAT(typed("show line performance-counters -1 fe"), ElementsAre("invalid line number"));
   const auto usage = ElementsAre("show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }");
@@ -293,7 +293,7 @@ TEST_F(ShowLinePerformanceCounters, SayWhatIsNoLineAndShowTheirUsage) {
 
 using ShowChannelPerformanceCounters = PerformanceCommands;
 
-TEST_F(ShowChannelPerformanceCounters, OfEitherEnd) {
+TEST_F(ShowChannelPerformanceCounters, ShowsEitherEnd) {
   const Script near =
       reads(1, kFramerRaw, countingWords(340, 5000)) + reads(1, kDerived, countingWords(216, 1000));
   for (const std::string end : {"", " ne", " NE"}) {
@@ -313,14 +313,14 @@ TEST_F(ShowChannelPerformanceCounters, OfEitherEnd) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowChannelPerformanceCounters, SayThatTheyCannotBeRead) {
+TEST_F(ShowChannelPerformanceCounters, ReportsAFailedRead) {
   expect(reads(0, kFramerRaw, Bytes(340)).fails(EIO));
   EXPECT_THAT(typed("show channel performance-counters 0"), ElementsAre("QVR_readGfastCounters failed"));
   expect(asksManagement(0).fails(ETIMEDOUT));
   EXPECT_THAT(typed("show channel performance-counters 0 fe"), ElementsAre("QVR_readGfastCounters failed"));
 }
 
-TEST_F(ShowChannelPerformanceCounters, SayWhatIsNoLineAndShowTheirUsage) {
+TEST_F(ShowChannelPerformanceCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
   EXPECT_THAT(typed("show channel performance-counters 2"), ElementsAre("invalid line number"));
   const auto usage = ElementsAre("show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }");
   EXPECT_THAT(typed("show channel performance-counters"), usage);
@@ -330,7 +330,7 @@ TEST_F(ShowChannelPerformanceCounters, SayWhatIsNoLineAndShowTheirUsage) {
 
 using Show15minCounters = PerformanceCommands;
 
-TEST_F(Show15minCounters, OfTheRunningQuarterHour) {
+TEST_F(Show15minCounters, ShowsTheRunningQuarterHour) {
   testClock().setNow(at(10, 5));
   const Lines running = interval(300, "2023-11-15T10:05:00+UTC", "T", "T", 3);
   for (const std::string words : {"", " 0", " 0 0"}) {
@@ -344,20 +344,20 @@ TEST_F(Show15minCounters, OfTheRunningQuarterHour) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Show15minCounters, OfOneThatIsOver) {
+TEST_F(Show15minCounters, ShowsAQuarterHourThatIsOver) {
   endQuarterHour(at(10, 15), 10);
   endQuarterHour(at(10, 30), 30);
   EXPECT_EQ(typed("show 15min-counters 1 1"), interval(900, "2023-11-15T10:30:00+UTC", "F", "F", 20));
   EXPECT_EQ(typed("show 15min-counters 1 2"), interval(900, "2023-11-15T10:15:00+UTC", "F", "F", 10));
 }
 
-TEST_F(Show15minCounters, ShowTheFarEndsFlagTwice) {
+TEST_F(Show15minCounters, ShowsTheFarEndsFlagTwice) {
   setLineState(0, 0, LS_INIT_TRAIN);
   endQuarterHour(at(10, 15), 10);
   EXPECT_EQ(typed("show 15min-counters 0 1"), interval(900, "2023-11-15T10:15:00+UTC", "T", "T", 10));
 }
 
-TEST_F(Show15minCounters, SayThatThereIsNoSuchIntervalByTheNumberZero) {
+TEST_F(Show15minCounters, RefusesAnUnknownIntervalAsNumberZero) {
   const auto none = ElementsAre("Invalid interval number 0", "");
   EXPECT_THAT(typed("show 15min-counters 0 1"), none);
   endQuarterHour(at(10, 15), 10);
@@ -367,13 +367,13 @@ TEST_F(Show15minCounters, SayThatThereIsNoSuchIntervalByTheNumberZero) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Show15minCounters, SayThatTheRunningOneCannotBeRead) {
+TEST_F(Show15minCounters, ReportsAFailedReadOfTheRunningOne) {
   expect(readsPm(0, 1).fails(EIO));
   EXPECT_THAT(typed("show 15min-counters 0 0"),
               ElementsAre("Failed to get previous counters for interval 0"));
 }
 
-TEST_F(Show15minCounters, SayWhatIsNoLineAndShowTheirUsage) {
+TEST_F(Show15minCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
   EXPECT_THAT(typed("show 15min-counters 2"), ElementsAre("invalid line number"));
   EXPECT_THAT(typed("show 15min-counters -1 0"), ElementsAre("invalid line number"));
   const auto usage = ElementsAre("show 15min-counters [<line-id>] [interval]");
@@ -384,7 +384,7 @@ TEST_F(Show15minCounters, SayWhatIsNoLineAndShowTheirUsage) {
 
 using Show24hrCounters = PerformanceCommands;
 
-TEST_F(Show24hrCounters, OfTheRunningDay) {
+TEST_F(Show24hrCounters, ShowsTheRunningDay) {
   endQuarterHour(at(10, 15), 10);
   testClock().setNow(at(10, 16));
   for (const std::string words : {"", " 0", " 0 0"}) {
@@ -394,26 +394,26 @@ TEST_F(Show24hrCounters, OfTheRunningDay) {
   }
 }
 
-TEST_F(Show24hrCounters, OfADayThatIsOverShowEachEndsFlag) {
+TEST_F(Show24hrCounters, ShowsTheFlagOfEachEndForADayThatIsOver) {
   setStartOfCollection(1, 0, 900 + 86400);
   endQuarterHour(at(24, 0), 10, 2);
   EXPECT_EQ(typed("show 24hr-counters 0 1"), interval(0, "2023-11-16T00:00:00+UTC", "F", "F", 10));
   EXPECT_EQ(typed("show 24hr-counters 1 1"), interval(86400, "2023-11-16T00:00:00+UTC", "T", "F", 10));
 }
 
-TEST_F(Show24hrCounters, SayThatThereIsNoSuchDayByTheNumberZero) {
+TEST_F(Show24hrCounters, RefusesAnUnknownDayAsNumberZero) {
   for (const std::string number : {"1", "-1", "7", "256"}) {
     EXPECT_THAT(typed("show 24hr-counters 0 " + number), ElementsAre("Invalid interval number 0", ""));
   }
 }
 
-TEST_F(Show24hrCounters, SayThatTheRunningOneCannotBeRead) {
+TEST_F(Show24hrCounters, ReportsAFailedReadOfTheRunningOne) {
   expect(readsPm(1, 1).fails(EIO));
   EXPECT_THAT(typed("show 24hr-counters 1"), ElementsAre("Failed to get previous counters for interval 0"));
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Show24hrCounters, SayWhatIsNoLineAndShowTheirUsage) {
+TEST_F(Show24hrCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
   EXPECT_THAT(typed("show 24hr-counters 2"), ElementsAre("invalid line number"));
   const auto usage = ElementsAre("show 24hr-counters [<line-id>] [interval]");
   EXPECT_THAT(typed("show 24hr-counters ?"), usage);
@@ -422,7 +422,7 @@ TEST_F(Show24hrCounters, SayWhatIsNoLineAndShowTheirUsage) {
 
 using ShowNumberOfIntervals = PerformanceCommands;
 
-TEST_F(ShowNumberOfIntervals, CountsTheRunningOneToo) {
+TEST_F(ShowNumberOfIntervals, CountsTheRunningOneAsWell) {
   EXPECT_THAT(typed("show number 15min-intervals"), ElementsAre("1"));
   EXPECT_THAT(typed("show number 24hr-intervals"), ElementsAre("1"));
   endQuarterHour(at(23, 45), 1);
@@ -434,7 +434,7 @@ TEST_F(ShowNumberOfIntervals, CountsTheRunningOneToo) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowNumberOfIntervals, SaysWhatIsNoLineAndShowsItsUsage) {
+TEST_F(ShowNumberOfIntervals, RefusesAnUnknownLineAndPrintsItsUsage) {
   for (const std::string kind : {"15min", "24hr"}) {
     EXPECT_THAT(typed("show number " + kind + "-intervals 2"), ElementsAre("invalid line number"));
     const auto usage = ElementsAre("show number " + kind + "-intervals [<line-id>]");
@@ -445,7 +445,7 @@ TEST_F(ShowNumberOfIntervals, SaysWhatIsNoLineAndShowsItsUsage) {
 
 using Dump15minHistory = PerformanceCommands;
 
-TEST_F(Dump15minHistory, WalksFromTheRunningOneToTheOldest) {
+TEST_F(Dump15minHistory, PrintsTheRunningOneFirstAndTheOldestLast) {
   setStartOfCollection(0, 0, 600);
   endQuarterHour(at(10, 15), 10);
   setLineState(0, 0, LS_INIT_TRAIN);
@@ -459,27 +459,27 @@ TEST_F(Dump15minHistory, WalksFromTheRunningOneToTheOldest) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Dump15minHistory, WithoutALineIsOfLineOne) {
+TEST_F(Dump15minHistory, TakesLineOneByDefault) {
   testClock().setNow(at(10, 1));
   expect(readsPm(1, 2));
   EXPECT_EQ(typed("dump 15min-history"),
             dumped(1, 41, "INVALID", "INVALID", 60, "2023-11-15T10:01:00+UTC", 2));
 }
 
-TEST_F(Dump15minHistory, OfALineThatCannotBeReadSaysNothing) {
+TEST_F(Dump15minHistory, PrintsNothingForALineThatCannotBeRead) {
   expect(readsPm(1, 2).fails(EIO));
   EXPECT_THAT(typed("dump 15min-history 1"), IsEmpty());
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Dump15minHistory, SaysWhatIsNoLineAndShowsItsUsage) {
+TEST_F(Dump15minHistory, RefusesAnUnknownLineAndPrintsItsUsage) {
   EXPECT_THAT(typed("dump 15min-history 2"), ElementsAre("invalid line number"));
   const auto usage = ElementsAre("dump 15min-history [<line-id>] : { 0 }");
   EXPECT_THAT(typed("dump 15min-history ?"), usage);
   EXPECT_THAT(typed("dump 15min-history 0 1"), usage);
 }
 
-TEST_F(PerformanceCommands, MidnightIsAnEventOfEachLine) {
+TEST_F(PerformanceCommands, PrintAnEventForEachLineAtMidnight) {
   registerEventHandlers();
   testing::internal::CaptureStdout();
   endQuarterHour(at(24, 0), 1, 2);
@@ -488,7 +488,7 @@ TEST_F(PerformanceCommands, MidnightIsAnEventOfEachLine) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), event + event);
 }
 
-TEST_F(PerformanceCommands, AFailureIsAnEventInTheConsoleAndNoRecord) {
+TEST_F(PerformanceCommands, PrintAFailureAsAnEventAndMakeNoRecordOfIt) {
   static int records = 0;
   QVR_registerLinkFailureNotificationCB(QVR_LinkFailureEventHandler);
   QVR_registerlineFailuresCB([](QVR_lineId_t, const QVR_lineFailures_t*) { records++; });
@@ -503,7 +503,7 @@ TEST_F(PerformanceCommands, AFailureIsAnEventInTheConsoleAndNoRecord) {
   EXPECT_EQ(records, 1);
 }
 
-TEST_F(PerformanceCommands, ShowCountersBeyondHalfTheirRangeAsTheyAlwaysDid) {
+TEST_F(PerformanceCommands, ShowCountersBeyond31BitsAsNegativeNumbers) {
   Bytes block = pmBlock(0);
   store_le32(&block[21 * 4], 0xFFFFFFFF);
   expect(reads(0, 0xF0000000, block));

@@ -35,17 +35,17 @@ TEST_F(QuarterHourCallback, TakesTheFreeSlots) {
   EXPECT_THAT(called({}), ElementsAre("Failed registering callback"));
 }
 
-TEST_F(QuarterHourCallback, UnregisteringFreesTheSlotAndReportsHandleZero) {
+TEST_F(QuarterHourCallback, FreesTheSlotAndReportsHandleZeroWhenUnregistered) {
   called({});
   called({});
   EXPECT_THAT(called({"NULL"}), ElementsAre("Callback with handle 0 unregistered"));
-  // Slot 1 was freed; what is remembered now is 0, so the next frees slot 0.
+  // This freed slot 1, and the handle is now 0: the next frees slot 0.
   EXPECT_THAT(called({"null"}), ElementsAre("Callback with handle 0 unregistered"));
   EXPECT_THAT(called({}), ElementsAre(MatchesRegex(".*handle 0 registered")));
   EXPECT_THAT(called({}), ElementsAre(MatchesRegex(".*handle 1 registered")));
 }
 
-TEST_F(QuarterHourCallback, AnythingElseIsItsUsage) {
+TEST_F(QuarterHourCallback, PrintsItsUsageForAnyOtherWord) {
   EXPECT_THAT(called({"?"}), ElementsAre("register callback [NULL]"));
   EXPECT_THAT(called({"Null"}), ElementsAre("register callback [NULL]"));
   EXPECT_THAT(called({"NULL", "NULL"}), ElementsAre("register callback [NULL]"));

@@ -1,4 +1,4 @@
-// Commands that act on a chip as a whole: given what the chip answers, when this is typed, this is printed.
+// A chip as a whole: given what the chip answers, when this is typed, this is printed.
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
 #include "chip/parameters.h"
@@ -16,7 +16,7 @@ using testing::IsEmpty;
 
 const Lines kNothing{};
 
-// A chip with every shown field different.
+// A chip in which no two of the shown fields are equal.
 ChipIdentity shownChip() {
   ChipIdentity chip;
   chip.sbr = 0x01800000;
@@ -63,19 +63,19 @@ TEST_F(ShowDeviceInfo, ShowsEveryField) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowDeviceInfo, WithoutADeviceShowsTheFirst) {
+TEST_F(ShowDeviceInfo, TakesTheFirstDeviceByDefault) {
   expect(isShown(0, shownChip()));
   EXPECT_EQ(typed("show device-info").size(), 11U);
 }
 
-TEST_F(ShowDeviceInfo, ALineInSelfTestHasNoStartupTime) {
+TEST_F(ShowDeviceInfo, ShowsNoStartupTimeOfALineInSelfTest) {
   ChipIdentity chip = shownChip();
   chip.setLinkState(LS_SELFTEST);
   expect(isShown(1, chip));
   EXPECT_EQ(typed("show device-info 1").back(), "0               self test       N/A");
 }
 
-TEST_F(ShowDeviceInfo, ALongStateNameMovesTheRest) {
+TEST_F(ShowDeviceInfo, MovesTheRestBehindALongStateName) {
   ChipIdentity chip = shownChip();
   chip.setLinkState(LS_PRE_DEACTIVATING1_E);
   expect(isShown(0, chip));
@@ -94,20 +94,20 @@ TEST_F(ShowDeviceInfo, NamesEveryFirmwareStage) {
   }
 }
 
-TEST_F(ShowDeviceInfo, TellsTheConfigurationStateFromTheBootRegister) {
+TEST_F(ShowDeviceInfo, TakesTheConfigurationStateFromTheBootRegister) {
   ChipIdentity chip = shownChip();
   chip.sbr |= 0x8000;
   expect(isShown(0, chip));
   EXPECT_EQ(typed("show device-info 0")[5], "Config State                     SYSTEM (SCS)");
 }
 
-TEST_F(ShowDeviceInfo, SaysWhatIsNoDevice) {
+TEST_F(ShowDeviceInfo, RefusesAnUnknownDevice) {
   EXPECT_THAT(typed("show device-info 2"), ElementsAre("invalid device number 2"));
   EXPECT_THAT(typed("show device-info -1"), ElementsAre("invalid device number -1"));
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowDeviceInfo, EachReadMayFail) {
+TEST_F(ShowDeviceInfo, ReportsAFailureOfEachRead) {
   expect(opens(0));
   for (size_t position = 0; position < 3; position++) {
     expect(readsIdentity(0, shownChip()).failingAt(position, EIO));
@@ -116,46 +116,46 @@ TEST_F(ShowDeviceInfo, EachReadMayFail) {
   }
 }
 
-TEST_F(ShowDeviceInfo, AnAbsentDeviceIsNotRefreshed) {
+TEST_F(ShowDeviceInfo, ReportsAnAbsentDevice) {
   expect(opens(1).fails(ENOENT));
   EXPECT_THAT(typed("show device-info 1"), ElementsAre("Could not refresh the data"));
 }
 
 using Reboot = TypedConsole;
 
-// What a reboot makes of the boot register, and the reset behind it.
+// A reboot changes the boot register and then resets the chip.
 Script reboots(int device, uint32_t before, uint32_t after) {
   return readsWord(device, SBR_REG_ADDRESS, before) + writesWord(device, SBR_REG_ADDRESS, after) +
          writesWord(device, PLL_MUX_REG_ADDRESS, 0) +
          writesWord(device, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
 }
 
-TEST_F(Reboot, IntoTheApplicationByDefault) {
+TEST_F(Reboot, StartsTheApplicationByDefault) {
   expect(opens(0) + reboots(0, 0x01800101, 0x01800210));
   EXPECT_THAT(typed("reboot"), IsEmpty());
 }
 
-TEST_F(Reboot, IntoTheBootLoaderOfTheOtherDevice) {
+TEST_F(Reboot, StartsTheBootLoaderOfTheOtherDevice) {
   expect(opens(1) + reboots(1, 0x01800000, 0x01800310));
   EXPECT_THAT(typed("reboot b1 1"), IsEmpty());
 }
 
-TEST_F(Reboot, IntoTheRomStage) {
+TEST_F(Reboot, StartsTheRomStage) {
   expect(opens(0) + reboots(0, 0x01800000, 0x01800211) + reboots(0, 0x01800000, 0x01800211));
   EXPECT_THAT(typed("reboot B0"), IsEmpty());
   EXPECT_THAT(typed("reboot b0 0"), IsEmpty());
 }
 
-TEST_F(Reboot, TakesStagesInTwoFormsOnly) {
+TEST_F(Reboot, RefusesStagesInMixedCase) {
   EXPECT_THAT(typed("reboot x"), ElementsAre("invalid state x"));
   EXPECT_THAT(typed("reboot App"), ElementsAre("invalid state App"));
 }
 
-TEST_F(Reboot, SaysWhatIsNoDevice) {
+TEST_F(Reboot, RefusesAnUnknownDevice) {
   EXPECT_THAT(typed("reboot APP 2"), ElementsAre("invalid device number 2"));
 }
 
-TEST_F(Reboot, SaysThatTheBootRegisterCouldNotBeChanged) {
+TEST_F(Reboot, ReportsABootRegisterThatCannotBeChanged) {
   const Script whole = reboots(0, 0x01800000, 0x01800210);
   expect(opens(0) + whole.failingAt(0, EIO));
   EXPECT_THAT(typed("reboot"), ElementsAre("failed resetting device"));
@@ -163,32 +163,32 @@ TEST_F(Reboot, SaysThatTheBootRegisterCouldNotBeChanged) {
   EXPECT_THAT(typed("reboot"), ElementsAre("failed resetting device"));
 }
 
-TEST_F(Reboot, TheChipMayBeGoneBeforeItsResetIsAnswered) {
+TEST_F(Reboot, IgnoresAResetThatIsNotAnswered) {
   expect(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0x01800000) + writesWord(0, SBR_REG_ADDRESS, 0x01800210) +
          writesWord(0, PLL_MUX_REG_ADDRESS, 0).fails(EIO) +
          writesWord(0, RESET_REG_ADDRESS, RESET_REGISTER_VALUE).fails(EIO));
   EXPECT_THAT(typed("reboot"), IsEmpty());
 }
 
-TEST_F(Reboot, AnAbsentDeviceIsNotReset) {
+TEST_F(Reboot, ReportsAnAbsentDevice) {
   expect(opens(0).fails(ENOENT));
   EXPECT_THAT(typed("reboot"), ElementsAre("failed resetting device"));
 }
 
-// A restart is followed by a look at line 0's configuration, of which the chip has none to tell.
+// After a restart the configuration of line 0 is read. This chip has none.
 Script looksAtConfiguration() {
   return reads(0, VIRT_BASE_ADDR_CONFIGURATION_PARAMS_DICTIONARY, Bytes(12)).fails(EIO);
 }
 
 using RestartSystem = TypedConsole;
 
-TEST_F(RestartSystem, SaysWhatIsNoDevice) {
+TEST_F(RestartSystem, RefusesAnUnknownDevice) {
   EXPECT_THAT(typed("restart system T 2"), ElementsAre("invalid device number"));
 }
 
 TEST_F(RestartSystem, WaitsForConfigurationFromTheFirstDevice) {
   for (const char* line : {"restart system T", "restart system t"}) {
-    // A system in configuration state is where it should be.
+    // The system is in configuration state already.
     const bool first = line[15] == 'T';
     expect((first ? opens(0) : Script()) + readsWord(0, SBR_REG_ADDRESS, 0x01808000) +
            (first ? looksAtConfiguration() : Script()));
@@ -197,8 +197,8 @@ TEST_F(RestartSystem, WaitsForConfigurationFromTheFirstDevice) {
   }
 }
 
-TEST_F(RestartSystem, AnyOtherWordDoesNotWait) {
-  // Leaving configuration state is asked of both devices, and each is watched until it has.
+TEST_F(RestartSystem, DoesNotWaitAfterAnotherWord) {
+  // Both devices are told to leave configuration state, and read until they have left it.
   ChipIdentity inLineState;
   expect(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0x01808000) + opens(1) +
          writesWord(1, VIRT_ADDR_USER_ACTIVATION, 0) + writesWord(0, VIRT_ADDR_USER_ACTIVATION, 0) +
@@ -206,19 +206,19 @@ TEST_F(RestartSystem, AnyOtherWordDoesNotWait) {
   EXPECT_THAT(typed("restart system yes"), IsEmpty());
 }
 
-TEST_F(RestartSystem, AFailureIsNotReported) {
+TEST_F(RestartSystem, ReportsNoFailure) {
   expect(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + looksAtConfiguration());
   EXPECT_THAT(typed("restart system"), IsEmpty());
 }
 
 using Rediscover = TypedConsole;
 
-TEST_F(Rediscover, ReadsWhateverAnswers) {
+TEST_F(Rediscover, ReadsEveryDeviceThatAnswers) {
   expect(rediscovers() + opens(0) + readsIdentity(0, {}) + opens(1).fails(ENOENT));
   EXPECT_THAT(typed("rediscover"), IsEmpty());
 }
 
-TEST_F(Rediscover, SaysItsName) {
+TEST_F(Rediscover, TakesNoWords) {
   EXPECT_THAT(typed("rediscover now"), ElementsAre("rediscover"));
 }
 

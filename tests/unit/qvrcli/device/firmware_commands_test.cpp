@@ -42,16 +42,16 @@ TEST_F(LoadBootloader, TakesAFileAndADevice) {
   EXPECT_THAT(typed("load bootloader /tmp/other.bin 1"), IsEmpty());
 }
 
-TEST_F(LoadBootloader, SaysWhatIsNoDevice) {
+TEST_F(LoadBootloader, RefusesAnUnknownDevice) {
   EXPECT_THAT(typed("load bootloader B1.bin 2"), ElementsAre("invalid device number 2"));
 }
 
-TEST_F(LoadBootloader, WantsTheRomStage) {
+TEST_F(LoadBootloader, NeedsTheRomStage) {
   expect(opens(0) + readsIdentity(0, chipIn(kInB1)));
   EXPECT_THAT(typed("load bootloader"), ElementsAre("Device must be in B0 state"));
 }
 
-TEST_F(LoadBootloader, EachRequestMayFail) {
+TEST_F(LoadBootloader, ReportsAFailureOfEachRequest) {
   const Script whole = loads(0, "B1.bin");
   expect(opens(0));
   for (size_t position = 0; position < whole.size(); position++) {
@@ -63,7 +63,7 @@ TEST_F(LoadBootloader, EachRequestMayFail) {
   }
 }
 
-TEST_F(LoadBootloader, ANameThatFillsTheRecordIsTooLong) {
+TEST_F(LoadBootloader, RefusesANameThatFillsTheRecord) {
   expect(opens(0) + readsIdentity(0, chipIn(kInB0)));
   EXPECT_THAT(typed("load bootloader " + std::string(128, 'x')),
               ElementsAre("Error loading image - File name too long"));
@@ -71,12 +71,12 @@ TEST_F(LoadBootloader, ANameThatFillsTheRecordIsTooLong) {
   EXPECT_THAT(typed("load bootloader " + std::string(127, 'x')), IsEmpty());
 }
 
-TEST_F(LoadBootloader, AnAbsentDeviceIsNotRefreshed) {
+TEST_F(LoadBootloader, ReportsAnAbsentDevice) {
   expect(opens(0).fails(ENOENT));
   EXPECT_THAT(typed("load bootloader"), ElementsAre("Could not refresh the data"));
 }
 
-// The three regions, told alike.
+// The three regions of the flash, whose commands differ in names only.
 struct Region {
   const char* words;
   const char* defaultFile;
@@ -111,22 +111,22 @@ class FlashRegion : public TypedConsole, public testing::WithParamInterface<Regi
   }
 };
 
-TEST_P(FlashRegion, UpgradesFromTheDefaultFile) {
+TEST_P(FlashRegion, IsUpgradedFromTheDefaultFile) {
   expect(opens(0) + upgraded(0, GetParam().defaultFile));
   EXPECT_THAT(typed(upgrade("")), IsEmpty());
 }
 
-TEST_P(FlashRegion, UpgradesTheOtherDeviceFromAFile) {
+TEST_P(FlashRegion, IsUpgradedFromAFileOnTheOtherDevice) {
   expect(opens(1) + upgraded(1, "new.bin"));
   EXPECT_THAT(typed(upgrade(" new.bin 1")), IsEmpty());
 }
 
-TEST_P(FlashRegion, SaysWhatIsNoDevice) {
+TEST_P(FlashRegion, RefusesAnUnknownDevice) {
   EXPECT_THAT(typed(upgrade(" new.bin 2")), ElementsAre("invalid device number 2"));
   EXPECT_THAT(typed(erase(" 3")), ElementsAre("invalid device number 3"));
 }
 
-TEST_P(FlashRegion, ChangesOnlyWhileTheBootLoaderRuns) {
+TEST_P(FlashRegion, IsChangedOnlyWhileTheBootLoaderRuns) {
   for (const uint32_t sbr : {kInB0, kInApp}) {
     expect((sbr == kInB0 ? opens(0) : Script()) + readsWord(0, SBR_REG_ADDRESS, sbr).times(2));
     EXPECT_THAT(typed(upgrade("")), ElementsAre(kWrongState));
@@ -134,7 +134,7 @@ TEST_P(FlashRegion, ChangesOnlyWhileTheBootLoaderRuns) {
   }
 }
 
-TEST_P(FlashRegion, EachRequestOfAnUpgradeMayFail) {
+TEST_P(FlashRegion, ReportsAFailureOfEachRequestOfAnUpgrade) {
   const Script whole = upgraded(0, "new.bin");
   expect(opens(0));
   for (size_t position = 0; position < whole.size(); position++) {
@@ -144,7 +144,7 @@ TEST_P(FlashRegion, EachRequestOfAnUpgradeMayFail) {
   }
 }
 
-TEST_P(FlashRegion, EachRequestOfAnErasureMayFail) {
+TEST_P(FlashRegion, ReportsAFailureOfEachRequestOfAnErasure) {
   const Script whole = erased(0);
   expect(opens(0) + whole);
   EXPECT_THAT(typed(erase(" 0")), IsEmpty());
@@ -155,11 +155,11 @@ TEST_P(FlashRegion, EachRequestOfAnErasureMayFail) {
   }
 }
 
-TEST_P(FlashRegion, ANameThatFillsTheRecordTouchesNothing) {
+TEST_P(FlashRegion, IsNotTouchedForANameThatFillsTheRecord) {
   EXPECT_THAT(typed(upgrade(" " + std::string(128, 'x'))), ElementsAre(GetParam().upgradeFailure));
 }
 
-TEST_P(FlashRegion, AnAbsentDeviceIsNotChanged) {
+TEST_P(FlashRegion, OfAnAbsentDeviceIsReported) {
   expect(opens(1).fails(ENOENT).times(2));
   EXPECT_THAT(typed(upgrade(" new.bin 1")), ElementsAre(GetParam().upgradeFailure));
   EXPECT_THAT(typed(erase(" 1")), ElementsAre(GetParam().eraseFailure));
@@ -176,12 +176,12 @@ INSTANTIATE_TEST_SUITE_P(
 
 using EraseFlash = TypedConsole;
 
-TEST_F(EraseFlash, ErasesAllOfItInAnyStage) {
+TEST_F(EraseFlash, ErasesTheWholeFlashInAnyStage) {
   expect(opens(1) + erases(1, FLASHERASE_ALL, 0));
   EXPECT_THAT(typed("erase flash 1"), IsEmpty());
 }
 
-TEST_F(EraseFlash, SaysThatItFailed) {
+TEST_F(EraseFlash, ReportsAFailure) {
   expect(opens(0) + erases(0, FLASHERASE_ALL, 0).fails(EIO));
   EXPECT_THAT(typed("erase flash"), ElementsAre("Failed erasing flash"));
   EXPECT_THAT(typed("erase flash 2"), ElementsAre("invalid device number 2"));

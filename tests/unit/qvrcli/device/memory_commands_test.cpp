@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Bytes that count up, so a wrong order or a lost piece shows.
+// Bytes that count up, so that a wrong order or a missing piece shows.
 Bytes counting(size_t number) {
   Bytes bytes(number);
   for (size_t i = 0; i < number; i++) {
@@ -40,12 +40,12 @@ TEST_F(ReadMemory, ShowsOneWordALine) {
               ElementsAre("     100: 03020100", "     104: 07060504", "     108: 0b0a0908"));
 }
 
-TEST_F(ReadMemory, WhatIsMissingFromTheLastWordIsZero) {
+TEST_F(ReadMemory, FillsTheLastWordWithZeros) {
   expect(opens(0) + reads(0, 0x10, {0x11, 0x22, 0x33, 0x44, 0x55, 0x66}));
   EXPECT_THAT(typed("read memory 0 10 6"), ElementsAre("      10: 44332211", "      14: 00006655"));
 }
 
-TEST_F(ReadMemory, TheWholeLimitIsRead) {
+TEST_F(ReadMemory, ReadsAsMuchAsTheLimit) {
   Script script = opens(0);
   for (uint32_t done = 0; done < 65536; done += 900) {
     script = script + reads(0, done, Bytes(std::min<uint32_t>(900, 65536 - done), 0xA5));
@@ -56,12 +56,12 @@ TEST_F(ReadMemory, TheWholeLimitIsRead) {
   EXPECT_EQ(lines.back(), "    fffc: a5a5a5a5");
 }
 
-TEST_F(ReadMemory, SaysWhatIsNoAddress) {
+TEST_F(ReadMemory, RefusesABadAddress) {
   EXPECT_THAT(typed("read memory 0 zz 4"), ElementsAre("readmem invalid memaddr (zz)"));
   EXPECT_EQ(result(), 1);
 }
 
-TEST_F(ReadMemory, SaysWhatIsNoLength) {
+TEST_F(ReadMemory, RefusesABadLength) {
   for (const char* length : {"0", "65537", "-4", "zz", "99999999999999999999"}) {
     EXPECT_THAT(
         typed(std::string("read memory 0 0 ") + length),
@@ -70,24 +70,24 @@ TEST_F(ReadMemory, SaysWhatIsNoLength) {
   }
 }
 
-TEST_F(ReadMemory, SaysWhatIsNoDeviceAndNoLine) {
+TEST_F(ReadMemory, RefusesAnUnknownDeviceAndAnUnknownLine) {
   EXPECT_THAT(typed("read memory 2 0 4"), ElementsAre("invalid device number"));
   EXPECT_THAT(typed("read memory 2 0 4 NE"), ElementsAre("invalid device number"));
   EXPECT_THAT(typed("read memory 2 0 4 fe"), ElementsAre("invalid line number"));
 }
 
-TEST_F(ReadMemory, AnUnknownSideIsTheNearOne) {
+TEST_F(ReadMemory, GoesOnWithTheNearEndAfterAnotherWord) {
   expect(opens(0) + reads(0, 0, {1, 2, 3, 4}));
   EXPECT_THAT(typed("read memory 0 0 4 Fe"), ElementsAre("parameter must be ne or fe", "       0: 04030201"));
 }
 
-TEST_F(ReadMemory, TheFarEndOfALineThatIsDownCannotBeAsked) {
+TEST_F(ReadMemory, ReportsALineThatIsDown) {
   expect(opens(0));
   EXPECT_THAT(typed("read memory 0 0 4 fe"), ElementsAre("readmem error (6)"));
   EXPECT_THAT(typed("read memory 0 0 4 FE"), ElementsAre("readmem error (6)"));
 }
 
-TEST_F(ReadMemory, TheFarEndAnswersOverTheLine) {
+TEST_F(ReadMemory, ReadsTheFarEndOverTheLine) {
   ChipIdentity up;
   up.setLinkState(LS_SHOWTIME);
   expect(opens(0) + readsIdentity(0, up));
@@ -98,7 +98,7 @@ TEST_F(ReadMemory, TheFarEndAnswersOverTheLine) {
   EXPECT_THAT(typed("read memory 0 e0000238 4 fe"), ElementsAre("e0000238: 01800210"));
 }
 
-TEST_F(ReadMemory, EachRequestMayFail) {
+TEST_F(ReadMemory, ReportsAFailureOfEachRequest) {
   const Bytes bytes = counting(1800);
   const Script whole = reads(0, 0, slice(bytes, 0, 900)) + reads(0, 900, slice(bytes, 900, 900));
   expect(opens(0));
@@ -109,12 +109,12 @@ TEST_F(ReadMemory, EachRequestMayFail) {
   }
 }
 
-TEST_F(ReadMemory, AnAbsentDeviceIsNotRead) {
+TEST_F(ReadMemory, ReportsAnAbsentDevice) {
   expect(opens(1).fails(ENOENT));
   EXPECT_THAT(typed("read memory 1 0 4"), ElementsAre("readmem error (18)"));
 }
 
-TEST_F(ReadMemory, AnOddLengthEndsTheProcess) {
+TEST_F(ReadMemory, EndsTheProcessForAnOddLength) {
   EXPECT_ASSERTION(typed("read memory 0 0 3"), asserts(101, "Length must be an even number of bytes", 3));
 }
 
@@ -127,18 +127,18 @@ TEST_F(ReadMemory, TakesThreeWordsOrFour) {
 
 using ReadSBR = TypedConsole;
 
-TEST_F(ReadSBR, ShowsTheWordAsItLies) {
+TEST_F(ReadSBR, ShowsTheWordAsItLiesInMemory) {
   expect(opens(0) + reads(0, 0xE0000238, {0x10, 0x02, 0x80, 0x01}));
   EXPECT_THAT(typed("read sbr"), ElementsAre("SBR=10028001"));
 }
 
-TEST_F(ReadSBR, TakesAWordAndLooksAtTheFirstDeviceAllTheSame) {
+TEST_F(ReadSBR, ReadsTheFirstDeviceWhateverIsTyped) {
   expect(opens(0) + reads(0, 0xE0000238, {1, 2, 3, 4}));
   EXPECT_THAT(typed("read sbr 1"), ElementsAre("SBR=01020304"));
   EXPECT_THAT(typed("read sbr 0 1"), ElementsAre("read sbr <device-id> [ 0 ]"));
 }
 
-TEST_F(ReadSBR, SaysThatItFailed) {
+TEST_F(ReadSBR, ReportsAFailure) {
   expect(opens(0) + reads(0, 0xE0000238, {0, 0, 0, 0}).fails(EIO));
   EXPECT_THAT(typed("read sbr"), ElementsAre("Failed reading SBR for device 0"));
 }
@@ -150,41 +150,41 @@ TEST_F(WriteMemory, WritesBytesInTheirOrder) {
   EXPECT_THAT(typed("write memory 0 20 2 12:ab"), IsEmpty());
 }
 
-TEST_F(WriteMemory, AWordIsStoredMostSignificantByteFirst) {
+TEST_F(WriteMemory, StoresAWordMostSignificantByteFirst) {
   expect(opens(0) + writes(0, 0x20, {0x12, 0x34, 0x56, 0x78}) + writes(0, 0x20, {0x00, 0x00, 0x00, 0x05}));
   EXPECT_THAT(typed("write memory 0 0x20 4 0x12345678"), IsEmpty());
   EXPECT_THAT(typed("write memory 0 20 4 5"), IsEmpty());
 }
 
-TEST_F(WriteMemory, FourBytesWithColonsAreBytes) {
+TEST_F(WriteMemory, TakesFourBytesWithColonsAsBytes) {
   expect(opens(0) + writes(0, 0x20, {0x01, 0x02, 0x03, 0x04}));
   EXPECT_THAT(typed("write memory 0 20 4 1:2:3:4"), IsEmpty());
 }
 
-TEST_F(WriteMemory, MissingBytesAreZeroAndSurplusOnesAreNotWritten) {
+TEST_F(WriteMemory, WritesZerosForMissingBytesAndNoSurplusOnes) {
   expect(opens(0) + writes(0, 0, {0xFF, 0, 0, 0, 0, 0}) + writes(0, 0, {1, 2}));
   EXPECT_THAT(typed("write memory 0 0 6 ff"), IsEmpty());
   EXPECT_THAT(typed("write memory 0 0 2 1:2:3:4"), IsEmpty());
 }
 
-TEST_F(WriteMemory, ALongWriteGoesInPieces) {
+TEST_F(WriteMemory, SplitsALongWrite) {
   Bytes bytes(130, 0);
   bytes[0] = 0x77;
   expect(opens(0) + writes(0, 0x1000, slice(bytes, 0, 128)) + writes(0, 0x1080, slice(bytes, 128, 2)));
   EXPECT_THAT(typed("write memory 0 1000 130 77"), IsEmpty());
 }
 
-TEST_F(WriteMemory, AWordWithoutDigitsIsLengthZero) {
+TEST_F(WriteMemory, TakesALengthWithoutDigitsAsZero) {
   expect(opens(0) + writes(0, 0, {}));
   EXPECT_THAT(typed("write memory 0 0 none 12"), IsEmpty());
 }
 
-TEST_F(WriteMemory, SurplusWordsAreNotLookedAt) {
+TEST_F(WriteMemory, IgnoresSurplusWords) {
   expect(opens(0) + writes(0, 0, {1, 2}));
   EXPECT_THAT(typed("write memory 0 0 2 1:2 and more"), IsEmpty());
 }
 
-TEST_F(WriteMemory, SaysWhatIsWrong) {
+TEST_F(WriteMemory, RefusesBadArguments) {
   EXPECT_THAT(typed("write memory 2 0 2 1:2"), ElementsAre("invalid device number"));
   EXPECT_THAT(typed("write memory 0 0 \" \" 1:2"), ElementsAre("writemem invalid data len ( )"));
   EXPECT_THAT(typed("write memory 0 0 65537 1:2"), ElementsAre("writemem invalid data len (65537)"));
@@ -196,12 +196,12 @@ TEST_F(WriteMemory, SaysWhatIsWrong) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(WriteMemory, SaysWhatIsNoAddress) {
+TEST_F(WriteMemory, RefusesABadAddress) {
   EXPECT_THAT(typed("write memory 0 zz 2 1:2"), ElementsAre("writemem invalid memaddr (zz)"));
   EXPECT_EQ(result(), 1);
 }
 
-TEST_F(WriteMemory, EachRequestMayFail) {
+TEST_F(WriteMemory, ReportsAFailureOfEachRequest) {
   const Script whole = writes(0, 0, Bytes(128, 0)) + writes(0, 128, Bytes(2, 0));
   expect(opens(0));
   for (size_t position = 0; position < 2; position++) {
@@ -210,16 +210,16 @@ TEST_F(WriteMemory, EachRequestMayFail) {
   }
 }
 
-TEST_F(WriteMemory, AnAbsentDeviceIsNotWritten) {
+TEST_F(WriteMemory, ReportsAnAbsentDevice) {
   expect(opens(1).fails(ENOENT));
   EXPECT_THAT(typed("write memory 1 0 2 0"), ElementsAre("writemem Failed (18)"));
 }
 
-TEST_F(WriteMemory, AnOddLengthEndsTheProcess) {
+TEST_F(WriteMemory, EndsTheProcessForAnOddLength) {
   EXPECT_ASSERTION(typed("write memory 0 0 1 12"), asserts(101, "Length must be an even number of bytes", 1));
 }
 
-TEST_F(WriteMemory, WantsFourWords) {
+TEST_F(WriteMemory, NeedsFourWords) {
   EXPECT_THAT(
       typed("write memory 0 0 2"),
       ElementsAre(
@@ -228,7 +228,7 @@ TEST_F(WriteMemory, WantsFourWords) {
 
 class DumpMemory : public TypedConsole {
  protected:
-  // What a dump writes to its file, and to standard output in front of it.
+  // What a dump prints on standard output, and behind it what it writes to its file.
   std::string dumped(uint32_t address, uint32_t length) {
     FILE* file = std::tmpfile();
     testing::internal::CaptureStdout();
@@ -248,7 +248,7 @@ TEST_F(DumpMemory, WritesTheLinesOfReadMemory) {
   EXPECT_EQ(dumped(0xE3100000, 8), "e3100000: 03020100\ne3100004: 07060504\n");
 }
 
-TEST_F(DumpMemory, WhatCannotBeReadIsReportedAndZero) {
+TEST_F(DumpMemory, ReportsAFailedReadAndWritesZeros) {
   expect(opens(0) + reads(0, 0x40, Bytes(4, 0)).fails(EIO));
   EXPECT_EQ(dumped(0x40, 4),
             "Failed reading memory from 4 bytes from device 0 at address 00000040      40: 00000000\n");

@@ -31,7 +31,7 @@ class AnalyzeCrashDump : public testing::Test {
     return lines;
   }
 
-  // A dump of two devices with the words that count up from 0x10000 and 0x20000, but these assertions.
+  // A dump of two devices: words that count up from 0x10000 and 0x20000, and two assertions among them.
   void writeDump() {
     Devices devices;
     for (uint32_t i = 0; i < kWords; i++) {
@@ -80,7 +80,7 @@ std::string joined(const Lines& lines) {
   return text;
 }
 
-// The text, where every such piece has lost what is behind its first line end.
+// The text without what follows the first line end in every such piece.
 std::string without(std::string text, const std::string& piece) {
   const size_t kept = piece.find('\n') + 1;
   for (size_t at = 0; (at = text.find(piece, at)) != std::string::npos;) {
@@ -108,12 +108,12 @@ TEST_F(AnalyzeCrashDump, WritesTheSameToAFile) {
   EXPECT_THAT(typed("analyze crashdump 1 dump.txt analysis.txt"), ElementsAre());
   const std::string written = readText("analysis.txt");
   expectStored(std::string(TRANSCRIPTS) + "/analyze_crashdump_file.txt", written);
-  // A session has a line that holds one blank behind each device, and an empty one behind each heading.
+  // In a session a line of one blank follows each device, and an empty line each heading.
   const std::string expected = without(without(printed, "\n \n"), ">\n\n");
   EXPECT_EQ(written, expected);
 }
 
-TEST_F(AnalyzeCrashDump, OfNoAssertionNamesNone) {
+TEST_F(AnalyzeCrashDump, NamesNoAssertionWhenThereIsNone) {
   directory_.write("dump.txt", "");
   const Lines lines = typed("analyze crashdump 4 dump.txt");
   EXPECT_THAT(joined(lines), HasSubstr("Assert Id                                 00000000 (0)\n"
@@ -139,7 +139,7 @@ TEST_F(AnalyzeCrashDump, NamesTheFdu) {
                         "Count                                     1\n"));
 }
 
-TEST_F(AnalyzeCrashDump, SaysHowManyAddressesALineHas) {
+TEST_F(AnalyzeCrashDump, RefusesABadNumberOfAddressesPerLine) {
   for (const char* number : {"0", "5", "-1", "x", "99999999999"}) {
     EXPECT_THAT(typed(std::string("analyze crashdump ") + number + " missing.txt"),
                 ElementsAre("number-of-addresses-per-line must be between 1 and 4"))
@@ -147,7 +147,7 @@ TEST_F(AnalyzeCrashDump, SaysHowManyAddressesALineHas) {
   }
 }
 
-TEST_F(AnalyzeCrashDump, OfTwoOrThreeAddressesALineFailsToLoad) {
+TEST_F(AnalyzeCrashDump, CannotLoadTwoOrThreeAddressesPerLine) {
   writeDump();
   for (const char* number : {"2", "3"}) {
     EXPECT_THAT(typed(std::string("analyze crashdump ") + number + " dump.txt"),
@@ -155,14 +155,14 @@ TEST_F(AnalyzeCrashDump, OfTwoOrThreeAddressesALineFailsToLoad) {
   }
 }
 
-TEST_F(AnalyzeCrashDump, SaysWhatCannotBeLoaded) {
+TEST_F(AnalyzeCrashDump, ReportsAFileThatCannotBeLoaded) {
   EXPECT_THAT(typed("analyze crashdump 1 missing.txt analysis.txt"),
               ElementsAre("Failed loading device information from file missing.txt"));
   EXPECT_NE(access("analysis.txt", F_OK), 0);
   EXPECT_THAT(typed("analyze crashdump 4"), ElementsAre("Failed loading device information from file "));
 }
 
-TEST_F(AnalyzeCrashDump, SaysWhatCannotBeWritten) {
+TEST_F(AnalyzeCrashDump, ReportsAFileThatCannotBeWritten) {
   writeDump();
   EXPECT_THAT(typed("analyze crashdump 1 dump.txt no/such/folder.txt"),
               ElementsAre("Failed writing file no/such/folder.txt (No such file or directory)"));

@@ -20,7 +20,7 @@ namespace {
 
 constexpr uint32_t kUntouched = 0xEEEEEEEE;
 
-// A dump's lines of one block: word i is `first` plus i.
+// The lines of one block in a dump: word i is `first` plus i.
 std::string block(int wordsPerLine, uint32_t first, uint32_t words = kWords) {
   std::string text;
   char piece[24];
@@ -55,7 +55,7 @@ class CrashDumpFile : public testing::Test {
     return load_be32(devices_[device].bytes + size_t{4} * index);
   }
 
-  // The block holds `first` plus i in word i, up to so many words, and what it held before behind them.
+  // The first words of the block are `first` plus their index; those behind them have not changed.
   void expectBlock(size_t device, uint32_t first, uint32_t words = kWords) const {
     for (uint32_t i = 0; i < kWords; i++) {
       ASSERT_EQ(word(device, i), i < words ? first + i : kUntouched) << "device " << device << " word " << i;
@@ -66,13 +66,13 @@ class CrashDumpFile : public testing::Test {
   Devices devices_;
 };
 
-TEST_F(CrashDumpFile, OfOneWordALineIsRead) {
+TEST_F(CrashDumpFile, IsReadWithOneWordPerLine) {
   EXPECT_TRUE(load(1, block(1, 0x1000) + block(1, 0x2000)));
   expectBlock(0, 0x1000);
   expectBlock(1, 0x2000);
 }
 
-TEST_F(CrashDumpFile, OfFourWordsALineIsReadWithoutTheWordsLeftOver) {
+TEST_F(CrashDumpFile, IsReadWithFourWordsPerLineButNoSurplusWords) {
   EXPECT_TRUE(load(4, block(4, 0xFFFF0000) + block(4, 0x2000)));
   expectBlock(0, 0xFFFF0000);
   expectBlock(1, 0x2000);
@@ -84,7 +84,7 @@ TEST_F(CrashDumpFile, BeginsAtTheBlocksAddressOnly) {
   expectBlock(1, kUntouched, 0);
 }
 
-TEST_F(CrashDumpFile, GoesOnWhateverTheAddresses) {
+TEST_F(CrashDumpFile, GoesOnWhateverAddressesFollow) {
   std::string text = "E3100000: 00001000\n";
   for (uint32_t i = 1; i < kWords; i++) {
     char line[32];
@@ -95,7 +95,7 @@ TEST_F(CrashDumpFile, GoesOnWhateverTheAddresses) {
   expectBlock(0, 0x1000);
 }
 
-TEST_F(CrashDumpFile, SkipsWhatIsBetweenTheBlocks) {
+TEST_F(CrashDumpFile, SkipsLinesBetweenTheBlocks) {
   EXPECT_TRUE(load(1, block(1, 0x1000, 128) + "E3100004: 12345678\n\nread memory 1\n" + block(1, 0x2000)));
   expectBlock(0, 0x1000);
   expectBlock(1, 0x2000);
@@ -139,12 +139,12 @@ TEST_F(CrashDumpFile, MayBeASavedSession) {
   expectBlock(0, 0xAB00);
 }
 
-TEST_F(CrashDumpFile, WithoutTheAddressReadsNothing) {
+TEST_F(CrashDumpFile, HoldsNoBlockWithoutItsAddress) {
   EXPECT_TRUE(load(1, "E3200000: 00000001\nE3200004: 00000002\n"));
   expectBlock(0, kUntouched, 0);
 }
 
-TEST_F(CrashDumpFile, TakesAWordThatIsNoneAsZero) {
+TEST_F(CrashDumpFile, HasZeroForAWordThatIsNotHexadecimal) {
   EXPECT_TRUE(load(4,
                    "E3100000: 00000011 0000ZZ12 00000013 123456789\n"
                    "E3100010: 00000021\n"
@@ -157,7 +157,7 @@ TEST_F(CrashDumpFile, TakesAWordThatIsNoneAsZero) {
   EXPECT_EQ(word(0, 16), kUntouched);
 }
 
-TEST_F(CrashDumpFile, PassesOverLinesOfAnotherForm) {
+TEST_F(CrashDumpFile, SkipsLinesOfAnotherForm) {
   EXPECT_TRUE(load(1,
                    "E3100000: 00000001\n"
                    "\n:\n: 00000009\nE3100004 00000009\nE31000041: 00000009\nxyz: 00000009\nDFE00: "
@@ -168,7 +168,7 @@ TEST_F(CrashDumpFile, PassesOverLinesOfAnotherForm) {
   EXPECT_EQ(word(0, 2), kUntouched);
 }
 
-TEST_F(CrashDumpFile, CutsLongLines) {
+TEST_F(CrashDumpFile, HasItsLongLinesCut) {
   const std::string far(200000, ' ');
   EXPECT_TRUE(load(1, far + "E3100000: 00000009\n" + "E3100000: 00000001" + far + "\n" + "E3100004:" + far +
                           "00000009\n" + std::string(100000, 'E') + "\nE3100008: 00000003\n"));
@@ -178,11 +178,11 @@ TEST_F(CrashDumpFile, CutsLongLines) {
   EXPECT_EQ(word(0, 3), kUntouched);
 }
 
-TEST_F(CrashDumpFile, ReadsALineOf80Characters) {
+TEST_F(CrashDumpFile, MayHaveLinesOf80Characters) {
   const std::string blanks(80 - 9 - 8, ' ');
   EXPECT_TRUE(load(1, "E3100000:" + blanks + "00000001\r\nE3100004: " + blanks + "00000002\n"));
   EXPECT_EQ(word(0, 0), 1U);
-  EXPECT_EQ(word(0, 1), 0U);  // the cut took its last digit, and seven are a word of another value
+  EXPECT_EQ(word(0, 1), 0U);  // seven of its digits are left, which are another word
 }
 
 TEST_F(CrashDumpFile, MayHoldAnyBytes) {
@@ -224,7 +224,7 @@ TEST_F(CrashDumpFile, MayBeDamagedInAnyWay) {
   }
 }
 
-TEST_F(CrashDumpFile, FailsForAnyOtherNumberOfWordsALine) {
+TEST_F(CrashDumpFile, FailsForAnyOtherNumberOfWordsPerLine) {
   for (const int number : {-1, 0, 2, 3, 5}) {
     EXPECT_FALSE(load(number, block(1, 0x1000))) << number;
     EXPECT_FALSE(load(number, "")) << number;
@@ -289,7 +289,7 @@ TEST_F(LeadingAssert, IsTheSmallestSymbolCounter) {
   expectLead(found(), 400, 39, 1, 0, CPU_FDU, 1);
 }
 
-TEST_F(LeadingAssert, OfATieIsTheFirstAndAllAreCounted) {
+TEST_F(LeadingAssert, IsTheFirstOfEqualOnesAndAllAreCounted) {
   plantAt(0, CPU_FDU, 100, 50);
   plantAt(0, CPU_CP, 200, 40);
   plantAt(1, CPU_FRAMER, 300, 40);
@@ -297,14 +297,14 @@ TEST_F(LeadingAssert, OfATieIsTheFirstAndAllAreCounted) {
   expectLead(found(), 200, 40, 0, 1, CPU_CP, 3);
 }
 
-TEST_F(LeadingAssert, CountsOnlyTheTiesOfTheOneThatLeads) {
+TEST_F(LeadingAssert, CountsOnlyThoseOfItsOwnSymbol) {
   plantAt(0, CPU_FRAMER, 100, 50);
   plantAt(0, CPU_FDU, 200, 50);
   plantAt(1, CPU_CP, 300, 49);
   expectLead(found(), 300, 49, 1, 1, CPU_CP, 1);
 }
 
-TEST_F(LeadingAssert, OfSymbolZeroIsNone) {
+TEST_F(LeadingAssert, IsNoneOfSymbolZero) {
   plantAt(0, CPU_FRAMER, 100, 0);
   plantAt(1, CPU_CP, 200, 0);
   const CLI_leadingAssert_t none = found();
@@ -314,8 +314,8 @@ TEST_F(LeadingAssert, OfSymbolZeroIsNone) {
   EXPECT_EQ(none.cpuType, CPU_FRAMER);
 }
 
-// The counter's last value is where the search starts: it is counted, and does not lead.
-TEST_F(LeadingAssert, OfTheLastSymbolIsCountedOnly) {
+// The search starts with the greatest value of the counter. Such an assertion is counted, but not found.
+TEST_F(LeadingAssert, IsCountedButNotFoundAtTheLastSymbol) {
   plantAt(1, CPU_FDU, 100, 0xFFFFFFFF);
   EXPECT_EQ(found().assertId, 0U);
   EXPECT_EQ(found().count, 1U);

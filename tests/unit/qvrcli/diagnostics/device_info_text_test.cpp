@@ -12,7 +12,7 @@ using namespace gfast::console;
 
 namespace {
 
-// Byte i of the image is i, so every value shows where it was taken from.
+// Byte i of the image is i, so that every value shows where it comes from.
 Bytes countingImage() {
   Bytes image(DEV_INF_SIZE);
   std::iota(image.begin(), image.end(), uint8_t{0});
@@ -98,7 +98,7 @@ TEST_F(DeviceInfoText, ShowsEveryFieldUnswapped) {
   EXPECT_EQ(lines, kExpected);
 }
 
-// A heading brings its own line ends, which a session ends once more; the closing blank is the session's.
+// A session adds a line end behind those of a heading, and a last line of one blank; a file does not.
 TEST_F(DeviceInfoText, AFileHoldsTheSameFields) {
   std::string expected;
   for (size_t i = 0; i + 1 < kExpected.size(); i++) {

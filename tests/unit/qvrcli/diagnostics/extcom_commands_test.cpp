@@ -12,14 +12,14 @@ using testing::ElementsAre;
 
 using Extcom = TypedConsole;
 
-// What both programs begin with: a command to the first unit of device 0's first block.
+// The first step of both device programs: a command to the first unit of device 0's first block.
 Script firstStep(uint32_t command) {
   return writes(0, 0xA00B0140,
                 {static_cast<uint8_t>(command >> 24), static_cast<uint8_t>(command >> 16),
                  static_cast<uint8_t>(command >> 8), static_cast<uint8_t>(command)});
 }
 
-TEST_F(Extcom, ATestThatDoesNotStartIsReported) {
+TEST_F(Extcom, ReportsATestThatDoesNotStart) {
   expect(opens(0) + firstStep(0x10150000).fails(EIO));
   EXPECT_THAT(typed("start extcom-test"), ElementsAre("Failed starting Extcom Connectivity Test (13)"));
   expect(firstStep(0x10150000).fails(EIO));
@@ -28,7 +28,7 @@ TEST_F(Extcom, ATestThatDoesNotStartIsReported) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Extcom, ResultsThatCannotBeReadAreShownAsNotMeasured) {
+TEST_F(Extcom, ShowsResultsThatCannotBeReadAsNotMeasured) {
   expect(opens(0) + firstStep(0x10170000).fails(EIO));
   Lines expected = {"Failed getting Extcom Connectivity Test (13)", "[device, port, lane] = errors"};
   for (int device = 0; device < 2; device++) {
@@ -44,7 +44,7 @@ TEST_F(Extcom, ResultsThatCannotBeReadAreShownAsNotMeasured) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(Extcom, OfAnAbsentDeviceIsReported) {
+TEST_F(Extcom, ReportsAnAbsentDevice) {
   expect(opens(0).fails(ENOENT) + opens(0).fails(ENOENT));
   EXPECT_THAT(typed("start extcom-test"), ElementsAre("Failed starting Extcom Connectivity Test (18)"));
   const Lines lines = typed("show extcom-results 0");

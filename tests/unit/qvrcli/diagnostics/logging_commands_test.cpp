@@ -27,10 +27,9 @@ using testing::internal::GetCapturedStdout;
 
 constexpr const char* kUsage = "start logging [<seconds>] [<filename>] : { <0>, <stdout> }";
 
-// Devices that are not open have nothing to switch on.
 class Logging : public TypedConsole {
  protected:
-  // What a chip says reaches whoever is registered, on standard output.
+  // What is on standard output when a chip sends this log line.
   static std::string printedWhenAChipSpeaks(const char* text) {
     CaptureStdout();
     callbacks().logMessageCB.notify(QVR_deviceId_t{1}, text);
@@ -47,7 +46,7 @@ class Logging : public TypedConsole {
     return kept();
   }
 
-  // An interpreter with somebody connected; what is sent to them.
+  // An interpreter in a session, and what the session's peer receives.
   class Connected {
    public:
     explicit Connected(cli_def* interpreter) : interpreter_(interpreter) {
@@ -95,26 +94,26 @@ TEST_F(Logging, GoesOnUntilItIsStopped) {
   EXPECT_EQ(printedWhenAChipSpeaks("down\n"), "");
 }
 
-TEST_F(Logging, ForNoSecondsGoesOn) {
+TEST_F(Logging, GoesOnForZeroSeconds) {
   expect(switchesOn());
   EXPECT_THAT(typed("start logging 0"), ElementsAre("Logging started..."));
   EXPECT_TRUE(delivers());
 }
 
-TEST_F(Logging, WithoutANumberGoesOn) {
+TEST_F(Logging, GoesOnForAWordWithoutDigits) {
   expect(switchesOn());
   EXPECT_THAT(typed("start logging soon"), ElementsAre("Logging started..."));
   EXPECT_TRUE(delivers());
 }
 
-TEST_F(Logging, ForOneSecondDoesNotWait) {
+TEST_F(Logging, DoesNotWaitForOneSecond) {
   expect(switchesOn());
   EXPECT_THAT(typed("start logging 1"), ElementsAre("Logging started...", "Logging stopped..."));
   EXPECT_THAT(testClock().sleeps(), IsEmpty());
   EXPECT_FALSE(delivers());
 }
 
-TEST_F(Logging, ForThreeSecondsWaitsTwo) {
+TEST_F(Logging, WaitsTwoSecondsForThree) {
   expect(switchesOn());
   EXPECT_THAT(typed("start logging 3"), ElementsAre("Logging started...", "Logging stopped..."));
   EXPECT_THAT(testClock().sleeps(), ElementsAre(microseconds(seconds(1)), microseconds(seconds(1))));
@@ -129,14 +128,14 @@ TEST_F(Logging, DeliversWhileItWaits) {
   EXPECT_EQ(printed, "DFE01: up\nDFE01: up\nDFE01: up\n");
 }
 
-TEST_F(Logging, ForABadNumberOfSecondsDoesNotStart) {
+TEST_F(Logging, DoesNotStartForABadNumberOfSeconds) {
   for (const char* line : {"start logging -1", "start logging \"\"", "start logging -2147483648"}) {
     EXPECT_THAT(typed(line), ElementsAre("Invalid seconds counter")) << line;
   }
   EXPECT_FALSE(delivers());
 }
 
-TEST_F(Logging, TakesNoFile) {
+TEST_F(Logging, TakesNoFileName) {
   EXPECT_THAT(typed("start logging 5 out.txt"), ElementsAre(kUsage));
   EXPECT_THAT(typed("start logging 5 out.txt more"), ElementsAre(kUsage));
   EXPECT_THAT(typed("start logging ?"), ElementsAre(kUsage));
@@ -150,7 +149,7 @@ TEST_F(Logging, MayBeStoppedWhenItWasNotStarted) {
   EXPECT_THAT(typed("stop logging 1 2"), ElementsAre("stop logging "));
 }
 
-// A log terminal of which the other end is held here.
+// A log terminal that is a pipe, whose other end the test reads.
 class Terminal {
  public:
   Terminal() {
@@ -188,7 +187,7 @@ TEST_F(Logging, ClosesTheTerminalWhenItsTimeIsOver) {
   EXPECT_FALSE(terminal.isOpen());
 }
 
-TEST_F(Logging, OfAScriptIsNotShownTwice) {
+TEST_F(Logging, IsNotShownTwiceInAScript) {
   expect(switchesOn());
   typed("start logging");
   EXPECT_EQ(printedWhenAChipSpeaks("up\n"), "DFE01: up\n");
@@ -240,7 +239,7 @@ TEST_F(Logging, EndsWithTheSessionThatWaitsForIt) {
   EXPECT_FALSE(delivers());
 }
 
-TEST_F(Logging, OfAbsentDevicesStartsAllTheSame) {
+TEST_F(Logging, StartsWithoutDevicesAsWell) {
   expect(opens(0).fails(ENOENT) + opens(1).fails(ENOENT));
   EXPECT_THAT(typed("start logging"), ElementsAre("Logging started..."));
 }
@@ -259,7 +258,7 @@ TEST_F(LogLevel, IsShownAsItIsSet) {
   }
 }
 
-TEST_F(LogLevel, OutOfRangeIsReportedAndSetAllTheSame) {
+TEST_F(LogLevel, OutOfRangeIsReportedAndStillSet) {
   EXPECT_THAT(typed("set log-level 9"), ElementsAre(kBadLevel));
   EXPECT_EQ(QVR_traceLogLevel(), 9);
   EXPECT_THAT(typed("show log-level"), ElementsAre("LOG_UNKNOWN"));

@@ -1,4 +1,4 @@
-// Assertions as processors leave them in a device-information block.
+// Device-information blocks with assertions in them.
 #pragma once
 
 #include <array>
@@ -13,7 +13,7 @@ using Devices = std::array<DEV_INF_S, QVR_K_MAX_DEVICES>;
 
 inline constexpr uint32_t kWords = DEV_INF_SIZE / 4;
 
-// One processor's assertion in a block: id, symbol counter, and where the time base stood.
+// Writes one processor's assertion into a block: id, symbol counter, and the state of the time base.
 inline void plant(DEV_INF_S& device, CLI_CPU_TYPE_E cpu, uint32_t id, uint32_t symbolCounter) {
   constexpr size_t info[] = {40, 84, 200};
   constexpr size_t extension[] = {168, 184, 244};

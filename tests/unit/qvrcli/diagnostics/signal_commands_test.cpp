@@ -1,5 +1,5 @@
-// Test signals at the console: given these files and what the chip answers, when this is typed, the chip is
-// asked this and these files are written.
+// Test signals at the console: given these files and what the chip answers, when this is typed, these
+// requests are made and these files are written.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -39,7 +39,7 @@ Words generatedSignal() {
   return words;
 }
 
-// A symbol of which no two samples agree with their neighbours.
+// A symbol in which no two neighbouring samples are equal.
 Bytes capturedSymbol(uint32_t seed) {
   Bytes bytes(kSymbolSize);
   for (uint32_t i = 0; i < kSymbolSize / 4; i++) {
@@ -60,7 +60,7 @@ Script inPieces(const Bytes& bytes, size_t size, Script (*makes)(int, uint32_t, 
   return script;
 }
 
-// The line's device is looked at, and 64 requests fill its transmit buffer.
+// The line's device is read, and 64 requests fill its transmit buffer.
 Script sends(int device, const Words& words) {
   Bytes bytes(kSymbolSize);
   for (size_t i = 0; i < words.size(); i++) {
@@ -74,7 +74,7 @@ Script captures(int device, const Bytes& symbol) {
          reads(device, kSnapshotCount, {0, 0, 0, 0}) + inPieces(symbol, 900, reads, device, kRxSymbol);
 }
 
-// Two devices that are open, in a folder of the test's own.
+// Two open devices, and an empty working folder.
 class SignalCommands : public TypedConsole {
  protected:
   void SetUp() override {
@@ -87,7 +87,7 @@ class SignalCommands : public TypedConsole {
 
   void TearDown() override { verify(); }
 
-  // What the file of a captured spectrum and that of its ratios hold.
+  // The contents of the file of a captured spectrum and of that of its ratios.
   struct Files {
     std::string spectrum;
     std::string ratios;
@@ -144,7 +144,7 @@ TEST_F(SignalCommands, GenerateWritesTheTestSignal) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(SignalCommands, GenerateSaysWhatCannotBeWritten) {
+TEST_F(SignalCommands, GenerateReportsAFileThatCannotBeWritten) {
   EXPECT_THAT(typed("generate signal no/folder.dat"),
               ElementsAre("Failed writing file no/folder.dat (No such file or directory)"));
   EXPECT_THAT(typed("generate signal /dev/full"),
@@ -171,7 +171,7 @@ TEST_F(SignalCommands, TransmitSendsAGeneratedSignal) {
   EXPECT_THAT(typed("transmit signal 0 txsignal.dat"), IsEmpty());
 }
 
-TEST_F(SignalCommands, TransmitSendsZerosForWhatAFileLacks) {
+TEST_F(SignalCommands, TransmitSendsZerosForMissingWords) {
   write("long.dat", textOf(countingSignal()));
   write("short.dat", "00000005\n00000006\n");
   expect(sends(0, countingSignal()) + sends(0, {5, 6}));
@@ -179,7 +179,7 @@ TEST_F(SignalCommands, TransmitSendsZerosForWhatAFileLacks) {
   EXPECT_THAT(typed("transmit signal 0 short.dat"), IsEmpty());
 }
 
-TEST_F(SignalCommands, TransmitSaysWhereTheWordsOfAFileEnd) {
+TEST_F(SignalCommands, TransmitReportsTheLineThatIsNoWord) {
   write("bad.dat", "00000005\nnonsense\n00000006\n");
   expect(sends(0, {5}));
   EXPECT_THAT(typed("transmit signal 0 bad.dat"),
@@ -193,12 +193,12 @@ TEST_F(SignalCommands, TransmitSendsTheLibrarysOwnSignal) {
   EXPECT_THAT(typed("transmit signal 1"), IsEmpty());
 }
 
-TEST_F(SignalCommands, TransmitSaysWhatIsNoLine) {
+TEST_F(SignalCommands, TransmitRefusesAnUnknownLine) {
   EXPECT_THAT(typed("transmit signal 2"), ElementsAre("invalid line number"));
   EXPECT_THAT(typed("transmit signal -1 missing.dat"), ElementsAre("invalid line number"));
 }
 
-TEST_F(SignalCommands, TransmitSaysWhichFileItCannotLoad) {
+TEST_F(SignalCommands, TransmitReportsAFileThatCannotBeLoaded) {
   for (const char* name : {"missing.dat", ".", "/dev/zero"}) {
     EXPECT_THAT(typed(std::string("transmit signal 0 ") + name),
                 ElementsAre(std::string("Failed loading signal from file ") + name));
@@ -234,7 +234,7 @@ TEST_F(SignalCommands, ReceiveWritesTheCapturedSpectrum) {
   EXPECT_EQ(readText("other.out"), files.spectrum);
 }
 
-TEST_F(SignalCommands, ReceiveSaysWhatIsNoLine) {
+TEST_F(SignalCommands, ReceiveRefusesAnUnknownLine) {
   EXPECT_THAT(typed("receive signal 2"), ElementsAre("invalid line number"));
   EXPECT_THAT(typed("receive signal \"\""), ElementsAre("invalid line number"));
   EXPECT_FALSE(exists("fdsignal.out"));
@@ -254,7 +254,7 @@ TEST_F(SignalCommands, ReceiveReportsEachFailingRequest) {
   EXPECT_FALSE(exists("fdsignal.out"));
 }
 
-TEST_F(SignalCommands, ReceiveSaysWhatCannotBeWritten) {
+TEST_F(SignalCommands, ReceiveReportsAFileThatCannotBeWritten) {
   expect(captures(0, capturedSymbol(1)));
   EXPECT_THAT(typed("receive signal 0 ."), ElementsAre("Failed writing file . (Is a directory)"));
 }
@@ -303,7 +303,7 @@ TEST_F(SignalCommands, AfeMtprReportsFailuresAndWritesNothing) {
   EXPECT_FALSE(exists("mtpr.out"));
 }
 
-TEST_F(SignalCommands, AfeMtprSaysOfEachFileThatItCannotBeWritten) {
+TEST_F(SignalCommands, AfeMtprReportsEachFileThatCannotBeWritten) {
   write("signal.dat", textOf(countingSignal()));
   expect(sends(0, countingSignal()) + captures(0, capturedSymbol(3)));
   EXPECT_THAT(typed("test afe-mtpr 0 0 signal.dat a/b c/d"),
@@ -332,7 +332,7 @@ TEST_F(SignalCommands, AfeMtprLoopOfOneIterationWritesDecibels) {
   const std::vector<double> decibels = numbersOf("mtpr.out");
   ASSERT_EQ(decibels.size(), 96U);
   EXPECT_NE(readText("mtpr.out"), files.ratios);
-  // The spectrum is that of the power, real and not negative.
+  // It is the spectrum of the power: real, and not negative.
   std::istringstream spectrum(readText("fdsignal.out"));
   double real = 0;
   double imaginary = 0;
@@ -375,9 +375,9 @@ TEST_F(SignalCommands, AfeMtprLoopTakes1To100Iterations) {
   }
 }
 
-// ---- what the front end's tests share ----
+// ---- all tests of the front end ----
 
-TEST_F(SignalCommands, EveryAfeTestSaysWhatIsNoLine) {
+TEST_F(SignalCommands, EveryAfeTestRefusesAnUnknownLine) {
   for (const std::string test : {"test afe-loop", "test afe-mtpr", "test afe-mtpr-loop"}) {
     EXPECT_THAT(typed(test + " 2 5"), ElementsAre("invalid line number 2"));
     EXPECT_THAT(typed(test + " 0 -1"), ElementsAre("invalid line number -1"));
@@ -385,7 +385,7 @@ TEST_F(SignalCommands, EveryAfeTestSaysWhatIsNoLine) {
   }
 }
 
-TEST_F(SignalCommands, EveryAfeTestSaysWhichFileItCannotLoad) {
+TEST_F(SignalCommands, EveryAfeTestReportsAFileThatCannotBeLoaded) {
   for (const std::string test : {"test afe-loop", "test afe-mtpr"}) {
     EXPECT_THAT(typed(test + " 0 1 missing.dat"), ElementsAre("Failed to load signal from file missing.dat"));
     EXPECT_THAT(typed(test + " 0 1 ."), ElementsAre("Failed to load signal from file ."));
@@ -410,7 +410,7 @@ TEST_F(SignalCommands, EveryAfeTestNeedsTwoLines) {
   EXPECT_THAT(typed("test afe-mtpr-loop 0 1 1 a b"), ElementsAre(mtprLoop));
 }
 
-TEST_F(SignalCommands, FailOnADeviceThatIsAbsent) {
+TEST_F(SignalCommands, FailOnAnAbsentDevice) {
   expect(closes(0) + closes(1) + rediscovers() + opens(0).fails(ENOENT) + opens(1).fails(ENOENT));
   typed("rediscover");
   expect(opens(0).fails(ENOENT).times(3));

@@ -28,7 +28,7 @@ class SignalFile : public testing::Test {
  protected:
   std::string path(const std::string& name) const { return directory_.path() + "/" + name; }
 
-  // The words up to the last that was loaded.
+  // The words that were loaded.
   std::vector<uint32_t> loaded(const std::string& text) {
     std::vector<uint32_t> words(QVR_K_SIGNAL_WORDS + 1, kUntouched);
     EXPECT_TRUE(loadSignalFromFile(directory_.write("signal.dat", text).c_str(), words.data(), &badLine_));
@@ -73,12 +73,12 @@ TEST_F(SignalFile, MayBeLonger) {
   EXPECT_EQ(badLine_, 0U);
 }
 
-TEST_F(SignalFile, MayComeFromElsewhere) {
+TEST_F(SignalFile, MayHaveOtherLineEndsAndEmptyLines) {
   EXPECT_EQ(loaded("\r\n  7fffffff \r\n\r\nA\t\r\n\n1"), (Words{0x7FFFFFFF, 0xA, 1}));
   EXPECT_EQ(badLine_, 0U);
 }
 
-TEST_F(SignalFile, EndsAtALineThatIsNoWord) {
+TEST_F(SignalFile, EndsAtALineOfAnotherForm) {
   using namespace std::string_literals;
   for (const std::string& bad : {"xyz"s, "12345678 12345678"s, "123456789"s, "0x1"s, "-1"s, "1 #"s,
                                  "12\00034"s, "\0"s, std::string(100000, '1'), std::string(80, 'A')}) {
@@ -87,7 +87,7 @@ TEST_F(SignalFile, EndsAtALineThatIsNoWord) {
   }
 }
 
-TEST_F(SignalFile, NeedNotSayWhereItEnds) {
+TEST_F(SignalFile, IsReadWithoutAskingWhereItEnds) {
   uint32_t words[QVR_K_SIGNAL_WORDS] = {};
   EXPECT_TRUE(loadSignalFromFile(directory_.write("a", "1\nx\n2\n").c_str(), words));
   EXPECT_EQ(words[0], 1U);
@@ -103,7 +103,7 @@ TEST_F(SignalFile, FailsWhenItCannotBeOpened) {
   }
 }
 
-TEST_F(SignalFile, OfASpectrumHasBothPartsOfItsFirstPoints) {
+TEST_F(SignalFile, HoldsBothPartsOfEachPointOfASpectrum) {
   const auto points = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
   points[0] = {1.5, -2.25};
   points[1] = {1e-9, 123456789.125};
@@ -116,7 +116,7 @@ TEST_F(SignalFile, OfASpectrumHasBothPartsOfItsFirstPoints) {
   EXPECT_TRUE(text.ends_with("\n-0.000000 7.000000\n"));
 }
 
-TEST_F(SignalFile, OfRatiosHas96WhateverTheyAre) {
+TEST_F(SignalFile, Holds96RatiosOfAnyValue) {
   double mtpr[1024] = {2.0, std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
                        -3.0103};
   mtpr[95] = 1e300;
@@ -128,14 +128,14 @@ TEST_F(SignalFile, OfRatiosHas96WhateverTheyAre) {
   EXPECT_EQ(text.size() - text.rfind('\n', text.size() - 2) - 2, 301U + 7U);  // 1e300 in full
 }
 
-TEST_F(SignalFile, ReplacesTheOneThatWasThere) {
+TEST_F(SignalFile, ReplacesAnOlderFile) {
   directory_.write("mtpr.out", std::string(100000, 'x'));
   const double mtpr[1024] = {};
   ASSERT_TRUE(dumpMtprToFile(mtpr, path("mtpr.out").c_str()));
   EXPECT_EQ(readText(path("mtpr.out")).size(), 96U * 9U);
 }
 
-TEST_F(SignalFile, SaysThatItCouldNotBeWritten) {
+TEST_F(SignalFile, FailsWhenItCannotBeWritten) {
   const auto points = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
   const uint32_t words[QVR_K_SIGNAL_WORDS] = {};
   const double mtpr[1024] = {};

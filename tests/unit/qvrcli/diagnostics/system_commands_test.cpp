@@ -11,7 +11,7 @@ using testing::IsEmpty;
 
 using ShowVersion = TypedConsole;
 
-TEST_F(ShowVersion, NamesTheLibrarysRevisionWhateverWordsFollow) {
+TEST_F(ShowVersion, PrintsTheLibrarysRevisionWhateverWordsFollow) {
   constexpr const char* version = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $";
   EXPECT_THAT(typed("show version"), ElementsAre(version));
   EXPECT_THAT(typed("show version a b c d e f"), ElementsAre(version));
@@ -30,13 +30,13 @@ TEST_F(RestartState, IsBit16OfTheBootRegister) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(RestartState, ThatCannotBeReadIsTheLibrarysResult) {
+TEST_F(RestartState, IsTheLibrarysResultWhenItCannotBeRead) {
   expect(opens(0) + readsWord(0, 0xE0000238, 0).fails(EIO));
   EXPECT_THAT(typed("show system restart-state"), IsEmpty());
   EXPECT_EQ(result(), 12);
 }
 
-TEST_F(RestartState, OfAnAbsentDeviceIsTheLibrarysResult) {
+TEST_F(RestartState, IsTheLibrarysResultForAnAbsentDevice) {
   expect(opens(0).fails(ENOENT));
   EXPECT_THAT(typed("show system restart-state"), IsEmpty());
   EXPECT_EQ(result(), 18);

@@ -37,7 +37,7 @@ TEST(LinkStateChange, IsPrintedWithPaddedStates) {
             "Link [0] state changed from init train      to show time      \n");
 }
 
-TEST(LinkStateChange, OfStatesNobodyKnowsIsPrinted) {
+TEST(LinkStateChange, OfUnknownStatesIsPrinted) {
   EXPECT_EQ(
       printedBy([] { handleLinkStateChange(1, LS_PRE_DEACTIVATING1_E, static_cast<G9701_linkState_t>(15)); }),
       "Link [1] state changed from pre-deactivating 1 to Unknown        \n");
@@ -121,7 +121,7 @@ TEST(DownloadStatus, OfALineOutOfRangeIsIgnored) {
             "");
 }
 
-TEST(DownloadStatus, OfNoKnownValueIsPrintedAsUnknown) {
+TEST(DownloadStatus, OfAnUnknownValueIsPrintedAsUnknown) {
   EXPECT_EQ(printedBy([] { handleDownloadStatusNotification(0, static_cast<QVR_downloadStatus_t>(5)); }),
             "Download Status Notification (line=0, status=DOWNLOAD_UNKNOWN\n");
 }
@@ -159,7 +159,7 @@ TEST(LogLine, GoesToStandardOutputAgainWhenTheTerminalIsClosed) {
   EXPECT_EQ(printedBy([] { handleLogMessage(0, "up\n"); }), "DFE00: up\n");
 }
 
-TEST(LogLine, IsWrittenWhileTerminalsComeAndGo) {
+TEST(LogLine, IsWrittenWhileTheTerminalIsReplaced) {
   setTerminal(std::tmpfile());
   std::thread chips([] {
     for (int i = 0; i < 2000; i++) {
@@ -175,7 +175,7 @@ TEST(LogLine, IsWrittenWhileTerminalsComeAndGo) {
 
 // ---- Reboots ----
 
-// A chip whose boot register says in which state the system is, and which notes what is written to it.
+// A chip whose boot register holds the state of the system, and which records what is written to it.
 class RebootedChip final : public Driver {
  public:
   explicit RebootedChip(uint32_t sbr) : sbr_(sbr) {}
@@ -253,7 +253,7 @@ TEST(Reboot, IsCounted) {
 
 // ---- Registration ----
 
-TEST(RegisteredHandlers, PrintWhatTheLibraryTells) {
+TEST(RegisteredHandlers, PrintEventsOfTheLibrary) {
   rebooted(kConfigurationState);
   ASSERT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
   registerEventHandlers();
@@ -268,7 +268,7 @@ TEST(RegisteredHandlers, PrintWhatTheLibraryTells) {
             "non-cDTA CPE joined on line 0\n");
 }
 
-// Only what goes through a handler is cut to the trace log's buffer.
+// A message that goes to a handler is cut to the size of the trace log's buffer.
 TEST(RegisteredHandlers, PrintTraceMessages) {
   registerEventHandlers();
   const std::string text(400, 'x');
@@ -276,7 +276,7 @@ TEST(RegisteredHandlers, PrintTraceMessages) {
             QVR_K_MAX_LOG_MESSAGE - 1);
 }
 
-// Nobody asked for chip log lines or download reports yet.
+// Chip log lines are delivered only after `start logging`.
 TEST(RegisteredHandlers, LeaveChipLogsToTheLoggingCommand) {
   registerEventHandlers();
   EXPECT_EQ(callbacks().logMessageCB.load(), nullptr);

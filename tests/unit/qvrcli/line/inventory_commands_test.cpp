@@ -1,5 +1,5 @@
-// Who is at the ends of a line, at the console; what equipment writes cannot leave its field or steer the
-// terminal.
+// The inventory of the ends of a line at the console: given these records, this is printed; when this is
+// typed, this is written.
 #include <algorithm>
 #include <numeric>
 
@@ -50,7 +50,7 @@ TEST_F(ShowInventory, ShowsBothEndsFromTheSubscriberSide) {
                   "SERIALNR:      local serial", "VERSION:       1.9.4.106"));
 }
 
-TEST_F(ShowInventory, ShowsVendorIdsWholeAndTextsUpToTheirEnd) {
+TEST_F(ShowInventory, ShowsVendorIdsWholeAndTextsUpToTheirTerminator) {
   const Bytes vendorId{0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
   Bytes serial = field("12", 32);
   serial[3] = '4';
@@ -61,7 +61,7 @@ TEST_F(ShowInventory, ShowsVendorIdsWholeAndTextsUpToTheirEnd) {
   EXPECT_EQ(lines[5], "SERIALNR:      12");
 }
 
-TEST_F(ShowInventory, KeepsTheTerminalFromWhatEquipmentWrites) {
+TEST_F(ShowInventory, ReplacesControlCharacters) {
   expect(readsInventory(0, {.serial = field("\x1B[2J\r\n\x7F\x9B%s%n\tx", 32)},
                         {.version = field("\x1B]0;1.2.3\n rel", 16)}));
   const Lines lines = typed("show inventory");
@@ -70,7 +70,7 @@ TEST_F(ShowInventory, KeepsTheTerminalFromWhatEquipmentWrites) {
   EXPECT_EQ(lines[13], "VERSION:       .]0;1.2.3. rel");
 }
 
-TEST_F(ShowInventory, SaysWhichReadFailed) {
+TEST_F(ShowInventory, ReportsTheResultOfAFailedRead) {
   expect(readsInventory(0, {}).fails(EIO));
   EXPECT_THAT(typed("show inventory"), ElementsAre("QVR_getInventory failed (12)"));
   expect(readsInventory(1, {}) + asksInventory(1).fails(ETIMEDOUT));
@@ -80,7 +80,7 @@ TEST_F(ShowInventory, SaysWhichReadFailed) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowInventory, SaysWhatIsNoLine) {
+TEST_F(ShowInventory, RefusesAnUnknownLine) {
   for (const std::string line : {"2", "-1"}) {
     EXPECT_THAT(typed("show inventory " + line),
                 ElementsAre("invalid parameter - line number must be between 0..1"));
@@ -92,7 +92,7 @@ TEST_F(ShowInventory, SaysWhatIsNoLine) {
 
 using SetInventory = TypedConsole;
 
-// A record of which every byte differs.
+// A record in which no two bytes are equal.
 Bytes inventory() {
   Bytes record(INVENTORY_DB_SIZE);
   std::iota(record.begin(), record.end(), uint8_t{0x80});
@@ -137,7 +137,7 @@ TEST_F(SetInventory, TakesMissingWordsAsEmpty) {
   EXPECT_THAT(typed("set inventory"), IsEmpty());
 }
 
-TEST_F(SetInventory, RefusesFourWordsAndNoOtherNumber) {
+TEST_F(SetInventory, RefusesFourWordsOnly) {
   const std::string usage =
       "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
       "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)";
@@ -147,13 +147,13 @@ TEST_F(SetInventory, RefusesFourWordsAndNoOtherNumber) {
   EXPECT_THAT(typed("set inventory 0 01 SN1 more words"), IsEmpty());
 }
 
-TEST_F(SetInventory, SaysWhatIsNoDevice) {
+TEST_F(SetInventory, RefusesAnUnknownDevice) {
   EXPECT_THAT(typed("set inventory 2 01 SN1"), ElementsAre("invalid device number 2"));
   EXPECT_THAT(typed("set inventory -1"), ElementsAre("invalid device number -1"));
   EXPECT_THAT(typed("set inventory \"\" 01"), ElementsAre("invalid device number "));
 }
 
-TEST_F(SetInventory, EachRequestMayFail) {
+TEST_F(SetInventory, ReportsAFailureOfEachRequest) {
   const Script whole = setsInventory(0, kNoVendor, "SN1");
   expect(opens(0) + whole.failingAt(0, EIO));
   EXPECT_THAT(typed("set inventory 0 00 SN1"), ElementsAre("Failed setting inventory parameters (12)"));
@@ -161,7 +161,7 @@ TEST_F(SetInventory, EachRequestMayFail) {
   EXPECT_THAT(typed("set inventory 0 00 SN1"), ElementsAre("Failed setting inventory parameters (13)"));
 }
 
-TEST_F(SetInventory, AnAbsentDeviceHasNone) {
+TEST_F(SetInventory, ReportsAnAbsentDevice) {
   expect(opens(1).fails(ENOENT));
   EXPECT_THAT(typed("set inventory 1 00 SN1"), ElementsAre("Failed setting inventory parameters (18)"));
 }

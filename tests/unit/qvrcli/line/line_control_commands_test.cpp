@@ -1,4 +1,4 @@
-// Activating, deactivating and resetting lines: when this is typed, the chip is asked this.
+// Activating, deactivating and resetting lines: when this is typed, these requests are made.
 #include "chip/registers.h"
 #include "unit/qvrcli/typed_console.h"
 
@@ -21,7 +21,7 @@ TEST_F(LineControl, RestartsALineThatIsUp) {
   EXPECT_THAT(typed("restart line 0"), IsEmpty());
 }
 
-TEST_F(LineControl, ALineThatIsDownIsLeftAlone) {
+TEST_F(LineControl, DoesNotRestartALineThatIsDown) {
   ChipIdentity idle;
   idle.setLinkState(LS_IDLE);
   expect(opens(0) + readsIdentity(0, idle));
@@ -29,12 +29,12 @@ TEST_F(LineControl, ALineThatIsDownIsLeftAlone) {
 }
 
 TEST_F(LineControl, RestartsAllLinesThatWereFound) {
-  EXPECT_THAT(typed("restart line all"), IsEmpty());  // none was
+  EXPECT_THAT(typed("restart line all"), IsEmpty());  // none was found
   EXPECT_THAT(typed("restart line ALL"), IsEmpty());
 }
 
 TEST_F(LineControl, ActivatesALineOrAll) {
-  // Until devices were found every line is looked for on the first.
+  // Before devices are found, every line belongs to the first.
   expect(opens(0) + writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 1).times(3));
   EXPECT_THAT(typed("activate line 0"), IsEmpty());
   EXPECT_THAT(typed("activate line all"), IsEmpty());
@@ -47,27 +47,27 @@ TEST_F(LineControl, DeactivatesALineOrAll) {
   EXPECT_THAT(typed("deactivate line ALL"), IsEmpty());
 }
 
-TEST_F(LineControl, DeactivatingNoLineDoesNothing) {
+TEST_F(LineControl, DeactivatesNothingWithoutALine) {
   EXPECT_THAT(typed("deactivate line"), IsEmpty());
 }
 
-TEST_F(LineControl, SaysWhatIsNoLine) {
+TEST_F(LineControl, RefusesAnUnknownLine) {
   for (const char* line : {"restart line 2", "activate line -1", "deactivate line 17"}) {
     EXPECT_THAT(typed(line), ElementsAre(kNoLine)) << line;
   }
 }
 
-TEST_F(LineControl, AWordWithoutDigitsLeavesTheFirstLine) {
+TEST_F(LineControl, TakesAWordWithoutDigitsAsTheFirstLine) {
   expect(opens(0) + writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 1));
   EXPECT_THAT(typed("activate line All"), IsEmpty());
 }
 
-TEST_F(LineControl, ActivateWantsItsLine) {
+TEST_F(LineControl, NeedsALineToActivateOrRestart) {
   EXPECT_THAT(typed("activate line"), ElementsAre("activate line [<line-id> | all] : { 0 }"));
   EXPECT_THAT(typed("restart line"), ElementsAre("restart line <line-id> | all"));
 }
 
-TEST_F(LineControl, AFailureIsNotReported) {
+TEST_F(LineControl, ReportsNoFailure) {
   expect(opens(0).fails(ENOENT).times(3));
   EXPECT_THAT(typed("activate line 0"), IsEmpty());
   EXPECT_THAT(typed("deactivate line 0"), IsEmpty());

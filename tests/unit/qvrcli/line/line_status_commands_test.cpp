@@ -1,4 +1,4 @@
-// How the lines are, at the console: given what the chips answer, when this is typed, this is printed.
+// The lines at the console: given what the chips answer, when this is typed, this is printed.
 #include "chip/device_information.h"
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/events/events.h"
@@ -58,13 +58,13 @@ using ShowChannelStatus = TypedAtLines;
 using ShowInitFailureCause = TypedAtLines;
 using ShowNumbers = TypedAtLines;
 
-TEST_F(ShowLineState, OfAllLinesIsReadAnew) {
+TEST_F(ShowLineState, ReadsAllDevicesAnew) {
   expect(readsIdentity(0, chipWithLine(LS_SHOWTIME)) + readsIdentity(1, chipWithLine(LS_INIT_TRAIN)));
   EXPECT_THAT(typed("show line state"), ElementsAre("Line[00] show time      ", "Line[01] init train     "));
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowLineState, OfOneLineAsksItsDevice) {
+TEST_F(ShowLineState, ReadsTheDeviceOfOneLineAnew) {
   expect(readsIdentity(1, chipWithLine(LS_SILENT)));
   EXPECT_THAT(typed("show line state 1"), ElementsAre("Line[01] silent         "));
   expect(readsIdentity(0, chipWithLine(LS_PRE_DEACTIVATING1_E)));
@@ -87,7 +87,7 @@ TEST_F(ShowLineState, StopsAtTheFirstDeviceThatDoesNotAnswer) {
   EXPECT_EQ(result(), CLI_ERROR);
 }
 
-TEST_F(ShowLineState, OfALineWithoutADeviceIsAFailureWithoutAWord) {
+TEST_F(ShowLineState, FailsWithoutAMessageForALineWithoutADevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_THAT(typed("show line state 1"), IsEmpty());
   EXPECT_EQ(result(), CLI_ERROR);
@@ -96,7 +96,7 @@ TEST_F(ShowLineState, OfALineWithoutADeviceIsAFailureWithoutAWord) {
   EXPECT_EQ(result(), CLI_ERROR);
 }
 
-TEST_F(ShowLineState, OfADeviceFoundAgainShowsNoLineThatThereIsNot) {
+TEST_F(ShowLineState, ShowsEachLineOnceWhenADeviceIsFoundAgain) {
   expect(closes(0) + closes(1) + rediscovers() + opens(0) + readsIdentity(0, {}) + opens(1) +
          readsIdentity(1, {}));
   QVR_rediscoverDevices();
@@ -108,7 +108,7 @@ TEST_F(ShowLineState, OfADeviceFoundAgainShowsNoLineThatThereIsNot) {
   EXPECT_EQ(typed("show line state").size(), 2U);
 }
 
-TEST_F(ShowLineState, SaysWhatIsNoLine) {
+TEST_F(ShowLineState, RefusesAnUnknownLine) {
   expectNoOtherLine("show line state");
   expectUsage("show line state", "show line state [<lineId>] : { * all lines }", "0 1");
 }
@@ -126,7 +126,7 @@ Lines statusLines(const std::vector<std::string>& values) {
   return lines;
 }
 
-TEST_F(ShowLineStatus, OfAnIdleLineShowsWhatIsNotAvailable) {
+TEST_F(ShowLineStatus, ShowsValuesThatAnIdleLineDoesNotHave) {
   GFAST_FDU_RAW_COUNTERS_S fdu{};
   fdu.UPBOKLE = 112;
   fdu.UPBOKLE_R = 113;
@@ -138,7 +138,7 @@ TEST_F(ShowLineStatus, OfAnIdleLineShowsWhatIsNotAvailable) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowLineStatus, OfALineInShowtimeShowsBothEnds) {
+TEST_F(ShowLineStatus, ShowsBothEndsOfALineInShowtime) {
   startDevice(1, LS_SHOWTIME);
   GFAST_FRAMER_RAW_COUNTERS_S framer{};
   framer.snrMargin = 63;
@@ -153,7 +153,7 @@ TEST_F(ShowLineStatus, OfALineInShowtimeShowsBothEnds) {
                          "4194303", "255", "-2147483648"}));
 }
 
-TEST_F(ShowLineStatus, SaysThatTheLastReadFailed) {
+TEST_F(ShowLineStatus, ReportsTheResultOfTheLastRead) {
   expect(reads(0, 0xE2040000, Bytes(40)).fails(EIO));
   EXPECT_THAT(typed("show line status 0"), ElementsAre("Failed getting line status (12)"));
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
@@ -161,12 +161,12 @@ TEST_F(ShowLineStatus, SaysThatTheLastReadFailed) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowLineStatus, SaysWhatIsNoLine) {
+TEST_F(ShowLineStatus, RefusesAnUnknownLine) {
   expectNoOtherLine("show line status");
   expectUsage("show line status", "show line status [<lineId>] : { 0 }", "0 1");
 }
 
-// The only parameter that these chips have is the upstream margin.
+// These chips have one parameter, the upstream margin.
 class ShowLineConfigOfTheChip : public ShowLineConfig {
  protected:
   void SetUp() override {
@@ -181,7 +181,7 @@ class ShowLineConfigOfTheChip : public ShowLineConfig {
   }
 };
 
-TEST_F(ShowLineConfigOfTheChip, IsNotTheRecordOfConfigurationMode) {
+TEST_F(ShowLineConfigOfTheChip, DoesNotChangeTheRecordOfConfigurationMode) {
   configParams.noiseMarginProfile.TARSNRMus = 77;
   expect(readsConfig(1, 61));
   EXPECT_THAT(typed("show line config 1"), Contains("TARSNRMus                                 61"));
@@ -190,7 +190,7 @@ TEST_F(ShowLineConfigOfTheChip, IsNotTheRecordOfConfigurationMode) {
   EXPECT_THAT(typed("show"), Contains("TARSNRMus                                 77"));
 }
 
-TEST_F(ShowLineConfigOfTheChip, IsTheFirstLinesByDefaultAndShowsNothingElse) {
+TEST_F(ShowLineConfigOfTheChip, IsThatOfTheFirstLineByDefault) {
   configParams.retransmissionProfile.DELAYMAXds = 100;
   expect(readsConfig(0, 60));
   const Lines shown = typed("show line config");
@@ -204,7 +204,7 @@ TEST_F(ShowLineConfigOfTheChip, CannotBeReadWithoutItsArea) {
   EXPECT_EQ(result(), 1);
 }
 
-TEST_F(ShowLineConfig, SaysWhatIsNoLine) {
+TEST_F(ShowLineConfig, RefusesAnUnknownLine) {
   expectNoOtherLine("show line config");
   expectUsage("show line config", "show line config [<line-id>] : { 0 }", "0 1");
 }
@@ -237,15 +237,15 @@ TEST_F(ShowChannelStatus, AtTheSubscriberSideUpstreamIsTransmitted) {
   EXPECT_THAT(typed("show channel status 1 ds"), kReceived);
 }
 
-TEST_F(ShowChannelStatus, SaysThatAReadFailed) {
+TEST_F(ShowChannelStatus, ReportsAFailedRead) {
   expect(readsReceived(0).failingAt(0, EIO));
   EXPECT_THAT(typed("show channel status"), ElementsAre("QVR_getChannelStatus failed"));
-  expect(readsDerived(0, derived()));  // and nobody is asked over a line that is down
+  expect(readsDerived(0, derived()));  // the far end of a line that is down is not asked
   EXPECT_THAT(typed("show channel status 0 ds"), ElementsAre("QVR_getChannelStatus failed"));
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowChannelStatus, SaysWhatIsNoDirectionAndNoLine) {
+TEST_F(ShowChannelStatus, RefusesAnUnknownDirectionAndAnUnknownLine) {
   for (const std::string word : {"down", "Us", "uS", "d", "dss"}) {
     EXPECT_THAT(typed("show channel status 0 " + word),
                 ElementsAre("show channel-status [<line-id>] [(us | ds)]"));
@@ -267,17 +267,17 @@ TEST_F(ShowInitFailureCause, IsReadAnewAtTheNetworkSide) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowInitFailureCause, IsNothingThatASubscriberSideDeviceKnows) {
+TEST_F(ShowInitFailureCause, FailsAtTheSubscriberSide) {
   EXPECT_THAT(typed("show init-failure-cause 1"), ElementsAre("Failed getting information from device"));
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowInitFailureCause, SaysThatTheDeviceDoesNotAnswer) {
+TEST_F(ShowInitFailureCause, ReportsADeviceThatDoesNotAnswer) {
   expect(readsIdentity(0, {}).failingAt(1, EIO));
   EXPECT_THAT(typed("show init-failure-cause"), ElementsAre("Failed getting information from device"));
 }
 
-TEST_F(ShowInitFailureCause, SaysWhatIsNoLine) {
+TEST_F(ShowInitFailureCause, RefusesAnUnknownLine) {
   expectNoOtherLine("show init-failure-cause");
   expectUsage("show init-failure-cause", "show init-failure-cause [<lineId>]", "0 1");
 }
@@ -304,7 +304,7 @@ TEST_F(ShowNumbers, TakeNoWords) {
   }
 }
 
-TEST(ShowNumbersWithoutDevices, AreNone) {
+TEST(ShowNumbersWithoutDevices, AreZero) {
   CapturedConsole console;
   EXPECT_THAT(console.run("show number devices"), ElementsAre("0"));
   EXPECT_THAT(console.run("show number lines"), ElementsAre("lines per device = 0, total = 0 "));

@@ -1,4 +1,5 @@
-// All lines on one page: which figures fill it, and what a chip that fails or makes no sense leaves in it.
+// The rates of all lines in one table: which figures are in it, also when a chip fails or its values make no
+// sense.
 #include <algorithm>
 #include <functional>
 
@@ -23,7 +24,7 @@ const Lines kHeader{
     "-"
     "-------+----------+----------|"};
 
-// The page with these rows.
+// The table with these rows.
 Lines page(const Lines& rows) {
   Lines lines = kHeader;
   lines.insert(lines.end(), rows.begin(), rows.end());
@@ -35,8 +36,8 @@ const std::string kZeros =
     " "
     "|";
 
-// Framing with which a byte of data in every symbol is 8 kbit/s on the line and a byte in every robust symbol
-// 8 kbit/s of expected throughput, less 1 kbit/s.
+// With this framing a byte of data in every symbol is 8 kbit/s on the line, and a byte in every robust symbol
+// is 8 kbit/s of expected throughput, less 1 kbit/s in all.
 ETR_DB_S framing() {
   ETR_DB_S block{};
   block.numSamplesInSymbol = 1;
@@ -88,8 +89,7 @@ class ShowNetworkInfo : public TypedConsole {
     verify();
   }
 
-  // What the chip is asked for a line in showtime, one read a place: its identity three times, framing and
-  // live bytes, derived counters.
+  // The reads for a line in showtime: its identity three times, framing and live bytes, derived counters.
   static Script readsUpTo(int device) {
     const ChipIdentity up = chip(LS_SHOWTIME, device == 0);
     return readsIdentity(device, up) + readsIdentity(device, up) + readsEtrDatabase(device, framing_) +
@@ -97,7 +97,7 @@ class ShowNetworkInfo : public TypedConsole {
   }
   static constexpr size_t kBeforeDerived = 8;
 
-  // The far end's derived counters, one exchange.
+  // The derived counters of the far end, in one exchange.
   Script asksFarEnd(int device) {
     constexpr uint32_t kAddress = 0xE2880000;
     GFAST_DERIVED_COUNTERS_S far{};
@@ -118,14 +118,14 @@ class ShowNetworkInfo : public TypedConsole {
   uint16_t sequence_ = 0;
 };
 
-TEST_F(ShowNetworkInfo, OfIdleLinesIsZero) {
+TEST_F(ShowNetworkInfo, ShowsZerosForIdleLines) {
   expect(readsIdentity(0, chip(LS_IDLE, true)) + readsIdentity(1, chip(LS_INIT_TRAIN, false)));
   EXPECT_EQ(typed("show network-info"),
             page({"|  00  |  idle             " + kZeros, "|  01  |  init train       " + kZeros}));
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowNetworkInfo, OfALineInShowtimeIsInTheNetworksTermsFromEitherSide) {
+TEST_F(ShowNetworkInfo, ShowsTheNetworksDirectionsFromEitherSide) {
   expect(readsUpTo(0) + asksFarEnd(0));
   expect(readsUpTo(1) + asksFarEnd(1));
   EXPECT_EQ(
@@ -136,7 +136,7 @@ TEST_F(ShowNetworkInfo, OfALineInShowtimeIsInTheNetworksTermsFromEitherSide) {
             "715.2  |     847.1  |   117.4   |   711.9   |"}));
 }
 
-TEST_F(ShowNetworkInfo, OfADeviceThatFailsIsZeroFromThereOn) {
+TEST_F(ShowNetworkInfo, ShowsZerosBehindAReadThatFails) {
   const Script whole = readsUpTo(0);
   for (size_t position = 0; position < kBeforeDerived; position++) {
     SCOPED_TRACE(position);
@@ -152,7 +152,7 @@ TEST_F(ShowNetworkInfo, OfADeviceThatFailsIsZeroFromThereOn) {
       "|      0.0  |    0.0   |    0.0   |");
 }
 
-TEST_F(ShowNetworkInfo, WithoutAFarEndLacksTheThroughputOfWhatIsSent) {
+TEST_F(ShowNetworkInfo, ShowsNoThroughputOfTheSentDirectionWithoutAFarEnd) {
   expect(readsUpTo(0) + asksFarEnd(0).failingAt(0, ETIMEDOUT) +
          sendsToFarEnd(0, 0, MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS, {}, 44, Bytes(44)).fails(ETIMEDOUT) +
          readsIdentity(1, chip(LS_IDLE, false)));
@@ -162,7 +162,7 @@ TEST_F(ShowNetworkInfo, WithoutAFarEndLacksTheThroughputOfWhatIsSent) {
       "|     847.1  |    0.0   |   117.4   |");
 }
 
-TEST_F(ShowNetworkInfo, ShowsNoRateThatNoLineCanHave) {
+TEST_F(ShowNetworkInfo, ShowsZeroForARateThatNoLineCanHave) {
   const std::string withoutFraming =
       "|  00  |  show time        |\t   0    |     0    |     0  |     0  |     0  |    715.2 |   118.3  |"
       "     847.1  |   711.9   |   117.4   |";
@@ -192,7 +192,7 @@ TEST_F(ShowNetworkInfo, ShowsNoRateThatNoLineCanHave) {
   }
 }
 
-TEST_F(ShowNetworkInfo, OfALineWithoutADeviceIsUnknown) {
+TEST_F(ShowNetworkInfo, ShowsALineWithoutADeviceAsUnknown) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   expect(readsIdentity(0, chip(LS_IDLE, true)));
   EXPECT_EQ(typed("show network-info"),
@@ -204,7 +204,7 @@ TEST_F(ShowNetworkInfo, TakesNoWords) {
   EXPECT_THAT(typed("show network-info 0"), ElementsAre("show network-info"));
 }
 
-TEST(ShowNetworkInfoWithoutDevices, IsItsHeader) {
+TEST(ShowNetworkInfoWithoutDevices, PrintsTheHeaderOnly) {
   CapturedConsole console;
   EXPECT_EQ(console.run("show network-info"), kHeader);
 }

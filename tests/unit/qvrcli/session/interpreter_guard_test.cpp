@@ -86,7 +86,7 @@ TEST_F(GuardedFilters, FollowEachOther) {
   EXPECT_THAT(run("fruit | include apple | exclude red | include app"), ElementsAre("apple"));
 }
 
-TEST_F(GuardedFilters, WantTheirWord) {
+TEST_F(GuardedFilters, NeedTheirWord) {
   EXPECT_THAT(
       run("fruit | include"),
       ElementsAre("Incomplete command, missing required argument 'search_pattern' for command 'include'"));
@@ -120,7 +120,7 @@ TEST_F(GuardedFilters, TakeEveryWordALineCanHold) {
   EXPECT_THAT(run("fruit " + std::string(300, '|')), ElementsAre("Empty command given"));
 }
 
-TEST(PatternSize, CountsWhatAPatternMatches) {
+TEST(PatternSize, CountsThePiecesOfAPattern) {
   EXPECT_EQ(patternSize(""), 0U);
   EXPECT_EQ(patternSize("abc"), 3U);
   EXPECT_EQ(patternSize("[abc]"), 1U);
@@ -145,7 +145,7 @@ TEST(PatternSize, IsTooLargeWhenRepetitionsNest) {
   EXPECT_THAT(patternSize("(((((a{99}){99}){99}"), Gt(kLargestPattern));
 }
 
-TEST(PatternSize, IsNotMisledByBrackets) {
+TEST(PatternSize, CountsABracketAsOnePiece) {
   EXPECT_THAT(patternSize("[]](a{99}){99}[]]"), Gt(kLargestPattern));
   EXPECT_THAT(patternSize("[^]](a{99}){99}]"), Gt(kLargestPattern));
   EXPECT_THAT(patternSize("[[:alpha:][](a{99}){99}]"), Gt(kLargestPattern));

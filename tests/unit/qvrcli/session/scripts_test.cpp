@@ -58,7 +58,7 @@ TEST_F(Scripts, AreOpenedAnewEachTime) {
               ElementsAre(">run b.txt 1 of 2", kVersion, ">run b.txt 2 of 2", kVersion));
 }
 
-TEST_F(Scripts, GoOnWithTheCountAsItStandsAfterABadOne) {
+TEST_F(Scripts, RunAfterABadCountAsOftenAsItSays) {
   directory_.write("a.txt", "show version\n");
   EXPECT_THAT(console_.run("run a.txt 0"), ElementsAre("Invalid number of iterations counter <0>"));
   EXPECT_THAT(console_.run("run a.txt \"\""),
@@ -74,7 +74,7 @@ TEST_F(Scripts, StartInExecModeAndLeaveTheModeAsItWas) {
   EXPECT_EQ(console_.cli()->mode, MODE_EXEC);
 }
 
-TEST_F(Scripts, EndAtQuitAndTheCommandAnswersOk) {
+TEST_F(Scripts, EndAtQuitAndTheCommandReturnsOk) {
   directory_.write("a.txt", "show version\nquit\nshow version\n");
   EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kVersion));
   EXPECT_EQ(console_.result(), CLI_OK);
@@ -120,7 +120,7 @@ TEST_F(Scripts, PrintThroughTheFilterOfTheLineThatRunsThem) {
               ElementsAre(">run a.txt 1 of 2", ">run a.txt 2 of 2"));
 }
 
-TEST_F(Scripts, KeepTheirOwnFiltersApartFromThatOfTheLineThatRunsThem) {
+TEST_F(Scripts, HaveFiltersOfTheirOwn) {
   directory_.write("a.txt", "sleep ? | exclude nothing\nsleep ? | exclude sleep\nread sbr ?\n");
   EXPECT_THAT(console_.run("run a.txt | exclude read"), ElementsAre("sleep <seconds>"));
 }

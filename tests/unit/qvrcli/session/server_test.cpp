@@ -30,7 +30,7 @@ uint16_t portOf(int listener) {
 
 }  // namespace
 
-// The linker puts this in the place of listen.
+// The linker replaces listen by this.
 extern "C" int __real_listen(int socket, int backlog);
 extern "C" int __wrap_listen(int socket, int backlog) {
   if (failListen) {
@@ -42,14 +42,14 @@ extern "C" int __wrap_listen(int socket, int backlog) {
 
 namespace {
 
-TEST(Listener, TakesAFreePortWhenItIsTo) {
+TEST(Listener, TakesAnyFreePortForPort0) {
   const int listener = openListener(0);
   ASSERT_GE(listener, 0);
   EXPECT_NE(portOf(listener), 0);
   close(listener);
 }
 
-TEST(Listener, SaysThatThereIsNoSocket) {
+TEST(Listener, ReportsThatThereIsNoSocket) {
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
   const rlimit none{3, limit.rlim_max};
@@ -61,7 +61,7 @@ TEST(Listener, SaysThatThereIsNoSocket) {
   EXPECT_EQ(listener, -1);
 }
 
-TEST(Listener, SaysThatThePortIsTaken) {
+TEST(Listener, ReportsThatThePortIsTaken) {
   const int first = openListener(0);
   testing::internal::CaptureStderr();
   EXPECT_EQ(openListener(portOf(first)), -1);
@@ -69,14 +69,14 @@ TEST(Listener, SaysThatThePortIsTaken) {
   close(first);
 }
 
-TEST(Listener, SaysThatItCannotListen) {
+TEST(Listener, ReportsThatItCannotListen) {
   failListen = true;
   testing::internal::CaptureStderr();
   EXPECT_EQ(openListener(0), -1);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "listen: Address already in use\n");
 }
 
-// Serving on the test's own thread.
+// Serves on the thread of the test.
 class Server : public testing::Test {
  protected:
   void SetUp() override {
@@ -98,15 +98,15 @@ class Server : public testing::Test {
   std::string announcement_;
 };
 
-TEST_F(Server, EndsWhenAcceptAnswersDescriptor0) {
+TEST_F(Server, EndsWhenAcceptReturnsDescriptor0) {
   ConsoleSession client(portOf(listener_));
   testing::internal::CaptureStdout();
-  close(STDIN_FILENO);  // 0 is the next descriptor there is
+  close(STDIN_FILENO);  // so that the next descriptor is 0
   serveSessions(cli_, listener_);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), announcement_);
 }
 
-TEST_F(Server, TakesAFailedAcceptAsASessionThatEndsAtOnceAndPauses) {
+TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnce) {
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
   ConsoleSession client(portOf(listener_));
@@ -118,7 +118,7 @@ TEST_F(Server, TakesAFailedAcceptAsASessionThatEndsAtOnceAndPauses) {
       close(STDIN_FILENO);
     }
   });
-  clockSource().sleep({});  // UBSan needs a descriptor to look at an object's type the first time
+  clockSource().sleep({});  // UBSan needs a descriptor when it checks an object's type for the first time
   setrlimit(RLIMIT_NOFILE, &none);
   serveSessions(cli_, listener_);
   std::string expected;
@@ -139,7 +139,7 @@ int freeDescriptor0(cli_def* /*cli*/, const char* /*command*/, char* /*argv*/[],
   return CLI_OK;
 }
 
-TEST_F(Server, TellsWhoConnectedAndThatItListensAgain) {
+TEST_F(Server, PrintsWhoConnectedAndThatItListensAgain) {
   cli_register_command(cli_, nullptr, "free", freeDescriptor0, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, nullptr);
   ConsoleSession first(portOf(listener_));
   first.send("free\rquit\r");

@@ -21,7 +21,7 @@ TEST_F(Sleep, SleepsTheSecondsItIsTold) {
   EXPECT_THAT(testClock().sleeps(), ElementsAre(microseconds(seconds(1)), microseconds(seconds(86400))));
 }
 
-TEST_F(Sleep, RefusesWhatLiesOutside) {
+TEST_F(Sleep, RefusesOtherNumbersOfSeconds) {
   for (const char* line : {"sleep 0", "sleep 86401", "sleep -1", "sleep x"}) {
     EXPECT_THAT(typed(line), ElementsAre("invalid parameter - must enter value between 1..86400")) << line;
   }

@@ -121,7 +121,7 @@ TEST_F(Relay, TakesTelnetOutOfTheInputOnly) {
   EXPECT_EQ(readExactly(connection_.peer, 5), "a\xFF\xFB\x03z");
 }
 
-TEST_F(Relay, SendsAllTheInterpreterWroteBeforeItEnded) {
+TEST_F(Relay, SendsAllThatTheInterpreterWroteBeforeItEnded) {
   const std::string much(300000, 'x');
   std::string got;
   std::thread peer([&] { got = readAll(connection_.peer); });
@@ -131,7 +131,7 @@ TEST_F(Relay, SendsAllTheInterpreterWroteBeforeItEnded) {
   EXPECT_EQ(got, much);
 }
 
-TEST_F(Relay, LetsTheInterpreterAnswerAPeerThatHasNothingMoreToSay) {
+TEST_F(Relay, SendsOutputToAPeerThatSendsNoMore) {
   write(connection_.peer, "show version\rquit\r");
   shutdown(connection_.peer, SHUT_WR);
   EXPECT_EQ(readAll(interpreter_), "show version\rquit\r");
@@ -155,7 +155,7 @@ TEST_F(Relay, HangsUpWhenThePeerResetsAfterItsInputEnded) {
   EXPECT_TRUE(hangsUp());
 }
 
-TEST_F(Relay, HangsUpWhenThePeerIsGoneAndOutputComes) {
+TEST_F(Relay, HangsUpWhenThereIsOutputForAPeerThatIsGone) {
   endPeer();
   EXPECT_EQ(readAll(interpreter_), "");
   for (int i = 0; i < 1000 && send(interpreter_, "output", 6, MSG_NOSIGNAL) > 0; i++) {
@@ -176,7 +176,7 @@ TEST_F(Relay, HangsUpOnAPeerThatDoesNotRead) {
   EXPECT_TRUE(hangsUp());
 }
 
-TEST_F(Relay, EndsWhenTheInterpreterDoesThoughThePeerGoesOnSending) {
+TEST_F(Relay, EndsWithTheInterpreterWhileThePeerGoesOnSending) {
   std::thread peer([socket = connection_.peer] {
     const std::string chunk(65536, 'x');
     while (send(socket, chunk.data(), chunk.size(), MSG_NOSIGNAL) > 0) {
@@ -187,7 +187,7 @@ TEST_F(Relay, EndsWhenTheInterpreterDoesThoughThePeerGoesOnSending) {
   peer.join();
 }
 
-TEST_F(Relay, EndsWhenTheInterpreterDoesThoughThePeerStaysSilent) {
+TEST_F(Relay, EndsWithTheInterpreterWhileThePeerIsSilent) {
   endInterpreter();
   EXPECT_EQ(readAll(connection_.peer), "");
 }

@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-// An interpreter in a session with this test.
+// An interpreter in a session; the test is its peer.
 class Session : public testing::Test {
  protected:
   void SetUp() override {
@@ -47,7 +47,7 @@ class Session : public testing::Test {
   cli_def* cli_ = nullptr;
 };
 
-TEST_F(Session, IsSentWhatACommandPrintsWhenTheCommandEnds) {
+TEST_F(Session, GetsTheOutputOfACommandWhenTheCommandEnds) {
   FILE* const own = cli_->client;
   {
     const BufferedSession buffered(cli_);
@@ -59,14 +59,14 @@ TEST_F(Session, IsSentWhatACommandPrintsWhenTheCommandEnds) {
   EXPECT_EQ(cli_->client, own);
 }
 
-TEST_F(Session, IsSentWhatIsThereBeforeAWait) {
+TEST_F(Session, GetsTheOutputSoFarBeforeAWait) {
   const BufferedSession buffered(cli_);
   cli_print(cli_, "waiting");
   flushSession(cli_);
   EXPECT_EQ(received(), "waiting\r\n");
 }
 
-TEST_F(Session, IsSentWhatACommandOfAScriptPrintsWhenThatCommandEnds) {
+TEST_F(Session, GetsTheOutputOfACommandInAScriptWhenThatCommandEnds) {
   const BufferedSession script(cli_);
   {
     const BufferedSession command(cli_);
@@ -78,7 +78,7 @@ TEST_F(Session, IsSentWhatACommandOfAScriptPrintsWhenThatCommandEnds) {
   EXPECT_EQ(received(), "");
 }
 
-TEST_F(Session, KeepsTheOrderOfMoreThanTheBufferHolds) {
+TEST_F(Session, GetsMoreThanTheBufferHoldsInOrder) {
   std::string expected;
   std::string got;
   {
@@ -95,7 +95,7 @@ TEST_F(Session, KeepsTheOrderOfMoreThanTheBufferHolds) {
   EXPECT_EQ(got, expected);
 }
 
-TEST_F(Session, IsThereUntilThePeerHangsUp) {
+TEST_F(Session, IsLostWhenThePeerHangsUp) {
   EXPECT_FALSE(sessionLost(cli_));
   shutdown(peer_, SHUT_WR);
   EXPECT_FALSE(sessionLost(cli_));
@@ -148,7 +148,7 @@ TEST(PrintLater, TakesLinesWhileOthersArePrinted) {
   EXPECT_THAT(printed.take(), Not(IsEmpty()));
 }
 
-TEST(PrintLater, CutsAFlood) {
+TEST(PrintLater, Keeps100LinesAtMost) {
   PrintedLines printed;
   cli_def* const cli = printed.cli();
   for (int i = 0; i < 1000; i++) {
@@ -158,7 +158,7 @@ TEST(PrintLater, CutsAFlood) {
   EXPECT_EQ(printed.take().size(), 100U);
 }
 
-TEST(PrintLater, ForgetsWhatWasMeantForOthers) {
+TEST(PrintLater, ForgetsLinesMeantForAnEarlierSession) {
   PrintedLines printed;
   cli_def* const cli = printed.cli();
   printLater("for the session before");

@@ -84,12 +84,12 @@ TEST(TypedInput, TakesOutKeysTheEditorDoesNotKnow) {
   EXPECT_EQ(passed("a\x1bxb"), "ab");
 }
 
-TEST(TypedInput, LetsALineEndInsideAnEscapeSequence) {
+TEST(TypedInput, TakesALineEndInsideAnEscapeSequence) {
   EXPECT_EQ(passed("a\x1b\r"), "a\r");
   EXPECT_EQ(passed("a\x1b[1\r"), "a\r");
 }
 
-TEST(TypedInput, TurnsATabIntoABellWhenThereMightBeNoRoom) {
+TEST(TypedInput, ReplacesATabForWhichThereMightBeNoRoom) {
   TypedInput input;
   const size_t roomy = kLineBuffer - 1 - TypedInput::kLongestCompletion;
   EXPECT_EQ(passed(input, std::string(roomy, 'x')), std::string(roomy, 'x'));
@@ -105,7 +105,7 @@ TEST(TypedInput, CountsWhatEarlierTabsMayHaveAdded) {
   EXPECT_EQ(tabs, (kLineBuffer - 1) / TypedInput::kLongestCompletion);
 }
 
-TEST(TypedInput, CountsALineThatMayComeBackFromHistory) {
+TEST(TypedInput, CountsALineThatTheHistoryMayBringBack) {
   for (const std::string& key : {"\x10"s, "\x0e"s, "\x1b[A"s, "\x1b[B"s}) {
     TypedInput input;
     passed(input, std::string(4090, 'x') + "\r");
@@ -115,13 +115,13 @@ TEST(TypedInput, CountsALineThatMayComeBackFromHistory) {
   }
 }
 
-TEST(TypedInput, CountsAfreshAfterALineIsCleared) {
+TEST(TypedInput, CountsFromZeroAfterALineIsCleared) {
   TypedInput input;
   passed(input, std::string(4090, 'x'));
   EXPECT_EQ(passed(input, "\t\x15\t"), "\x03\x15\t");
 }
 
-TEST(TypedInput, RemembersAClearedLineAsOneThatMayComeBack) {
+TEST(TypedInput, CountsAClearedLineThatTheHistoryMayBringBack) {
   TypedInput input;
   passed(input, std::string(4090, 'x') + "\x15\r");
   EXPECT_EQ(passed(input, "\x10\t"), "\x10\x03");

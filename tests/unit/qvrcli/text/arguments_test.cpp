@@ -37,7 +37,7 @@ TEST(Number, IsStoredEvenWhenItIsOutOfBounds) {
   EXPECT_EQ(value, 9);
 }
 
-TEST(Number, EndsAtTheFirstCharacterThatIsNoDigit) {
+TEST(Number, EndsBeforeTheFirstCharacterThatIsNotADigit) {
   EXPECT_EQ(parsed("12abc"), 12);
   EXPECT_EQ(parsed("3.9"), 3);
   EXPECT_EQ(parsed("0x10"), 0);
@@ -61,7 +61,7 @@ TEST(Number, WithoutDigitsLeavesTheValueToBeJudged) {
   EXPECT_EQ(value, 5);
 }
 
-TEST(Number, IsRefusedWhenThereIsNothingButBlanks) {
+TEST(Number, IsRefusedWhenThereAreOnlyBlanks) {
   int value = 1;
   EXPECT_FALSE(isValidNumber("", 0, 1, &value));
   EXPECT_FALSE(isValidNumber("  \t", 0, 1, &value));

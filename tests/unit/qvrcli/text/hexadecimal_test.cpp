@@ -18,7 +18,7 @@ TEST(HexString, HasThreeCharactersAByte) {
   EXPECT_STREQ(text, "");
 }
 
-TEST(HexNumber, TakesTwoCharactersAtEveryThird) {
+TEST(HexNumber, TakesTwoCharactersAtEveryThirdPosition) {
   uint8_t bytes[3] = {};
   toHexNumber("0A FF:7f", 3, bytes);
   EXPECT_EQ(bytes[0], 0x0A);
@@ -35,7 +35,7 @@ TEST(HexNumber, IsTheInverseOfHexString) {
   EXPECT_EQ(std::memcmp(bytes, back, 4), 0);
 }
 
-TEST(HexNumber, IsZeroWhereTheTextHasEnded) {
+TEST(HexNumber, IsZeroBehindTheEndOfTheText) {
   uint8_t bytes[4] = {9, 9, 9, 9};
   toHexNumber("12:3", 4, bytes);
   EXPECT_EQ(bytes[0], 0x12);

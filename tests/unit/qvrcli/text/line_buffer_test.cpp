@@ -23,7 +23,7 @@ TEST(Line, IsFilledWithBlanksUpToAColumn) {
   EXPECT_EQ(printedLine(), "     abc");
 }
 
-TEST(Line, StartsAfreshWhenPrinted) {
+TEST(Line, IsEmptyAfterItWasPrinted) {
   AddMessage("one", 0);
   EXPECT_EQ(printedLine(), "one");
   AddMessage("two", 4);
@@ -31,7 +31,7 @@ TEST(Line, StartsAfreshWhenPrinted) {
   EXPECT_EQ(printedLine(), "");
 }
 
-TEST(Line, IsPrintedAsTextNotAsAFormat) {
+TEST(Line, IsPrintedAsTextAndNotAsAFormat) {
   AddMessage("100%s %n", 0);
   EXPECT_EQ(printedLine(), "100%s %n");
 }

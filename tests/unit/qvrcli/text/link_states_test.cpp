@@ -7,7 +7,7 @@ using namespace gfast::console;
 
 namespace {
 
-TEST(LinkState, HasANameThatLinesUp) {
+TEST(LinkState, HasAPaddedName) {
   EXPECT_STREQ(linkStateString(0), "self test      ");
   EXPECT_STREQ(linkStateString(1), "unit fail      ");
   EXPECT_STREQ(linkStateString(2), "idle           ");
@@ -20,7 +20,7 @@ TEST(LinkState, HasANameThatLinesUp) {
   EXPECT_STREQ(linkStateString(9), "pre-deactivating 1");
 }
 
-TEST(LinkState, IsUnknownBeyondTheKnown) {
+TEST(LinkState, OfAnotherValueIsUnknown) {
   EXPECT_STREQ(linkStateString(12), "Unknown        ");
   EXPECT_STREQ(linkStateString(10), "Unknown        ");
   EXPECT_STREQ(linkStateString(-1), "Unknown        ");

@@ -10,9 +10,9 @@ using testing::ElementsAre;
 
 class ShowEtr : public ToneConsole {
  protected:
-  // Framing whose rates are easily worked out by hand: 4096 samples a symbol, 4096000 of them a second, and
-  // one codeword of one byte, so that a byte a symbol of data is 8 kbit/s, and of the expected throughput a
-  // byte of data takes 8 kbit/s away and one of RMC adds 8 kbit/s.
+  // Framing whose rates are easy to compute by hand: 4096 samples a symbol, 4096000 samples a second, and one
+  // codeword of one byte. A byte of data in every symbol is 8 kbit/s. It lowers the expected throughput by
+  // 8 kbit/s, and a byte of RMC raises it by 8 kbit/s.
   static Script readsDatabase(int device, uint32_t samples = 4096, uint32_t codewords = 1) {
     const uint32_t overhead = 0;
     const uint32_t frames = 1;
@@ -42,7 +42,7 @@ class ShowEtr : public ToneConsole {
   }
 };
 
-TEST_F(ShowEtr, OfTheNetworkSideWhichSendsDownstream) {
+TEST_F(ShowEtr, TakesSentRatesForDownstreamAtTheNetworkSide) {
   expect(readsRates(0, readsDatabase(0)));
   EXPECT_THAT(typed("show ETR 0"),
               ElementsAre("ETRds                 31967.0",  // 8 * (4096 - 100) - 1
@@ -56,19 +56,19 @@ TEST_F(ShowEtr, OfTheNetworkSideWhichSendsDownstream) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowEtr, OfTheSubscriberSideWhichReceivesDownstream) {
+TEST_F(ShowEtr, TakesReceivedRatesForDownstreamAtTheSubscriberSide) {
   expect(readsRates(1, readsDatabase(1)));
   EXPECT_THAT(typed("show ETR 1"),
               ElementsAre("ETRds                 63935.0",  //
                           "ETRus                 31967.0",
-                          "PHYRATEds             200.0",  // of the database's bytes sent
+                          "PHYRATEds             200.0",  // from the database's bytes sent
                           "PHYRATEus             800.0",
                           "NDRds                 4000000038",  //
                           "NDRus                 4000000037", "ETRAVGds              4000000040",
                           "ETRAVGus              4000000039"));
 }
 
-TEST_F(ShowEtr, IsNotAvailableFromFramingThatDividesByNothing) {
+TEST_F(ShowEtr, ShowsNoRateForFramingValuesOfZero) {
   expect(readsRates(0, readsDatabase(0, 4096, 0)));
   Lines shown = typed("show ETR 0");
   ASSERT_EQ(shown.size(), 8U);
@@ -83,7 +83,7 @@ TEST_F(ShowEtr, IsNotAvailableFromFramingThatDividesByNothing) {
   EXPECT_EQ(shown[4], "NDRds                 4000000037");
 }
 
-TEST_F(ShowEtr, SaysWhichFailureThereWas) {
+TEST_F(ShowEtr, ReportsTheResultOfAFailedRead) {
   const Script all = readsRates(0, readsDatabase(0));
   const size_t looks = findsLineUp(0).size();
   for (size_t i = 0; i < all.size(); i++) {
@@ -97,12 +97,12 @@ TEST_F(ShowEtr, SaysWhichFailureThereWas) {
   }
 }
 
-TEST_F(ShowEtr, OfALineThatIsNotUp) {
+TEST_F(ShowEtr, RefusesALineThatIsNotUp) {
   expect(readsIdentity(1, chipWithLine(LS_IDLE)));
   EXPECT_THAT(typed("show ETR 1"), ElementsAre("Line 1 is not in SHOWTIME"));
 }
 
-TEST_F(ShowEtr, SaysWhatIsNoLine) {
+TEST_F(ShowEtr, RefusesAnUnknownLine) {
   for (const std::string line : {"2", "-1"}) {
     EXPECT_THAT(typed("show ETR " + line),
                 ElementsAre("invalid parameter - line number must be between 0..1"));

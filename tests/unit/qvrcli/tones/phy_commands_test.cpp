@@ -1,4 +1,4 @@
-// The physical layer at the console: given what the chips say of two subcarriers and of their front ends,
+// The physical layer at the console: given the chips' values for two subcarriers and for their front ends,
 // this is printed or written.
 #include "unit/qvrcli/tones/tone_requests.h"
 
@@ -13,7 +13,7 @@ const std::string kNoLine = "invalid parameter - line number must be between 0..
 
 class ShowPhyParams : public ToneConsole {};
 
-TEST_F(ShowPhyParams, NamesTheProcessedSubcarriers) {
+TEST_F(ShowPhyParams, ShowsTheProcessedSubcarriers) {
   for (const std::string words : {"", " 0", " 1"}) {
     expect(findsTones(words == " 1" ? 1 : 0));
     EXPECT_THAT(typed("show phy params" + words),
@@ -29,19 +29,19 @@ TEST_F(ShowPhyParams, CountsNoSubcarrierBeyondTheLast) {
               ElementsAre("", "firstTone             2040", "numProcessedTones     8"));
 }
 
-TEST_F(ShowPhyParams, OfALineThatIsNotUpSayItInTheirOwnWords) {
+TEST_F(ShowPhyParams, ReportsALineThatIsNotUpInItsOwnWords) {
   expect(readsIdentity(0, chipWithLine(LS_SILENT)));
   EXPECT_THAT(typed("show phy params"), ElementsAre("Line 0 is in not SHOWTIME"));
   expect(findsLineUp(1).failingAt(0, EIO));
   EXPECT_THAT(typed("show phy params 1"), ElementsAre("Line 1 is in not SHOWTIME"));
 }
 
-TEST_F(ShowPhyParams, SayThatTheyCannotBeRead) {
+TEST_F(ShowPhyParams, ReportsTheResultOfAFailedRead) {
   expect(findsLineUp(0) + readsFraming(0).fails(EIO));
   EXPECT_THAT(typed("show phy params"), ElementsAre("Failed to read PHY params (error=12)"));
 }
 
-TEST_F(ShowPhyParams, CheckTheirArguments) {
+TEST_F(ShowPhyParams, ChecksItsArguments) {
   EXPECT_THAT(typed("show phy params 2"), ElementsAre(kNoLine));
   for (const std::string words : {" ?", " 0 1"}) {
     EXPECT_THAT(typed("show phy params" + words), ElementsAre("show phy params [<line-id>] : { 0 }"));
@@ -56,7 +56,7 @@ class ShowAfeParams : public ToneConsole {
   const Lines kShown{"", "RxGain                10.00000", "aceOnOff              0"};
 };
 
-TEST_F(ShowAfeParams, OfALineShowGainAndCanceller) {
+TEST_F(ShowAfeParams, ShowsGainAndCancellerOfALine) {
   for (const std::string words : {"0", "0 ne", "0 NE"}) {
     expect(readsAfe(0));
     EXPECT_EQ(typed("show afe-params " + words), kShown);
@@ -70,18 +70,18 @@ TEST_F(ShowAfeParams, OfALineShowGainAndCanceller) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
-TEST_F(ShowAfeParams, OfAllLinesAreARowALine) {
+TEST_F(ShowAfeParams, ShowsOneRowPerLineForAllLines) {
   expect(readsAfe(0) + readsAfe(1));
   EXPECT_THAT(typed("show afe-params"), ElementsAre("Line[00] 10.00000 0", "Line[01] 10.00000 0"));
 }
 
-TEST_F(ShowAfeParams, OfALineThatCannotBeReadDoNotHideTheOthers) {
+TEST_F(ShowAfeParams, ShowsTheOtherLinesWhenOneCannotBeRead) {
   expect(readsIdentity(0, chipWithLine(LS_IDLE)) + readsAfe(1));
   EXPECT_THAT(typed("show afe-params"),
               ElementsAre("Failed getting AFE params for line 0", "Line[01] 10.00000 0"));
 }
 
-TEST_F(ShowAfeParams, SayOfWhichLineTheyCannotBeRead) {
+TEST_F(ShowAfeParams, ReportsTheLineThatCannotBeRead) {
   for (const bool far : {false, true}) {
     for (size_t i = 0; i < readsAfe(1, far).size(); i++) {
       expect(readsAfe(1, far).failingAt(i, EIO));
@@ -92,7 +92,7 @@ TEST_F(ShowAfeParams, SayOfWhichLineTheyCannotBeRead) {
   }
 }
 
-TEST_F(ShowAfeParams, CheckTheEndThenTheLine) {
+TEST_F(ShowAfeParams, ChecksTheEndThenTheLine) {
   for (const std::string end : {"xx", "Ne", "fee", "us"}) {
     EXPECT_THAT(typed("show afe-params 0 " + end), ElementsAre("parameter must be ne or fe"));
   }
@@ -107,7 +107,7 @@ TEST_F(ShowAfeParams, CheckTheEndThenTheLine) {
 
 class ShowPhyInfo : public ToneConsole {
  protected:
-  // What is read of each end: first its loading of what it sends, then of what it receives.
+  // The reads for each end: first the loading of what it sends, then of what it receives.
   static Script readsNearEnd(int device) {
     return findsTones(device) +                                                        //
            findsTones(device) + readsSet(device, true) + readsLoading(device, true) +  //
@@ -138,7 +138,7 @@ class ShowPhyInfo : public ToneConsole {
   }
   const Lines kNearEnd = shown("005.17500\t5\t9\t70.20600\t-57.51304\t-57.76120",
                                "005.22675\t0\t0\t10.29999\t-45.47180\t-45.72000");
-  // It sends what this end receives, and says its SNR in steps of half a decibel.
+  // It sends what this end receives, and reports its SNR in steps of half a decibel.
   const Lines kFarEnd = shown("005.17500\t9\t5\t69.50000\t-57.51304\t-57.76120",
                               "005.22675\t0\t0\t10.00000\t-45.47180\t-45.72000");
 };
@@ -171,7 +171,7 @@ TEST_F(ShowPhyInfo, WritesIntoAFileAndPrintsNothing) {
   EXPECT_THAT(typed("show phy info 0 ne /dev/full"), ElementsAre("Could not write file /dev/full"));
 }
 
-TEST_F(ShowPhyInfo, ShowsZeroWhereThereIsNoNumber) {
+TEST_F(ShowPhyInfo, ShowsZeroForANumberThatIsNotFinite) {
   const Script silent = reads(0, 0xE4180000 + 4 * kFirstTone, words({7, 7, 0, 0}));
   const size_t before = (findsTones(0).times(4) + readsSet(0, true) + readsLoading(0, true) +
                          readsSet(0, false) + readsLoading(0, false))
@@ -186,10 +186,10 @@ TEST_F(ShowPhyInfo, ShowsZeroWhereThereIsNoNumber) {
                                           "005.22675\t0\t0\t0.00000\t-45.47180\t-45.72000"));
 }
 
-TEST_F(ShowPhyInfo, SaysWhichTableCannotBeRead) {
+TEST_F(ShowPhyInfo, ReportsTheTableThatCannotBeRead) {
   const size_t line = findsLineUp(0).size();
   const size_t tones = line + 1;
-  // Where the reading of each begins; the loading itself, the last request of its table, is no failure.
+  // How many requests each takes. A loading whose last request fails is not reported.
   const struct {
     std::string name;
     size_t requests;
@@ -207,7 +207,7 @@ TEST_F(ShowPhyInfo, SaysWhichTableCannotBeRead) {
       }
       SCOPED_TRACE(table.name + ", request " + std::to_string(i));
       expect(readsNearEnd(0).failingAt(at, EIO));
-      // A line that is not found up, and an SNR that is not there, are 1; other readings 12.
+      // 1 when the line cannot be checked or there is no SNR, 12 for any other failed read.
       const bool isUnread = (table.requests == 1 || i >= line) && !(table.name == "SNR table" && i == tones);
       EXPECT_THAT(typed("show phy info 0 ne " + scratch_.file()),
                   ElementsAre("Failed to read " + table.name + " (error=" + (isUnread ? "12" : "1") + ")"));
@@ -217,7 +217,7 @@ TEST_F(ShowPhyInfo, SaysWhichTableCannotBeRead) {
   }
 }
 
-TEST_F(ShowPhyInfo, SaysThatTheFarEndRefuses) {
+TEST_F(ShowPhyInfo, ReportsAFarEndThatRefuses) {
   const Script all = readsFarEnd(0);
   const size_t received = (findsTones(0) + readsReceived(0)).size();
   Script script;
@@ -228,13 +228,13 @@ TEST_F(ShowPhyInfo, SaysThatTheFarEndRefuses) {
   EXPECT_THAT(typed("show phy info 0 fe"), ElementsAre("Failed to read SNR table (error=40)"));
 }
 
-TEST_F(ShowPhyInfo, OfALineThatIsNotUpTouchesNoFile) {
+TEST_F(ShowPhyInfo, TouchesNoFileForALineThatIsNotUp) {
   expect(readsIdentity(1, chipWithLine(LS_INIT_HS)));
   EXPECT_THAT(typed("show phy info 1 ne " + scratch_.file()), ElementsAre("Line 1 is not in SHOWTIME"));
   EXPECT_EQ(scratch_.content(), "no file");
 }
 
-TEST_F(ShowPhyInfo, ChecksLineThenEndThenStateThenFile) {
+TEST_F(ShowPhyInfo, ChecksTheLineThenTheEndThenTheStateThenTheFile) {
   EXPECT_THAT(typed("show phy info 2 xx"), ElementsAre(kNoLine));
   for (const std::string end : {"xx", "us", "nE"}) {
     EXPECT_THAT(typed("show phy info 0 " + end), ElementsAre("parameter must be ne or fe"));

@@ -1,4 +1,4 @@
-// The tables by subcarrier at the console: given what the chips say of two subcarriers, when this is typed,
+// The tables by subcarrier at the console: given the chips' values for two subcarriers, when this is typed,
 // this is printed or written.
 #include <functional>
 
@@ -42,7 +42,7 @@ Lines bitsTableOf(int device, bool downstream) {
 
 class ToneCommands : public ToneConsole {
  public:
-  // What the line of a device is asked for each table in a direction.
+  // The requests of each table, for the line of a device in a direction.
   Script bitsOf(int device, bool downstream) {
     const bool sent = downstream == (device == 0);
     return findsTones(device) + readsSet(device, sent) + readsLoading(device, sent);
@@ -82,8 +82,8 @@ class ToneCommands : public ToneConsole {
     return magnitudeOf(device, downstream) + readsSentAmplitudes(device, true);
   }
 
-  // The requests in the direction that is received near the line's own end: no exchange is among them that
-  // is tried again.
+  // A command, and its requests in the direction that this end receives: none of them is an exchange, which
+  // would be tried again.
   struct Command {
     std::string name;
     std::string failure;
@@ -102,7 +102,7 @@ class ToneCommands : public ToneConsole {
         {"SATN", "Error getting SATN from ", asking(&ToneCommands::attenuationOf)}};
   }
 
-  // Every end of both lines, as typed, with what is asked of its device.
+  // Types the command for both directions of both lines, and expects the requests.
   void expectAtEveryEnd(const std::string& command, Script (ToneCommands::*asks)(int, bool),
                         const std::function<void(const Lines&, int, bool)>& check) {
     for (const int device : {0, 1}) {
@@ -131,16 +131,16 @@ TEST_F(ToneCommands, ShowBitsOfRmcSymbols) {
                    });
 }
 
-TEST_F(ToneCommands, ShowSnrInEvenCodesAndDecibels) {
+TEST_F(ToneCommands, ShowSnrAsEvenCodesAndDecibels) {
   expectAtEveryEnd("SNRps", &ToneCommands::snrOf, [](const Lines& shown, int, bool) {
     EXPECT_EQ(shown, table([](int i) { return row("%.5f  255  95.5", i); }, "5.17500  204  70.0",
                            "5.22675  84  10.0"));
   });
 }
 
-TEST_F(ToneCommands, ShowTheNoiseThatTheSnrLeavesOfTheSignal) {
+TEST_F(ToneCommands, ShowTheNoiseBelowTheSignal) {
   expectAtEveryEnd("ALNps", &ToneCommands::noiseOf, [](const Lines& shown, int device, bool downstream) {
-    // The far end gives its SNR to half a decibel.
+    // The far end reports its SNR in steps of half a decibel.
     const bool farReceives = downstream == (device == 0);
     EXPECT_EQ(shown, table([](int i) { return row("%.5f 255 -160.5", i); },
                            farReceives ? "5.17500 188 -127.0" : "5.17500 190 -128.0",
@@ -148,20 +148,20 @@ TEST_F(ToneCommands, ShowTheNoiseThatTheSnrLeavesOfTheSignal) {
   });
 }
 
-TEST_F(ToneCommands, ShowWhatTheChannelLeavesOfTheSignal) {
+TEST_F(ToneCommands, ShowTheMagnitudeOfTheChannel) {
   expectAtEveryEnd("HLOGps", &ToneCommands::magnitudeOf, [](const Lines& shown, int, bool) {
     EXPECT_EQ(shown,
               table([](int i) { return row("%.5f 1023 -96.3", i); }, "5.17500 80 -2.0", "5.22675 -40 10.0"));
   });
 }
 
-TEST_F(ToneCommands, ShowTheAttenuationOfTheWholeSignal) {
-  // Of -2 dB and 10 dB the mean power is 7.26 dB above what is sent.
+TEST_F(ToneCommands, ShowTheAttenuationOfTheWholeBand) {
+  // The mean power of -2 dB and 10 dB is 7.26 dB above the sent power.
   expectAtEveryEnd("SATN", &ToneCommands::attenuationOf,
                    [](const Lines& shown, int, bool) { EXPECT_THAT(shown, ElementsAre("-7.3")); });
 }
 
-TEST_F(ToneCommands, AreOfLine0UpstreamUnlessToldOtherwise) {
+TEST_F(ToneCommands, TakeLine0AndUpstreamByDefault) {
   for (const Command& command : commands()) {
     const bool isNumber = command.name == "SATN";
     for (const std::string words : {"", " 0", " 0 us"}) {
@@ -193,14 +193,14 @@ TEST_F(ToneCommands, WriteIntoAFileAndPrintNothing) {
                                             "5.17500 80 -2.0", "5.22675 -40 10.0")));
 }
 
-TEST_F(ToneCommands, SayFromWhereATableCannotBeRead) {
+TEST_F(ToneCommands, ReportTheDirectionOfAFailedRead) {
   for (const Command& command : commands()) {
     for (const bool downstream : {false, true}) {
-      // Upstream is received near the end of line 0, downstream near that of line 1.
+      // Line 0 receives upstream, line 1 downstream.
       const int device = downstream ? 1 : 0;
       const std::string direction = downstream ? "ds" : "us";
       const size_t requests = command.asks(device, downstream).size();
-      // Without its last request, the loading itself, a bit loading is no failure.
+      // The last request of a bit loading may fail: that is not reported.
       for (size_t i = 0; i < requests - (command.name == "BITSps" ? 1 : 0); i++) {
         SCOPED_TRACE(command.name + " " + direction + ", request " + std::to_string(i));
         expect(command.asks(device, downstream).failingAt(i, EIO));
@@ -213,19 +213,19 @@ TEST_F(ToneCommands, SayFromWhereATableCannotBeRead) {
   }
 }
 
-TEST_F(ToneCommands, ShowNoBitsWhereTheLoadingItselfCannotBeRead) {
+TEST_F(ToneCommands, ShowZeroBitsWhenOnlyTheLoadingCannotBeRead) {
   expect(bitsOf(0, false));
   typed("show BITSps");
   expect(bitsOf(1, false).failingAt(bitsOf(1, false).size() - 1, EIO));
   EXPECT_EQ(typed("show BITSps 1"), bitsTable("0"));
 }
 
-TEST_F(ToneCommands, SayThatTheFarEndRefuses) {
+TEST_F(ToneCommands, ReportAFarEndThatRefuses) {
   expect(findsTones(0) + readsSet(0, true) + asksFarEndSnr(0, {0xFF}));
   EXPECT_THAT(typed("show SNRps 0 ds"), ElementsAre("Error getting SNR table (SNRps) from ds"));
 }
 
-TEST_F(ToneCommands, LeaveAnEmptyFileBehindAFailedReading) {
+TEST_F(ToneCommands, LeaveAnEmptyFileAfterAFailedRead) {
   expect(bitsOf(0, false));
   typed("show BITSps 0 us " + scratch_.file());
   EXPECT_EQ(scratch_.content(), fileOf(bitsTable("9")));
@@ -239,7 +239,7 @@ TEST_F(ToneCommands, LeaveAnEmptyFileBehindAFailedReading) {
   }
 }
 
-TEST_F(ToneCommands, OfALineThatIsNotUpHaveNothingToShow) {
+TEST_F(ToneCommands, ReportALineThatIsNotUp) {
   for (const Command& command : commands()) {
     expect(readsIdentity(0, chipWithLine(LS_INIT_TRAIN)));
     EXPECT_THAT(typed("show " + command.name + " 0 ds"), ElementsAre(command.failure + "ds"));
@@ -247,14 +247,14 @@ TEST_F(ToneCommands, OfALineThatIsNotUpHaveNothingToShow) {
   }
 }
 
-TEST_F(ToneCommands, OfALineWithoutADevice) {
+TEST_F(ToneCommands, ReportALineWithoutADevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const Command& command : commands()) {
     EXPECT_THAT(typed("show " + command.name + " 1"), ElementsAre(command.failure + "us"));
   }
 }
 
-TEST_F(ToneCommands, CheckLineThenDirectionThenFileAndAskNothing) {
+TEST_F(ToneCommands, CheckTheLineThenTheDirectionThenTheFile) {
   const std::string noFile = scratch_.path() + "/no/such/file";
   for (const Command& command : commands()) {
     const std::string show = "show " + command.name;
@@ -275,7 +275,7 @@ TEST_F(ToneCommands, CheckLineThenDirectionThenFileAndAskNothing) {
   }
 }
 
-TEST_F(ToneCommands, SayThatAFileDidNotTakeAllRows) {
+TEST_F(ToneCommands, ReportAFileThatCannotBeWritten) {
   expect(bitsOf(0, false));
   EXPECT_THAT(typed("show BITSps 0 us /dev/full"), ElementsAre("Could not write file /dev/full"));
 }

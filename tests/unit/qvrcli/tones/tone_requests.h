@@ -1,5 +1,5 @@
-// A console in front of chips that process two subcarriers, 100 and 101: what is asked of them, what they
-// answer.
+// A console in front of chips that process two subcarriers, 100 and 101: the requests, and the chips'
+// answers.
 #pragma once
 
 #include <gfast_api.h>
@@ -18,7 +18,7 @@ using namespace gfast::console;
 constexpr uint32_t kFirstTone = 100;
 constexpr uint32_t kTones = 2;
 
-// A folder of its own for files that a command writes; gone with it.
+// A folder for files that a command writes. It is removed at the end.
 class ScratchFolder {
  public:
   ScratchFolder() : path_(mkdtemp(name_)) {}
@@ -66,7 +66,7 @@ class ToneConsole : public TypedConsole {
     return bytes;
   }
 
-  // The line is looked for: it is up, and this is what it processes.
+  // The check that the line is up, and its processed subcarriers.
   static Script findsLineUp(int device) { return readsIdentity(device, chipWithLine(LS_SHOWTIME)); }
   static Script readsFraming(int device, uint32_t firstTone = kFirstTone, uint32_t tones = kTones) {
     std::vector<uint32_t> framing(18);
@@ -76,7 +76,7 @@ class ToneConsole : public TypedConsole {
   }
   static Script findsTones(int device) { return findsLineUp(device) + readsFraming(device); }
 
-  // The set the chip sends or receives on is subcarriers 100 and 101.
+  // The chip sends or receives on subcarriers 100 and 101.
   static Script readsSet(int device, bool sent) {
     std::vector<int> set(66);
     set[0] = kFirstTone;
@@ -101,7 +101,7 @@ class ToneConsole : public TypedConsole {
            reads(device, 0xE2000000, words(scaling));
   }
 
-  // The far end says so of both.
+  // The same two SNRs, as the far end reports them.
   static Script asksFarEndSnr(int device) {
     Bytes answer(2 + kFirstTone + kTones, 0xFF);
     answer[2 + 100] = 203;  // 69.5 dB
@@ -142,7 +142,7 @@ class ToneConsole : public TypedConsole {
     return asksFarEndMemory(device, 0, address, bytes.size(), answer);
   }
 
-  // Exchanges over far-end memory are numbered in the order in which they are made.
+  // Exchanges over far-end memory are numbered one after the other.
   void expect(const Script& script) {
     Script numbered;
     for (ExpectedCall call : script.calls()) {

@@ -1,4 +1,4 @@
-// The vectoring matrices at the console: given the coefficients a chip has, this is written into the file.
+// The vectoring matrices at the console: given the coefficients of a chip, this is written into the file.
 #include "unit/qvrcli/tones/tone_requests.h"
 
 using namespace gfast;
@@ -63,7 +63,7 @@ class ShowVectoring : public ToneConsole {
   }
 };
 
-TEST_F(ShowVectoring, WritesARowASubcarrierOfWhichPairsShareTheirCoefficients) {
+TEST_F(ShowVectoring, WritesTheCoefficientsOfAPairForBothItsSubcarriers) {
   for (const Kind& kind : kKinds) {
     for (const int device : {0, 1}) {
       expect(finds(device, 3) + readsArea(device, kind.area, 2));
@@ -76,13 +76,13 @@ TEST_F(ShowVectoring, WritesARowASubcarrierOfWhichPairsShareTheirCoefficients) {
   }
 }
 
-TEST_F(ShowVectoring, ShowsFourThousandAndNinetySixAsOne) {
+TEST_F(ShowVectoring, Writes4096As1) {
   expect(finds(0, 3) + readsArea(0, 0xE4000000, 2));
   typed("show vectoring canceler 0 " + scratch_.file());
   EXPECT_NE(scratch_.content().find("005.27850 1.000000 -1.000000 1.062500 -1.062500 "), std::string::npos);
 }
 
-TEST_F(ShowVectoring, WritesNothingOfALineThatProcessesNothing) {
+TEST_F(ShowVectoring, WritesNoRowWithoutProcessedSubcarriers) {
   for (const Kind& kind : kKinds) {
     expect(finds(0, 0));
     EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + scratch_.file()), IsEmpty());
@@ -90,7 +90,7 @@ TEST_F(ShowVectoring, WritesNothingOfALineThatProcessesNothing) {
   }
 }
 
-TEST_F(ShowVectoring, GoesAsFarAsTheChipHasRoom) {
+TEST_F(ShowVectoring, WritesAsManyRowsAsTheChipHasRoomFor) {
   expect(finds(0, 4000000000) + readsArea(0, 0xE4380000, 512));
   EXPECT_THAT(typed("show vectoring precoder 0 " + scratch_.file()), IsEmpty());
   const std::string content = scratch_.content();
@@ -98,7 +98,7 @@ TEST_F(ShowVectoring, GoesAsFarAsTheChipHasRoom) {
   EXPECT_TRUE(content.substr(content.rfind('\n', content.size() - 2) + 1).starts_with("058.11525 "));
 }
 
-TEST_F(ShowVectoring, SaysThatAMatrixCannotBeRead) {
+TEST_F(ShowVectoring, ReportsTheResultOfAFailedRead) {
   for (const Kind& kind : kKinds) {
     const std::string command = "show vectoring " + kind.name + " 1 " + scratch_.file();
     Bytes window(256);
@@ -117,12 +117,12 @@ TEST_F(ShowVectoring, SaysThatAMatrixCannotBeRead) {
   }
 }
 
-TEST_F(ShowVectoring, SaysThatAFileDidNotTakeAllRows) {
+TEST_F(ShowVectoring, ReportsAFileThatCannotBeWritten) {
   expect(finds(0, 2) + readsArea(0, 0xE4000000, 1));
   EXPECT_THAT(typed("show vectoring canceler 0 /dev/full"), ElementsAre("Could not write file /dev/full"));
 }
 
-TEST_F(ShowVectoring, OfALineThatIsNotUpTouchesNoFile) {
+TEST_F(ShowVectoring, TouchesNoFileForALineThatIsNotUp) {
   for (const Kind& kind : kKinds) {
     expect(readsIdentity(0, chipWithLine(LS_IDLE)));
     EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + scratch_.file()),
@@ -131,7 +131,7 @@ TEST_F(ShowVectoring, OfALineThatIsNotUpTouchesNoFile) {
   }
 }
 
-TEST_F(ShowVectoring, ChecksLineThenStateThenFile) {
+TEST_F(ShowVectoring, ChecksTheLineThenItsStateThenTheFile) {
   const std::string noFile = scratch_.path() + "/no/file";
   for (const Kind& kind : kKinds) {
     const std::string show = "show vectoring " + kind.name;

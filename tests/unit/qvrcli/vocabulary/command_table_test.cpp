@@ -47,7 +47,7 @@ TEST(CommandTable, Has24KeywordsAnd71ExecAnd58ConfigurationCommands) {
   EXPECT_EQ(count([](const Command& c) { return c.handler != nullptr && c.mode == MODE_CONFIG; }), 58);
 }
 
-TEST(CommandTable, RegistersAKeywordBeforeWhatItLeadsTo) {
+TEST(CommandTable, RegistersAKeywordBeforeTheWordsBelowIt) {
   std::set<std::string> keywords;
   for (const Command& command : commandTable()) {
     const std::string path = command.path;
@@ -61,7 +61,7 @@ TEST(CommandTable, RegistersAKeywordBeforeWhatItLeadsTo) {
   }
 }
 
-TEST(CommandTable, NamesEveryCommandOnce) {
+TEST(CommandTable, HasEveryCommandOnce) {
   std::set<std::string> paths;
   for (const Command& command : commandTable()) {
     if (command.handler != nullptr) {
@@ -110,7 +110,7 @@ struct Accepted {
 
 constexpr int kAny = 127;  // more words than a line holds
 
-TEST(CommandTable, TakesAsManyWordsAsEachCommandIsToldTo) {
+TEST(CommandTable, TakesTheRightNumberOfWordsForEachCommand) {
   constexpr Accepted expected[] = {
       {"show device-info", MODE_EXEC, 0, 1},
       {"read memory", MODE_EXEC, 3, 4},

@@ -51,7 +51,7 @@ TEST(Dispatch, PrintsTheUsageForTheOneNumberOfWordsThatIsRefused) {
                           "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"));
 }
 
-TEST(Dispatch, TellsExecShowFromConfigurationShow) {
+TEST(Dispatch, KnowsExecShowFromConfigurationShow) {
   CapturedConsole console;
   EXPECT_THAT(console.run("show"), ElementsAre("Incomplete command"));
   console.run("configure");
@@ -78,7 +78,7 @@ TEST(Dispatch, RefusesAKeywordAlone) {
   }
 }
 
-TEST(Dispatch, PrintsWhatWaitedBehindTheCommandsOwnLines) {
+TEST(Dispatch, PrintsWaitingLinesBehindTheCommandsOwn) {
   CapturedConsole console;
   printLater("Event occurred");
   EXPECT_THAT(console.run("show version"), ElementsAre(kVersion, "Event occurred"));
