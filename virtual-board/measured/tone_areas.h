@@ -1,4 +1,4 @@
-// The chip's memory by subcarrier (gfast_tone_memory.h), as it computes it when the host reads it: all from
+// The chip's memory by subcarrier (gfast-sdk/chip/tones.h), as it computes it when the host reads it: all from
 // the line's spectrum and loading, so that bits, SNR and levels agree with each other and with the counters.
 #pragma once
 
