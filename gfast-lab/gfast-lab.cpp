@@ -1,4 +1,4 @@
-// The console in front of a virtual board: gfast-cli without chips on the desk.
+// The console in front of a virtual board: gfast-cli without chips.
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
@@ -54,7 +54,7 @@ struct Options {
   std::string script;
 };
 
-// The exit status that the command line alone decides: of --help or of a mistake.
+// Returns the exit status of --help or of a mistake; empty when the program goes on.
 std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
   CLI::App app(kDescription, "gfast-lab");
   app.footer(kFooter);
@@ -80,7 +80,7 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
 
 int run(const Options& options) {
   const BoardConfig config = options.board.empty() ? BoardConfig() : readBoardFile(options.board);
-  // For as long as the process lives: the notification thread asks until the end.
+  // Never deleted: the notification thread uses it until the process ends.
   auto* board = new VirtualBoard(config);
   if (const int error = options.trace.empty() ? 0 : board->traceRequests(options.trace); error != 0) {
     std::fprintf(stderr, "gfast-lab: %s: %s\n", options.trace.c_str(), std::strerror(error));

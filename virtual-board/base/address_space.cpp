@@ -25,7 +25,7 @@ Overlap overlap(const Area& area, uint32_t address, size_t length) {
 
 }  // namespace
 
-bool AddressSpace::look(uint32_t address, std::span<uint8_t> out) const {
+bool AddressSpace::readWindow(uint32_t address, std::span<uint8_t> out) const {
   const auto found = std::find_if(areas_.begin(), areas_.end(), [address](const Area& area) {
     return area.window && address >= area.address && address - area.address < area.length;
   });
@@ -38,7 +38,7 @@ bool AddressSpace::look(uint32_t address, std::span<uint8_t> out) const {
 }
 
 void AddressSpace::read(uint32_t address, std::span<uint8_t> out) {
-  if (look(address, out)) {
+  if (readWindow(address, out)) {
     overlay_.copyOver(address, out);
     return;
   }

@@ -1,5 +1,5 @@
-// A chip's 32-bit memory, seen from the host: areas that the chip computes when they are read, registers that
-// act when they are written, stored bytes everywhere else, and over all of it what a board file laid there.
+// A chip's 32-bit memory as the host sees it. Areas are computed when they are read and may act when they are
+// written, all other bytes are stored, and the bytes of a board file (the overlay) hide both.
 #pragma once
 
 #include <cstdint>
@@ -13,17 +13,19 @@ namespace gfast::board {
 
 using Bytes = std::vector<uint8_t>;
 
-// A stretch of memory that the chip makes up. Partial reads and writes are taken care of: `read` and
-// `written` deal in the whole area.
+// Memory that the chip computes. `read` returns and `written` gets the whole area, even when the host reads
+// or writes a part of it.
 struct Area {
   uint32_t address;
   uint32_t length;
   std::function<Bytes()> read;
-  std::function<void(const Bytes&)> written;                    // none: what is written has no effect
-  std::function<void(uint32_t offset, uint32_t length)> taken;  // after a read of that part; none: nothing
-  // In place of `read`: only so many bytes from there. Such an area is not written.
+  std::function<void(const Bytes&)> written;  // empty: writes have no effect
+  std::function<void(uint32_t offset, uint32_t length)>
+      taken;  // called after a read of that part; may be empty
+  // In place of `read`, for an area that is not written: returns a part of it.
   std::function<Bytes(uint32_t offset, uint32_t length)> part = {};
-  // Every read that begins in the area is a look of its own, which it answers alone and however long it is.
+  // `part` answers every read that begins in the area, whatever its length; a read that begins before the
+  // area does not see it.
   bool window = false;
 };
 
@@ -31,21 +33,20 @@ class AddressSpace {
  public:
   void add(Area area) { areas_.push_back(std::move(area)); }
 
-  // The bytes as the host sees them now.
   void read(uint32_t address, std::span<uint8_t> out);
 
   // 0, or ENOMEM when the chip's memory is full (SparseMemory::kMaxPages).
   int write(uint32_t address, std::span<const uint8_t> bytes);
 
-  // The stored bytes are lost; areas and the overlay stay.
+  // Forgets the stored bytes. Areas and overlay stay.
   void forgetStored() { stored_ = {}; }
 
-  // What a board file lays over everything else. A later write changes it, as it changes memory.
+  // The bytes of a board file. Writes of the host change them.
   SparseMemory& overlay() { return overlay_; }
 
  private:
-  // Through a window, if the read begins in one.
-  bool look(uint32_t address, std::span<uint8_t> out) const;
+  // Reads a window. False: the read does not begin in one.
+  bool readWindow(uint32_t address, std::span<uint8_t> out) const;
 
   std::vector<Area> areas_;
   SparseMemory stored_;

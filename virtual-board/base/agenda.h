@@ -1,4 +1,4 @@
-// What the board will do later: boots that finish, lines that move on, events a board file announced.
+// What the board will do later: ends of boots, changes of line states, events of a board file.
 #pragma once
 
 #include <cstdint>
@@ -14,20 +14,21 @@ class Agenda {
   using Ticket = uint64_t;
   static constexpr Ticket kNone = 0;
 
-  // Seconds since power-up, as of the last advance; inside an action, the time the action was due.
+  // Seconds since power-up at the last advance. Within an action: the time at which it was due.
   double now() const { return now_; }
 
-  // Has the action run at that time, or with the next advance when the time has passed.
+  // Enters an action. When its time has passed already, it runs at the next advance.
   Ticket at(double time, std::function<void()> action);
   Ticket after(double seconds, std::function<void()> action) { return at(now_ + seconds, std::move(action)); }
 
-  // Forgets the action, if it still waits, and the ticket.
+  // Removes the action if it has not run yet. The ticket becomes kNone.
   void cancel(Ticket& ticket);
 
-  // When the next action is due; nothing when none waits.
+  // When the next action is due; empty when there is none.
   std::optional<double> next() const;
 
-  // Runs every action due by `now`, in order of time and then of entry; actions may enter and cancel others.
+  // Runs every action that is due by `now`, in the order of time and then of entry. Actions may enter and
+  // cancel others.
   void advance(double now);
 
  private:

@@ -1,10 +1,11 @@
-// Draws that are the same everywhere: one number from another, by SplitMix64.
+// Random draws that are the same on every machine.
 #pragma once
 
 #include <cstdint>
 
 namespace gfast::board {
 
+// A pseudo-random number made from x (SplitMix64).
 constexpr uint64_t mix(uint64_t x) {
   x += 0x9E3779B97F4A7C15U;
   x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9U;

@@ -7,10 +7,10 @@
 
 namespace gfast::board {
 
-// The number of a name such as "EIO"; nothing for a name that is not known.
+// The number of a name such as "EIO"; empty for an unknown name.
 std::optional<int> errnoByName(std::string_view name);
 
-// The name of a number, or its decimal digits.
+// The name of a number; its decimal digits when it has none here.
 std::string errnoName(int error);
 
 }  // namespace gfast::board

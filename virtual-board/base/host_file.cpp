@@ -51,7 +51,7 @@ HostFile readHostFile(std::span<const char> nameField, size_t limit) {
     return {ENAMETOOLONG, {}};
   }
   const std::string name(nameField.begin(), end);
-  // Without O_NONBLOCK a pipe would hold the request until somebody writes to it.
+  // Without O_NONBLOCK, opening a pipe would wait until somebody writes to it.
   const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) {
     return {errno, {}};

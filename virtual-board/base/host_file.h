@@ -12,9 +12,13 @@ struct HostFile {
   std::vector<uint8_t> bytes;
 };
 
-// The file whose name stands in the field, up to its first zero byte. ENAMETOOLONG: the name is not
-// terminated; ENODATA: the file is empty; EFBIG: it is larger than `limit`; EISDIR, EINVAL: not a file;
-// otherwise why the system did not open or read it.
+// Reads the file whose name stands in the field, up to the name's first zero byte. Errors:
+//   ENAMETOOLONG  the name has no zero byte
+//   ENODATA       the file is empty
+//   EFBIG         it is larger than `limit` bytes
+//   EISDIR        it is a folder
+//   EINVAL        it is neither file nor folder
+//   others        the system's, from opening or reading it
 HostFile readHostFile(std::span<const char> nameField, size_t limit);
 
 }  // namespace gfast::board

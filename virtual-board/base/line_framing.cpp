@@ -20,12 +20,12 @@ StreamRates streamRates(const StreamFraming& framing) {
   const double q = kCodewordsPerDtu;
   const double overhead = f * kDtuOverhead;
   const double perFrame = static_cast<double>(kSamplesPerSymbol) * framing.frameSymbols * kCodewordSize;
-  // Once a superframe, the RMC symbol is not there.
+  // The RMC symbol is missing once a superframe.
   const double data = f * k * (framing.symbolsPerFrame - 1) - framing.symbolsPerFrame * overhead / q -
                       f * k / kFramesPerSuperframe + overhead / q + overhead / (kFramesPerSuperframe * q);
   const double inData = framing.bytesPerSymbol * 8 * data / perFrame;
   const double inRmc = framing.bytesPerRmcSymbol * 8 * f * (q * k - kDtuOverhead) / (perFrame * q);
-  // A loop at its limit may carry less than the management takes.
+  // A very long loop may carry less than the eoc takes.
   const double expected = std::max(0.0, (inData + inRmc - kEocOverhead_bps) / 1000);
   const double net = expected / (1 - kRetransmissionShare);
   return {static_cast<uint32_t>(framing.bytesPerSymbol * 8.0 * f / kSamplesPerSymbol / 1000),

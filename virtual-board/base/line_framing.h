@@ -1,4 +1,4 @@
-// How the virtual chips frame what a line carries (ITU-T G.9701), and the rates that follow.
+// Framing of the virtual chips (ITU-T G.9701), and the rates that follow from it.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ constexpr uint32_t kSymbolsPerFrame = 36;
 constexpr uint32_t kDownstreamSymbols = 28;  // of a frame, the RMC symbol included
 constexpr uint32_t kUpstreamSymbols = 7;
 constexpr uint32_t kFramesPerSuperframe = 8;
-// 4000 of them take three seconds.
+// A whole number of frames takes three seconds.
 constexpr uint32_t kFramesPer3s = 4000;
 static_assert(kFramesPer3s * kSymbolsPerFrame == 3 * kSymbolRate_hz);
 
@@ -27,11 +27,11 @@ constexpr uint32_t kDtuSize = kCodewordsPerDtu * kCodewordSize;
 constexpr uint32_t kDtuOverhead = 7;
 constexpr uint32_t kDtuPayload = kCodewordsPerDtu * kCodewordData - kDtuOverhead;
 
-// What the embedded operations channel takes of a stream.
+// Taken from each direction by the embedded operations channel (eoc).
 constexpr uint32_t kEocBytesPer3s = 1500;
 constexpr uint32_t kEocRate_kbps = 4;
 
-// Subcarriers: all, those from the first to the last that carry data, and what one carries at the most.
+// Subcarriers. Those from the first to the last carry data, at most kMostToneBits each.
 constexpr uint32_t kTones = 2048;
 constexpr double kSubcarrierSpacing_hz = 51750;
 constexpr double kSubcarrierSpacing_mhz = kSubcarrierSpacing_hz / 1e6;
@@ -43,9 +43,9 @@ constexpr uint32_t kMostToneBits = 12;
 // One direction of a line.
 struct StreamFraming {
   uint32_t frameSymbols = kSymbolsPerFrame;  // M_F
-  uint32_t symbolsPerFrame = 0;              // of them, this direction's
+  uint32_t symbolsPerFrame = 0;              // of a frame, in this direction
   uint32_t bytesPerSymbol = 0;               // B_D
-  uint32_t bytesPerRmcSymbol = 0;            // B_DR: what the RMC leaves of its symbol
+  uint32_t bytesPerRmcSymbol = 0;            // B_DR: data beside the RMC in its symbol
   // Whether the receiver may ask for these adaptations.
   bool seamlessRateAdaptation = true;
   bool fastRateAdaptation = true;
@@ -55,14 +55,14 @@ struct StreamFraming {
   }
 };
 
-// In kbit/s. The expected throughput is what retransmission leaves of the net rate.
+// In kbit/s. The expected throughput is the net rate less the share of retransmissions.
 struct StreamRates {
   uint32_t line = 0;
   uint32_t net = 0;
   uint32_t expected = 0;
 };
 
-// All zero for a stream that carries nothing.
+// All zero when bytesPerSymbol is 0.
 StreamRates streamRates(const StreamFraming& framing);
 
 }  // namespace gfast::board

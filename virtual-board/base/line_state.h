@@ -1,11 +1,11 @@
-// The states of a link as a chip reports them.
+// The link states that a chip reports.
 #pragma once
 
 #include <cstdint>
 
 namespace gfast::board {
 
-// A nibble each (ITU-T G.9701).
+// Four bits in chip memory (ITU-T G.9701).
 enum class LineState : uint32_t {
   kSelfTest = 0,
   kUnitFail = 1,

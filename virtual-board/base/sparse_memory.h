@@ -1,4 +1,4 @@
-// Bytes scattered over a 32-bit address space, kept only where something was written.
+// A 32-bit address space that stores only what was written.
 #pragma once
 
 #include <array>
@@ -14,19 +14,19 @@ namespace gfast::board {
 class SparseMemory {
  public:
   static constexpr uint32_t kPageSize = 4096;
-  static constexpr size_t kMaxPages = 4096;  // 16 MiB: what one memory holds at most
+  static constexpr size_t kMaxPages = 4096;  // 16 MiB
 
-  // False, and nothing written, when the bytes would need more pages than a memory has or run past the end of
-  // the address space.
+  // False: the bytes need more than kMaxPages pages or reach past the end of the address space. Nothing is
+  // written then.
   bool write(uint32_t address, std::span<const uint8_t> bytes);
 
-  // Replaces those bytes of `out` that were written; the others keep what they hold.
+  // Copies the bytes that were written into `out`. The other bytes of `out` keep their values.
   void copyOver(uint32_t address, std::span<uint8_t> out) const;
 
-  // Replaces those written bytes that lie in the range; the others stay unwritten.
+  // Replaces the bytes that were written before. The others stay unwritten.
   void update(uint32_t address, std::span<const uint8_t> bytes);
 
-  // Forgets what was written there.
+  // The bytes are unwritten again.
   void forget(uint32_t address, size_t length);
 
  private:

@@ -1,4 +1,4 @@
-// A whole board, as a board file describes it or as it is without one.
+// The configuration of a whole board. Without changes it is that of a board without a board file.
 #pragma once
 
 #include <array>
@@ -24,8 +24,7 @@ struct MemoryOverlay {
   std::vector<uint8_t> bytes;
 };
 
-// Times of what follows are seconds since power-up.
-
+// Events and logs that a board file makes. Times are seconds since power-up, here and below.
 struct TimedEvent {
   int device;
   double at_s;
@@ -42,7 +41,7 @@ struct TimedLog {
   std::vector<uint32_t> params;
 };
 
-// The loop is cut or repaired; or, without `cut`, errors come for a time.
+// A cut or a repair of the loop; or, without `cut`, errors for a time.
 struct LoopEvent {
   double at_s;
   std::optional<bool> cut;
@@ -50,7 +49,7 @@ struct LoopEvent {
   double for_s = 0;
 };
 
-// A modem hangs or loses its power. Device 1 may be the remote modem.
+// A modem hangs or loses its power. Here and in CrashEvent, device 1 may be the remote modem.
 struct DeviceEvent {
   enum class Kind { kHang, kPowerOff };
   int device;
@@ -59,7 +58,7 @@ struct DeviceEvent {
   std::optional<double> for_s;  // empty: it stays so
 };
 
-// An assertion fails on a processor of a chip. Device 1 may be the remote modem.
+// A failed assertion.
 struct CrashEvent {
   int device;
   double at_s;

@@ -16,7 +16,7 @@ namespace gfast::board {
 
 namespace {
 
-// A modem lets the other end see the mapped part of its address space.
+// The other end can read the mapped part of the address space.
 constexpr uint32_t kFirstReadable = IO_BASE_ADDRESS;
 
 struct MemoryMessage {
@@ -24,7 +24,7 @@ struct MemoryMessage {
   uint32_t address;
 };
 
-// What a request for memory asks for; nothing when it is no such request or asks for what is not to be had.
+// Empty: the request is not one for memory, or its length or address is wrong.
 std::optional<MemoryMessage> parseMemoryRequest(std::span<const uint8_t> request, uint16_t opcode) {
   if (request.size() < MGMT_HEADER_SIZE || load_le16(&request[MGMT_HEADER_OPCODE]) != opcode) {
     return std::nullopt;
@@ -38,7 +38,7 @@ std::optional<MemoryMessage> parseMemoryRequest(std::span<const uint8_t> request
   return message;
 }
 
-// The request's header with another opcode; of one too short to have a header, what there is.
+// The request's header with another opcode. What a short request does not have is zero.
 FarEnd::Response header(std::span<const uint8_t> request, uint16_t opcode) {
   FarEnd::Response response(MGMT_HEADER_SIZE);
   std::copy_n(request.begin(), std::min(request.size(), MGMT_HEADER_SIZE), response.begin());
@@ -54,7 +54,7 @@ FarEnd::Response refusal(std::span<const uint8_t> request) {
 
 }  // namespace
 
-// By message type; one without an answer is left unanswered by the modem.
+// By message type. The modem does not answer a type without an entry.
 const FarEnd::Answer FarEnd::kAnswers[MGMT_FAR_END_REQ_TYPE_LAST] = {
     &FarEnd::counters, &FarEnd::inventory,     &FarEnd::readMemory, &FarEnd::writeMemory,
     nullptr,           &FarEnd::pmdParameters, &FarEnd::pmdVector};

@@ -1,4 +1,4 @@
-// The modem at the other end of a line, as it answers management messages.
+// The modem at the other end of a line: its answers to management messages.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace gfast::board {
 
-// From a request that was sent to the far end until its answer is there.
+// From a request to the far end until its answer.
 constexpr double kFarEndExchange_s = 0.004;
 
 // The answer to one kind of far-end message: bytes, or an errno.
@@ -26,14 +26,18 @@ class FarEnd {
  public:
   using Response = std::vector<uint8_t>;
 
-  // The answers of `remote` to messages on the line `line`, unless a board file replaced them; `insight` is
+  // `remote` answers messages on the line `line`, unless a board file replaced the answer. `insight` returns
   // what that modem knows of its line.
   FarEnd(int line, Chip& remote, std::function<LineInsight()> insight,
          const std::vector<FarEndReplacement>& replacements);
 
-  // 0 and the response, or an errno. EINVAL: no such message type; EIO: the far end does not answer it;
-  // ETIMEDOUT: it hangs. A memory message that it refuses is answered with a header of MGMT_OPCODE_NACK, a
-  // request for a vector of test parameters with PMD_VECTOR_NACK.
+  // Returns 0 with the response, or an errno:
+  //   EINVAL     no such message type
+  //   EIO        the far end does not answer this type, or is in reset
+  //   ETIMEDOUT  it hangs
+  //   others     of a board file
+  // The response to a wrong memory message is a header with MGMT_OPCODE_NACK, that to a wrong request for a
+  // vector of test parameters is PMD_VECTOR_NACK.
   int answer(uint32_t type, std::span<const uint8_t> request, Response& response);
 
  private:

@@ -10,7 +10,7 @@ namespace gfast::board {
 
 namespace {
 
-// 0, or what is wrong with a buffer that shall hold `length` bytes.
+// 0, or the errno of a buffer that cannot hold `length` bytes.
 int checkBuffer(const char* buffer, uint32_t size, uint32_t length, uint32_t most) {
   if (length > most || size < length) {
     return EINVAL;
@@ -18,7 +18,7 @@ int checkBuffer(const char* buffer, uint32_t size, uint32_t length, uint32_t mos
   return buffer == nullptr && length > 0 ? EFAULT : 0;
 }
 
-// What the host learns of a read: how much the chip gave, and how much is in the host's buffer.
+// Tells the host how many bytes the chip returned, and how many are in the host's buffer.
 template <typename Read>
 void setCopied(Read& read, size_t length) {
   read.datalen_rcvd_from_hw = static_cast<uint32_t>(length);
@@ -107,7 +107,7 @@ int logCfg(Exchange& exchange) {
   return 0;
 }
 
-// A chip that hangs has nothing to say until it is back.
+// While a chip hangs, it returns no records.
 int takeRecords(Exchange& exchange, bool (PendingRecords::*take)(std::span<uint8_t> out, size_t& length)) {
   auto& read = exchange.request.req_u.logalm_read;
   setCopied(read, 0);

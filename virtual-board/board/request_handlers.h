@@ -1,4 +1,4 @@
-// The driver's requests, one by one: what each is about, and how the board serves it.
+// The driver's requests: how the board describes and serves each.
 #pragma once
 
 #include <gfast_api.h>
@@ -13,28 +13,28 @@
 
 namespace gfast::board {
 
-// A request on its way through the board.
+// A request while the board serves it.
 struct Exchange {
   int device;
   Chip& chip;
   FarEnd& farEnd;
   const CopperLine& line;
   gfast_iocreq& request;
-  HostFile image;       // of requests that name a file
-  uint32_t where = 0;   // as traced and as faults match it
-  uint32_t length = 0;  // likewise
+  HostFile image;       // of a request that names a file
+  uint32_t where = 0;   // address or line, for trace and faults
+  uint32_t length = 0;  // in bytes, for trace and faults
 };
 
 struct RequestHandler {
   uint32_t code;
   RequestKind kind;
-  // 0 or an errno.
+  // Returns 0 or an errno.
   int (*serve)(Exchange&);
-  // Notes what the request is about, before anything is done; none: nothing to note.
+  // Fills image, where and length before the request is served; may be null.
   void (*describe)(Exchange&);
 };
 
-// None: no such request.
+// Null: no such request.
 const RequestHandler* requestHandler(uint32_t code);
 
 }  // namespace gfast::board

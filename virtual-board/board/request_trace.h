@@ -1,4 +1,5 @@
-// One line a driver request: seconds since start, device, request, address or line, length, result.
+// A file with one line for each driver request: seconds since start, device, request, address or line,
+// length, result.
 #pragma once
 
 #include <cstdint>
@@ -26,10 +27,10 @@ class RequestTrace {
   RequestTrace& operator=(const RequestTrace&) = delete;
   ~RequestTrace();
 
-  // 0, or the errno that kept the file from being created.
+  // Returns 0, or the errno from creating the file.
   int open(const std::string& path);
 
-  // Nothing without a file. What cannot be written is lost and nothing else.
+  // Does nothing without a file. A line that cannot be written is lost.
   void write(const TracedRequest& request);
 
  private:

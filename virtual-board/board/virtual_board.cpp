@@ -24,7 +24,7 @@ VirtualBoard::TimeSource realTime() {
   };
 }
 
-// The state in which a line starts: what either device's configuration says about it.
+// The line's state at power-up, which either device's configuration may set.
 LineState lineAtPowerUp(const BoardConfig& config) {
   LineState state = LineState::kSilent;
   for (const ChipConfig& device : config.device) {
@@ -55,8 +55,8 @@ VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
   testMemory_ = std::make_unique<TestMemory>(std::array{chips_[0].get(), chips_[1].get()}, *line_, agenda_,
                                              config.loop, config.seed);
   line_->powerUp(lineAtPowerUp(config));
-  scheduleConfigured(config);
-  scheduleHappenings(config);
+  scheduleRecords(config);
+  scheduleFailures(config);
   for (const ExtcomErrors& errors : config.extcomErrors) {
     disturbExtcom(errors);
   }
@@ -79,7 +79,7 @@ VirtualBoard::~VirtualBoard() {
   }
 }
 
-// The application computes the counters and what it knows by subcarrier; the stages before it have none.
+// Maps counters and memory by subcarrier. Only the application has them.
 void VirtualBoard::mapCounters(size_t device) {
   for (const CounterBlock& block : counterBlocks()) {
     const auto read = [this, device, &block] {
@@ -97,7 +97,8 @@ void VirtualBoard::mapCounters(size_t device) {
   }
 }
 
-// A chip that has come up asks who is at the other end; one that gets no answer keeps what it knew.
+// At the start of showtime a chip asks for the other end's inventory. Without an answer it keeps what it
+// knows.
 void VirtualBoard::introduce(size_t device) {
   FarEnd::Response response;
   if (farEnds_[device]->answer(MGMT_FAR_END_REQ_TYPE_INVENTORY, {}, response) == 0) {
@@ -109,7 +110,7 @@ LineInsight VirtualBoard::insight(size_t device) {
   return {line_->view(device), line_->budget(), chips_[device]->networkSide()};
 }
 
-void VirtualBoard::scheduleConfigured(const BoardConfig& config) {
+void VirtualBoard::scheduleRecords(const BoardConfig& config) {
   for (const TimedEvent& event : config.events) {
     agenda_.at(event.at_s, [this, event] {
       chips_[static_cast<size_t>(event.device)]->raiseEvent(event.type, event.params);
@@ -122,7 +123,7 @@ void VirtualBoard::scheduleConfigured(const BoardConfig& config) {
   }
 }
 
-void VirtualBoard::scheduleHappenings(const BoardConfig& config) {
+void VirtualBoard::scheduleFailures(const BoardConfig& config) {
   for (const LoopEvent& event : config.loopEvents) {
     if (event.cut) {
       agenda_.at(event.at_s, [this, cut = *event.cut] { line_->setCut(cut); });
@@ -167,7 +168,7 @@ void VirtualBoard::disturbExtcom(const ExtcomErrors& errors) {
   }
 }
 
-// The clock's own thread: asleep until something is due, for good when nothing is.
+// The clock's thread. It sleeps until something is due or somebody notifies it.
 void VirtualBoard::runClock() {
   std::unique_lock lock(mutex_);
   while (!ending_) {
@@ -178,7 +179,7 @@ void VirtualBoard::runClock() {
     }
     const double left = *clockWakes_ - time_();
     if (left > 0) {
-      // A board file may look years ahead.
+      // Events of a board file may be years away, which is too long for wait_for.
       constexpr double longest_s = 3600;
       changed_.wait_for(lock, std::chrono::duration<double>(std::min(left, longest_s)));
       continue;
@@ -187,7 +188,7 @@ void VirtualBoard::runClock() {
   }
 }
 
-// Not on every request: at an idle prompt the clock sleeps on.
+// Wakes the clock only if something is due before it would wake, so that most requests let it sleep.
 void VirtualBoard::wakeClock() {
   const auto next = agenda_.next();
   if (next && (!clockWakes_ || *next < *clockWakes_)) {
@@ -213,7 +214,7 @@ void VirtualBoard::advanceLocked() {
   showPending();
 }
 
-// Makes descriptors readable exactly while their chip has something to say.
+// A descriptor is readable while its chip has an event or a log record for the host.
 void VirtualBoard::showPending() {
   for (auto& [descriptor, state] : descriptors_) {
     Chip& chip = *chips_[static_cast<size_t>(state.device)];
@@ -278,7 +279,7 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
   const RequestHandler& chosen = handler == nullptr ? unknown : *handler;
   const auto index = static_cast<size_t>(*device);
   Exchange exchange{*device, *chips_[index], *farEnds_[index], *line_, request, {}};
-  // Reads a file where the request names one; not under the lock, a file may be slow.
+  // Not under the lock: this may read a file, and that may be slow.
   if (chosen.describe != nullptr) {
     chosen.describe(exchange);
   }

@@ -1,4 +1,4 @@
-// Two G.fast chips made of software, joined by a pair of wires, behind the driver seam.
+// Two G.fast chips made of software, joined by a pair of wires, as a driver.
 #pragma once
 
 #include <driver/driver.h>
@@ -28,44 +28,52 @@ namespace gfast::board {
 
 class VirtualBoard final : public Driver {
  public:
-  // Seconds since power-up, never falling.
+  // Returns seconds since power-up; they never fall.
   using TimeSource = std::function<double()>;
 
-  // A board that has just been switched on. Without a time source its clock runs with real time, and what
-  // happens later happens by itself; with one, a test drives the clock and calls advance.
+  // Switches a board on. Without a time source the board runs in real time. With one, a test sets the time
+  // and calls advance.
   explicit VirtualBoard(const BoardConfig& config, const TimeSource& time = {});
   ~VirtualBoard() override;
 
-  // Requests are written there from now on. 0, or the errno that kept the file from being created. Called
+  // From now on each request is written to this file. Returns 0, or the errno from creating the file. Called
   // before the first request.
   int traceRequests(const std::string& path) { return trace_.open(path); }
 
-  // ENODEV: no such chip on the board; otherwise a descriptor of the chip's own, or why there is none left.
+  // Fails with ENODEV (no such chip on the board), with the errno of a fault, or with that of eventfd.
   int open(int device) override;
 
-  // A failure's errno: EBADF, not a descriptor of this board; ENOTTY, no such request; EOPNOTSUPP, a request
-  // that the board does not serve; EINVAL, a length or address out of range; EFAULT, no buffer; EIO, the chip
-  // is in reset; ETIMEDOUT, it hangs; else as the chip, the flash or the far end says. With real time, an
-  // exchange with the far end takes some milliseconds, during which other requests are served.
+  // Fails with:
+  //   EBADF       not a descriptor of this board
+  //   ENOTTY      no such request
+  //   EOPNOTSUPP  a request that the board does not serve
+  //   EINVAL      a length or an address out of range
+  //   EFAULT      no buffer
+  //   EMSGSIZE    the buffer is too small for a record
+  //   EIO         the chip is in reset
+  //   ETIMEDOUT   the chip hangs
+  //   ENOTCONN    no showtime, so no far end
+  //   others      of Chip, Flash, FarEnd, or a fault
+  // In real time an exchange with the far end takes some milliseconds; other requests are served meanwhile.
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override;
 
   void close(int descriptor) override;
 
-  // Chips are where they always were; one that was reset answers as soon as it has booted.
+  // Nothing to do: a chip that was reset answers as soon as it has booted.
   void rediscover() override {}
 
-  // Does what is due by now.
+  // Runs what is due by now.
   void advance();
 
-  // Cuts the pair of wires, or joins it again.
+  // Cuts or repairs the pair of wires.
   void cutLoop(bool cut);
 
  private:
   void mapCounters(size_t device);
   LineInsight insight(size_t device);
   void introduce(size_t device);
-  void scheduleConfigured(const BoardConfig& config);
-  void scheduleHappenings(const BoardConfig& config);
+  void scheduleRecords(const BoardConfig& config);
+  void scheduleFailures(const BoardConfig& config);
   void disturbExtcom(const ExtcomErrors& errors);
   void runClock();
   void advanceLocked();
@@ -81,7 +89,7 @@ class VirtualBoard final : public Driver {
   std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;
   bool ending_ = false;
-  std::optional<double> clockWakes_;  // when the clock's thread means to wake; none: not by itself
+  std::optional<double> clockWakes_;  // when the clock's thread wakes; empty: when it is notified
   Agenda agenda_;
   std::array<std::unique_ptr<Chip>, kMaxDevices> chips_;
   std::unique_ptr<CopperLine> line_;

@@ -19,11 +19,11 @@ namespace gfast::board {
 
 namespace {
 
-// From the reset register's write until the chip answers again, by the stage that runs then.
+// From the write to the reset register until the chip answers again, by the stage that runs then.
 constexpr double kBootTimeB0_s = 0.3;
 constexpr double kBootTimeB1_s = 0.7;
 constexpr double kBootTimeApp_s = 1.2;
-// From the user-activation write until the chip is in line state.
+// From the write to the user-activation register until the chip is in line state.
 constexpr double kUserActivationTime_s = 0.4;
 
 constexpr uint32_t kPllMuxAtPowerUp = 1;
@@ -33,7 +33,7 @@ constexpr uint32_t bit(uint32_t offset) {
   return 1U << offset;
 }
 constexpr uint32_t kFwStateMask = MASK(SBR_FW_STATE);
-// Both reset counters.
+// Of both reset counters.
 constexpr uint32_t kMaxResetCounter = (1U << SBR_RESET_COUNTER_SIZE) - 1;
 static_assert(SBR_BOOT_RESET_COUNTER_SIZE == SBR_RESET_COUNTER_SIZE);
 constexpr uint32_t kConfigurationState = bit(SBR_USER_ACTIVATION_STATE_OFFSET);
@@ -49,13 +49,13 @@ double bootTime(Stage stage) {
   }
 }
 
-// A counter of three bits that stays at its highest value.
+// Counts up to the highest value and stays there.
 uint32_t countedUp(uint32_t sbr, uint32_t offset) {
   const uint32_t count = (sbr >> offset) & kMaxResetCounter;
   return (sbr & ~(kMaxResetCounter << offset)) | (std::min(count + 1, kMaxResetCounter) << offset);
 }
 
-// What stands in for machine code: bytes that differ from one place to the next, the same on every board.
+// Bytes in place of machine code: pseudo-random, the same on every board.
 Bytes factoryPayload(size_t length, uint32_t seed) {
   Bytes payload(length);
   uint32_t state = seed;
@@ -83,7 +83,7 @@ Bytes word(uint32_t value) {
   return bytes;
 }
 
-// The ROM is older than any firmware and knows only its chip.
+// Of the version, the ROM knows only the chipset.
 Firmware romFirmware(uint8_t chipset) {
   return {{chipset, 1, 0, 0}, "Sep 14 2015", "08:30:00"};
 }
@@ -287,7 +287,7 @@ void Chip::mapIdentity() {
     return bytes;
   };
   memory_.add({VIRT_ADDR_DEVICE_INFO_READ, DEV_INF_SIZE, deviceInfo, {}, {}});
-  // The same image, overlay included; a read takes the assertion records away.
+  // The same image, overlay included. A read clears the assertion records.
   const auto readImage = [this] {
     Bytes image(DEV_INF_SIZE);
     memory_.read(VIRT_ADDR_DEVICE_INFO_READ, image);
@@ -310,7 +310,7 @@ void Chip::mapParameters() {
                  {[this] { return stage_ == Stage::kApp; }, [this] { return identity_.firmware.version; }});
 }
 
-// The running stage is the chip's to say; the other fields are the host's.
+// The host can write every field but the running stage.
 void Chip::sbrWritten(uint32_t value) {
   sbr_ = (value & ~kFwStateMask) | (sbr_ & kFwStateMask);
   lineConditionsChanged();
@@ -411,7 +411,7 @@ Stage Chip::selectedStage() const {
   return (sbr_ & bit(SBR_DISABLE_FLASH_OVERRIDE_OFFSET)) != 0 ? Stage::kB1 : Stage::kApp;
 }
 
-// Takes the stage's firmware from where it lives; false when there is none that runs.
+// Loads the stage's firmware from ROM or flash. False: flash holds none that runs.
 bool Chip::load(Stage stage) {
   if (stage == Stage::kB0) {
     identity_.firmware = romFirmware(config_.firmware.chipset);
@@ -426,7 +426,8 @@ bool Chip::load(Stage stage) {
   return firmware.has_value();
 }
 
-// The application is started by the boot loader and that by the ROM: the chip gets as far as flash lets it.
+// The ROM starts the boot loader, and that the application. Where flash holds no firmware for the next stage,
+// the chip stays in the one before.
 void Chip::enter(Stage stage) {
   Stage reached = Stage::kB0;
   load(Stage::kB0);

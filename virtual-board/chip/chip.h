@@ -1,4 +1,4 @@
-// One G.fast chip: boot stages, registers, memory, flash, and its end of the line as the host sees it.
+// One G.fast chip: boot stages, registers, memory, flash, and its end of the line.
 #pragma once
 
 #include <cstdint>
@@ -21,12 +21,11 @@ namespace gfast::board {
 
 class Chip {
  public:
-  // Called when something changed that decides whether the line may be up, when the host asks the chip to
-  // initialise its line again, and when the chip has started anew.
+  // What the line wants to be told.
   struct LineControl {
-    std::function<void()> conditionsChanged;
-    std::function<void()> reinitialise;
-    std::function<void()> restarted;
+    std::function<void()> conditionsChanged;  // something that lineWanted() depends on may have changed
+    std::function<void()> reinitialise;       // the host asks for a new initialisation of the line
+    std::function<void()> restarted;          // the chip has booted
   };
 
   Chip(const ChipConfig& config, Agenda& agenda);
@@ -34,59 +33,61 @@ class Chip {
   Chip& operator=(const Chip&) = delete;
 
   void attachLine(LineControl control) { lineControl_ = std::move(control); }
-  // Called when the line has come up: the two ends introduce themselves.
+  // Called at each start of showtime.
   void onShowtime(std::function<void()> introduce) { introduce_ = std::move(introduce); }
 
-  // Called whenever the chip goes down, by a reset or a loss of power.
+  // Called at each reset and each loss of power.
   void atReset(std::function<void()> forget) { atReset_.push_back(std::move(forget)); }
 
-  // ---- Requests: 0 or an errno. A chip in reset or without power answers none of these (EIO), nor does one
-  // that hangs (ETIMEDOUT). ----
+  // ---- Requests. Each returns 0 or an errno; all fail with EIO while the chip is in reset or without power,
+  // and with ETIMEDOUT while it hangs. ----
 
-  // 0, or the errno of a chip that does not answer.
+  // The errno of a chip that does not answer; 0 when it does.
   int unreachable() const;
 
   int read(uint32_t address, std::span<uint8_t> out);
   int write(uint32_t address, std::span<const uint8_t> bytes);
-  // Into the ROM stage's memory. EBUSY: another stage runs.
+  // Loads an image into the memory of the ROM stage. EBUSY: another stage runs.
   int download(std::span<const uint8_t> image);
-  // Starts the downloaded boot loader. EBUSY: not in the ROM stage; EFAULT: not its entry point; ENOEXEC:
-  // what was downloaded is no boot loader.
+  // Starts the downloaded boot loader. EBUSY: another stage than the ROM runs; EFAULT: the address is not the
+  // ROM's entry point; ENOEXEC: the download is no boot loader.
   int activate(uint32_t address);
   int eraseFlash(uint16_t type, uint32_t address);
   int programFlash(uint32_t address, std::span<const uint8_t> image);
   int readFlash(uint32_t address, std::span<uint8_t> out) const;
 
-  // ---- What befalls it ----
+  // ---- Failures ----
 
-  // Its control processor stops answering the host and the far end; the line goes on.
+  // The control processor does not answer host and far end. The line is not affected.
   void setHung(bool hung) { hung_ = hung; }
   bool hung() const { return hung_; }
-  // An assertion of one of its processors fails while the application runs: the line is gone until the chip
-  // is reset, and the assertion can be read as long. The other stages know no assertions.
+  // An assertion of a processor fails. Until the next reset the line is down and the assertion can be read.
+  // Without effect unless the application runs.
   void crash(const Assertion& assertion);
-  // As by a switch: everything but flash is lost, and power brings it back as at the start.
+  // Without power, everything but flash and inventory is lost. With power again, the chip starts as
+  // configured.
   void powerOff();
   void powerOn();
 
-  // ---- The line's view ----
+  // ---- For the line ----
 
-  // Started, and not crashed since.
+  // Booted, and not crashed since.
   bool running() const { return !inReset_ && !crashed_; }
   Stage stage() const { return stage_; }
   bool networkSide() const { return identity_.firmware.version.networkSide(); }
-  // Application firmware, in line state, with its line provisioned.
+  // The application runs, the chip is in line state, and the line is provisioned.
   bool lineWanted() const;
   LineState lineState() const { return identity_.lineState; }
-  // Announces the change to the host.
+  // Raises the event of a change of state.
   void setLineState(LineState state);
-  // As setLineState, but nobody hears of it: at power-up and when the chip itself goes down.
+  // The same without an event: at power-up, and when the chip itself goes down.
   void resetLineState(LineState state);
   void setInitialisation(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause);
 
   void raiseEvent(uint32_t type, std::span<const uint32_t> params);
-  // A log record about the chip's line, if the host wants such. The line end is added: chips bring theirs.
+  // Makes a log record about the line if the host has enabled logs. Adds the line end that chips send.
   void log(uint8_t core, std::string_view text, std::span<const uint32_t> params);
+  // Of the analogue front end, relative to the signal.
   double distortion_db() const { return config_.distortion_db; }
   PendingRecords& pending() { return pending_; }
   AddressSpace& memory() { return memory_; }

@@ -1,4 +1,4 @@
-// A chip as it is at power-up.
+// The configuration of a chip: how it is at power-up.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@
 
 namespace gfast::board {
 
-// The firmware that runs on a chip, as bits 23-24 of its boot register show it.
+// The firmware stage that runs; the value of bits 23-24 of the boot register.
 enum class Stage : uint32_t { kNone = 0, kB0 = 1, kB1 = 2, kApp = 3 };
 
 using MacAddress = std::array<uint8_t, 6>;
@@ -22,8 +22,8 @@ struct ChipConfig {
   Stage boot = Stage::kApp;
   MacAddress mac{};
   int temperature_c = 47;
-  // The inventory as delivered, at most 8 and 32 bytes. Empty: the usual vendor, a serial number made of the
-  // MAC address.
+  // The inventory's texts, at most 8 and 32 bytes. Empty: the usual vendor, a serial number made from the MAC
+  // address.
   std::optional<std::string> vendor;
   std::optional<std::string> serial;
   double distortion_db = -70;     // of the analogue front end, relative to the signal

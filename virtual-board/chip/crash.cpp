@@ -8,7 +8,7 @@ namespace gfast::board {
 
 namespace {
 
-// One processor's record, and its extension elsewhere in the image.
+// Where a processor's record and its extension lie in the image.
 struct Place {
   size_t record;
   size_t extension;

@@ -1,4 +1,4 @@
-// What a chip's processors leave behind when an assertion of theirs fails.
+// Failed assertions of a chip's processors.
 #pragma once
 
 #include <array>
@@ -18,29 +18,29 @@ struct Assertion {
   Processor processor = Processor::kFramer;
   uint32_t id = 0;
   std::vector<uint32_t> params;  // at most CPU_ASSERT_MAX_PARAMS
-  // The symbol at which it failed, counted since the chip started, and where the chip's time base stood then:
-  // symbol of the frame, phase and sample.
+  // When it failed: the symbol since the chip started, and the chip's time base (symbol of the frame, phase,
+  // sample).
   uint32_t symbolCounter = 0;
   uint32_t tbmSymbol = 0;
   uint32_t tbmPhase = 0;
   uint32_t tbmSample = 0;
 };
 
-// The assertion records of the device-information image, one a processor.
+// The assertion records in the device-information image, one for each processor.
 class AssertionRecords {
  public:
-  // A processor stops at its first assertion: any that follows is counted and not described.
+  // The record describes the processor's first assertion. Later ones are only counted.
   void add(const Assertion& assertion);
 
-  // Takes away what of the records lies in that part of the image.
+  // Clears the bytes of the records within `length` bytes from `offset` of the image.
   void clear(size_t offset, size_t length);
   void clear() { clear(0, DEV_INF_SIZE); }
 
-  // Into an image of DEV_INF_SIZE bytes, where the records belong.
+  // Copies the records into an image of DEV_INF_SIZE bytes.
   void store(std::span<uint8_t> image) const;
 
  private:
-  std::array<uint8_t, DEV_INF_SIZE> image_{};  // used where the records are
+  std::array<uint8_t, DEV_INF_SIZE> image_{};  // only the bytes of the records are used
 };
 
 // Bytes of the image from `begin` to before `end`.

@@ -1,4 +1,4 @@
-// The two blocks that say who a chip is: the device-information image and the boot-stage block.
+// The two blocks that identify a chip: the device-information image and the boot-stage block.
 #pragma once
 
 #include <array>
@@ -10,7 +10,7 @@
 
 namespace gfast::board {
 
-// ITU-T G.994.1 vendor id: country code, four letters of the vendor's code, two bytes of its own.
+// ITU-T G.994.1 vendor id: country code, four letters, two bytes that the vendor chooses.
 constexpr std::array<uint8_t, 8> kVendorId = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
 
 struct DeviceIdentity {

@@ -34,7 +34,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
   }
 }
 
-// "2017-03-08T21:49:22" as a compiler's date and time.
+// Splits "2017-03-08T21:49:22" into date and time as compilers write them.
 bool parseBuilt(std::string_view built, Firmware& firmware) {
   static constexpr const char* months[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                            "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};

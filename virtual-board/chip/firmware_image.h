@@ -3,7 +3,7 @@
 //   GFAST-IMAGE <kind> <version> <built> <checksum> <length>\n<payload>
 //
 // kind: "bootloader" or "application"; version: chipset.ga.rc.profile; built: YYYY-MM-DDThh:mm:ss; checksum
-// and length: of the payload, as the cksum command prints them. What follows the payload is not looked at.
+// and length: of the payload, as the cksum command prints them. Bytes behind the payload are ignored.
 #pragma once
 
 #include <array>
@@ -36,11 +36,10 @@ struct Firmware {
 
 enum class FirmwareKind { kBootloader, kApplication };
 
-// The firmware that these bytes hold; nothing when they are not an image of that kind with a matching
-// checksum.
+// Empty: the bytes are not an image of that kind, or the checksum is wrong.
 std::optional<Firmware> parseFirmware(std::span<const uint8_t> bytes, FirmwareKind kind);
 
-// An image with that version, built "YYYY-MM-DDThh:mm:ss".
+// Makes an image. `built` has the form "YYYY-MM-DDThh:mm:ss".
 std::vector<uint8_t> makeFirmware(FirmwareKind kind, const FirmwareVersion& version, std::string_view built,
                                   std::span<const uint8_t> payload);
 

@@ -1,4 +1,4 @@
-// A chip's NOR flash: erasing sets bits, sector by sector; programming can only clear them.
+// A chip's NOR flash: erasing sets the bits of whole sectors, programming can only clear bits.
 #pragma once
 
 #include <cstdint>
@@ -23,14 +23,15 @@ class Flash {
   // Erased to 0xFF.
   Flash() : bytes_(FLASH_SIZE, uint8_t{0xFF}) {}
 
-  // Erases the sector that holds the address, or everything. 0, or EINVAL: no such type or address.
+  // Erases the sector that holds the address, or all sectors. Returns 0, or EINVAL: no such type or address.
   int erase(uint16_t type, uint32_t address);
 
-  // Clears the bits that are 0 in the image. 0; EINVAL: no such address; EFBIG: the image is larger than what
-  // is left of the address's region. On failure nothing is written.
+  // Clears the bits that are 0 in the image. Returns 0 or an error, in which case nothing is written:
+  //   EINVAL  no such address
+  //   EFBIG   the image reaches past the end of the address's region
   int program(uint32_t address, std::span<const uint8_t> image);
 
-  // 0, or EINVAL when the range reaches past the end.
+  // Returns 0, or EINVAL: the range reaches past the end.
   int read(uint32_t address, std::span<uint8_t> out) const;
 
   std::span<const uint8_t> region(const FlashRegion& region) const {

@@ -6,8 +6,7 @@ namespace gfast::board {
 
 namespace {
 
-// Training begins with the discovery of the channel; its analysis, and the exchange of what came of it, take
-// the rest.
+// How long the first part of training takes. Channel analysis takes the rest.
 constexpr double kChannelDiscovery_s = 1.2;
 
 }  // namespace
@@ -23,7 +22,7 @@ void Initialisation::ended(uint32_t startup_ms, uint32_t handshake_ms, uint32_t 
   handshake_ms_ = handshake_ms;
   failureCause_ = failureCause;
   if (failureCause == E_INITSFCAUSE_NO_FAR_END_FTU_DETECTED) {
-    // The subscriber's end speaks first, the network's waits to hear it.
+    // Only the subscriber's end sends before it hears the other one.
     lastDownstream_ = InitSignal::kNone;
     lastUpstream_ = networkSide ? InitSignal::kNone : InitSignal::kHandshake;
     return;

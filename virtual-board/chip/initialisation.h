@@ -7,15 +7,15 @@
 
 namespace gfast::board {
 
-// How far an initialisation got in one direction: the stage whose signal was the last to be sent (ITU-T
-// G.9701).
+// The last signal that was sent in one direction (ITU-T G.9701).
 enum class InitSignal : uint8_t { kNone, kHandshake, kChannelDiscovery, kChannelAnalysis, kShowtime };
 
 class Initialisation {
  public:
-  // The line has changed its state.
+  // Called when the line has changed its state.
   void entered(LineState state, double now);
-  // An attempt came to an end: how long it took, its handshake with it (0 when it failed), and how it ended.
+  // Called at the end of an initialisation. A failed one has no times: both are 0. `failureCause` is one of
+  // E_INITSFCAUSE_*.
   void ended(uint32_t startup_ms, uint32_t handshake_ms, uint32_t failureCause, bool networkSide, double now);
 
   uint32_t startup_ms() const { return startup_ms_; }

@@ -88,7 +88,7 @@ Bytes Inventory::area() const {
   return area;
 }
 
-// Whatever else lies in the area is not the host's to say.
+// The host can change only vendor and serial number.
 void Inventory::written(const Bytes& area) {
   if (firmware_.runs()) {
     std::copy_n(area.begin() + INVENTORY_DB_SYSTEM_VENDOR, vendor_.size(), vendor_.begin());

@@ -1,4 +1,4 @@
-// Who a chip says it is, and who it has been told the other end is (ITU-T G.997.2).
+// A chip's inventory (ITU-T G.997.2): its own record, and what it knows of the other end.
 #pragma once
 
 #include <array>
@@ -11,32 +11,30 @@
 
 namespace gfast::board {
 
-// Bytes of its texts.
+// Bytes of the texts.
 constexpr size_t kVendorSize = 8;
 constexpr size_t kSerialSize = 32;
 
 class Inventory {
  public:
   struct Firmware {
-    // Whether the application runs: no other firmware knows inventories.
+    // Whether the application runs. Without it the inventory reads as zeros and cannot be written.
     std::function<bool()> runs;
     std::function<FirmwareVersion()> version;
   };
 
-  // As the chip left the factory: the configuration's texts or, without, the usual vendor and a serial number
-  // made of the chip's address.
+  // Takes the configuration's texts, or the usual vendor and a serial number made from the MAC address.
   explicit Inventory(const ChipConfig& config);
 
-  // The area of the chip's line: its own record, of which the host may change vendor and serial number, and
-  // the other end's answer. What the host wrote is kept as in flash, for good.
+  // Maps the area of the chip's line: its own record, then the other end's response. The host can change
+  // vendor and serial number; they survive resets and losses of power.
   void map(AddressSpace& memory, Firmware firmware);
 
-  // What the other end is answered: vendor, version as text, serial number.
+  // The response to the other end: vendor, version as text, serial number.
   Bytes response() const;
 
-  // The other end has introduced itself: its ITU-T G.994.1 vendor id and its response, of any length.
+  // Keeps the other end's ITU-T G.994.1 vendor id and its response. Both are cut or filled with zeros.
   void hear(std::span<const uint8_t> vendorId, std::span<const uint8_t> response);
-  // All that is known of the other end is gone.
   void forgetOther();
 
  private:

@@ -8,11 +8,11 @@ namespace gfast::board {
 
 namespace {
 
-// Offsets have eleven bits in the dictionary, lengths nine.
+// The dictionary has eleven bits for an offset and nine for a length.
 constexpr uint32_t kMaxArea = 1U << 11;
 constexpr uint32_t kMaxLength = (1U << 9) - 1;
 
-// At half the line's sample rate, as complex samples: 2048 and the cyclic extension of 10/64.
+// Complex samples at half the line's sample rate: 2048 and the cyclic extension of 10/64.
 constexpr uint32_t kComplexSamplesPerSymbol = kSamplesPerSymbol / 2;
 constexpr uint32_t kCyclicPrefix = kComplexSamplesPerSymbol - kTones;
 static_assert(kCyclicPrefix == 160);
@@ -23,24 +23,24 @@ constexpr uint32_t kTargetMargin = 60;    // 6.0 dB
 constexpr uint32_t kReinFrequency = 100;  // Hz
 constexpr uint32_t kAnyRate = 0xFFFFFFFF;
 
-// One setting for the whole chip, taken over by a restart.
+// One value for the whole chip, applied by a restart.
 constexpr Parameter chip(eConstParams id, uint32_t length, uint64_t initial) {
   return {id, length, CONFIG_STATE_SYSTEM, CONFIG_TYPE_PER_DEVICE, initial};
 }
 
-// A line's own, but taken over by a restart only: what decides the shape of the spectrum.
+// A value for each line, applied by a restart: the shape of the spectrum.
 constexpr Parameter spectrum(eConstParams id, uint32_t length, uint64_t initial) {
   return {id, length, CONFIG_STATE_SYSTEM, CONFIG_TYPE_PER_LINE, initial};
 }
 
-// A line's own, and changed while the chip runs.
+// A value for each line that can be changed while the chip runs.
 constexpr Parameter line(eConstParams id, uint32_t length, uint64_t initial) {
   return {id, length, CONFIG_STATE_LINE, CONFIG_TYPE_PER_LINE, initial};
 }
 
 using Table = std::array<Parameter, PARAMS_Last>;
 
-// Numbers on boundaries of their length, byte strings on even addresses.
+// Numbers are aligned to their length, byte strings to two bytes.
 constexpr Table placed(Table table, uint32_t& end) {
   for (Parameter& parameter : table) {
     const uint32_t boundary = parameter.length == 4 ? 4 : 2;

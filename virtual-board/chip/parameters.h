@@ -1,5 +1,5 @@
-// A chip's start-up parameters: the dictionary that says where they lie, the area that a host reads and
-// writes, and what the running firmware made of it.
+// A chip's start-up parameters: the dictionary that describes them, the start-up area that a host reads and
+// writes, and the line's copy with which the firmware runs.
 #pragma once
 
 #include <cstdint>
@@ -12,31 +12,30 @@
 
 namespace gfast::board {
 
-// By parameter, its bytes in chip order.
+// The bytes of a parameter, in chip order.
 using ParameterSettings = std::map<eConstParams, std::vector<uint8_t>>;
 
 class Parameters {
  public:
   struct Firmware {
-    // Whether the application runs: no other firmware knows parameters.
+    // Whether the application runs. Without it the areas read as zeros and cannot be written.
     std::function<bool()> runs;
-    // Called when a parameter now differs that only a restart takes over.
+    // Called when a parameter was changed that applies only after a restart.
     std::function<void()> restartNeeded;
   };
 
-  // The settings stand in place of initial values and must outlive this object.
+  // The settings replace initial values. They must outlive this object.
   explicit Parameters(const ParameterSettings& settings) : settings_(settings) { powerUp(); }
 
-  // As the chip is delivered: the settings in the area, and nothing else.
+  // Back to the initial values and the settings.
   void powerUp();
 
   void map(AddressSpace& memory, Firmware firmware);
 
-  // The application starts: what the area holds now is what runs, the line's copy included.
+  // At the start of the application: the firmware runs with the start-up area from now on.
   void apply() { running_ = startup_; }
 
-  // The number the firmware runs with: what the last restart took over and, of a line's own parameters, what
-  // was written to the line since. Of a byte string, its first bytes.
+  // The value that the firmware runs with; of a byte string, its first four bytes.
   uint32_t running(eConstParams id) const;
 
  private:
@@ -46,7 +45,7 @@ class Parameters {
 
   const ParameterSettings& settings_;
   Firmware firmware_;
-  Bytes startup_;  // outlives resets
+  Bytes startup_;  // survives resets
   Bytes running_;
 };
 

@@ -11,7 +11,7 @@ namespace gfast::board {
 
 namespace {
 
-// Readers look at two parameters whatever the event's type.
+// Hosts read two parameters of every event.
 constexpr size_t kMinEventParams = 2;
 
 void append(std::deque<std::vector<uint8_t>>& queue, size_t limit, std::vector<uint8_t> record) {

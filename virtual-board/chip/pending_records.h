@@ -1,5 +1,4 @@
-// What a chip has to say and the host has not read yet: event records and log records, as the driver hands
-// them out.
+// Event records and log records of a chip that the host has not read yet, as the driver returns them.
 #pragma once
 
 #include <cstdint>
@@ -12,25 +11,25 @@ namespace gfast::board {
 
 class PendingRecords {
  public:
-  // The oldest give way to new ones.
+  // A new record replaces the oldest when there are so many.
   static constexpr size_t kMaxEvents = 16384;
   static constexpr size_t kMaxLogs = 4096;
 
   void raiseEvent(double time, uint32_t type, std::span<const uint32_t> params);
   void raiseLog(uint8_t core, uint8_t line, std::string_view text, std::span<const uint32_t> params);
 
-  // From now on log records reach the host; those of before are kept for it.
+  // From now on the host can read log records, those of before as well.
   void enableLogs() { logsEnabled_ = true; }
   bool logsEnabled() const { return logsEnabled_; }
 
-  // Something to read: an event, or a log record with logs enabled.
+  // Whether the host can read something: an event, or a log record when logs are enabled.
   bool any() const { return !events_.empty() || (logsEnabled_ && !logs_.empty()); }
 
-  // One event, or nothing pending (0 bytes). False: it does not fit and stays.
+  // Takes one event; length 0: there is none. False: it does not fit, and stays.
   bool takeEvent(std::span<uint8_t> out, size_t& length);
-  // As many whole log records as fit. False: not even the first does.
+  // Takes as many whole log records as fit. False: not even the first one fits.
   bool takeLogs(std::span<uint8_t> out, size_t& length);
-  // What the host has not read is lost; whether it wants log records stays.
+  // Drops all records. Logs stay enabled or disabled.
   void clear();
 
  private:

@@ -54,7 +54,7 @@ void readLoopTable(TomlReader table, LoopConfig& loop) {
   table.finish();
 }
 
-// "dp" and "cpe" name a firmware; a version given beside it must be of that side.
+// Each side has a usual firmware. A version that is given as well must be of that side.
 void readFirmware(TomlReader& table, ChipConfig& device) {
   enum { Dp, Cpe };
   const auto side = table.choice("side", {{"dp", Dp}, {"cpe", Cpe}});
@@ -153,6 +153,7 @@ void readDeviceTable(TomlReader& table, ChipConfig& device) {
   table.finish();
 }
 
+// Whether both ends of a line are in this state.
 bool together(LineState state) {
   return state == LineState::kHandshake || state == LineState::kTraining || state == LineState::kShowtime;
 }
@@ -164,7 +165,7 @@ bool trainable(const BoardConfig& config) {
   return Loop(config.loop).budget(plan).trainable;
 }
 
-// A line that both ends are on must be one that both can be on.
+// A line that starts in handshake, training or showtime needs two ends and a loop for it.
 void checkLine(const std::vector<TomlReader>& tables, const BoardConfig& config) {
   for (size_t i = 0; i < tables.size(); i++) {
     const ChipConfig& end = config.device[i];

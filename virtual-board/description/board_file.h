@@ -8,11 +8,12 @@
 
 namespace gfast::board {
 
-// The board that the file describes; every key may be left out. Throws BoardFileError at the first mistake:
-// an unknown key, a wrong type, an impossible value, a file that is not there.
+// Reads the description of a board from a file. Every key may be left out. Throws BoardFileError at the first
+// mistake: an unknown key, a wrong type, an impossible value, a missing file.
 BoardConfig readBoardFile(const std::string& path);
 
-// The same from the file's text; `path` names it in errors, and names in the text are relative to its folder.
+// The same from the file's text. `path` is its name in errors; file names in the text are relative to its
+// folder.
 BoardConfig parseBoard(const std::string& text, const std::string& path);
 
 }  // namespace gfast::board

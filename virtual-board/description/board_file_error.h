@@ -4,7 +4,7 @@
 
 namespace gfast::board {
 
-// What is wrong with a board file, as one line: "file:line: reason".
+// A mistake in a board file, as one line: "file:line: reason".
 class BoardFileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -27,8 +27,8 @@ namespace {
 
 constexpr int64_t kWordMax = std::numeric_limits<uint32_t>::max();
 constexpr double kLatest_s = 1e9;
-// An event record fits the buffer that it is read into; a log text's length is counted in one byte, and its
-// reader looks at twelve parameters.
+// Limits of what hosts can read: an event record must fit their buffer, a log text has a length of one byte,
+// and they print at most twelve parameters.
 constexpr size_t kMaxEventParams = (QVR_K_MAX_EVT_BUFFER_LEN - GFAST_EVENT_PARAMS) / 4;
 constexpr size_t kMaxLogText = 255;
 constexpr size_t kMaxLogParams = 12;
@@ -77,7 +77,7 @@ bool takeHex(std::string_view& line, uint32_t& value) {
   return true;
 }
 
-// "e3100000: 00000001", or with two to four words. False: not a line of a dump.
+// Reads "e3100000: 00000001", with one to four words. False: not a line of a dump.
 bool parseDumpLine(std::string_view line, uint32_t& address, std::vector<uint8_t>& bytes) {
   constexpr size_t maxBytes = 16;
   if (!takeHex(line, address) || line.substr(0, 2) != ": ") {
@@ -120,7 +120,7 @@ std::vector<MemoryOverlay> readDump(const std::string& path, int device) {
   return overlays;
 }
 
-// Names in a board file are relative to its folder.
+// File names in a board file are relative to its folder.
 std::string besideBoardFile(const std::string& boardFile, const std::string& name) {
   const size_t folder = boardFile.rfind('/');
   return name.starts_with('/') || folder == std::string::npos ? name : boardFile.substr(0, folder + 1) + name;
@@ -235,7 +235,7 @@ CrashEvent readCrashTable(TomlReader& table) {
                                                              {"cp", static_cast<int>(Processor::kCp)}})));
   assertion.id = static_cast<uint32_t>(table.required("assert_id", table.integer("assert_id", 0, kWordMax)));
   assertion.params = table.words("params", CPU_ASSERT_MAX_PARAMS).value_or(std::vector<uint32_t>{});
-  // A record whose symbol counter is 0 is one of no assertion.
+  // A symbol counter of 0 would mean that there was no assertion.
   const auto sinceStart = static_cast<uint32_t>(std::llround(crash.at_s * kSymbolRate_hz));
   const auto word = [&table](const char* key, int64_t least, uint32_t otherwise) {
     return static_cast<uint32_t>(table.integer(key, least, kWordMax).value_or(otherwise));

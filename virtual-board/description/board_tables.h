@@ -1,4 +1,4 @@
-// The tables of a board file that may be repeated, one entry each.
+// Reads the tables of a board file that may be repeated. Each function reads one table.
 #pragma once
 
 #include <vector>
@@ -8,8 +8,8 @@
 
 namespace gfast::board {
 
-// Bytes, or the words of a memory dump: lines "address: word" as `read memory` prints them, up to four words
-// a line. Neighbouring words become one overlay.
+// Bytes, or the words of a memory dump: lines "address: word" as `read memory` prints them, with up to four
+// words. Words that follow each other become one overlay.
 std::vector<MemoryOverlay> readMemoryTable(TomlReader& table, int devices);
 FarEndReplacement readFarEndTable(TomlReader& table);
 TimedEvent readEventTable(TomlReader& table, int devices);

@@ -6,8 +6,8 @@
 
 namespace gfast::board {
 
-// By display name; what two or four bytes hold as a whole number, signed or not, the others as text of
-// hexadecimal bytes.
+// Keys are display names. Parameters of two or four bytes are whole numbers, signed or unsigned; all others
+// are texts of hexadecimal bytes.
 ParameterSettings readParameterSettings(TomlReader table);
 
 }  // namespace gfast::board

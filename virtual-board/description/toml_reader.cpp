@@ -28,7 +28,7 @@ int hexDigit(char c) {
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-// Pairs of hexadecimal digits with one blank or colon (or more blanks) between them.
+// Reads pairs of hexadecimal digits with blanks or one colon between them.
 bool parseBytes(const std::string& text, std::vector<uint8_t>& bytes) {
   for (size_t i = 0; i < text.size();) {
     if (text[i] == ' ') {

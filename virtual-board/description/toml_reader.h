@@ -1,4 +1,4 @@
-// Strict reading of one TOML table: what is asked for is checked, what was not asked for is a mistake.
+// Strict reading of one TOML table: wrong values and unknown keys are mistakes.
 #pragma once
 
 #define TOML_HEADER_ONLY 1
@@ -21,26 +21,26 @@ struct Choice {
 
 class TomlReader {
  public:
-  // `name` is how errors call the table: "[loop]".
+  // `name` is the table's name in errors: "[loop]".
   TomlReader(std::string path, const toml::table& table, std::string name);
 
-  // Each answers nothing when the key is absent and throws BoardFileError when its value is not of the type
-  // or out of range.
+  // Each returns empty when the key is absent, and throws BoardFileError when its value has another type or
+  // is out of range.
   std::optional<int64_t> integer(const char* key, int64_t least, int64_t most);
   std::optional<double> number(const char* key, double least, double most);
   std::optional<bool> boolean(const char* key);
   std::optional<std::string> text(const char* key);
   std::optional<int> choice(const char* key, std::initializer_list<Choice> choices);
-  // 32-bit words, written as unsigned or as signed numbers.
+  // 32-bit words, as unsigned or signed numbers.
   std::optional<std::vector<uint32_t>> words(const char* key, size_t most);
   std::optional<std::vector<std::string>> texts(const char* key);
-  // "01 0a ff", or with colons in between.
+  // "01 0a ff" or "01:0a:ff".
   std::optional<std::vector<uint8_t>> bytes(const char* key);
-  // A table within this one, or an array of tables ("name" is what errors call each).
+  // A table within this one; an array of tables. `name` is their name in errors.
   std::optional<TomlReader> table(const char* key, const char* name);
   std::vector<TomlReader> tables(const char* key, const char* name);
 
-  // What the optional answers hold, or a mistake: the table needs the key.
+  // The value; a mistake when the key is absent.
   template <typename T>
   T required(const char* key, std::optional<T> value) const {
     if (!value) {
@@ -52,7 +52,7 @@ class TomlReader {
   bool has(const char* key) const { return table_->contains(key); }
   const std::string& path() const { return path_; }
 
-  // Throws when the table holds a key nobody asked for.
+  // Called at the end: a key that was never read is a mistake.
   void finish() const;
 
   [[noreturn]] void failAt(const char* key, const std::string& reason) const;
@@ -60,10 +60,10 @@ class TomlReader {
 
  private:
   const toml::node* take(const char* key);
-  // As a value of that type, null when the key is absent; `what` says what the key must be.
+  // The value of a key, null when it is absent. `what` names the type in errors.
   template <typename T>
   const T* taken(const char* key, const char* what);
-  // As a list of such values.
+  // A list of values of this type.
   template <typename T>
   const toml::array* takenList(const char* key, const char* what);
   [[noreturn]] void failAt(const toml::source_region& where, const std::string& reason) const;

@@ -31,10 +31,10 @@ const WireType& wireNamed(const std::string& name) {
   return found == std::end(kWires) ? kWires[0] : *found;
 }
 
-// At one frequency, per metre.
+// At one frequency.
 struct LineConstants {
-  Complex propagation;
-  Complex impedance;  // characteristic, ohm
+  Complex propagation;  // per metre
+  Complex impedance;    // characteristic, ohm
 };
 
 LineConstants lineConstants(const WireType& wire, double frequency_hz) {
@@ -53,7 +53,7 @@ LineConstants lineConstants(const WireType& wire, double frequency_hz) {
   return {std::sqrt(series * shunt), std::sqrt(series / shunt)};
 }
 
-// A chain matrix less a common factor that grows with length and would overflow on a long loop.
+// A chain matrix without the common factor exp(g*l), which overflows on a long loop.
 struct Chain {
   Complex a = 1, b = 0, c = 0, d = 1;
 
@@ -63,7 +63,6 @@ struct Chain {
   }
 };
 
-// Less the factor exp(g*l).
 Chain stretch(const LineConstants& line, double length_m) {
   const Complex back = std::exp(-2.0 * line.propagation * length_m);
   const Complex cosh = (1.0 + back) / 2.0;
@@ -71,7 +70,7 @@ Chain stretch(const LineConstants& line, double length_m) {
   return {cosh, line.impedance * sinh, sinh / line.impedance, cosh};
 }
 
-// With its far end open.
+// A bridged tap, open at its far end.
 Chain tap(const LineConstants& line, double length_m) {
   const Complex back = std::exp(-2.0 * line.propagation * length_m);
   return {1, 0, (1.0 - back) / (1.0 + back) / line.impedance, 1};

@@ -1,7 +1,7 @@
-// A copper pair as a filter: what arrives of a wave, by frequency.
+// A copper pair as a filter: loss and phase by frequency.
 //
-// Line constants after the reference model of ITU-T G.9701 (wire types), a chain matrix for each stretch of
-// wire, and each bridged tap as a shunt of admittance tanh(g*l)/Zc where it branches off.
+// Line constants follow the reference model of ITU-T G.9701 (wire types). Each stretch of wire is a chain
+// matrix, each bridged tap a shunt of admittance tanh(g*l)/Zc.
 #pragma once
 
 #include <complex>
@@ -11,7 +11,7 @@
 
 namespace gfast::board {
 
-// One stretch of wire.
+// The constants of a type of wire.
 struct WireType {
   const char* name;
   double z0_ohm;
@@ -23,20 +23,20 @@ struct WireType {
 
 class Cable {
  public:
-  // A cable of unknown name counts as the first there is; taps beyond an end branch off there.
+  // An unknown name stands for the first wire type. A tap beyond an end is moved to that end.
   explicit Cable(const LoopConfig& loop);
 
-  // Voltage over the 100-ohm load behind 100 ohms, with the loop over that without it. Frequencies below 1 Hz
-  // count as 1 Hz.
+  // Voltage at the receiver with the loop over voltage without it, between 100-ohm ends. A frequency below 1
+  // Hz is taken as 1 Hz.
   std::complex<double> insertionGain(double frequency_hz) const;
 
-  // From one end to the other.
+  // From one end to the other, by the velocity of the wire.
   double delay_s() const;
 
  private:
   const WireType& wire_;
   const double length_m_;
-  std::vector<BridgedTap> taps_;  // in order of their places
+  std::vector<BridgedTap> taps_;  // by place
 };
 
 }  // namespace gfast::board

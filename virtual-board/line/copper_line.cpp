@@ -14,14 +14,14 @@ namespace {
 constexpr double kSilence_s = 1.0;
 constexpr double kHandshake_s = 1.2;
 constexpr double kTraining_s = 2.4;
-constexpr double kJitter = 0.1;          // of a training's durations, to either side
+constexpr double kJitter = 0.1;          // of handshake and training, as a share to either side
 constexpr double kDeactivating_s = 0.2;  // each of the two steps
 constexpr double kLossDetection_s = 1.0;
-// A ready end that hears nobody for so long reports that no far end was detected.
+// A ready end that hears nobody for this time reports that there is no far end.
 constexpr double kSearch_s = 5.0;
 // From one failure to the next attempt.
 constexpr double kRetry_s = 10.0;
-// How long an end waits for a robust management channel that does not get through.
+// How long an end waits before it reports the loss of the robust management channel.
 constexpr double kRmcLossDetection_s = 2.5;
 
 uint32_t milliseconds(double seconds) {
@@ -112,8 +112,8 @@ TonePlan CopperLine::plan() const {
   return tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters());
 }
 
-// What the ends say of themselves when they meet. The pair itself never changes, so the same plan finds the
-// same again.
+// Makes the plan of the next training. The pair of wires never changes, so the same plan gives the same
+// result.
 void CopperLine::survey() {
   if (TonePlan now = plan(); now != plan_) {
     plan_ = std::move(now);
@@ -136,7 +136,7 @@ LineState CopperLine::restState(const Chip& chip) const {
   return chip.lineWanted() ? LineState::kSilent : LineState::kIdle;
 }
 
-// One of the conditions that decide about the line has changed.
+// Called when a condition has changed on which the state of the line depends.
 void CopperLine::reconsider() {
   const bool meet = canMeet();
   switch (phase_) {
@@ -176,7 +176,7 @@ void CopperLine::reconsider() {
   }
 }
 
-// Apart: every end waits where its own state puts it, and two that can hear each other start to talk.
+// Each end waits in its own state. Two ends that hear each other begin an initialisation.
 void CopperLine::rest() {
   bool searching = false;
   for (Chip* end : ends_) {
@@ -221,7 +221,7 @@ void CopperLine::setPhase(Phase phase) {
   updateTraffic();
 }
 
-// What flows, and what the ends hear, follows from the phase.
+// Tells the ledger whether data flows and a signal arrives.
 void CopperLine::updateTraffic() {
   const double now = agenda_.now();
   const bool flows = phase_ == Phase::kShowtime || phase_ == Phase::kLosing;
@@ -280,7 +280,7 @@ void CopperLine::enterPhase(Phase phase) {
 }
 
 void CopperLine::drawDurations() {
-  // Not std::uniform_real_distribution: the same seed must give the same draw with every standard library.
+  // Without std::uniform_real_distribution, whose draws differ from one standard library to another.
   const auto draw = [this](double usual) {
     const double unit = static_cast<double>(random_()) / static_cast<double>(std::mt19937::max());
     return usual * (1 + kJitter * (2 * unit - 1));
@@ -317,7 +317,7 @@ void CopperLine::trainingInterrupted() {
   rest();
 }
 
-// The loop carries too little: both ends see it, and try again later.
+// The loop carries too little. Both ends report it and try again later.
 void CopperLine::trainingFailed() {
   step_ = Agenda::kNone;
   setPhase(Phase::kApart);
@@ -330,7 +330,7 @@ void CopperLine::trainingFailed() {
   schedule(kRetry_s, Phase::kHandshake);
 }
 
-// The end that wants out tells the other; both fall silent together.
+// An orderly deactivation: the initiator tells the other end, and both stop together.
 void CopperLine::leave(Chip& initiator) {
   setPhase(Phase::kLeaving);
   for (Chip* end : ends_) {
@@ -350,7 +350,7 @@ void CopperLine::leave(Chip& initiator) {
   });
 }
 
-// Nothing arrives any more: those still in showtime report it and go down by themselves.
+// Each end that is still in showtime reports the loss and goes down.
 void CopperLine::lost(uint32_t reason, EndCounter counter) {
   setPhase(Phase::kLeaving);
   for (size_t i = 0; i < ends_.size(); i++) {
@@ -383,7 +383,7 @@ void CopperLine::setBoth(LineState state) {
   }
 }
 
-// What the cores have to say about a change: always the control processor, the others where they are at work.
+// The control processor logs every change, the other cores those that concern them.
 void CopperLine::logState(Chip& chip, LineState before) {
   const LineState state = chip.lineState();
   const uint32_t change[] = {0, static_cast<uint32_t>(before), static_cast<uint32_t>(state)};

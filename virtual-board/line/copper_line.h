@@ -1,8 +1,8 @@
-// The pair of wires between two chips and what the link on it is doing.
+// The pair of wires between two chips, and the state of the link over it.
 //
-// Both ends ready: 1 s of silence, a handshake of about 1.2 s, training of about 2.4 s, showtime. An
-// orderly end takes 0.4 s; an end that loses the other notices after 1 s. What fails is tried again after
-// 10 s.
+// When both ends are ready: 1 s of silence, a handshake of about 1.2 s, training of about 2.4 s, showtime. An
+// orderly deactivation takes 0.4 s. A loss of signal is detected after 1 s. A failed initialisation is tried
+// again after 10 s.
 #pragma once
 
 #include <array>
@@ -24,26 +24,31 @@ class CopperLine {
   CopperLine(const CopperLine&) = delete;
   CopperLine& operator=(const CopperLine&) = delete;
 
-  // The line as it is at power-up; nothing is announced.
+  // Puts the line into its state at power-up, without events.
   void powerUp(LineState state);
 
   void setCut(bool cut);
   bool cut() const { return cut_; }
-  // The share of what either end sends that arrives corrupted: a burst of noise, until it is 0 again.
+  // From now on this share of what either end sends arrives corrupted; 0: the line is healthy.
   void setErrors(double share);
-  // The end's power goes; if the other end hears its last gasp, it knows why the line went down.
+  // The end loses its power. In showtime it tells the other end, which then reports the loss of power.
   void losePower(size_t end);
 
   bool inShowtime() const { return phase_ == Phase::kShowtime; }
-  // What the last training found; empty before the first.
+  // The result of the last successful training; empty before the first.
   const LoopBudget& budget() const { return budget_; }
-  // What the chip at that end knows of its line now.
+  // What the chip at that end knows of its line.
   EndView view(size_t end) { return ledger_.view(agenda_.now(), end); }
 
  private:
-  // What both ends do together. Leaving: an orderly end or the end after a loss; Losing: in showtime still,
-  // but nothing arrives any more.
-  enum class Phase { kApart, kHandshake, kTraining, kShowtime, kLosing, kLeaving };
+  enum class Phase {
+    kApart,  // each end waits for the other
+    kHandshake,
+    kTraining,
+    kShowtime,
+    kLosing,  // showtime, but nothing arrives
+    kLeaving  // on the way down
+  };
 
   bool canMeet() const;
   TonePlan plan() const;
@@ -73,9 +78,9 @@ class CopperLine {
   Agenda& agenda_;
   Loop loop_;
   TonePlan plan_;      // of the next training
-  bool heard_ = true;  // whether the ends hear each other with it
-  LoopBudget next_;    // what it finds
-  LoopBudget budget_;
+  bool heard_ = true;  // whether the ends hear each other with that plan
+  LoopBudget next_;    // the result of that training; empty until it is needed
+  LoopBudget budget_;  // of the last training
   LineLedger ledger_;
   std::mt19937 random_;
   Phase phase_ = Phase::kApart;

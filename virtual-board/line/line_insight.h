@@ -8,7 +8,7 @@ namespace gfast::board {
 
 struct LineInsight {
   EndView view;
-  LoopBudget loop;  // as of the last training that succeeded
+  LoopBudget loop;  // of the last successful training
   bool networkSide = false;
 
   bool everTrained() const { return view.sends.framing.symbolsPerFrame != 0; }

@@ -1,5 +1,5 @@
-// What has happened on a line since the board was switched on, end by end, and what each chip may know of it:
-// its own end since it last started, and the other end as far as the two could tell each other.
+// What has happened on a line since power-up, counted for each end, and the part of it that each chip knows:
+// its own end since the chip started, and the other end as of the last showtime.
 #pragma once
 
 #include <array>
@@ -13,14 +13,14 @@ namespace gfast::board {
 
 constexpr size_t kEnds = 2;
 
-// One end's history; never falls.
+// What one end has counted since power-up. Counts never fall.
 struct EndCounts {
   StreamCounts sent;
   StreamCounts received;
   uint64_t lossOfSignalFailures = 0;
   uint64_t lossOfRmcFailures = 0;
   uint64_t lossOfPowerFailures = 0;
-  uint64_t initialisations = 0;  // all that came to an end
+  uint64_t initialisations = 0;  // the failed ones included
   uint64_t failedInitialisations = 0;
   uint64_t lossOfSignalSeconds = 0;
   uint64_t unavailableSeconds = 0;
@@ -29,7 +29,7 @@ using EndCounter = uint64_t EndCounts::*;
 
 EndCounts operator-(EndCounts counts, const EndCounts& before);
 
-// How one direction is doing.
+// The state of one direction.
 struct StreamState {
   StreamFraming framing;
   uint32_t load_percent = 0;
@@ -37,11 +37,11 @@ struct StreamState {
   double worstLoss = 0;
 };
 
-// A chip's knowledge of its line at one moment. The streams are those of the last showtime; none before the
-// first.
+// What a chip knows of its line at one moment. The streams are those of the last showtime; before the first
+// they are empty.
 struct EndView {
   EndCounts near;  // since this chip started
-  EndCounts far;   // what the other end counted since then, as of the last showtime
+  EndCounts far;   // what the other end counted since then, up to the last showtime
   StreamState sends;
   StreamState receives;
   bool showtime = false;
@@ -53,18 +53,19 @@ class LineLedger {
  public:
   explicit LineLedger(uint32_t seed);
 
-  // Both directions carry data from now on; framing by the end that sends, `errors` as StreamMeter has it.
+  // Both directions carry data from now on. Framing is by the end that sends, `errors` as in
+  // StreamMeter::flow.
   void flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors);
   void stop(double now);
   void signalLost(double now, bool lost);
   void count(size_t end, EndCounter what) { ++(ends_[end].events.*what); }
-  // The chip at that end has started: it begins to count.
+  // The chip at that end has started: its counts begin at 0.
   void restarted(double now, size_t end);
 
   EndView view(double now, size_t end);
 
  private:
-  // Seconds while something lasts.
+  // Counts the seconds during which something lasts.
   struct Stopwatch {
     double before = 0;
     std::optional<double> since;
@@ -74,11 +75,11 @@ class LineLedger {
     uint64_t seconds(double now) const { return static_cast<uint64_t>(before + current(now)); }
   };
   struct End {
-    EndCounts events;  // only what is counted one by one
-    // Both ends' histories when this end's chip started.
+    EndCounts events;  // only the fields that are counted one by one
+    // The counts of both ends when this end's chip started.
     EndCounts nearAtStart;
     EndCounts farAtStart;
-    EndCounts farHeard;  // the other end's, when data last flowed
+    EndCounts farHeard;  // the other end's, at the last moment of showtime
   };
 
   EndCounts total(double now, size_t end);

@@ -10,11 +10,11 @@ namespace gfast::board {
 
 namespace {
 
-// From the SNR a bit needs at an error ratio of 1e-7 to what it needs on this line.
+// The gap to the capacity at an error ratio of 1e-7, and what coding gains of it.
 constexpr double kShannonGap_db = 9.8;
 constexpr double kCodingGain_db = 5;
 
-// The robust management channel, ITU-T G.9701: few bits, and more margin than data has.
+// The robust management channel (ITU-T G.9701): few bits a subcarrier, and more margin than data has.
 constexpr uint32_t kMostRmcTones = 128;
 constexpr uint32_t kFewestRmcBits = 2;
 constexpr uint32_t kMostRmcBits = 6;
@@ -28,19 +28,19 @@ uint8_t wholeBits(double capacity, uint32_t most) {
   return static_cast<uint8_t>(std::clamp(std::floor(capacity), 0.0, static_cast<double>(most)));
 }
 
-// What is left of a subcarrier's SNR with so many bits on it.
+// The margin of a subcarrier with this SNR and so many bits.
 double margin_db(double snr, uint32_t bits) {
   return powerDecibels(snr) - (kShannonGap_db - kCodingGain_db) - powerDecibels(std::exp2(bits) - 1);
 }
 
 class LeastMargin {
  public:
-  void see(double snr, uint32_t bits) {
+  void add(double snr, uint32_t bits) {
     if (bits != 0) {
       least_db_ = std::min(least_db_, margin_db(snr, bits));
     }
   }
-  // In 0.1 dB; 0 when there was nothing to see.
+  // In 0.1 dB; 0 when no subcarrier was given.
   uint32_t tenths() const {
     constexpr double rounding = 1e-6;
     return std::isfinite(least_db_) ? static_cast<uint32_t>(std::max(0.0, least_db_ * 10 + rounding)) : 0;
@@ -50,7 +50,8 @@ class LeastMargin {
   double least_db_ = std::numeric_limits<double>::infinity();
 };
 
-// So that the noisiest subcarrier's energy fits 32 bits, unless the best one's would be too coarse.
+// The noise energy of the noisiest subcarrier must fit 32 bits, and that of the best one must have enough
+// steps; the steps are more important.
 uint32_t snrScale(const LineSpectrum& spectrum, const TonePlan& plan) {
   constexpr double usual = 24;
   constexpr double fewestSteps = 64;
@@ -67,7 +68,7 @@ uint32_t snrScale(const LineSpectrum& spectrum, const TonePlan& plan) {
   return static_cast<uint32_t>(std::clamp(std::max(std::ceil(fine), std::floor(fits)), 0.0, usual));
 }
 
-// The lowest subcarriers that carry it: there the loop is best.
+// Loads the lowest subcarriers that carry enough, because a loop loses least there.
 void loadRmc(ToneLoading& loading, const LineSpectrum& spectrum, const TonePlan& plan, double margin_db) {
   LeastMargin least;
   uint32_t bits = 0;
@@ -80,7 +81,7 @@ void loadRmc(ToneLoading& loading, const LineSpectrum& spectrum, const TonePlan&
     loading.rmcTones.push_back(static_cast<uint16_t>(tone));
     loading.rmcBits[tone] = most;
     bits += most;
-    least.see(spectrum.snr[tone], most);
+    least.add(spectrum.snr[tone], most);
   }
   loading.rmcBytes = bits / 8;
   loading.rmcMargin = least.tenths();
@@ -99,7 +100,7 @@ LineSpectrum lineSpectrum(const std::vector<std::complex<double>>& gains, const 
     if (!plan.medley.test(tone)) {
       continue;
     }
-    // Of a very long loop nothing arrives at all; a level is a number all the same.
+    // The gain of a very long loop may be 0, and its level must be finite.
     const double through = std::max(std::norm(gains[tone]), std::numeric_limits<double>::min());
     spectrum.received_dbm_hz[tone] = plan.sent_dbm_hz[tone] + powerDecibels(through);
     spectrum.snr[tone] = powerRatio(spectrum.received_dbm_hz[tone] - noise_dbm_hz);
@@ -127,7 +128,7 @@ ToneLoading toneLoading(const LineSpectrum& spectrum, const TonePlan& plan, cons
     }
     const double most = capacity(spectrum.snr[tone], target_db);
     loading.bits[tone] = wholeBits(most, direction.mostBits);
-    least.see(spectrum.snr[tone], loading.bits[tone]);
+    least.add(spectrum.snr[tone], loading.bits[tone]);
     bits += loading.bits[tone];
     attainable += std::min<double>(most, kMostToneBits);
     if (loading.rmcBits[tone] != 0) {

@@ -10,13 +10,13 @@ namespace gfast::board {
 namespace {
 
 constexpr double kElectricalLength_hz = 1e6;
-// The handshake's tones, and the mean SNR that it takes.
+// Tones of the handshake, and the mean SNR that it needs.
 constexpr uint32_t kHandshakeTones = 16;
 constexpr double kHandshakeSnr_db = 15;
-// A frame leaves one symbol's time for turning round; of it, these chips allow so much for the way there and
-// back.
+// A frame has a gap of one symbol between the directions. These chips allow so much of it for the way there
+// and back.
 constexpr double kMostRoundTrip_s = 4.7e-6;
-// What a showtime needs: a management channel, and so much in both directions together.
+// Showtime needs a management channel, and this net rate in both directions together.
 constexpr size_t kFewestRmcTones = 32;
 constexpr uint32_t kLeastNet_kbps = 10000;
 

@@ -1,5 +1,5 @@
-// What a loop lets through: the one place where a line's rates, margins and levels come from. All follow from
-// the pair of wires subcarrier by subcarrier; the pair is computed once, the rest once for each plan.
+// What a loop allows: rates, margins and levels of a line. All are computed from the pair of wires,
+// subcarrier by subcarrier. The pair is computed once, the rest once for each plan.
 #pragma once
 
 #include <complex>
@@ -22,14 +22,14 @@ struct DirectionBudget {
 };
 
 struct LoopBudget {
-  bool heard = false;      // the ends understand each other's handshake
-  bool trainable = false;  // and the loop carries enough to be worth a showtime
+  bool heard = false;      // the ends hear each other's handshake
+  bool trainable = false;  // and the loop carries enough for showtime
   double length_m = 0;
   uint32_t electricalLength = 0;  // loss at 1 MHz, 0.1 dB
   // 0.1 dBm, the same in both directions.
   int32_t powerSent = 0;
   int32_t powerReceived = 0;
-  uint32_t binderSeed = 0;  // which cable it is: what the pairs beside it couple into it
+  uint32_t binderSeed = 0;  // decides what the other pairs of the cable couple into this one
   std::shared_ptr<const TonePlan> plan;
   std::shared_ptr<const LineSpectrum> spectrum;
   DirectionBudget downstream;
@@ -40,7 +40,7 @@ class Loop {
  public:
   explicit Loop(const LoopConfig& config, uint32_t seed = 0);
 
-  // Whether the lowest subcarriers of the plan arrive well enough for a handshake.
+  // Whether the lowest subcarriers of the plan have enough SNR for a handshake.
   bool heard(const TonePlan& plan) const;
 
   LoopBudget budget(const TonePlan& plan);
@@ -54,7 +54,7 @@ class Loop {
   const double length_m_;
   const double noise_dbm_hz_;
   const uint32_t seed_;
-  std::vector<std::complex<double>> gains_;  // by subcarrier; empty until somebody asks
+  std::vector<std::complex<double>> gains_;  // by subcarrier; empty until the first budget
 };
 
 }  // namespace gfast::board

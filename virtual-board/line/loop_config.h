@@ -12,7 +12,7 @@ struct BridgedTap {
 };
 
 struct LoopConfig {
-  std::string cable = "CAD55";  // a wire type of cable.cpp
+  std::string cable = "CAD55";  // CAD55, CAT5, T05u, T05b or T05h
   double length_m = 100.0;
   double noise_dbm_hz = -140.0;
   std::vector<BridgedTap> taps;

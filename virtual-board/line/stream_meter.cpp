@@ -10,9 +10,9 @@ namespace gfast::board {
 
 namespace {
 
-// Sent, but not yet judged by the receiver.
+// Sent, but not received yet.
 constexpr uint64_t kFramesOnTheWay = 2;
-// A second with so many units lost is severely errored.
+// Units lost in a severely errored second.
 constexpr uint64_t kSevere = 18;
 
 // A healthy line: every fifth second a few units are corrupted, and once in ten minutes one is lost for good.
@@ -20,7 +20,7 @@ constexpr uint64_t kSecondsBetweenHits = 5;
 constexpr uint64_t kMostHit = 4;
 constexpr uint64_t kSecondsBetweenLosses = 600;
 
-// In frames: how often a line adapts without need.
+// Frames between two adaptations of a healthy line.
 constexpr uint32_t kBitSwapPeriod = 20 * kFramesPer3s / 3;
 constexpr uint32_t kBitSwapSpread = 10 * kFramesPer3s / 3;
 constexpr uint64_t kSraPeriod = 300ULL * kFramesPer3s / 3;
@@ -82,7 +82,7 @@ void StreamMeter::stop(double now) {
     return;
   }
   StreamCounts stretch = count(now, 0);
-  // A second that was cut short counts by what happened in it.
+  // The last second is not whole; it counts with the units that were lost in it.
   judgeSecond(stretch, stretch.dtusUncorrected - open_->settled.dtusUncorrected);
   add(closed_, stretch);
   open_.reset();
@@ -101,7 +101,7 @@ StreamCounts StreamMeter::counts(double now) {
   return counts;
 }
 
-// Of the open stretch, when so many frames have not arrived yet.
+// Counts of the open stretch, with so many frames on their way.
 StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
   const StreamFraming& framing = open_->framing;
   const auto frames =
@@ -117,7 +117,7 @@ StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
   if (open_->errors >= kRmcLost) {
     counts.lostRmcs = static_cast<uint64_t>(static_cast<double>(arrived) * open_->errors);
   }
-  // Spread so that of each further unit that arrives at most one more is bad: the good ones never fall.
+  // The bad units are spread evenly over the second, so that the count of good ones never falls.
   const uint64_t begin = dtus(framesIn(open_->seconds));
   const uint64_t length = dtus(framesIn(open_->seconds + 1)) - begin;
   if (const Draw second = draw(open_->seconds); second.bad != 0) {
@@ -136,7 +136,7 @@ uint64_t StreamMeter::dtus(uint64_t frames) const {
   return frames * open_->framing.bytesPerFrame() / kDtuSize;
 }
 
-// The corrupted units of one second of the open stretch.
+// Draws the corrupted units of one second of the open stretch.
 StreamMeter::Draw StreamMeter::draw(uint64_t second) const {
   const uint64_t number = mix(mix(seed_ ^ (stretches_ << 32)) + second);
   const uint64_t length = dtus(framesIn(second + 1)) - dtus(framesIn(second));
@@ -146,12 +146,12 @@ StreamMeter::Draw StreamMeter::draw(uint64_t second) const {
     return {std::min(bad, length), bad != 0 && length != 0 && lost ? 1U : 0U};
   }
   const auto bad = static_cast<uint64_t>(std::llround(static_cast<double>(length) * open_->errors));
-  // Lost for good is what its retransmission does not save either.
+  // A unit is lost for good when its retransmissions are corrupted too.
   const auto lost = static_cast<uint64_t>(static_cast<double>(bad) * open_->errors * open_->errors);
   return {bad, lost};
 }
 
-// Counts the seconds that have arrived whole.
+// Counts the seconds of which all frames have arrived.
 void StreamMeter::settle(uint64_t framesArrived) {
   Stretch& stretch = *open_;
   while (framesIn(stretch.seconds + 1) <= framesArrived) {

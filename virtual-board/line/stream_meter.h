@@ -1,9 +1,8 @@
-// What one end of a line has sent to the other so far, and how it arrived: the model of traffic and errors
-// from which every counter follows.
+// The traffic from one end of a line to the other, and its errors. Every counter is computed from it.
 //
-// A stretch of showtime under unchanging conditions is counted in whole frames from its start, so what is
-// counted by a moment does not depend on who looked before. Which data transfer units are corrupted is drawn
-// once a second from the board's seed; within the second they are spread evenly.
+// A stretch is a time of showtime under the same conditions. It is counted in whole frames from its start, so
+// that counts do not depend on earlier reads. The number of corrupted data transfer units is drawn for each
+// second from the board's seed; within the second they are spread evenly.
 #pragma once
 
 #include <cstdint>
@@ -13,25 +12,25 @@
 
 namespace gfast::board {
 
-// From this share of errors on the robust management channel does not get through either.
+// From this share of errors on, the robust management channel is lost too.
 constexpr double kRmcLost = 0.5;
 
-// Since power-up; none ever falls. What arrives is late by the time it takes.
+// Counts since power-up. They never fall. Those of the receiver are two frames behind those of the sender.
 struct StreamCounts {
   uint64_t framesSent = 0;
-  uint64_t adaptiveFrames = 0;  // of them, those of a stream whose rate may be adapted
+  uint64_t adaptiveFrames = 0;  // of framesSent: while rate adaptation was allowed
   uint64_t framesArrived = 0;
   uint64_t lostRmcs = 0;
-  uint64_t dtusSent = 0;  // data, idle and retransmitted ones
+  uint64_t dtusSent = 0;  // data, idle and retransmitted units
   uint64_t dtusArrived = 0;
   uint64_t dtusBad = 0;            // corrupted on arrival
-  uint64_t dtusUncorrected = 0;    // and never made good
-  uint64_t dtusRetransmitted = 0;  // the other bad ones
+  uint64_t dtusUncorrected = 0;    // of the bad ones: lost for good
+  uint64_t dtusRetransmitted = 0;  // of the bad ones: repeated with success
   uint64_t erroredSeconds = 0;
   uint64_t severelyErroredSeconds = 0;
-  uint64_t adaptedSeconds = 0;  // of these, the ones that fast rate adaptation answered
+  uint64_t adaptedSeconds = 0;  // of these: with a fast rate adaptation
   uint64_t lossOfRmcSeconds = 0;
-  // Adaptations that were asked for and made: by name as in ITU-T G.9701.
+  // Adaptations that were made (ITU-T G.9701).
   uint64_t bitSwaps = 0;
   uint64_t seamlessRateAdaptations = 0;
   uint64_t fastRateAdaptations = 0;
@@ -40,26 +39,26 @@ struct StreamCounts {
   uint64_t dtusGood() const { return dtusArrived - dtusBad; }
 };
 
-// What was counted since `before`.
+// The counts since `before`.
 StreamCounts operator-(StreamCounts counts, const StreamCounts& before);
 
 class StreamMeter {
  public:
-  // What this direction draws is its own: `stream` sets it apart on its board.
+  // `stream` tells the two directions apart, so that each has draws of its own.
   StreamMeter(uint32_t seed, uint32_t stream);
 
-  // Data flows from now on; `errors` is the share of units that arrive corrupted, 0 on a healthy line. Ends a
-  // stretch that is open.
+  // Begins a stretch, and ends the one before. `errors` is the share of units that arrive corrupted; 0: the
+  // few of a healthy line.
   void flow(double now, const StreamFraming& framing, double errors);
-  // Nothing flows any more. What was on its way arrives.
+  // Ends the stretch. Frames on their way arrive.
   void stop(double now);
 
   StreamCounts counts(double now);
-  // The share of units that were lost for good in the last whole second of this stretch, and in the worst
-  // second since data flows.
+  // The share of units that were lost for good, in the last whole second of this stretch and in the worst
+  // second since data began to flow.
   double lastLoss() const { return lastLoss_; }
   double worstLoss() const { return worstLoss_; }
-  // How much of what is sent is somebody's data, in per cent; the rest is idle.
+  // The share of user data in what is sent, in per cent. The rest is idle.
   uint32_t load_percent() const { return load_percent_; }
 
  private:
@@ -71,8 +70,8 @@ class StreamMeter {
     double start;
     StreamFraming framing;
     double errors;
-    uint64_t seconds = 0;  // whole ones, counted in `settled`
-    StreamCounts settled;  // bad, uncorrected and the kinds of seconds
+    uint64_t seconds = 0;  // whole seconds that `settled` counts
+    StreamCounts settled;  // only bad and uncorrected units, and seconds
   };
 
   uint64_t framesIn(uint64_t seconds) const;

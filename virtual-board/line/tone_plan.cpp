@@ -13,7 +13,7 @@ namespace {
 
 constexpr uint32_t kTopmostTone = kTones - 1;
 
-// Transmit PSD before it is shaped: straight lines between these points.
+// Transmit PSD before shaping: linear between these points.
 constexpr struct {
   double mhz;
   double dbm_hz;
@@ -30,7 +30,7 @@ constexpr struct {
 
 constexpr uint32_t kRfiBands = 16;
 constexpr uint32_t kPsdBands = 8;
-// A medley set has room for no more.
+// A medley set holds at most so many.
 constexpr size_t kMostBands = 31;
 static_assert(kRfiBands + std::size(kAmateurBands) < kMostBands);
 
@@ -54,7 +54,7 @@ void spare(ToneMask& mask, uint32_t first, uint32_t last) {
   }
 }
 
-// Start in the low half of the word, stop in the high half; 0 is no band.
+// A word holds the first subcarrier in its low half, the last in its high half; 0: no band.
 void spareRfiBands(ToneMask& mask, const Parameters& parameters) {
   for (uint32_t i = 0; i < kRfiBands; i++) {
     const uint32_t band = indexed(parameters, PARAMS_RFIBand_0, i);
@@ -64,7 +64,7 @@ void spareRfiBands(ToneMask& mask, const Parameters& parameters) {
   }
 }
 
-// Every subcarrier whose main lobe reaches into the band.
+// Spares every subcarrier whose main lobe reaches into a band.
 void spareAmateurBands(ToneMask& mask, uint32_t bits) {
   for (size_t i = 0; i < std::size(kAmateurBands); i++) {
     if ((bits >> i & 1) != 0) {
@@ -74,8 +74,8 @@ void spareAmateurBands(ToneMask& mask, uint32_t bits) {
   }
 }
 
-// Where the bands of the spectrum begin, in rising order; the last one is the end of the topmost band. The
-// usual band when the parameters name no other.
+// Where the bands of the spectrum begin, in rising order, and then where the last one ends. The usual band
+// when the parameters name none.
 std::vector<uint32_t> bandEdges(const Parameters& parameters) {
   std::vector<uint32_t> edges;
   for (uint32_t i = 0; i < kPsdBands; i++) {
@@ -96,7 +96,7 @@ double unshapedPsd(uint32_t tone) {
   return below->dbm_hz + (mhz - below->mhz) * (above->dbm_hz - below->dbm_hz) / (above->mhz - below->mhz);
 }
 
-// An end's bands: lowered by flatDecrease (0.1 dB), or else kept below the level -saturation (0.1 dBm/Hz).
+// Lowers each band by flatDecrease (0.1 dB), or limits it to -saturation (0.1 dBm/Hz).
 void shape(TonePlan& plan, const Parameters& parameters) {
   const std::vector<uint32_t> edges = bandEdges(parameters);
   const bool lowered = parameters.running(PARAMS_isFlatDecrease) != 0;
@@ -117,7 +117,7 @@ void shape(TonePlan& plan, const Parameters& parameters) {
   }
 }
 
-// As a whole, so that the aggregate is at most what may be sent.
+// Lowers the whole spectrum until its power is at most kMostPower_dbm.
 void scale(TonePlan& plan) {
   double power_mw = 0;
   for (uint32_t tone = 0; tone < kTones; tone++) {
@@ -153,7 +153,7 @@ std::vector<ToneBand> bandsOf(const ToneMask& medley) {
   return bands;
 }
 
-// Far enough apart that no one notch takes all; one that falls into a notch moves up.
+// At a regular distance, so that a notch does not remove them all. One that falls into a notch moves up.
 ToneMask pilotsOf(const ToneMask& medley) {
   ToneMask pilots;
   for (uint32_t i = 1; i <= kPilots; i++) {
@@ -182,7 +182,7 @@ void shareFrame(TonePlan& plan, const Parameters& network) {
   plan.frameSymbols = frame->frameSymbols;
   plan.downstream.symbols =
       std::clamp(network.running(PARAMS_numDownstreamSymbols), frame->fewestDown, frame->mostDown);
-  // One symbol's time is left for turning round.
+  // The gap between the directions takes one symbol.
   plan.upstream.symbols = plan.frameSymbols - 1 - plan.downstream.symbols;
 }
 

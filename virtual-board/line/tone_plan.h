@@ -1,9 +1,9 @@
-// What the two ends of a line agree on before they train, from the start-up parameters of both: which
-// subcarriers are used and at what level, how the frame is shared, and how much each may carry.
+// What the two ends of a line agree on before training, from the start-up parameters of both: subcarriers,
+// levels, the share of the frame, and limits of the loading.
 //
-// The network side manages the line: its frame, margins and adaptations are those of both ends. Spectrum that
-// one end has to spare both spare: the bands in RFIBand and IARBands, what lies outside the first and the
-// last bandStart, and whatever its bands are lowered by. Of two bit-loading limits the lower one holds.
+// Frame, margins and adaptations are set by the network side. Both ends spare what either has to spare: the
+// bands of RFIBand and IARBands, the subcarriers outside of the first and the last bandStart, and the levels
+// by which the bands are lowered. The lower of both bit-loading limits applies.
 #pragma once
 
 #include <array>
@@ -18,7 +18,7 @@ namespace gfast::board {
 
 using ToneMask = std::bitset<kTones>;
 
-// Subcarriers from first to last, both included.
+// From first to last subcarrier, both included.
 struct ToneBand {
   uint16_t first;
   uint16_t last;
@@ -39,7 +39,7 @@ struct TonePlan {
   std::vector<ToneBand> bands;               // the medley set as bands
   ToneMask pilots;                           // of the medley set: they carry no data
   std::array<double, kTones> sent_dbm_hz{};  // of the medley set
-  double highest_dbm_hz = 0;                 // of these
+  double highest_dbm_hz = 0;                 // the highest of sent_dbm_hz
   uint32_t frameSymbols = 0;                 // M_F
   bool vectoring = false;
   DirectionPlan downstream;

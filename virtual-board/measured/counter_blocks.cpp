@@ -15,21 +15,21 @@ constexpr uint32_t kRevision = 1;
 constexpr uint32_t kEfbUnit_bits = 65536;
 constexpr uint64_t kMeanPacket = 600;
 constexpr uint64_t kRingSize = 1024;
-// One codeword in so many has errors that its redundancy corrects, three bytes each.
+// One codeword in so many is corrected by its redundancy, and how many bytes of it.
 constexpr uint64_t kCodewordsPerCorrection = 256;
 constexpr uint64_t kBytesPerCorrection = 3;
-// The wire's length follows from this figure as the host computes it: EWL = (262752 - 483 * gap) / 1024.
+// Hosts compute the length of the wire from the time gap: EWL = (262752 - 483 * gap) / 1024.
 constexpr double kGapAtZero = 262752.0 / 483;
 constexpr double kGapPerMetre = 1024.0 / 483;
-constexpr uint32_t kImpulseProtection = 10;  // symbols, 0.1 each
-// What the chip's processors are busy with, in per cent.
+constexpr uint32_t kImpulseProtection = 10;  // 0.1 symbols
+// How busy the chip's processors are, in per cent.
 constexpr uint32_t kTxHardRealTime = 22;
 constexpr uint32_t kTxSoftRealTime = 9;
 constexpr uint32_t kRxHardRealTime = 31;
 constexpr uint32_t kRxSoftRealTime = 12;
 constexpr uint32_t kTraps[] = {2, 1, 1};
 
-// A counter as the chip's 32 bits show it.
+// The lower 32 bits, as a chip shows a counter.
 constexpr uint32_t wrapped(uint64_t count) {
   return static_cast<uint32_t>(count);
 }
@@ -53,7 +53,7 @@ Block headed() {
   return block;
 }
 
-// What a direction's units carried, at one of its ends.
+// The contents of the units that one end sent or received.
 struct Carried {
   uint64_t dataDtus, idleDtus;
   uint64_t dataBytes, idleBytes;
@@ -61,7 +61,7 @@ struct Carried {
   uint64_t packets;
 };
 
-// Every unit but a repeated one is new; so is every good one that arrives.
+// `newDtus` are the units without retransmissions, or those that arrived well.
 Carried carried(uint64_t newDtus, uint64_t frames, uint32_t load_percent) {
   Carried c{};
   c.dataDtus = newDtus * load_percent / 100;
@@ -77,7 +77,7 @@ uint64_t corrections(const StreamCounts& stream) {
   return stream.dtusArrived * kCodewordsPerDtu / kCodewordsPerCorrection;
 }
 
-// In units of 65536 bits (ITU-T G.997.2).
+// In 65536 bits (ITU-T G.997.2).
 uint64_t errorFreeBits(const StreamCounts& stream) {
   return stream.dtusGood() * kDtuPayload * 8 / kEfbUnit_bits;
 }
@@ -166,7 +166,7 @@ void fillReceived(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& receiv
   block.xgmacRxRingCurrentIndexFirstRead = block.xgmacRxRingCurrentIndexSecondRead = ring;
 }
 
-// Processors are busy for a share of the time, counted in samples of the line.
+// The time for which processors were busy, in samples of the line.
 void fillProcessorTime(GFAST_FRAMER_RAW_COUNTERS_S& block, uint64_t frames) {
   const auto share = [samples = frames * kSymbolsPerFrame * kSamplesPerSymbol](uint32_t percent) {
     return wrapped(samples / 100 * percent);
@@ -305,7 +305,7 @@ Bytes etrDatabase(const LineInsight& line) {
   return inChipOrder(block);
 }
 
-// The counters that both groups have.
+// The counters that near-end and far-end groups both have.
 template <typename Group>
 void fillGroup(Group& group, const EndCounts& end) {
   group.LOS = wrapped(end.lossOfSignalFailures);

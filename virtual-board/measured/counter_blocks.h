@@ -1,5 +1,5 @@
-// The counter blocks of a chip, as it computes them when the host reads them: all from one view of the line,
-// so that they agree with each other and with those of the other end.
+// The counter blocks of a chip. Each is computed when the host reads it, from the same view of the line, so
+// that the blocks agree with each other and with those of the other end.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace gfast::board {
 
-// An area of chip memory, of the chip's only line.
+// An area of chip memory. A chip has one line.
 struct CounterBlock {
   uint32_t address;
   uint32_t length;
@@ -18,8 +18,8 @@ struct CounterBlock {
 };
 std::span<const CounterBlock> counterBlocks();
 
-// What a modem tells the other end of its own: the management counters and the single PMD parameters, as on
-// the wire.
+// What a modem sends to the other end about itself, as on the wire: management counters, and single PMD
+// parameters.
 Bytes managementCounters(const LineInsight& insight);
 Bytes pmdTestParameters(const LineInsight& insight);
 

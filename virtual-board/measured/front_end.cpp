@@ -15,14 +15,14 @@ namespace {
 constexpr double kNominalSteps = 4096;
 constexpr double kNominal_dbm = 4;
 constexpr double kReceiverNoise_dbm_hz = -150;
-// The second-order products of a balanced circuit, relative to its third-order ones.
+// Power of the second-order products over that of the third-order ones, in a balanced circuit.
 constexpr double kBalance_db = -10;
-// The programmable gain, and the largest peak that it lets through, in units of the nominal level.
+// Range of the programmable gain, and the highest peak that it allows, relative to the nominal level.
 constexpr double kLeastGain_db = -12;
 constexpr double kMostGain_db = 60;
 constexpr double kHighestPeak = 7;
 
-// The gain at which the signal is at its nominal level, and no peak too high.
+// The gain that brings the signal to its nominal level, unless a peak would be too high.
 double gainFor(std::span<const double> signal) {
   double energy = 0;
   double peak = 0;
@@ -42,8 +42,8 @@ int16_t converted(double x) {
 
 }  // namespace
 
-// Of a Gaussian x of variance 1, the products that are not part of x itself have the power 2 in x^2 and 6 in
-// x^3. A driver's third-order term compresses.
+// For a Gaussian x of variance 1, the distortion has a power of 2 in x^2 and of 6 in x^3. The third-order
+// term of a driver is negative: it compresses.
 FrontEnd::FrontEnd(double distortion_db, uint32_t seed)
     : second_(std::sqrt(powerRatio(distortion_db + kBalance_db) / 2)),
       third_(-std::sqrt(powerRatio(distortion_db) / 6)),
@@ -70,7 +70,7 @@ std::vector<int16_t> FrontEnd::receive(std::vector<double> signal, double backgr
   return samples;
 }
 
-// Not std::normal_distribution: the same seed must give the same noise with every standard library.
+// Without std::normal_distribution, whose draws differ from one standard library to another.
 double FrontEnd::gaussian() {
   constexpr double range = static_cast<double>(std::mt19937::max()) + 1;
   const double radius = std::sqrt(-2 * std::log((static_cast<double>(random_()) + 1) / range));

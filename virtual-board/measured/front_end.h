@@ -1,8 +1,9 @@
-// A chip's analogue front end between converters and pair: what it adds to a signal, going out and coming in.
+// A chip's analogue front end, between converters and pair: noise, gain and distortion.
 //
-// Levels are in units of the nominal one, which is +4 dBm on the pair and a root mean square of 4096 steps in
-// the converters. Both ways a signal x becomes x + a2 x^2 + a3 x^3: of a multicarrier signal at nominal
-// level, the third-order products lie `distortion_db` below it together, the second-order ones 10 dB further.
+// Signals are relative to the nominal level, which is +4 dBm on the pair and a root mean square of 4096 steps
+// in the converters. In both directions a signal x becomes x + a2 x^2 + a3 x^3. For a multicarrier signal at
+// nominal level, the power of all third-order products relative to the signal is `distortion_db`, that of all
+// second-order products 10 dB lower.
 #pragma once
 
 #include <cstdint>
@@ -16,11 +17,11 @@ class FrontEnd {
  public:
   FrontEnd(double distortion_db, uint32_t seed);
 
-  // What leaves the chip.
+  // The signal on the pair.
   std::vector<double> send(std::span<const int16_t> samples) const;
 
-  // What the chip's converter makes of what arrives: with the background's noise and its own, amplified in
-  // steps of 1 dB to the nominal level or as far as peaks and its range allow.
+  // The samples of a received signal: with the noise of background and receiver, amplified in steps of 1 dB
+  // to the nominal level, or less if peaks or the range of the gain forbid it.
   std::vector<int16_t> receive(std::vector<double> signal, double background_dbm_hz);
 
  private:

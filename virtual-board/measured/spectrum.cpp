@@ -8,7 +8,7 @@ namespace gfast::board {
 
 namespace {
 
-// Bit-reversed order, in which the butterflies leave the spectrum in order.
+// Puts the points into bit-reversed order, as the transform needs it.
 void reorder(Spectrum& points) {
   const size_t size = points.size();
   for (size_t i = 0, j = 0; i < size; i++) {
@@ -53,7 +53,7 @@ Spectrum spectrumOf(std::span<const double> samples) {
 }
 
 std::vector<double> samplesOf(const Spectrum& spectrum) {
-  // The inverse is the transform of the conjugate, conjugated.
+  // The inverse transform is the conjugate of the transform of the conjugate.
   Spectrum points(spectrum.size());
   std::transform(spectrum.begin(), spectrum.end(), points.begin(),
                  [](const std::complex<double>& point) { return std::conj(point); });

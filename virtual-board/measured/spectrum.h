@@ -1,4 +1,4 @@
-// From a symbol's samples to its spectrum and back.
+// The Fourier transform of a symbol and its inverse.
 #pragma once
 
 #include <complex>
@@ -9,10 +9,10 @@ namespace gfast::board {
 
 using Spectrum = std::vector<std::complex<double>>;
 
-// Of as many real samples as a power of two: X[k] = sum of x[n] e^(-2 pi i k n / N), all N of them.
+// X[k] = sum of x[n] e^(-2 pi i k n / N) for all k; N is a power of two.
 Spectrum spectrumOf(std::span<const double> samples);
 
-// The real samples whose spectrum this is; what of it is not that of real samples is lost.
+// The real part of the inverse transform.
 std::vector<double> samplesOf(const Spectrum& spectrum);
 
 }  // namespace gfast::board

@@ -15,9 +15,9 @@ namespace {
 constexpr size_t kSampleSize = sizeof(int16_t);
 constexpr size_t kPoints = QVR_K_TEST_SYMBOL_SIZE / kSampleSize;
 static_assert(kPoints * kSubcarrierSpacing_hz == kSampleRate_hz);
-// From a request until the captured symbol is there.
+// From a request until the symbol is captured.
 constexpr double kCaptureTime_s = 0.03;
-// What the hybrid lets through of a chip's own signal, at every frequency.
+// How much a chip's own signal is weakened by the hybrid, at every frequency.
 constexpr double kHybridLoss_db = 20;
 
 uint32_t frontEndSeed(uint32_t boardSeed, uint32_t end) {
@@ -76,7 +76,7 @@ void TestMemory::forget(size_t end) {
   }
 }
 
-// Any count but 0 asks for one symbol.
+// A count other than 0 asks for one symbol.
 void TestMemory::request(size_t end, uint32_t count) {
   End& self = ends_[end];
   agenda_.cancel(self.due);
@@ -100,7 +100,7 @@ void TestMemory::capture(size_t end) {
   self.requested = 0;
 }
 
-// The front end of a line that is not activated is switched off.
+// The front end of an idle line is off.
 bool TestMemory::active(size_t end) const {
   const Chip& chip = *ends_[end].chip;
   return chip.running() && chip.stage() == Stage::kApp && chip.lineState() != LineState::kIdle;
@@ -125,11 +125,11 @@ std::vector<double> TestMemory::arriving(size_t end) {
   return signal;
 }
 
-// The symbol is sent over and over: what arrives is its circular convolution with the loop's response.
+// The symbol is sent again and again, so the result is its circular convolution with the loop's response.
 std::vector<double> TestMemory::throughLoop(const std::vector<double>& signal) {
   constexpr size_t half = kPoints / 2;
   if (response_.empty()) {
-    // A line's transformers pass neither end of the band.
+    // The transformers block both ends of the band.
     response_.assign(half, 0);
     const Cable cable(loop_);
     for (size_t k = 1; k < half; k++) {

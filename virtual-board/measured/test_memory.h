@@ -1,8 +1,8 @@
-// The chips' test memory: a symbol that a line's processor sends over and over, and one that it captures.
+// The chips' test memory: a symbol that a line's processor sends again and again, and one that it captures.
 //
-// A symbol is 4096 samples of 16 bits, in time order and little-endian. The pair carries one test signal at a
-// time, as the ends of a line take turns: that of the chip whose transmit buffer was written last. Its own
-// receiver hears it through the hybrid, the other one through the loop.
+// A symbol is 4096 samples of 16 bits, in time order and little-endian. Only one chip sends at a time: the
+// one whose transmit buffer was written last. Its own receiver gets the signal through the hybrid, the other
+// one through the loop.
 #pragma once
 
 #include <array>
@@ -21,7 +21,7 @@ namespace gfast::board {
 
 class TestMemory {
  public:
-  // Lays the test memory into that of both chips.
+  // Maps the test memory of both chips.
   TestMemory(const std::array<Chip*, kEnds>& chips, const CopperLine& line, Agenda& agenda,
              const LoopConfig& loop, uint32_t seed);
   TestMemory(const TestMemory&) = delete;
@@ -33,7 +33,7 @@ class TestMemory {
     FrontEnd frontEnd;
     Bytes transmit;
     Bytes captured;
-    uint32_t requested = 0;  // the snapshot counter: not 0 until the symbol is there
+    uint32_t requested = 0;  // the snapshot counter: 0 when the symbol is captured
     Agenda::Ticket due = Agenda::kNone;
   };
 
@@ -49,7 +49,7 @@ class TestMemory {
   const CopperLine& line_;
   Agenda& agenda_;
   const LoopConfig loop_;
-  Spectrum response_;                  // of the loop by subcarrier; empty until needed
+  Spectrum response_;                  // of the loop, by subcarrier; empty until needed
   std::optional<size_t> transmitter_;  // whose signal is on the pair
 };
 

@@ -21,13 +21,13 @@ constexpr uint32_t kGuard = 2 * kWord;
 
 constexpr uint32_t kMedleyBands = 32;
 
-// The gain control brings what is received up to this level, within its range.
+// The gain control brings the received signal to this level, within its range.
 constexpr double kConverterLevel_dbm = 6;
 constexpr double kMostGain_db = 63;
-// Weak signals need the echo out of the way.
+// From this gain on, the analogue canceller of echo is on.
 constexpr double kAceFrom_db = 18;
 
-constexpr double kFeqFull = 1 << 14;  // the larger part of a mantissa lies between this and twice as much
+constexpr double kFeqFull = 1 << 14;  // the larger part of a mantissa is between this and twice as much
 
 int16_t rounded16(double value) {
   using Limits = std::numeric_limits<int16_t>;
@@ -41,7 +41,7 @@ void storeSigned(uint8_t* bytes, int16_t value) {
 
 // ---- Sets and bit loading ----
 
-// Entries are the bands, then the two counts.
+// The entries are the bands, then the two counts.
 void storeMedley(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
   const TonePlan& plan = *line.loop.plan;
   if (entry < plan.bands.size()) {
@@ -73,7 +73,7 @@ void storeRxLoading(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
   storeLoading(line, line.receives(), entry, bytes);
 }
 
-// A new table with each training since the chip started, and with each adaptation of the RMC.
+// Each training and each adaptation of the RMC writes a new table.
 uint32_t rmcIndex(const LineInsight& line, const StreamCounts& stream) {
   const EndCounts& near = line.view.near;
   const uint64_t trainings = near.initialisations - near.failedInitialisations;
@@ -94,7 +94,7 @@ void storeRxRmcIndex(const LineInsight& line, uint32_t /*entry*/, uint8_t* bytes
   store_le32(bytes, rxRmcIndex(line));
 }
 
-// In the area that is not in use the next table will be written: until then its list is empty.
+// The table in the area that is not in use is empty.
 void storeRmc(const DirectionBudget& direction, bool inUse, uint32_t entry, uint8_t* bytes) {
   const ToneLoading& loading = *direction.loading;
   const size_t count = inUse ? loading.rmcTones.size() : 0;
@@ -133,9 +133,9 @@ bool aceOn(const LineInsight& line) {
   return rxGain_db(line) >= kAceFrom_db;
 }
 
-// What the receive path makes of a level before the equaliser sees it, in dB: a front end loses little at the
-// bottom of the band and rolls off towards its upper end, and with the analogue canceller in the path it
-// loses more. A parabola over the share of 106 MHz, and the constant between line and converter.
+// The loss of the receive path before the equaliser, in dB: little at the bottom of the band, more towards
+// its upper end, and more with the analogue canceller in the path. A parabola over frequency / 106 MHz, and
+// the constant between line and converter.
 struct ReceivePath {
   double converter_db;
   double bottom_db;
@@ -156,14 +156,14 @@ struct FeqCoefficient {
   int exponent;
 };
 
-// The inverse of the channel, as strong as the receive path makes it.
+// The inverse of what the equaliser receives.
 FeqCoefficient feqCoefficient(const LineInsight& line, uint32_t entry) {
   const LineSpectrum& spectrum = *line.loop.spectrum;
   const uint32_t tone = kFirstTone + entry;
   const double path_db = receivePath_db(aceOn(line) ? kPathWithCanceller : kPathWithoutCanceller, tone);
   const double power_db = path_db - rxGain_db(line) - spectrum.received_dbm_hz[tone];
   const double phase = spectrum.snr[tone] > 0 ? -std::arg(spectrum.gain[tone]) : 0;
-  // No exponent can hold what answers to next to nothing.
+  // The inverse of a very weak signal would not fit an exponent.
   constexpr double most_db = 700;
   const auto value = std::polar(amplitudeRatio(std::min(power_db, most_db)), phase) / QVR_K_RX_FEQ_UNIT;
   const double larger = std::max(std::abs(value.real()), std::abs(value.imag()));
@@ -199,7 +199,7 @@ void storeTxSignal(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
               plan.medley.test(tone) ? rounded16(level / QVR_K_TX_SIGNAL_UNIT_DB) : QVR_K_TX_SIGNAL_OFF);
 }
 
-// The strongest subcarrier is not scaled down.
+// The strongest subcarrier has an amplitude of 1.
 void storeTxFeq(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
   const TonePlan& plan = *line.loop.plan;
   const uint32_t tone = kFirstTone + entry;
@@ -260,7 +260,7 @@ constexpr ToneArea kAreas[] = {
 
 // ---- Vectors of test parameters ----
 
-// In half decibels from -32 dB on.
+// In half decibels above -32 dB.
 uint8_t snrByte(const LineInsight& line, uint32_t tone) {
   if (!line.everTrained() || !line.loop.plan->medley.test(tone)) {
     return PMD_VECTOR_NO_VALUE;
@@ -279,7 +279,7 @@ Bytes ToneArea::read(const LineInsight& line, uint32_t offset, uint32_t partLeng
   }
   const uint32_t lead = kind == Kind::kWindow ? std::min(kGuard, partLength) : 0;
   if (lead != 0) {
-    // Equal while nothing is being written, and never 0.
+    // Guard words are equal while nothing is written, and never 0.
     uint8_t guard[kGuard];
     store_le32(guard, static_cast<uint32_t>(line.view.near.received.framesArrived) | 1);
     std::copy_n(guard, kWord, guard + kWord);

@@ -10,15 +10,15 @@ namespace gfast::board {
 
 namespace {
 
-// Between neighbours over 100 m at 106 MHz, on average; the root of the length counts up to so many metres.
+// Amplitude between neighbours over 100 m at 106 MHz, on average. It does not grow beyond kLongest_m.
 constexpr double kCoupling = 0.08;
 constexpr double kReference_hz = 106e6;
 constexpr double kReference_m = 100;
 constexpr double kLongest_m = 400;
-// A coupling is spread along the cable: what it adds at most to the way.
+// The most that a coupling delays, because it is spread along the cable.
 constexpr double kMostDelay_s = 50e-9;
 
-// From 0 to 1.
+// A number from 0 to 1.
 double unit(uint64_t number) {
   return static_cast<double>(number >> 11) / static_cast<double>(uint64_t{1} << 53);
 }

@@ -1,9 +1,9 @@
 // The vectoring coefficients of a line among the sixteen pairs of its cable (ITU-T G.9701).
 //
-// What a pair couples into another grows with frequency and with the root of the length, and falls by half
-// from one neighbour to the next; strength, phase and delay of each coupling are drawn from the cable's seed.
-// The canceller and the precoder undo it: nearly the identity, with what is coupled elsewhere missing on the
-// diagonal.
+// The coupling from one pair into another grows with frequency and with the square root of the length, and
+// halves from one neighbour to the next. Strength, phase and delay of each coupling are drawn from the
+// cable's seed. Canceller and precoder are nearly the identity: they subtract the couplings, and the diagonal
+// is lower by their power.
 #pragma once
 
 #include <complex>
