@@ -1,5 +1,7 @@
 #include "qvrcli/device/device_commands.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <chrono>
 
@@ -35,8 +37,7 @@ void printLineRow(cli_def* cli, const QVR_deviceInfo_t& info, int line) {
   if (info.lineState[line] == LS_SELFTEST) {
     AddMessage("N/A", 32);
   } else {
-    std::snprintf(cell, sizeof cell, "%02.03f seconds", info.lineStartupTime[line] / 1000.0);
-    AddMessage(cell, 32);
+    AddMessage(fmt::format("{:02.3f} seconds", info.lineStartupTime[line] / 1000.0).c_str(), 32);
   }
   PrintMessage(cli);
 }

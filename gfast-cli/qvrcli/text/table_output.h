@@ -20,8 +20,7 @@ class TableOutput {
   // message.
   bool open(const char* filename);
 
-  // The file, for rows of any length; nullptr: rows go to the session.
-  FILE* file() const { return file_ ? file_->get() : nullptr; }
+  bool isFile() const { return file_.has_value(); }
 
   // One row. A session ends it by itself; in a file a line end is written. {fmt} renders it: of a table of
   // fractions, printf would take most of the time.

@@ -1,5 +1,6 @@
 #include "qvrcli/tones/etr_command.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
@@ -58,10 +59,8 @@ void printValue(cli_def* cli, const char* label, const std::string& value) {
 }
 
 void printRate(cli_def* cli, const char* label, float rate) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%.1f", static_cast<double>(rate));
   // A chip whose framing divides by nothing has no such rate.
-  printValue(cli, label, std::isfinite(rate) ? text : "N/A");
+  printValue(cli, label, std::isfinite(rate) ? fmt::format("{:.1f}", static_cast<double>(rate)) : "N/A");
 }
 
 void printRate(cli_def* cli, const char* label, uint32_t rate) {

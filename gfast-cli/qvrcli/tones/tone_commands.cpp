@@ -1,5 +1,6 @@
 #include "qvrcli/tones/tone_commands.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
@@ -39,7 +40,7 @@ void printBits(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
 }
 
 void printSnr(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  const char* const gap = out.file() != nullptr ? " " : "  ";
+  const char* const gap = out.isFile() ? " " : "  ";
   out.row("{:.5f}  {}{}{:.1f}", frequency_MHz(subcarrier), value, gap, value / 2.0 - 32);
 }
 
@@ -140,7 +141,7 @@ int CLI_showSATN(cli_def* cli, const char* /*command*/, char* argv[], int argc) 
     cli_print(cli, "Error getting SATN from %s", arguments.direction());
     return CLI_OK;
   }
-  cli_print(cli, "%3.1f", attenuation / 10.0);  // the whole spectrum is one band
+  cli_print(cli, "%s", fmt::format("{:3.1f}", attenuation / 10.0).c_str());  // the whole spectrum is one band
   return CLI_OK;
 }
 

@@ -1,5 +1,6 @@
 #include "qvrcli/tones/vectoring_commands.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
@@ -53,25 +54,23 @@ QVR_retval_t readMatrices(QVR_lineId_t line, const MatrixKind& kind, LineMatrice
 // Row by row, each coefficient as its real and its imaginary part.
 std::string coefficientsText(const QVR_tonePairMatrix_t& pair) {
   std::string text;
-  char number[64];
   for (uint32_t row = 0; row < COEF_NUM_USERS; row++) {
     for (uint32_t column = 0; column < COEF_NUM_USERS; column++) {
-      std::snprintf(number, sizeof number, "%f %f ", pair.coefficients_re.matrix[row][column],
-                    pair.coefficients_im.matrix[row][column]);
-      text += number;
+      text += fmt::format("{:f} {:f} ", pair.coefficients_re.matrix[row][column],
+                          pair.coefficients_im.matrix[row][column]);
     }
   }
   return text;
 }
 
-void writeMatrices(FILE* file, const LineMatrices& matrices) {
+void writeMatrices(const TableOutput& out, const LineMatrices& matrices) {
   std::string text;
   for (uint32_t i = 0; i < matrices.subcarriers(); i++) {
     if (i % kSubcarriersPerPair == 0) {
       text = coefficientsText(matrices.ofLine[i / kSubcarriersPerPair]);
     }
     const double frequency_MHz = (matrices.tones.firstTone + i) * QVR_K_SUBCARRIER_SPACING_MHZ;
-    std::fprintf(file, "%09.5f %s\n", frequency_MHz, text.c_str());
+    out.row("{:09.5f} {}", frequency_MHz, text);
   }
 }
 
@@ -94,7 +93,7 @@ int showMatrix(cli_def* cli, char* argv[], const MatrixKind& kind) {
     cli_print(cli, "Failed reading %s matrix (%d)", kind.name, static_cast<int>(status));
     return CLI_OK;
   }
-  writeMatrices(out.file(), matrices);
+  writeMatrices(out, matrices);
   out.finish();
   return CLI_OK;
 }
