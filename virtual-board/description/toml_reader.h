@@ -1,7 +1,6 @@
 // Strict reading of one TOML table: what is asked for is checked, what was not asked for is a mistake.
 #pragma once
 
-#define TOML_HEADER_ONLY 1
 #include <toml++/toml.h>
 
 #include <cstdint>
