@@ -38,7 +38,8 @@ foreach(library fmt toml++ CLI)
 endforeach()
 
 add_library(fmt::fmt-header-only INTERFACE IMPORTED)
-target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1)
+# Without a separator of its own {fmt} asks the locale for one, and all of libstdc++'s locales come along.
+target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1 "FMT_STATIC_THOUSANDS_SEPARATOR=','")
 add_library(tomlplusplus::tomlplusplus INTERFACE IMPORTED)
 target_compile_definitions(tomlplusplus::tomlplusplus INTERFACE TOML_HEADER_ONLY=1)
 add_library(CLI11::CLI11 INTERFACE IMPORTED)
