@@ -7,6 +7,8 @@ add_library(gfast::libcli ALIAS gfast_libcli)
 
 if(NOT CMAKE_CROSSCOMPILING)
   find_package(fmt REQUIRED)
+  find_package(tomlplusplus REQUIRED)
+  find_package(CLI11 REQUIRED)
 
   # Only libcli's archive is used, so the same code runs on a desk and on the board.
   find_library(LIBCLI_ARCHIVE NAMES libcli.a REQUIRED)
@@ -36,8 +38,10 @@ foreach(library fmt toml++ CLI)
 endforeach()
 
 add_library(fmt::fmt-header-only INTERFACE IMPORTED)
-target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1)
+# Without a separator of its own {fmt} asks the locale for one, and all of libstdc++'s locales come along.
+target_compile_definitions(fmt::fmt-header-only INTERFACE FMT_HEADER_ONLY=1 "FMT_STATIC_THOUSANDS_SEPARATOR=','")
 add_library(tomlplusplus::tomlplusplus INTERFACE IMPORTED)
+target_compile_definitions(tomlplusplus::tomlplusplus INTERFACE TOML_HEADER_ONLY=1)
 add_library(CLI11::CLI11 INTERFACE IMPORTED)
 foreach(library fmt::fmt-header-only tomlplusplus::tomlplusplus CLI11::CLI11)
   target_include_directories(${library} SYSTEM INTERFACE ${shared_headers})

@@ -1,5 +1,7 @@
 #include "virtual-board/board/request_trace.h"
 
+#include <fmt/format.h>
+
 #include <cerrno>
 
 #include "virtual-board/base/errno_names.h"
@@ -49,8 +51,8 @@ void RequestTrace::write(const TracedRequest& request) {
   }
   const std::string result = request.error == 0 ? "ok" : errnoName(request.error);
   const std::lock_guard lock(mutex_);
-  std::fprintf(file_, "%.6f %d %s %s %u %s\n", request.time, request.device, requestName(request.kind),
-               place(request).c_str(), request.length, result.c_str());
+  std::fprintf(file_, "%s %d %s %s %u %s\n", fmt::format("{:.6f}", request.time).c_str(), request.device,
+               requestName(request.kind), place(request).c_str(), request.length, result.c_str());
 }
 
 }  // namespace gfast::board

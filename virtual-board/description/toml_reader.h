@@ -1,7 +1,6 @@
 // Strict reading of one TOML table: wrong values and unknown keys are mistakes.
 #pragma once
 
-#define TOML_HEADER_ONLY 1
 #include <toml++/toml.h>
 
 #include <cstdint>

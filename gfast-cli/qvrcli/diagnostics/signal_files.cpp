@@ -1,5 +1,9 @@
 #include "qvrcli/diagnostics/signal_files.h"
 
+#include <fmt/format.h>
+
+#include <cmath>
+#include <limits>
 #include <string_view>
 
 #include "qvrcli/text/text_files.h"
@@ -22,6 +26,11 @@ BOOL writeLines(const char* path, uint32_t count, WriteLine writeLine) {
   for (uint32_t i = 0; i < count && writeLine(file.get(), i) >= 0; i++) {
   }
   return file.finish() ? TRUE : FALSE;
+}
+
+// A ratio of nothing to nothing is no number; whether that has a sign differs from one processor to the next.
+double withoutNanSign(double value) {
+  return std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
 }
 
 }  // namespace
@@ -57,13 +66,14 @@ BOOL dumpTxSignalToFile(const uint32_t* signal, const char* path) {
 
 BOOL dumpSignalToFile(const QVR_complex_t* signal, const char* path) {
   return writeLines(path, QVR_K_SIGNAL_WORDS, [signal](FILE* file, uint32_t i) {
-    return std::fprintf(file, "%lf %lf\n", signal[i].real(), signal[i].imag());
+    return std::fputs(fmt::format("{:f} {:f}\n", signal[i].real(), signal[i].imag()).c_str(), file);
   });
 }
 
 BOOL dumpMtprToFile(const double* mtpr, const char* path) {
-  return writeLines(path, QVR_K_MTPR_TONES,
-                    [mtpr](FILE* file, uint32_t i) { return std::fprintf(file, "%lf\n", mtpr[i]); });
+  return writeLines(path, QVR_K_MTPR_TONES, [mtpr](FILE* file, uint32_t i) {
+    return std::fputs(fmt::format("{:f}\n", withoutNanSign(mtpr[i])).c_str(), file);
+  });
 }
 
 }  // namespace gfast::console

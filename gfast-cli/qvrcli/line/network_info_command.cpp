@@ -1,6 +1,9 @@
 #include "qvrcli/line/network_info_command.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
+
+#include <string>
 
 #include "qvrcli/line/line_status_commands.h"
 #include "qvrcli/text/link_states.h"
@@ -85,11 +88,12 @@ void printRow(cli_def* cli, QVR_lineId_t line) {
   }
   const DirectionRates& ds = rates.ds;
   const DirectionRates& us = rates.us;
-  cli_print(cli,
-            "|  %02d  |  %s  |\t%4.0f    |  %4.0f    |  %4.0f  |  %4.0f  |  %4.0f  |    %5.1f |   %5.1f  |"
-            "     %4.1f  |   %4.1f   |   %4.1f   |",
-            line, linkStateString(state), ds.phy, us.phy, ds.etr + us.etr, ds.etr, us.etr, ds.averageEtr,
-            us.averageEtr, ds.net + us.net, ds.eftr, us.eftr);
+  const std::string row = fmt::format(
+      "|  {:02d}  |  {}  |\t{:4.0f}    |  {:4.0f}    |  {:4.0f}  |  {:4.0f}  |  {:4.0f}  |"
+      "    {:5.1f} |   {:5.1f}  |     {:4.1f}  |   {:4.1f}   |   {:4.1f}   |",
+      line, linkStateString(state), ds.phy, us.phy, ds.etr + us.etr, ds.etr, us.etr, ds.averageEtr,
+      us.averageEtr, ds.net + us.net, ds.eftr, us.eftr);
+  cli_print(cli, "%s", row.c_str());
 }
 
 // One row a line, rates in Mbit/s. A rate that cannot be read is zero.

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <charconv>
 
 namespace gfast::console {
@@ -50,8 +51,15 @@ bool LineReader::next(std::string_view& line) {
 }
 
 bool OutputFile::finish() {
+  // Some C libraries' fflush and fclose return 0 after a write that failed; the mark on the file always stays.
+  const bool flushed = std::fflush(file_.get()) == 0;
   const bool written = std::ferror(file_.get()) == 0;
-  return std::fclose(file_.release()) == 0 && written;
+  const int reason = errno;
+  const bool closed = std::fclose(file_.release()) == 0;
+  if (!flushed || !written) {
+    errno = reason;
+  }
+  return flushed && written && closed;
 }
 
 bool takeHexWord(std::string_view& text, uint32_t& word) {

@@ -1,5 +1,6 @@
 #include "qvrcli/tones/etr_command.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <cmath>

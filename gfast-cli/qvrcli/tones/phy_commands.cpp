@@ -1,5 +1,6 @@
 #include "qvrcli/tones/phy_commands.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
@@ -145,7 +146,7 @@ int CLI_showAfeParams(cli_def* cli, const char* /*command*/, char* argv[], int a
     if (QVR_STATUS_ERROR(read(line, &frontEnd))) {
       cli_print(cli, "Failed getting AFE params for line %d", line);
     } else if (allLines) {
-      cli_print(cli, "Line[%02d] %.5f %d", line, frontEnd.rxGain, aceOnOff());
+      cli_print(cli, "Line[%02d] %s %d", line, fmt::format("{:.5f}", frontEnd.rxGain).c_str(), aceOnOff());
     } else {
       const LabelledLines lines(cli, kLabelWidth);
       lines.heading("");

@@ -1,5 +1,6 @@
 #include "qvrcli/tones/tone_commands.h"
 
+#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
@@ -124,7 +125,7 @@ int CLI_showSATN(cli_def* cli, const char* /*command*/, char* argv[], int argc) 
     cli_print(cli, "Error getting SATN from %s", nameOf(direction));
     return CLI_OK;
   }
-  cli_print(cli, "%3.1f", attenuation / 10.0);  // the whole spectrum is one band
+  cli_print(cli, "%s", fmt::format("{:3.1f}", attenuation / 10.0).c_str());  // the whole spectrum is one band
   return CLI_OK;
 }
 

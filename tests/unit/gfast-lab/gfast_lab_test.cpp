@@ -23,7 +23,8 @@ Outcome lab(const std::string& arguments) {
   for (size_t got = 0; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
     outcome.output.append(buffer, got);
   }
-  outcome.status = WEXITSTATUS(::pclose(pipe));
+  const int status = ::pclose(pipe);
+  outcome.status = WEXITSTATUS(status);  // an lvalue: some C libraries take its address
   return outcome;
 }
 

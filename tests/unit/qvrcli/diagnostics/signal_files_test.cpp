@@ -128,6 +128,20 @@ TEST_F(SignalFile, Holds96RatiosOfAnyValue) {
   EXPECT_EQ(text.size() - text.rfind('\n', text.size() - 2) - 2, 301U + 7U);  // 1e300 in full
 }
 
+// A C library may round .5 away from zero, a processor may give what is no number a sign: a file shows
+// neither.
+TEST_F(SignalFile, IsTheSameOnEveryMachine) {
+  const double mtpr[1024] = {0.0078125, 0.0234375, -0.0078125, -std::numeric_limits<double>::quiet_NaN(),
+                             -std::numeric_limits<double>::infinity()};
+  ASSERT_TRUE(dumpMtprToFile(mtpr, path("mtpr.out").c_str()));
+  EXPECT_THAT(readText(path("mtpr.out")), StartsWith("0.007812\n0.023438\n-0.007812\nnan\n-inf\n"));
+
+  const auto points = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
+  points[0] = {0.0078125, -0.0234375};
+  ASSERT_TRUE(dumpSignalToFile(points.get(), path("fd.out").c_str()));
+  EXPECT_THAT(readText(path("fd.out")), StartsWith("0.007812 -0.023438\n"));
+}
+
 TEST_F(SignalFile, ReplacesAnOlderFile) {
   directory_.write("mtpr.out", std::string(100000, 'x'));
   const double mtpr[1024] = {};

@@ -54,10 +54,13 @@ TEST(LinkFailure, IsPrintedWithLocalTime) {
 }
 
 TEST(LinkFailure, InAZoneWithALongNameHasNoTime) {
-  setenv("TZ", "ABCDEFGHIJKLMNOPQRSTUVWXYZ0", 1);
+  const std::string name = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  setenv("TZ", (name + '0').c_str(), 1);
   tzset();
+  // A C library may refuse such a name, and the time is then UTC's.
+  const std::string time = tzname[0] == name ? "" : "1970-01-01T00:00:00+UTC";
   EXPECT_EQ(printedBy([] { handlelinkFailureNotificationEvent(0, LF_REASON_NO_ERROR, 0); }),
-            "Line failure event on line=0 reason=0 at time  ...\n");
+            "Line failure event on line=0 reason=0 at time " + time + " ...\n");
 }
 
 TEST(DailyEvent, IsPrintedWithItsTimeStamp) {

@@ -1,12 +1,10 @@
 // Finding the chips and reading what they say about themselves.
-#include <pthread.h>
-
 #include <chrono>
-#include <limits>
 
 #include "chip/device_information.h"
 #include "chip/registers.h"
 #include "qvrdev/device_table.h"
+#include "support/refused_threads.h"
 #include "support/test_clock.h"
 #include "unit/sdk/qvrparams/dictionaries.h"
 
@@ -111,16 +109,11 @@ TEST_F(Discovery, WaitsForDevice0OneTryASecond) {
 }
 
 TEST_F(Discovery, WithoutItsThreadTheModuleIsNotStarted) {
-  pthread_attr_t usual;
-  pthread_attr_t absurd;
-  ASSERT_EQ(pthread_getattr_default_np(&usual), 0);
-  ASSERT_EQ(pthread_attr_init(&absurd), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&absurd, std::numeric_limits<size_t>::max() / 2), 0);
-  ASSERT_EQ(pthread_setattr_default_np(&absurd), 0);
-  driver_.expect(startsWith({}, isAbsent(1)));
-  EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_FAILED_CREATING_THREAD);
-
-  ASSERT_EQ(pthread_setattr_default_np(&usual), 0);
+  {
+    const RefusedThreads refused;
+    driver_.expect(startsWith({}, isAbsent(1)));
+    EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_FAILED_CREATING_THREAD);
+  }
   driver_.expect(closes(0) + startsWith({}, isAbsent(1)));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
 }

@@ -1,6 +1,5 @@
 // The notification thread itself, beside a thread that registers and asks.
 #include <gmock/gmock.h>
-#include <pthread.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -9,6 +8,7 @@
 
 #include "qvrdev/device_table.h"
 #include "qvrdev/notification.h"
+#include "support/refused_threads.h"
 #include "unit/sdk/qvrdev/notification_chips.h"
 
 using namespace gfast;
@@ -160,16 +160,9 @@ TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
   }
 }
 
-#if defined(__GLIBC__) && !defined(__UCLIBC__)
-// A stack that no address space holds makes every further thread fail.
 TEST(ThreadThatTheSystemRefuses, IsReported) {
-  pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  const size_t beyond = sizeof(void*) == 8 ? size_t{1} << 47 : size_t{0x7FFF0000};
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, beyond), 0);
-  ASSERT_EQ(pthread_setattr_default_np(&attributes), 0);
+  const RefusedThreads refused;
   EXPECT_EQ(startNotificationThread(), QVR_E_FAILED_CREATING_THREAD);
 }
-#endif
 
 }  // namespace
