@@ -5,17 +5,20 @@
 #include <sys/epoll.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "device-files/device_names.h"
 
 namespace gfast::desk {
 
 namespace {
+
+constexpr size_t kLongestLine = 16;  // of the rediscovery file; longer than any that means something
 
 short eventsOf(int descriptor, short asked) {
   pollfd file{descriptor, asked, 0};
@@ -93,10 +96,9 @@ OpenFiles::OpenFiles(Driver& board) : board_(board), epoll_(::epoll_create1(EPOL
   }
 }
 
-void OpenFiles::watch(int descriptor, uint32_t events, ino_t inode) {
+void OpenFiles::watch(int descriptor, uint32_t events) {
   epoll_event event{};
   event.events = events;
-  event.data.u64 = inode;
   ::epoll_ctl(epoll_.number(), EPOLL_CTL_ADD, descriptor, &event);
 }
 
@@ -118,8 +120,8 @@ Descriptor OpenFiles::openDevice(int device, int flags) {
   const auto opened = std::make_shared<OpenDevice>(board_, boardDescriptor, std::move(pipe.writer));
   const std::lock_guard lock(mutex_);
   devices_[inode] = opened;
-  watch(boardDescriptor, EPOLLIN | EPOLLET, inode);
-  watch(opened->readiness(), 0, inode);  // its error, which needs no asking: nobody reads any more
+  watch(boardDescriptor, EPOLLIN | EPOLLET);
+  watch(opened->readiness(), 0);  // its error, which needs no asking: nobody reads any more
   return theirs;
 }
 
@@ -132,7 +134,7 @@ Descriptor OpenFiles::openRediscovery() {
   }
   const ino_t inode = inodeOf(theirs);
   const std::lock_guard lock(mutex_);
-  watch(pipe.reader.number(), EPOLLIN, inode);
+  watch(pipe.reader.number(), EPOLLIN);
   rediscoveries_[inode].reader = std::move(pipe.reader);
   return theirs;
 }
@@ -157,54 +159,56 @@ void OpenFiles::showReadiness() {
 }
 
 void OpenFiles::attend() {
-  std::vector<epoll_event> events(16);
-  const int count = ::epoll_wait(epoll_.number(), events.data(), static_cast<int>(events.size()), 0);
-  for (int i = 0; i < count; i++) {
-    attendTo(events[static_cast<size_t>(i)].data.u64);
-  }
-  rediscover();
+  // The events themselves say little: which files they are about is looked up with the lock held.
+  std::array<epoll_event, 16> taken;
+  ::epoll_wait(epoll_.number(), taken.data(), static_cast<int>(taken.size()), 0);
+  settle();
+  showReadiness();
 }
 
-void OpenFiles::attendTo(ino_t inode) {
-  std::shared_ptr<OpenDevice> left;  // closed without the lock
-  const std::lock_guard lock(mutex_);
-  const auto found = devices_.find(inode);
-  if (found == devices_.end()) {
-    return;
-  }
-  if (!found->second->abandoned()) {
-    found->second->showReadiness();
-    return;
-  }
-  left = found->second;
-  ::epoll_ctl(epoll_.number(), EPOLL_CTL_DEL, left->readiness(), nullptr);
-  ::epoll_ctl(epoll_.number(), EPOLL_CTL_DEL, left->boardDescriptor(), nullptr);
-  devices_.erase(found);
-}
-
-void OpenFiles::rediscover() {
-  int asked = 0;
-  {
-    const std::lock_guard lock(mutex_);
-    for (auto file = rediscoveries_.begin(); file != rediscoveries_.end();) {
-      auto& [reader, line] = file->second;
-      char byte = 0;
-      ssize_t got = 0;
-      while ((got = ::read(reader.number(), &byte, 1)) == 1) {
-        if (byte != '\n') {
-          line += byte;
-        } else {
-          asked += std::exchange(line, {}) == device_files::kRediscoverRequest ? 1 : 0;
-        }
-      }
-      const bool ended = got == 0;
-      asked += ended && line == device_files::kRediscoverRequest ? 1 : 0;
-      file = ended ? rediscoveries_.erase(file) : std::next(file);
-    }
-  }
-  for (; asked > 0; asked--) {
+void OpenFiles::settle() {
+  // Each closes its board descriptor as soon as no request needs it, and without the lock.
+  takeAbandoned().clear();
+  for (int asked = takeRediscoveries(); asked > 0; asked--) {
     board_.rediscover();
   }
+}
+
+OpenFiles::Devices OpenFiles::takeAbandoned() {
+  Devices abandoned;
+  const std::lock_guard lock(mutex_);
+  for (auto next = devices_.begin(); next != devices_.end();) {
+    const auto device = next++;
+    if (device->second->abandoned()) {
+      ::epoll_ctl(epoll_.number(), EPOLL_CTL_DEL, device->second->readiness(), nullptr);
+      ::epoll_ctl(epoll_.number(), EPOLL_CTL_DEL, device->second->boardDescriptor(), nullptr);
+      abandoned.insert(devices_.extract(device));
+    }
+  }
+  return abandoned;
+}
+
+// How often it was asked for since the last time.
+int OpenFiles::takeRediscoveries() {
+  int asked = 0;
+  const std::lock_guard lock(mutex_);
+  for (auto file = rediscoveries_.begin(); file != rediscoveries_.end();) {
+    auto& [reader, line] = file->second;
+    char byte = 0;
+    ssize_t got = 0;
+    while ((got = ::read(reader.number(), &byte, 1)) == 1) {
+      if (byte != '\n') {
+        line.resize(std::min(line.size(), kLongestLine));
+        line += byte;
+      } else {
+        asked += std::exchange(line, {}) == device_files::kRediscoverRequest ? 1 : 0;
+      }
+    }
+    const bool ended = got == 0;
+    asked += ended && line == device_files::kRediscoverRequest ? 1 : 0;
+    file = ended ? rediscoveries_.erase(file) : std::next(file);
+  }
+  return asked;
 }
 
 }  // namespace gfast::desk

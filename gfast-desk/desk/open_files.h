@@ -81,17 +81,21 @@ class OpenFiles {
   // To be called when the board may have more or less to say than before.
   void showReadiness();
 
-  // Does what the program has written to the rediscovery file so far.
-  void rediscover();
+  // Does what the program has asked by closing files and by writing to the rediscovery file so far. To be
+  // called before a request that it has made since.
+  void settle();
 
  private:
-  void watch(int descriptor, uint32_t events, ino_t inode);
-  void attendTo(ino_t inode);
+  using Devices = std::map<ino_t, std::shared_ptr<OpenDevice>>;
+
+  void watch(int descriptor, uint32_t events);
+  Devices takeAbandoned();
+  int takeRediscoveries();
 
   Driver& board_;
   Descriptor epoll_;
   std::mutex mutex_;  // guards everything below
-  std::map<ino_t, std::shared_ptr<OpenDevice>> devices_;
+  Devices devices_;
   struct Rediscovery {
     Descriptor reader;
     std::string line;

@@ -89,8 +89,7 @@ void SystemCalls::work() {
 }
 
 void SystemCalls::serve(const seccomp_notif& call) {
-  // What the program wrote there happened before it made this call.
-  files_.rediscover();
+  files_.settle();
   const Reply reply = replyTo(call);
   if (reply.kind == Reply::Kind::kSent) {
     return;
