@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/expected_requests.h"
-#include "unit/gfast-desk/counting_board.h"
+#include "unit/device-files/counting_board.h"
 
 using namespace gfast::desk;
 

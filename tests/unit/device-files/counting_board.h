@@ -1,4 +1,4 @@
-// A board that counts what is open, and does what device_user.cpp asks of it:
+// A board that counts what is open, and does what a test asks of it:
 //
 //   DFEIOCGETRESULT   retcode is the number of open descriptors
 //   DFEIOCDEVINFO     retcode is the number of far-end messages so far
@@ -69,10 +69,16 @@ class CountingBoard final : public gfast::Driver {
         return 0;
       }
       case DFEIOCMEMRD:
+        if (!holds(u.memread.buf, u.memread.bufsize, u.memread.hw_mem_len)) {
+          return EINVAL;
+        }
         std::fill_n(u.memread.buf, u.memread.hw_mem_len, static_cast<char>(u.memread.hw_mem_addr));
         u.memread.datalen_copied_to_user = u.memread.hw_mem_len;
         return 0;
       case DFEIOCMEMWR:
+        if (!holds(u.memwrite.buf, u.memwrite.bufsize, u.memwrite.hw_mem_len)) {
+          return EINVAL;
+        }
         return std::count(u.memwrite.buf, u.memwrite.buf + u.memwrite.hw_mem_len,
                           static_cast<char>(u.memwrite.hw_mem_addr)) == u.memwrite.hw_mem_len
                    ? 0
@@ -84,7 +90,14 @@ class CountingBoard final : public gfast::Driver {
     }
   }
 
+  static bool holds(const char* buffer, uint32_t size, uint32_t length) {
+    return size >= length && (buffer != nullptr || length == 0);
+  }
+
   int exchange(gfast_farendmsg& message) {
+    if (!holds(message.buf, message.bufsize, message.outmsg_datalen)) {
+      return EINVAL;
+    }
     messages_++;
     mutex_.unlock();
     std::this_thread::sleep_for(std::chrono::milliseconds(10 * message.port_idx));
