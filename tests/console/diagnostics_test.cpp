@@ -163,7 +163,7 @@ TEST_F(Diagnostics, LogOnStandardOutputOnceInAScript) {
 TEST_F(Diagnostics, EndWithAnAssertionAtADeviceThatCannotBe) {
   for (const char* command : {"start extcom-test\n", "show extcom-results\n"}) {
     const Ended ended = ranScript(kQuiet, std::string("show version ?\n") + command + "show version\n");
-    EXPECT_EQ(ended.status, -SIGSEGV) << command;
+    EXPECT_EQ(ended.status, killedBy(SIGSEGV)) << command;
     EXPECT_THAT(ended.output,
                 MatchesRegex("show version\nAssert 100 in file \\.\\./qvrdev\\.c at line [0-9]+\n"
                              "Unknown device handle\nParam 0 = 2\n"))

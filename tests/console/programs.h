@@ -16,6 +16,11 @@ inline std::string gfastLab() {
   return other != nullptr ? other : GFAST_LAB;
 }
 
+// The end of a console that a signal kills, as ConsoleProgram has it; gfast-desk tells it as a shell does.
+inline int killedBy(int signal) {
+  return std::getenv("GFAST_LAB") != nullptr ? 128 + signal : -signal;
+}
+
 // A board whose lines are up from the start, so that no event is printed while a test looks.
 inline const std::string& quietBoard() {
   static const ScratchDirectory directory;
