@@ -49,7 +49,7 @@ CarriedRequest::CarriedRequest(uint32_t code, const gfast_iocreq& envelope) : en
   }
   field_ = use.field;
   copied_ = use.copied;
-  address_ = reinterpret_cast<uintptr_t>(*use.field);
+  theirs_ = *use.field;
   // The board refuses a request that sends more than its buffer holds.
   sent_ = std::min(use.sent, use.size);
   room_ = use.copied != nullptr ? use.size : 0;
@@ -60,7 +60,7 @@ CarriedRequest::CarriedRequest(uint32_t code, const gfast_iocreq& envelope) : en
 
 const gfast_iocreq& CarriedRequest::answer() {
   if (field_ != nullptr) {
-    *field_ = reinterpret_cast<char*>(address_);
+    *field_ = theirs_;
   }
   return envelope_;
 }

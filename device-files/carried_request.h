@@ -23,7 +23,7 @@ class CarriedRequest {
   bool tooLarge() const { return tooLarge_; }
 
   // Where the caller's buffer is in the caller's memory. 0: it gave none, or the request has none.
-  uintptr_t address() const { return address_; }
+  uintptr_t address() const { return reinterpret_cast<uintptr_t>(theirs_); }
 
   // The part of the copy that the driver reads, from the buffer's first byte: to be filled before the request
   // is served.
@@ -44,7 +44,7 @@ class CarriedRequest {
   gfast_iocreq envelope_;
   char** field_ = nullptr;            // the envelope's address of the buffer
   const uint32_t* copied_ = nullptr;  // the envelope's count of bytes that the driver filled
-  uintptr_t address_ = 0;
+  char* theirs_ = nullptr;            // never followed: it is an address of the caller's
   uint32_t sent_ = 0;
   uint32_t room_ = 0;
   bool tooLarge_ = false;

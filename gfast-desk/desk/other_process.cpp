@@ -12,7 +12,7 @@ namespace {
 
 // Another process's address is a number here and never followed.
 void* asPointer(uint64_t address) {
-  return reinterpret_cast<void*>(static_cast<uintptr_t>(address));
+  return reinterpret_cast<void*>(static_cast<uintptr_t>(address));  // NOLINT(performance-no-int-to-ptr)
 }
 
 std::string procName(pid_t thread, const char* what) {
