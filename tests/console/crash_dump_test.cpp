@@ -32,7 +32,7 @@ class CrashedBoard : public testing::Test {
     const std::string board = directory_.write(
         "board.toml", "[[device]]\nline = \"showtime\"\n[[device]]\nline = \"showtime\"\n" + crashes);
     program_ = std::make_unique<ConsoleProgram>(
-        LAUNCHER, std::vector<std::string>{GFAST_LAB, "--board", board, "--port", "0"}, directory_.path());
+        LAUNCHER, std::vector<std::string>{gfastLab(), "--board", board, "--port", "0"}, directory_.path());
     session_ = std::make_unique<OpenSession>(program_->port());
   }
 

@@ -28,7 +28,7 @@ class Diagnostics : public testing::Test {
   void start(const std::string& board) {
     const std::string file = directory_.write("board.toml", board);
     program_ = std::make_unique<ConsoleProgram>(
-        LAUNCHER, std::vector<std::string>{GFAST_LAB, "--board", file, "--port", "0"}, directory_.path());
+        LAUNCHER, std::vector<std::string>{gfastLab(), "--board", file, "--port", "0"}, directory_.path());
     session_ = std::make_unique<OpenSession>(program_->port());
   }
 
@@ -42,7 +42,7 @@ class Diagnostics : public testing::Test {
   Ended ranScript(const std::string& board, const std::string& commands) {
     const std::string file = directory_.write("board.toml", board);
     const std::string script = directory_.write("script.txt", commands);
-    ConsoleProgram program(LAUNCHER, {GFAST_LAB, "--board", file, script}, directory_.path());
+    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", file, script}, directory_.path());
     const int status = program.wait();
     return {status, program.output()};
   }
@@ -163,7 +163,7 @@ TEST_F(Diagnostics, LogOnStandardOutputOnceInAScript) {
 TEST_F(Diagnostics, EndWithAnAssertionAtADeviceThatCannotBe) {
   for (const char* command : {"start extcom-test\n", "show extcom-results\n"}) {
     const Ended ended = ranScript(kQuiet, std::string("show version ?\n") + command + "show version\n");
-    EXPECT_EQ(ended.status, -SIGSEGV) << command;
+    EXPECT_EQ(ended.status, killedBy(SIGSEGV)) << command;
     EXPECT_THAT(ended.output,
                 MatchesRegex("show version\nAssert 100 in file \\.\\./qvrdev\\.c at line [0-9]+\n"
                              "Unknown device handle\nParam 0 = 2\n"))

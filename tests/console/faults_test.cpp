@@ -19,7 +19,7 @@ class BoardOf : public testing::Test {
   std::string printed(const std::string& board, const std::string& commands) {
     const std::string boardFile = scratch_.write("board.toml", board);
     const std::string script = scratch_.write("script.txt", commands);
-    ConsoleProgram program(LAUNCHER, {GFAST_LAB, "--board", boardFile, script});
+    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", boardFile, script});
     EXPECT_EQ(program.wait(), 0);
     const std::string quiet =
         std::regex_replace(program.output(), std::regex("(Reboot notification|Link \\[)[^\n]*\n"), "");

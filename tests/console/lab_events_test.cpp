@@ -35,7 +35,7 @@ class LabEvents : public testing::Test {
   void start(const std::string& board) {
     setenv("TZ", "LAB-3", 1);  // three hours ahead of UTC
     const std::string file = directory_.write("board.toml", board);
-    const std::vector<std::string> command{GFAST_LAB, "--board", file, "--port", "0"};
+    const std::vector<std::string> command{gfastLab(), "--board", file, "--port", "0"};
     program_ = std::make_unique<ConsoleProgram>(LAUNCHER, command);
     session_ = std::make_unique<OpenSession>(program_->port());
   }

@@ -45,7 +45,7 @@ class StatusOf : public testing::Test {
   std::string session(const std::string& text) {
     const std::string file = scratch_.write("board.toml", text);
     for (int attempt = 0; attempt < kAttempts; attempt++) {
-      ConsoleProgram program(LAUNCHER, {GFAST_LAB, "--board", file, "--port", "0"});
+      ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", file, "--port", "0"});
       const std::string transcript = typedAt(program.port());
       if (program.output().find("state changed") == std::string::npos) {
         return transcript;
@@ -56,7 +56,7 @@ class StatusOf : public testing::Test {
 
   // What a script prints with the board.
   std::string script(const std::string& text, const std::string& commands) {
-    ConsoleProgram program(LAUNCHER, {GFAST_LAB, "--board", scratch_.write("board.toml", text),
+    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", scratch_.write("board.toml", text),
                                       scratch_.write("script.txt", commands)});
     EXPECT_EQ(program.wait(), 0);
     return program.output();

@@ -161,7 +161,7 @@ class LoopPhysics : public testing::TestWithParam<Loop> {
  protected:
   LoopPhysics()
       : program_(LAUNCHER,
-                 {GFAST_LAB, "--board", scratch_.write("board.toml", GetParam().board()), "--port", "0"}),
+                 {gfastLab(), "--board", scratch_.write("board.toml", GetParam().board()), "--port", "0"}),
         session_(program_.port()) {}
 
   const Loop& loop() const { return GetParam(); }

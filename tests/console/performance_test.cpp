@@ -69,7 +69,7 @@ std::string transcript(const std::string& board, const std::string& line) {
   const ScratchDirectory directory;
   setenv("TZ", zoneAtFivePastTen().c_str(), 1);
   ConsoleProgram program(LAUNCHER,
-                         {GFAST_LAB, "--board", directory.write("board.toml", board), "--port", "0"});
+                         {gfastLab(), "--board", directory.write("board.toml", board), "--port", "0"});
   OpenSession session(program.port());
   std::string text;
   for (const std::string command :

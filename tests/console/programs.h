@@ -1,6 +1,7 @@
 // The programs that the tests type at.
 #pragma once
 
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,17 @@
 
 // What `show version` answers.
 inline constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\r\n";
+
+// gfast-lab, or the program that the environment puts in its place.
+inline std::string gfastLab() {
+  const char* const other = std::getenv("GFAST_LAB");
+  return other != nullptr ? other : GFAST_LAB;
+}
+
+// The end of a console that a signal kills, as ConsoleProgram has it; gfast-desk tells it as a shell does.
+inline int killedBy(int signal) {
+  return std::getenv("GFAST_LAB") != nullptr ? 128 + signal : -signal;
+}
 
 // A board whose lines are up from the start, so that no event is printed while a test looks.
 inline const std::string& quietBoard() {
@@ -20,7 +32,7 @@ inline const std::string& quietBoard() {
 
 // gfast-lab with these arguments, on the quiet board.
 inline ConsoleProgram lab(std::vector<std::string> arguments, const std::string& directory = ".") {
-  arguments.insert(arguments.begin(), {GFAST_LAB, "--board", quietBoard()});
+  arguments.insert(arguments.begin(), {gfastLab(), "--board", quietBoard()});
   return ConsoleProgram(LAUNCHER, arguments, directory);
 }
 

@@ -28,7 +28,7 @@ std::vector<std::string> transcript() {
 TEST(Readme, ShowsWhatTheLabPrints) {
   std::string expected;
   std::string shown;
-  ConsoleProgram program(LAUNCHER, {GFAST_LAB, "--port", "0"});
+  ConsoleProgram program(LAUNCHER, {gfastLab(), "--port", "0"});
   OpenSession session(program.port());
   for (const std::string& line : transcript()) {
     expected += line + "\n";

@@ -49,7 +49,7 @@ class RequestTrace : public testing::Test {
                                              "[[device]]\nside = \"cpe\"\nline = \"idle\"\n");
     const std::string script = scratch_.write("script.txt", commands);
     const std::string trace = scratch_.path() + "/trace.txt";
-    ConsoleProgram program(LAUNCHER, {GFAST_LAB, "--board", board, "--trace-requests", trace, script});
+    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", board, "--trace-requests", trace, script});
     EXPECT_EQ(program.wait(), 0);
     return readTrace(trace);
   }

@@ -64,7 +64,7 @@ TEST(Script, ThatRunsItselfEnds) {
 
 // gfast-lab on a board without chips.
 ConsoleProgram emptyLab(const ScratchDirectory& directory, const std::vector<std::string>& arguments) {
-  std::vector<std::string> command = {GFAST_LAB, "--board",
+  std::vector<std::string> command = {gfastLab(), "--board",
                                       directory.write("none.toml", "[board]\ndevices = 0\n")};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return ConsoleProgram(LAUNCHER, command);

@@ -25,7 +25,7 @@ class Signals : public testing::Test {
     const std::string file = directory_.write("board.toml", board + devices);
     session_.reset();
     program_ = std::make_unique<ConsoleProgram>(
-        LAUNCHER, std::vector<std::string>{GFAST_LAB, "--board", file, "--port", "0"}, directory_.path());
+        LAUNCHER, std::vector<std::string>{gfastLab(), "--board", file, "--port", "0"}, directory_.path());
     session_ = std::make_unique<OpenSession>(program_->port());
   }
 

@@ -80,7 +80,7 @@ std::vector<int> requestsOf(const std::vector<std::string>& commands) {
   const std::string trace = scratch.path() + "/trace.txt";
   ConsoleProgram program(
       LAUNCHER,
-      {GFAST_LAB, "--board", quietBoard(), "--trace-requests", trace, scratch.write("script.txt", script)},
+      {gfastLab(), "--board", quietBoard(), "--trace-requests", trace, scratch.write("script.txt", script)},
       scratch.path());
   EXPECT_EQ(program.wait(), 0);
   std::vector<int> counts;

@@ -63,7 +63,7 @@ std::string transcript(const std::string& name) {
 class Tones : public testing::Test {
  protected:
   explicit Tones(const std::string& board = quietBoard())
-      : program_(LAUNCHER, {GFAST_LAB, "--board", board, "--port", "0"}, scratch_.path()),
+      : program_(LAUNCHER, {gfastLab(), "--board", board, "--port", "0"}, scratch_.path()),
         session_(program_.port()) {}
 
   // What a line prints, without the session's carriage returns.
