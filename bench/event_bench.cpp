@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -103,7 +104,7 @@ Latency measureBareLoop() {
 }
 
 Latency measureLab() {
-  const ScratchDirectory scratch;
+  const TemporaryFolder scratch;
   ConsoleProgram lab("", {GFAST_LAB, "--board", scratch.write("board.toml", kLonelyLine), "--port", "0"});
   ConsoleSession session(lab.port());
   session.awaitPrompt();
@@ -179,7 +180,7 @@ void printIdleCost(const char* who, pid_t pid) {
 }
 
 void measureIdle() {
-  const ScratchDirectory scratch;
+  const TemporaryFolder scratch;
   ConsoleProgram lab("", {GFAST_LAB, "--board", scratch.write("board.toml", kLinesUp), "--port", "0"});
   const uint16_t port = lab.port();
   std::this_thread::sleep_for(1s);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -52,7 +53,7 @@ Command productCommand() {
 
 // With lines that are up from the start.
 Command showtimeCommand() {
-  static const ScratchDirectory directory;
+  static const TemporaryFolder directory;
   static const std::string board = directory.write("board.toml",
                                                    "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
                                                    "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n");
@@ -104,7 +105,7 @@ class Rows {
   }
 
   const char* command_;
-  ScratchDirectory scratch_;
+  TemporaryFolder scratch_;
   std::string file_;
   std::string text_;
   std::vector<double> plain_s_;

@@ -60,7 +60,7 @@ class CrashedBoard : public testing::Test {
   std::string file(const std::string& name) const { return readText(directory_.path() + "/" + name); }
 
  private:
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   std::unique_ptr<ConsoleProgram> program_;
   std::unique_ptr<OpenSession> session_;
 };

@@ -33,7 +33,7 @@ class BoardOf : public testing::Test {
   }
 
  private:
-  ScratchDirectory scratch_;
+  TemporaryFolder scratch_;
 };
 
 TEST_F(BoardOf, NoChipsWarnsOnceAndEveryCommandAnswers) {

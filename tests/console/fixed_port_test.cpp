@@ -46,7 +46,7 @@ TEST(GfastCli, SaysThatThePortIsTakenAndExitsWith1) {
 }
 
 TEST(GfastCli, RunsAScriptAndExitsWith0) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   ConsoleProgram program = gfastCli({directory.write("a.txt", "sleep ?\n"), "ignored"});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\nsleep <seconds>\n");

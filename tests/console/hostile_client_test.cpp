@@ -175,7 +175,7 @@ TEST(HostileClient, ResetsWhileACommandWaits) {
 
 TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
   LabServer lab;
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   const std::string script = directory.write("a.txt", "sleep ?\n");
   OpenSession session(lab.port());
   session.send("run " + script + " 4294967295\r");

@@ -67,7 +67,7 @@ class LabEvents : public testing::Test {
   OpenSession& session() { return *session_; }
 
  private:
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   std::unique_ptr<ConsoleProgram> program_;
   std::unique_ptr<OpenSession> session_;
 };

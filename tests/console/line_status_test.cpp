@@ -85,7 +85,7 @@ class StatusOf : public testing::Test {
     return text;
   }
 
-  ScratchDirectory scratch_;
+  TemporaryFolder scratch_;
 };
 
 TEST_F(StatusOf, IdleLines) {

@@ -175,7 +175,7 @@ class LoopPhysics : public testing::TestWithParam<Loop> {
   double number(const std::string& command) { return std::stod(session_.type(command)); }
 
  private:
-  ScratchDirectory scratch_;
+  TemporaryFolder scratch_;
   ConsoleProgram program_;
   OpenSession session_;
 };

@@ -66,7 +66,7 @@ std::string masked(std::string text) {
 }
 
 std::string transcript(const std::string& board, const std::string& line) {
-  const ScratchDirectory directory;
+  const TemporaryFolder directory;
   setenv("TZ", zoneAtFivePastTen().c_str(), 1);
   ConsoleProgram program(LAUNCHER,
                          {GFAST_LAB, "--board", directory.write("board.toml", board), "--port", "0"});

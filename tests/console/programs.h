@@ -5,13 +5,14 @@
 #include <vector>
 
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 // What `show version` answers.
 inline constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\r\n";
 
 // A board whose lines are up from the start, so that no event is printed while a test looks.
 inline const std::string& quietBoard() {
-  static const ScratchDirectory directory;
+  static const TemporaryFolder directory;
   static const std::string file = directory.write("quiet.toml",
                                                   "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
                                                   "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n");

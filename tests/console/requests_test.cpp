@@ -54,7 +54,7 @@ class RequestTrace : public testing::Test {
     return readTrace(trace);
   }
 
-  ScratchDirectory scratch_;
+  TemporaryFolder scratch_;
 };
 
 TEST_F(RequestTrace, AReadGoesInPiecesOf900Bytes) {

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 const std::string kVersionLine = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\n";
 
 TEST(Script, PrintsOnStandardOutputAndExitsWith0) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   ConsoleProgram program = lab({directory.write("a.txt", "show version\nsleep ?\n")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), kVersionLine + "sleep <seconds>\n");
@@ -21,7 +21,7 @@ TEST(Script, PrintsOnStandardOutputAndExitsWith0) {
 }
 
 TEST(Script, ExitsWith0WhateverItsCommandsAnswer) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   ConsoleProgram program =
       lab({directory.write("a.txt", "no such command\nread memory 0 zz 4\nshow device-info 9\n")});
   EXPECT_EQ(program.wait(), 0);
@@ -32,14 +32,14 @@ TEST(Script, ExitsWith0WhateverItsCommandsAnswer) {
 }
 
 TEST(Script, MayBeEmpty) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   ConsoleProgram program = lab({directory.write("a.txt", "")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), "");
 }
 
 TEST(Script, MayHoldAnything) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   std::string text("\0\xFF\x80|\"'\\\t\n| | |\n\"|\" x\nshow version | egrep \"", 37);
   text += std::string(10000, '(') + "\n" + std::string(9000, 'x') + "\nshow version\n";
   ConsoleProgram program = lab({directory.write("a.txt", text)});
@@ -54,7 +54,7 @@ TEST(Script, ThatIsMissingLeavesTheServer) {
 }
 
 TEST(Script, ThatRunsItselfEnds) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   directory.write("self.txt", "run self.txt\nrun self.txt\nshow version\n");
   ConsoleProgram program = lab({"self.txt"}, directory.path());
   EXPECT_EQ(program.wait(), 0);
@@ -63,7 +63,7 @@ TEST(Script, ThatRunsItselfEnds) {
 }
 
 // gfast-lab on a board without chips.
-ConsoleProgram emptyLab(const ScratchDirectory& directory, const std::vector<std::string>& arguments) {
+ConsoleProgram emptyLab(const TemporaryFolder& directory, const std::vector<std::string>& arguments) {
   std::vector<std::string> command = {GFAST_LAB, "--board",
                                       directory.write("none.toml", "[board]\ndevices = 0\n")};
   command.insert(command.end(), arguments.begin(), arguments.end());
@@ -71,7 +71,7 @@ ConsoleProgram emptyLab(const ScratchDirectory& directory, const std::vector<std
 }
 
 TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   ConsoleProgram program =
       emptyLab(directory, {directory.write("a.txt", "show device-info\nread sbr\nsleep ?\n")});
   EXPECT_EQ(program.wait(), 0);
@@ -83,7 +83,7 @@ TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
 }
 
 TEST(Server, WarnsOnceWithoutDevicesAndStillPrompts) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   ConsoleProgram program = emptyLab(directory, {"--port", "0"});
   const std::string listening = "Listening on port " + std::to_string(program.port()) + "\n";
   EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\n" + listening);

@@ -110,7 +110,7 @@ TEST(ConsoleSessions, RunsWhatWasSentBeforeThePeerEndedItsInput) {
 
 TEST(ConsoleSessions, SeesWhatWasPrintedBeforeAWait) {
   LabServer lab;
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   const std::string script = directory.write("wait.txt", "show version\nsleep 86400\n");
   OpenSession session(lab.port());
   session.send("run " + script + "\r");
@@ -119,7 +119,7 @@ TEST(ConsoleSessions, SeesWhatWasPrintedBeforeAWait) {
 
 TEST(ConsoleSessions, SeesEachCommandOfAScriptWhenItEnds) {
   LabServer lab;
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   const std::string script =
       directory.write("order.txt", "show version\nshow device-info 0 | count\nread sbr ?\nhelp | count\n");
   OpenSession session(lab.port());
@@ -132,7 +132,7 @@ TEST(ConsoleSessions, SeesEachCommandOfAScriptWhenItEnds) {
 
 TEST(ConsoleSessions, FiltersWhatAScriptPrints) {
   LabServer lab;
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   const std::string inner = directory.write("inner.txt", "show device-info 0 | include State\nread sbr ?\n");
   const std::string outer = directory.write("outer.txt", "run " + inner + " | exclude Config\nsleep ?\n");
   OpenSession session(lab.port());
@@ -143,7 +143,7 @@ TEST(ConsoleSessions, FiltersWhatAScriptPrints) {
 }
 
 TEST(ConsoleSessions, GoesOnAfterAScriptThatRunsItself) {
-  ScratchDirectory directory;
+  TemporaryFolder directory;
   LabServer lab(directory.path());
   directory.write("self.txt", "run self.txt\n");
   OpenSession session(lab.port());

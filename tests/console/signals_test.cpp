@@ -46,7 +46,7 @@ class Signals : public testing::Test {
   }
 
  private:
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   std::unique_ptr<ConsoleProgram> program_;
   std::unique_ptr<OpenSession> session_;
 };

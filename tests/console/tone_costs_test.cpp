@@ -72,7 +72,7 @@ constexpr const char* kMarkTraced = " 0 memread 0xd0000000 4 ok";
 
 // How many requests each command of a script makes, those of the notification thread left out.
 std::vector<int> requestsOf(const std::vector<std::string>& commands) {
-  const ScratchDirectory scratch;
+  const TemporaryFolder scratch;
   std::string script = kMark;
   for (const std::string& command : commands) {
     script += command + "\n" + kMark;

@@ -83,7 +83,7 @@ class Tones : public testing::Test {
   const std::string& folder() const { return scratch_.path(); }
 
  private:
-  ScratchDirectory scratch_;
+  TemporaryFolder scratch_;
   ConsoleProgram program_;
   OpenSession session_;
 };
@@ -198,8 +198,8 @@ class TonesOfBoard : public Tones {
   }
 
  private:
-  static const ScratchDirectory& boards() {
-    static const ScratchDirectory directory;
+  static const TemporaryFolder& boards() {
+    static const TemporaryFolder directory;
     return directory;
   }
 };

@@ -7,8 +7,15 @@
 #include <random>
 #include <vector>
 
+#include "qvrdev/device_table.h"
+#include "qvrfast/interval_history.h"
+#include "qvrfast/quarter_hours.h"
+#include "qvrline/interval_counters.h"
 #include "soak/simulated_board.h"
-#include "unit/sdk/qvrfast/history.h"
+#include "support/lines.h"
+#include "support/local_time.h"
+#include "support/performance_counters.h"
+#include "support/test_clock.h"
 
 using namespace gfast;
 using namespace gfast::board;

@@ -12,23 +12,6 @@
 // Nothing that a test waits for takes this long unless it never comes.
 constexpr auto kPatience = std::chrono::seconds(60);
 
-// A directory of its own for files that a test writes; gone with it.
-class ScratchDirectory {
- public:
-  ScratchDirectory();
-  ~ScratchDirectory();
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-
-  const std::string& path() const { return path_; }
-
-  // Writes a file and answers its full name.
-  std::string write(const std::string& name, std::string_view content) const;
-
- private:
-  std::string path_;
-};
-
 // One running program. Killed when it goes out of scope.
 class ConsoleProgram {
  public:

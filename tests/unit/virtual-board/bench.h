@@ -11,13 +11,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <string>
 #include <vector>
 
 #include "chip/boot_register.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
+#include "support/temporary_folder.h"
+#include "support/text_file.h"
 #include "virtual-board/base/errno_names.h"
 #include "virtual-board/board/virtual_board.h"
 #include "virtual-board/description/board_file.h"
@@ -46,29 +47,16 @@ inline std::vector<uint8_t> fromHex(const std::string& text) {
 // A file that lives as long as the test.
 class TempFile {
  public:
-  explicit TempFile(const std::string& content = "", const char* name = "") {
-    char folder[] = "/tmp/board-test-XXXXXX";
-    folder_ = ::mkdtemp(folder);
-    path_ = folder_ + '/' + (*name == '\0' ? "file" : name);
-    std::ofstream(path_, std::ios::binary) << content;
-  }
+  explicit TempFile(const std::string& content = "", const char* name = "file")
+      : path_(folder_.write(name, content)) {}
   explicit TempFile(const std::vector<uint8_t>& content)
       : TempFile(std::string(content.begin(), content.end())) {}
-  TempFile(const TempFile&) = delete;
-  TempFile& operator=(const TempFile&) = delete;
-  ~TempFile() {
-    ::unlink(path_.c_str());
-    ::rmdir(folder_.c_str());
-  }
   const std::string& path() const { return path_; }
-  const std::string& folder() const { return folder_; }
-  std::string content() const {
-    std::ifstream file(path_, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  const std::string& folder() const { return folder_.path(); }
+  std::string content() const { return readText(path_); }
 
  private:
-  std::string folder_;
+  TemporaryFolder folder_;
   std::string path_;
 };
 

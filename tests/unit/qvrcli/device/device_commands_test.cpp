@@ -6,6 +6,7 @@
 #include "chip/parameters.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
+#include "support/boot_register.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;
@@ -126,13 +127,6 @@ TEST_F(ShowDeviceInfo, AnAbsentDeviceIsNotRefreshed) {
 }
 
 using Reboot = TypedConsole;
-
-// What a reboot makes of the boot register, and the reset behind it.
-Script reboots(int device, uint32_t before, uint32_t after) {
-  return readsWord(device, SBR_REG_ADDRESS, before) + writesWord(device, SBR_REG_ADDRESS, after) +
-         writesWord(device, PLL_MUX_REG_ADDRESS, 0) +
-         writesWord(device, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
-}
 
 TEST_F(Reboot, IntoTheApplicationByDefault) {
   expect(opens(0) + reboots(0, 0x01800101, 0x01800210));

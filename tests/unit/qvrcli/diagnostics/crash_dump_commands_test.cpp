@@ -12,8 +12,8 @@
 #include "chip/device_information.h"
 #include "qvrcli/diagnostics/crash_dump.h"
 #include "std/byte_order.h"
-#include "support/console_session.h"
 #include "support/stored_text.h"
+#include "support/temporary_folder.h"
 #include "unit/qvrcli/captured_console.h"
 
 using namespace gfast;
@@ -72,7 +72,7 @@ class CrashDumpFile : public testing::Test {
     }
   }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   Devices devices_;
 };
 
@@ -375,7 +375,7 @@ class AnalyzeCrashDump : public testing::Test {
     directory_.write("dump.txt", text);
   }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   CapturedConsole console_;
 };
 

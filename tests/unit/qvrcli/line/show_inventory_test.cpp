@@ -1,7 +1,9 @@
 // Who is at the ends of a line, at the console; what equipment writes cannot leave its field or steer the
 // terminal.
+#include "support/chip_identity.h"
+#include "support/inventory.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrfast/status_records.h"
 
 using namespace gfast;
 using namespace gfast::console;

@@ -53,13 +53,8 @@ class ToneCommands : public ToneConsole {
     const uint32_t area1 = sent ? 0xE5007000 : 0xE5008000;
     Bytes entries(4096, 0xFF);
     std::ranges::copy(loading(sent), entries.begin());
-    Script script = findsTones(device) + readsSet(device, sent) + readsWord(device, index, 3);
-    for (size_t at = 0; at < entries.size(); at += 900) {
-      const auto begin = entries.begin() + static_cast<ptrdiff_t>(at);
-      const auto length = static_cast<ptrdiff_t>(std::min<size_t>(900, entries.size() - at));
-      script = script + reads(device, area1 + static_cast<uint32_t>(at), Bytes(begin, begin + length));
-    }
-    return script + readsWord(device, index, 3);
+    return findsTones(device) + readsSet(device, sent) + readsWord(device, index, 3) +
+           readsInPieces(device, area1, entries) + readsWord(device, index, 3);
   }
   Script snrOf(int device, bool downstream) {
     const bool farReceives = downstream == (device == 0);

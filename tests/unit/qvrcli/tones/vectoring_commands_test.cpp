@@ -1,4 +1,5 @@
 // The vectoring matrices at the console: given the coefficients a chip has, this is written into the file.
+#include "support/vectoring.h"
 #include "unit/qvrcli/tones/tone_requests.h"
 
 using namespace gfast;
@@ -23,7 +24,7 @@ class ShowVectoring : public ToneConsole {
     return static_cast<int>(16 * (kUsers * i + j) + 4096 * pair);
   }
 
-  // The chip's area, in windows of 256 bytes of which 8 are guard words.
+  // The chip's area.
   static Script readsArea(int device, uint32_t area, size_t pairs) {
     std::vector<int> values;
     for (size_t i = 0; i < kUsers; i++) {
@@ -34,16 +35,7 @@ class ShowVectoring : public ToneConsole {
         }
       }
     }
-    const Bytes bytes = halves(values);
-    Script script;
-    for (size_t at = 0; at < bytes.size(); at += 248) {
-      Bytes window = words({9, 9});
-      window.resize(256);
-      std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(at), std::min<size_t>(248, bytes.size() - at),
-                  window.begin() + 8);
-      script = script + reads(device, area + static_cast<uint32_t>(at), window);
-    }
-    return script;
+    return readsCoefficients(device, area, littleEndian16(values));
   }
 
   // A row of the file: the chip's j-th value of user i stands in line j, column i.

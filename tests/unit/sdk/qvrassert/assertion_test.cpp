@@ -1,7 +1,7 @@
 // An assertion prints its report and ends the process by a memory fault.
 #include "qvrassert/qvrassert.h"
 
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
 
 using namespace gfast;
 

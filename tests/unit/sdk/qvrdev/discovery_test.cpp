@@ -7,8 +7,11 @@
 #include "chip/device_information.h"
 #include "chip/registers.h"
 #include "qvrdev/device_table.h"
+#include "support/assertions.h"
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/expected_requests.h"
 #include "support/test_clock.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 

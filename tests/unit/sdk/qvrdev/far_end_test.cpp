@@ -1,5 +1,7 @@
 // Management messages to the far end.
-#include "unit/sdk/seams.h"
+#include "support/chip_identity.h"
+#include "support/expected_requests.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 

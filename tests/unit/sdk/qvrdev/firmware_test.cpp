@@ -1,8 +1,10 @@
 // Images and flash.
 #include <ostream>
 
-#include "chip/boot_register.h"
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
+#include "support/boot_register.h"
+#include "support/devices.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -11,10 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-constexpr uint32_t kInB0 = 0x00800000;
-constexpr uint32_t kInB1 = 0x01000000;
-constexpr uint32_t kInApp = 0x01800000;
 
 Script finds(int device, uint32_t sbr) {
   return readsWord(device, SBR_REG_ADDRESS, sbr);

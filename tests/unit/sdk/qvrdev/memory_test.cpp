@@ -3,7 +3,8 @@
 
 #include "chip/boot_register.h"
 #include "qvrdev/device_table.h"
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
+#include "support/devices.h"
 
 using namespace gfast;
 
@@ -18,11 +19,6 @@ Bytes pattern(size_t length, uint8_t first) {
   Bytes bytes(length);
   std::iota(bytes.begin(), bytes.end(), first);
   return bytes;
-}
-
-Bytes joined(Bytes a, const Bytes& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
 }
 
 TEST(ReadMemory, OpensTheDeviceOnFirstUseOnly) {
@@ -42,7 +38,7 @@ TEST(ReadMemory, Of2000BytesTakesThreeRequests) {
                           reads(1, kAddress + 1800, c));
   Bytes bytes(2000);
   EXPECT_EQ(QVR_readmem(1, kAddress, bytes.data(), 2000), QVR_E_STATUS_OK);
-  EXPECT_EQ(bytes, joined(joined(a, b), c));
+  EXPECT_EQ(bytes, a + b + c);
 }
 
 TEST(ReadMemory, Of1800BytesTakesExactlyTwoRequests) {
@@ -76,7 +72,7 @@ TEST(ReadMemory, AFailedLaterRequestKeepsWhatWasRead) {
                           reads(0, kAddress + 900, pattern(900, 2)).fails(EIO));
   Bytes bytes(2000, 0xEE);
   EXPECT_EQ(QVR_readmem(0, kAddress, bytes.data(), 2000), QVR_E_MEMREAD_ERROR);
-  EXPECT_EQ(bytes, joined(first, Bytes(1100, 0xEE)));
+  EXPECT_EQ(bytes, first + Bytes(1100, 0xEE));
 }
 
 TEST(ReadMemory, WithoutTheDeviceNothingIsAskedAndTheNextReadTriesToOpenAgain) {

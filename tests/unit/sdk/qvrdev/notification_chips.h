@@ -9,7 +9,6 @@
 #include <cstring>
 #include <deque>
 #include <functional>
-#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -17,21 +16,11 @@
 #include "chip/boot_register.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
-#include "std/byte_order.h"
+#include "support/bytes.h"
 
 using namespace gfast;
 
-using Record = std::vector<uint8_t>;
-
-inline Record words(std::initializer_list<uint32_t> values) {
-  Record bytes(values.size() * 4);
-  size_t at = 0;
-  for (const uint32_t value : values) {
-    store_le32(&bytes[at], value);
-    at += 4;
-  }
-  return bytes;
-}
+using Record = Bytes;
 
 // An event record with a time stamp, its type and two parameters.
 inline Record event(uint32_t type, uint32_t param0 = 0, uint32_t param1 = 0) {

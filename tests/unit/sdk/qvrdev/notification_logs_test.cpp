@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <string_view>
 
@@ -10,6 +9,7 @@
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_table.h"
 #include "qvrdev/log_records.h"
+#include "support/local_time.h"
 #include "unit/sdk/qvrdev/notification_chips.h"
 
 using namespace gfast;
@@ -52,9 +52,8 @@ Record joined(std::initializer_list<Record> records) {
 class Logs : public testing::Test {
  protected:
   Logs() {
-    setenv("TZ", "UTC0", 1);
-    tzset();
-    bench_.clock.time = 1700006400 + 3661;  // 01:01:01
+    setZone("UTC0");
+    bench_.clock.time = at(1, 1, 1);
     bench_.start(0, 10);
     bench_.start(1, 11);
     QVR_registerLogMessageCB(0, listen);
@@ -271,8 +270,7 @@ TEST_F(Logs, AreLeftForTheNextGoWhenTheyAreAFlood) {
 
 // The time stands once for a buffer, in local time.
 TEST_F(Logs, CarryLocalTime) {
-  setenv("TZ", "<+0545>-5:45", 1);
-  tzset();
+  setZone("<+0545>-5:45");
   handle(0, {logRecord(0, FDU_CORE, "up")});
   EXPECT_THAT(told(), ElementsAre("0 06:46:01 FDU00 - up"));
 }

@@ -1,12 +1,11 @@
 // What the notification thread does, one step at a time.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-
 #include "qvrdev/device_events.h"
 #include "qvrdev/device_table.h"
 #include "qvrdev/log_records.h"
 #include "qvrdev/notification.h"
+#include "support/local_time.h"
 #include "unit/sdk/qvrdev/notification_chips.h"
 
 using namespace gfast;
@@ -18,16 +17,10 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr time_t kMidnight = 1700006400;  // 2023-11-15 00:00:00 UTC
-constexpr time_t at(int hour, int minute, int second) {
-  return kMidnight + (hour * 60 + minute) * 60 + second;
-}
-
 class Round : public testing::Test {
  protected:
   Round() {
-    setenv("TZ", "UTC0", 1);
-    tzset();
+    setZone("UTC0");
     bench_.clock.time = at(10, 0, 0);
     bench_.start(0, 10);
     bench_.start(1, 12);
@@ -232,8 +225,7 @@ TEST_F(RoundAtBoundary, CallsAcrossMidnight) {
 
 // New York, 2023-03-12: 01:59:59 is followed by 03:00:00. 2023-11-05: by 01:00:00.
 TEST_F(RoundAtBoundary, CallsOnceWhenClocksChange) {
-  setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
-  tzset();
+  setZone("EST5EDT,M3.2.0,M11.1.0");
   for (const time_t change : {time_t{1678604400}, time_t{1699164000}}) {
     told().clear();
     clock().time = change - 2;
@@ -246,8 +238,7 @@ TEST_F(RoundAtBoundary, CallsOnceWhenClocksChange) {
 }
 
 TEST_F(RoundAtBoundary, OfAZoneAQuarterHourOffCallsAtItsOwn) {
-  setenv("TZ", "<+0545>-5:45", 1);
-  tzset();
+  setZone("<+0545>-5:45");
   clock().time = at(10, 14, 59);
   NotificationRound round;
   stepAt(round, at(10, 15, 0));

@@ -2,9 +2,11 @@
 #include <chrono>
 #include <ostream>
 
-#include "chip/boot_register.h"
+#include "support/assertions.h"
+#include "support/boot_register.h"
+#include "support/devices.h"
 #include "support/test_clock.h"
-#include "unit/sdk/seams.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -18,12 +20,6 @@ using testing::ElementsAre;
 constexpr uint32_t kUserActivation = 0xE9100000;
 constexpr uint32_t kConfigurationState = 0x01808000;  // bit 15, application firmware
 constexpr uint32_t kLineState = 0x01800000;
-
-// Bits 4 and 9 set, reset counters cleared, PLL multiplexer and reset register written.
-Script reboots(int device, uint32_t before, uint32_t after) {
-  return readsWord(device, SBR_REG_ADDRESS, before) + writesWord(device, SBR_REG_ADDRESS, after) +
-         writesWord(device, 0xE0000018, 0) + writesWord(device, 0xE0000014, 0x80000000);
-}
 
 struct Reboot {
   const char* name;
@@ -87,13 +83,6 @@ TEST(Reset, RebootsIntoTheApplicationOrTheRom) {
   EXPECT_EQ(QVR_reset(1, FALSE), QVR_E_STATUS_OK);
 }
 
-ChipIdentity chipInState(uint32_t sbr, G9701_linkState_t line = LS_IDLE) {
-  ChipIdentity chip;
-  chip.sbr = sbr;
-  chip.setLinkState(line);
-  return chip;
-}
-
 Script modifiesSBR(int device, uint32_t before, uint32_t after) {
   return readsWord(device, SBR_REG_ADDRESS, before) + writesWord(device, SBR_REG_ADDRESS, after);
 }
@@ -123,8 +112,8 @@ TEST_F(RestartDevice, FromLineStateIntoConfigurationWaitsForAnIdleLine) {
                  modifiesSBR(1, kLineState, kConfigurationState) +
                  reboots(0, kConfigurationState, kConfigurationState | 0x210) +
                  readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) +
-                 readsIdentity(0, chipInState(kConfigurationState, LS_INIT_HS)) +
-                 readsIdentity(0, chipInState(kConfigurationState, LS_IDLE)) + isRediscovered());
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState, LS_INIT_HS)) +
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState, LS_IDLE)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_STATUS_OK);
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1), seconds(1), seconds(1)));
 }
@@ -133,7 +122,7 @@ TEST_F(RestartDevice, FromLineStateWithoutConfigurationWaitsForTheAnswerOnly) {
   driver_.expect(readsWord(1, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kLineState) +
                  modifiesSBR(1, kConfigurationState, kLineState) +
                  reboots(1, kLineState, kLineState | 0x210) +
-                 readsIdentity(1, chipInState(kLineState, LS_INIT_HS)) + isRediscovered());
+                 readsIdentity(1, chipWithBootRegister(kLineState, LS_INIT_HS)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(1, FALSE), QVR_E_STATUS_OK);
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1)));
 }
@@ -141,7 +130,7 @@ TEST_F(RestartDevice, FromLineStateWithoutConfigurationWaitsForTheAnswerOnly) {
 TEST_F(RestartDevice, AResetThatFailsDoesNotEndTheRestart) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kLineState) +
                  modifiesSBR(1, kLineState, kLineState) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) +
-                 readsIdentity(0, chipInState(kLineState)) + isRediscovered());
+                 readsIdentity(0, chipWithBootRegister(kLineState)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
 }
 
@@ -171,10 +160,11 @@ TEST_F(RestartDevice, InConfigurationStateThereIsNothingToWaitFor) {
 }
 
 TEST_F(RestartDevice, EndingConfigurationActivatesDevice1FirstAndPollsDevice0First) {
-  driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
-                 writesWord(0, kUserActivation, 0) + readsIdentity(0, chipInState(kConfigurationState)) +
-                 readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + readsIdentity(0, chipInState(kLineState)) +
-                 readsIdentity(1, chipInState(kLineState)));
+  driver_.expect(
+      readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
+      writesWord(0, kUserActivation, 0) + readsIdentity(0, chipWithBootRegister(kConfigurationState)) +
+      readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + readsIdentity(0, chipWithBootRegister(kLineState)) +
+      readsIdentity(1, chipWithBootRegister(kLineState)));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(sleeps(), std::vector<microseconds>(4, milliseconds(250)));
 }
@@ -182,23 +172,25 @@ TEST_F(RestartDevice, EndingConfigurationActivatesDevice1FirstAndPollsDevice0Fir
 TEST_F(RestartDevice, EndingConfigurationIgnoresTheResultsOfItsWrites) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) +
                  writesWord(1, kUserActivation, 0).fails(EIO) + writesWord(0, kUserActivation, 0).fails(EIO) +
-                 readsIdentity(0, chipInState(kLineState)) + readsIdentity(1, chipInState(kLineState)));
+                 readsIdentity(0, chipWithBootRegister(kLineState)) +
+                 readsIdentity(1, chipWithBootRegister(kLineState)));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
 }
 
 TEST_F(RestartDevice, EndingConfigurationGivesUpAfter41Reads) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
                  writesWord(0, kUserActivation, 0) +
-                 readsIdentity(0, chipInState(kConfigurationState)).times(41));
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState)).times(41));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_ERROR);
   EXPECT_EQ(sleeps(), std::vector<microseconds>(41, milliseconds(250)));
 }
 
 TEST_F(RestartDevice, TheSecondDeviceHasItsOwn41Reads) {
-  driver_.expect(
-      readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
-      writesWord(0, kUserActivation, 0) + readsIdentity(0, chipInState(kConfigurationState)).times(40) +
-      readsIdentity(0, chipInState(kLineState)) + readsWord(1, SBR_REG_ADDRESS, 0).fails(EIO).times(41));
+  driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
+                 writesWord(0, kUserActivation, 0) +
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState)).times(40) +
+                 readsIdentity(0, chipWithBootRegister(kLineState)) +
+                 readsWord(1, SBR_REG_ADDRESS, 0).fails(EIO).times(41));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_ERROR);
 }
 

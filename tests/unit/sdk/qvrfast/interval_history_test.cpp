@@ -2,6 +2,8 @@
 #include "qvrfast/interval_delta.h"
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_module.h"
+#include "support/records.h"
+#include "support/trace_log.h"
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

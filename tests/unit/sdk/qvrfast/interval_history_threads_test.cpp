@@ -1,5 +1,6 @@
 // Boundaries pass on one thread while another looks: every number is one that somebody counted.
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "driver/driver.h"

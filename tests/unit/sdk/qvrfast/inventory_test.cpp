@@ -1,10 +1,14 @@
 // Who is at the ends of a line, from either side of it, and version texts of every shape.
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "qvrfast/version_text.h"
 #include "qvrline/eoc.h"
-#include "unit/sdk/qvrfast/status_records.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/inventory.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

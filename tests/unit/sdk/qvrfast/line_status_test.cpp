@@ -1,6 +1,11 @@
 // How a line is: which reads are made in which state, what becomes of each, and what stays when one fails.
 #include "chip/device_information.h"
-#include "unit/sdk/qvrfast/status_records.h"
+#include "support/assertions.h"
+#include "support/chip_identity.h"
+#include "support/counter_blocks.h"
+#include "support/expected_requests.h"
+#include "support/far_end_answers.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

@@ -1,6 +1,7 @@
 // Test parameters by subcarrier: which end is asked for which direction on which side, and how values are
 // encoded.
-#include "unit/sdk/qvrline/tones.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 

@@ -1,5 +1,5 @@
 // Gain and mode of the analogue front end at either end.
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 

@@ -5,7 +5,7 @@
 
 #include <gfast_api.h>
 
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 

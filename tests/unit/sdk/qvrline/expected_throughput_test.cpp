@@ -1,21 +1,15 @@
 // Expected throughput and raw rates: the formulas bit by bit, and what of a line goes into them.
-#include "unit/sdk/qvrline/tones.h"
+#include <cstring>
+
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
 namespace {
 
 // A framing whose words are in the order of the database.
-Bytes database(const std::vector<uint32_t>& words) {
-  Bytes bytes;
-  for (const uint32_t word : words) {
-    append32(bytes, word);
-  }
-  return bytes;
-}
-
-ETR_DB_S framingOf(const std::vector<uint32_t>& words) {
-  Bytes bytes = database(words);
+ETR_DB_S framingOf(const std::vector<uint32_t>& values) {
+  Bytes bytes = words(values);
   ETR_DB_S record{};
   std::memcpy(&record, bytes.data(), sizeof record);
   QVR_NTOHGfastCounters(&record, sizeof record);
@@ -75,34 +69,34 @@ TEST(ExpectedThroughput, DividesByZeroWithoutAWord) {
 }
 
 TEST(RawRate, IsWhatDataSymbolsCarry) {
-  std::vector<uint32_t> words(17, 0);
-  words[1] = 4096;
-  words[2] = 4096000;
-  words[9] = 100;  // transmitted
-  words[15] = 50;  // received
+  std::vector<uint32_t> values(17, 0);
+  values[1] = 4096;
+  values[2] = 4096000;
+  values[9] = 100;  // transmitted
+  values[15] = 50;  // received
   float rate = 0;
-  EXPECT_EQ(QVR_calcTxRawPhyRate(framingOf(words), &rate), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_calcTxRawPhyRate(framingOf(values), &rate), QVR_E_STATUS_OK);
   EXPECT_EQ(rate, 800.0F);
-  EXPECT_EQ(QVR_calcRxRawPhyRate(framingOf(words), &rate), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_calcRxRawPhyRate(framingOf(values), &rate), QVR_E_STATUS_OK);
   EXPECT_EQ(rate, 400.0F);
 }
 
 TEST(RawRate, CountsItsBitsIn32AndGoesOnInSinglePrecision) {
-  std::vector<uint32_t> words(17, 0);
-  words[1] = 4416;
-  words[2] = 211968000;
-  words[9] = 0x20000001;  // times 8 is 8
+  std::vector<uint32_t> values(17, 0);
+  values[1] = 4416;
+  values[2] = 211968000;
+  values[9] = 0x20000001;  // times 8 is 8
   float rate = 0;
-  QVR_calcTxRawPhyRate(framingOf(words), &rate);
+  QVR_calcTxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 384.0F);
-  words[1] = 3;
-  words[2] = words[9] = 0xFFFFFFFF;
-  QVR_calcTxRawPhyRate(framingOf(words), &rate);
+  values[1] = 3;
+  values[2] = values[9] = 0xFFFFFFFF;
+  QVR_calcTxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 0x1.5d867cp+52F);
-  words[1] = 4099;
-  words[2] = 211968001;
-  words[15] = 1733;
-  QVR_calcRxRawPhyRate(framingOf(words), &rate);
+  values[1] = 4099;
+  values[2] = 211968001;
+  values[15] = 1733;
+  QVR_calcRxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 0x1.5e111cp+19F);
 }
 
@@ -120,10 +114,10 @@ class LineThroughput : public ToneTest {
 
   // In the database the receiver's counts are not those of the framer.
   static Bytes databaseBytes() {
-    std::vector<uint32_t> words = kFraming;
-    words[15] = 1;
-    words[16] = 2;
-    return database(words);
+    std::vector<uint32_t> framing = kFraming;
+    framing[15] = 1;
+    framing[16] = 2;
+    return words(framing);
   }
 
   static Script readsThroughput(int device) {

@@ -1,7 +1,10 @@
 // Whether a line is up, and the writes that take it down or let it train.
 #include "chip/registers.h"
 #include "qvrdev/device_table.h"
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/lines.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 

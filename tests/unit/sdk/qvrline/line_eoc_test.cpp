@@ -8,9 +8,12 @@
 #include <thread>
 
 #include "chip/far_end_messages.h"
+#include "driver/driver.h"
 #include "qvrdev/device_table.h"
 #include "qvrline/eoc.h"
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/bytes.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

@@ -1,6 +1,11 @@
 // The far end's counter blocks: from its memory, completed by what it answers and by what the near end
 // counted.
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/far_end_answers.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
+#include "support/records.h"
 
 using namespace gfast;
 
@@ -10,19 +15,6 @@ constexpr uint32_t kFirst = 0x01020304;
 
 // What a far end answers about itself, byte by byte.
 const Bytes kManagement = countingWords(44, 0x0A0B0C01);
-const Bytes kPmd{0x34, 0x12, 0x78, 0x56, 0x34, 0x92, 0xCD, 0xAB, 0x04, 0x03, 0x02, 0xF1, 0x07, 0x06};
-
-Script asksManagement(int device, const Bytes& answer = kManagement) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS, {}, 44, answer);
-}
-
-Script asksPmd(int device, const Bytes& answer = kPmd) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ, {}, 14, answer);
-}
-
-Script findsLineUp(int device) {
-  return readsIdentity(device, chipWithLine(LS_SHOWTIME));
-}
 
 class FarEndCounters : public testing::Test {
  protected:
@@ -184,7 +176,7 @@ TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndDoesNotGiveThem) {
 
 TEST_F(ManagementCounters, AreElevenLittleEndianWords) {
   G9701_ManagementCounters_t counters;
-  driver_.expect(asksManagement(0));
+  driver_.expect(asksManagement(0, kManagement));
   EXPECT_EQ(QVR_readFarEndFTUmanagementCounters(0, &counters), QVR_E_STATUS_OK);
   expectCountingWords(counters, 0x0A0B0C01);
   EXPECT_EQ(counters.fec, 0x0A0B0C01U);
@@ -220,7 +212,7 @@ TEST_F(FarEndCounters, AnAnswerTooShortForItsRecordIsNone) {
 
 TEST_F(FarEndCounters, AFarEndThatDoesNotAnswerIsAFailedMessage) {
   bool zero = false;
-  driver_.expect(asksManagement(0).fails(ETIMEDOUT, 44) + asksPmd(0).fails(ETIMEDOUT, 14));
+  driver_.expect(asksManagement(0, kManagement).fails(ETIMEDOUT, 44) + asksPmd(0).fails(ETIMEDOUT, 14));
   EXPECT_EQ(kAnswerReaders[0].read(0, zero), QVR_E_FAILED_SENDING_FAR_END_MSG);
   EXPECT_TRUE(zero);
   EXPECT_EQ(kAnswerReaders[1].read(0, zero), QVR_E_FAILED_SENDING_FAR_END_MSG);
@@ -275,7 +267,7 @@ TEST_F(FarEndFramerRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
   for (unsigned failing = 0; failing < kAllSteps; failing++) {
     SCOPED_TRACE(failing);
     driver_.expect(findsLineUp(0) + readsBlock(0xE2440000, 340, (failing & kBlock) != 0) +
-                   step(asksManagement(0), (failing & kAnswers) != 0) +
+                   step(asksManagement(0, kManagement), (failing & kAnswers) != 0) +
                    step(reads(0, 0xE2440000, countingWords(340, 0x70000000)), (failing & kNearEnd) != 0) +
                    step(asksPmd(0), (failing & kMeasurements) != 0));
     GFAST_FRAMER_RAW_COUNTERS_S framer;
@@ -318,7 +310,7 @@ TEST_F(FarEndDerived, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
   for (const bool blockFails : {false, true}) {
     for (const bool managementFails : {false, true}) {
       driver_.expect(findsLineUp(0) + readsBlock(0xE2880000, 216, blockFails) +
-                     step(asksManagement(0), managementFails));
+                     step(asksManagement(0, kManagement), managementFails));
       GFAST_DERIVED_COUNTERS_S derived;
       std::memset(&derived, 0xAA, sizeof derived);
       EXPECT_EQ(QVR_readGfastDerivedCountersFE(0, &derived),

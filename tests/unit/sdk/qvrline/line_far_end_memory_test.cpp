@@ -3,7 +3,10 @@
 
 #include "chip/far_end_messages.h"
 #include "qvrdev/device_table.h"
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

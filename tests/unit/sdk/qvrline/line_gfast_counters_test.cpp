@@ -2,7 +2,10 @@
 #include <cstring>
 #include <functional>
 
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/lines.h"
+#include "support/records.h"
 
 using namespace gfast;
 

@@ -1,6 +1,9 @@
 // A quarter hour ends: the lines' counters are read, accounted for, and become the start of the next.
 #include "qvrline/interval_counters.h"
-#include "unit/sdk/lines.h"
+#include "support/devices.h"
+#include "support/lines.h"
+#include "support/records.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 

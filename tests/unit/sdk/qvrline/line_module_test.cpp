@@ -1,11 +1,16 @@
 // The line module's start, and what it does when the chips speak.
-#include "qvrline/line_module.h"
-#include "chip/device_information.h"
+#include <gmock/gmock.h>
 
+#include "chip/device_information.h"
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_events.h"
+#include "qvrline/line_module.h"
+#include "qvrline/line_table.h"
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/expected_requests.h"
+#include "support/records.h"
 #include "support/test_clock.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 

@@ -1,5 +1,5 @@
 // What is received and sent by subcarrier: where each value lies, what it stands for, at both ends.
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 

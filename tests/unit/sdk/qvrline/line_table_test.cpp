@@ -3,7 +3,9 @@
 #include <cstring>
 #include <thread>
 
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/lines.h"
+#include "support/records.h"
 
 using namespace gfast;
 

@@ -2,7 +2,7 @@
 #include "qvrline/medley_set.h"
 
 #include "qvrline/phy_params.h"
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 

@@ -2,9 +2,10 @@
 // by block.
 
 #include "chip/registers.h"
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 #include <gfast_api.h>
+#include <cstring>
 
 using namespace gfast;
 

@@ -2,15 +2,19 @@
 // and again.
 
 #include <gfast_api.h>
+#include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
 #include "chip/registers.h"
+#include "driver/driver.h"
 #include "qvrline/line_module.h"
-#include "unit/sdk/qvrline/tones.h"
+#include "support/lines.h"
+#include "support/tones.h"
 
 using namespace gfast;
 

@@ -1,8 +1,12 @@
 // Vectoring coefficients for which there is no memory. This program's own allocation can be told to refuse.
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <new>
 
-#include "unit/sdk/qvrline/tones.h"
+#include "support/expected_requests.h"
+#include "support/lines.h"
+#include "support/tones.h"
 
 using namespace gfast;
 

@@ -1,5 +1,6 @@
 // Vectoring coefficients: the blocks they are seen through, and how they lie in matrices.
-#include "unit/sdk/qvrline/tones.h"
+#include "support/vectoring.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
@@ -11,24 +12,8 @@ constexpr size_t kPairSize = 1024;
 
 class VectorMatrices : public ToneTest {
  protected:
-  // A block of the window: guard words, then what lies at the address, and beyond the end whatever.
-  static Script readsBlock(int device, uint32_t address, const Bytes& data, uint32_t secondGuard = 9) {
-    Bytes block(256, 0xEE);
-    store_le32(block.data(), 9);
-    store_le32(&block[4], secondGuard);
-    std::copy(data.begin(), data.end(), block.begin() + 8);
-    return reads(device, address, block);
-  }
-
   static Script readsUnsettled(int device, uint32_t address) {
-    return readsBlock(device, address, Bytes(248), 8);
-  }
-
-  // An area through as many blocks as it takes.
-  static Script readsArea(int device, uint32_t address, const Bytes& area) {
-    return inPieces(area, 248, [&](uint32_t offset, const Bytes& piece) {
-      return readsBlock(device, address + offset, piece);
-    });
+    return readsCoefficientBlock(device, address, Bytes(248), 8);
   }
 
   static int realPart(uint32_t i, uint32_t j, uint32_t t, int line = 0) {
@@ -109,8 +94,9 @@ TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
   const Bytes first(area.begin(), area.begin() + 248);
   const Bytes second(area.begin() + 248, area.begin() + 496);
   const Bytes rest(area.begin() + 496, area.end());
-  driver_.expect(readsBlock(0, kCanceler, first) + readsBlock(0, kCanceler + 248, second) +
-                 readsBlock(0, kCanceler + 496, rest));
+  driver_.expect(readsCoefficientBlock(0, kCanceler, first) +
+                 readsCoefficientBlock(0, kCanceler + 248, second) +
+                 readsCoefficientBlock(0, kCanceler + 496, rest));
   std::vector<int16_t> values(251, 77);
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 500), QVR_E_STATUS_OK);
   for (size_t i = 0; i < 250; i++) {
@@ -121,7 +107,7 @@ TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
 
 TEST_F(CoefficientBlocks, OfExactlyTheirDataAreOneRead) {
   std::vector<int16_t> values(125, 77);
-  driver_.expect(readsBlock(0, kCanceler, Bytes(248, 1)));
+  driver_.expect(readsCoefficientBlock(0, kCanceler, Bytes(248, 1)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 248), QVR_E_STATUS_OK);
   EXPECT_EQ(values[123], 0x0101);
   EXPECT_EQ(values[124], 77);
@@ -129,7 +115,7 @@ TEST_F(CoefficientBlocks, OfExactlyTheirDataAreOneRead) {
 
 TEST_F(CoefficientBlocks, OfHalfAValueGiveNone) {
   std::vector<int16_t> values(2, 77);
-  driver_.expect(readsBlock(0, kCanceler, Bytes(3, 1)));
+  driver_.expect(readsCoefficientBlock(0, kCanceler, Bytes(3, 1)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 3), QVR_E_STATUS_OK);
   EXPECT_THAT(values, testing::ElementsAre(0x0101, 77));
 }
@@ -149,7 +135,7 @@ TEST_F(CoefficientBlocks, ThatDifferInOneByteOfTheGuardAreReadAgain) {
   for (size_t byte = 0; byte < 8; byte++) {
     Bytes unsettled(256);
     unsettled[byte] = 1;
-    driver_.expect(reads(0, kCanceler, unsettled) + readsBlock(0, kCanceler, {5, 0}));
+    driver_.expect(reads(0, kCanceler, unsettled) + readsCoefficientBlock(0, kCanceler, {5, 0}));
     int16_t value = 77;
     EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, &value, 2), QVR_E_STATUS_OK);
     EXPECT_EQ(value, 5);
@@ -169,8 +155,9 @@ TEST_F(CoefficientBlocks, SixteenInARowThatFailAreAnError) {
 
 TEST_F(CoefficientBlocks, FifteenInARowThatFailAreNotAndTheyAreCountedAnew) {
   std::vector<int16_t> values(126, 77);
-  driver_.expect(readsUnsettled(0, kCanceler).times(15) + readsBlock(0, kCanceler, Bytes(248, 1)) +
-                 readsUnsettled(0, kCanceler + 248).times(15) + readsBlock(0, kCanceler + 248, Bytes(4, 2)));
+  driver_.expect(readsUnsettled(0, kCanceler).times(15) + readsCoefficientBlock(0, kCanceler, Bytes(248, 1)) +
+                 readsUnsettled(0, kCanceler + 248).times(15) +
+                 readsCoefficientBlock(0, kCanceler + 248, Bytes(4, 2)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 252), QVR_E_STATUS_OK);
   EXPECT_EQ(values[123], 0x0101);
   EXPECT_EQ(values[125], 0x0202);
@@ -187,7 +174,7 @@ TEST_F(CoefficientBlocks, OfALineWithoutADeviceAreNone) {
 TEST_F(VectorMatrices, AreTransposedAndInUnitsOf4096) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
-    driver_.expect(readsArea(0, kind.address, coefficients(3)));
+    driver_.expect(readsCoefficients(0, kind.address, coefficients(3)));
     std::vector<QVR_tonePairMatrix_t> matrices(3);
     EXPECT_EQ(kind.ofLine(0, 3, matrices.data()), QVR_E_STATUS_OK);
     expectCoefficients(matrices.data(), 3);
@@ -199,7 +186,7 @@ TEST_F(VectorMatrices, Of4096IsOne) {
   Bytes area(kPairSize);
   store_le16(&area[(2 * 16 + 5) * 4], 4096);        // i = 2, j = 5
   store_le16(&area[(2 * 16 + 5) * 4 + 2], 0x8000);  // -32768
-  driver_.expect(readsArea(0, kCanceler, area));
+  driver_.expect(readsCoefficients(0, kCanceler, area));
   QVR_tonePairMatrix_t matrix;
   EXPECT_EQ(QVR_readCancelerMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
   EXPECT_EQ(matrix.coefficients_re.matrix[5][2], 1.0);
@@ -210,7 +197,7 @@ TEST_F(VectorMatrices, Of4096IsOne) {
 TEST_F(VectorMatrices, OfTheSecondLineStandBehindThoseOfTheFirst) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
-    driver_.expect(readsArea(1, kind.address, coefficients(2, 1)));
+    driver_.expect(readsCoefficients(1, kind.address, coefficients(2, 1)));
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(4, 0.5);
     EXPECT_EQ(kind.ofLine(1, 2, matrices.data()), QVR_E_STATUS_OK);
     EXPECT_TRUE(allAre({matrices[0], matrices[1]}, 0.5));
@@ -222,7 +209,8 @@ TEST_F(VectorMatrices, OfTheSecondLineStandBehindThoseOfTheFirst) {
 TEST_F(VectorMatrices, OfALineThatIsNotTheFirstOfItsDeviceLieElsewhere) {
   addLine(0, 0, 2, TRUE);
   QVR_tonePairMatrix_t matrix;
-  driver_.expect(readsArea(0, 0xE4800000, Bytes(kPairSize)) + readsArea(0, 0xE4B80000, Bytes(kPairSize)));
+  driver_.expect(readsCoefficients(0, 0xE4800000, Bytes(kPairSize)) +
+                 readsCoefficients(0, 0xE4B80000, Bytes(kPairSize)));
   EXPECT_EQ(QVR_readCancelerMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_readPrecoderMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
 }
@@ -235,7 +223,7 @@ TEST_F(VectorMatrices, OfNoPairsAreNotRead) {
 }
 
 TEST_F(VectorMatrices, OfManyPairsTakeTheFewestBlocks) {
-  const Script script = readsArea(0, kPrecoder, Bytes(64 * kPairSize, 1));
+  const Script script = readsCoefficients(0, kPrecoder, Bytes(64 * kPairSize, 1));
   EXPECT_EQ(script.size(), (64 * kPairSize + 247) / 248);
   driver_.expect(script);
   std::vector<QVR_tonePairMatrix_t> matrices(64);
@@ -247,7 +235,7 @@ TEST_F(VectorMatrices, ThatCannotBeReadLeaveWhatThereWas) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(1, 0.5);
-    const Script area = readsArea(0, kind.address, Bytes(kPairSize));
+    const Script area = readsCoefficients(0, kind.address, Bytes(kPairSize));
     for (size_t position = 0; position < area.size(); position++) {
       const Script script = area.failingAt(position, EIO);
       driver_.expect(script + Script(script.calls().back()).times(15));
@@ -261,8 +249,8 @@ TEST_F(VectorMatrices, ThatCannotBeReadLeaveWhatThereWas) {
 TEST_F(VectorMatrices, OfAllLinesAreOneBehindTheOther) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
-    driver_.expect(readsArea(0, kind.address, coefficients(2, 0)) +
-                   readsArea(1, kind.address, coefficients(2, 1)));
+    driver_.expect(readsCoefficients(0, kind.address, coefficients(2, 0)) +
+                   readsCoefficients(1, kind.address, coefficients(2, 1)));
     std::vector<QVR_tonePairMatrix_t> matrices(4);
     EXPECT_EQ(kind.ofAllLines(2, matrices.data()), QVR_E_STATUS_OK);
     expectCoefficients(matrices.data(), 2, 0);
@@ -278,7 +266,8 @@ TEST_F(VectorMatrices, OfAllLinesEndAtTheFirstThatFails) {
     driver_.expect(readsUnsettled(0, kind.address).times(16));
     EXPECT_EQ(kind.ofAllLines(1, matrices.data()), QVR_E_ERROR);
     EXPECT_TRUE(allAre(matrices, 0.5));
-    driver_.expect(readsArea(0, kind.address, coefficients(1)) + readsUnsettled(1, kind.address).times(16));
+    driver_.expect(readsCoefficients(0, kind.address, coefficients(1)) +
+                   readsUnsettled(1, kind.address).times(16));
     EXPECT_EQ(kind.ofAllLines(1, matrices.data()), QVR_E_ERROR);
     expectCoefficients(matrices.data(), 1);
     EXPECT_TRUE(allAre({matrices[1]}, 0.5));

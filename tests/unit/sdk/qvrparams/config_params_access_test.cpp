@@ -1,7 +1,9 @@
 // Reading and writing parameters: which requests, in which order, with which bytes, and what becomes of them
 // when one fails.
 #include "chip/boot_register.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
+#include "support/assertions.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 

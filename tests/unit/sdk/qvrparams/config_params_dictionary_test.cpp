@@ -1,6 +1,7 @@
 // The dictionary of the parameters: what is made of what a chip tells, and of what it should not tell.
 #include "qvrparams/dictionary.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 

@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "unit/sdk/qvrparams/dictionaries.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 

@@ -6,7 +6,8 @@
 
 #include "qvrtest/extcom.h"
 #include "std/byte_order.h"
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
+#include "support/devices.h"
 
 using namespace gfast;
 

@@ -6,9 +6,10 @@
 #include <new>
 
 #include "qvrtest/fft.h"
+#include "support/expected_requests.h"
+#include "support/lines.h"
 #include "support/plain_transform.h"
 #include "support/test_clock.h"
-#include "unit/sdk/lines.h"
 
 using namespace gfast;
 

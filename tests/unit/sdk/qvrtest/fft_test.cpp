@@ -1,8 +1,8 @@
 // The transform's modes, its gains, and the chip's samples as vectors.
 #include "qvrtest/fft.h"
 
+#include "support/assertions.h"
 #include "support/plain_transform.h"
-#include "unit/sdk/seams.h"
 
 using namespace gfast;
 

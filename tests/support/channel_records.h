@@ -1,7 +1,8 @@
 // A line that carries something: the blocks that say what, and the requests for them.
 #pragma once
 
-#include "unit/sdk/qvrfast/status_records.h"
+#include "support/counter_blocks.h"
+#include "support/far_end_answers.h"
 
 using namespace gfast;
 
