@@ -32,7 +32,7 @@ class SystemClock final : public Clock {
     }
     FD_ZERO(&descriptors);
     if (ready < 0 && errno != EINTR) {
-      // A descriptor went bad under the wait: keep the caller's rhythm instead of spinning.
+      // A descriptor was closed meanwhile: wait the caller's time anyway, so that the caller does not spin.
       std::this_thread::sleep_for(duration);
     }
     return 0;
@@ -46,7 +46,7 @@ class SystemClock final : public Clock {
         return true;
       }
       constexpr long long longest = std::numeric_limits<int>::max();
-      pollfd peer{descriptor, 0, 0};  // no events: a hang-up is reported all the same
+      pollfd peer{descriptor, 0, 0};  // no events: a hang-up is always reported
       if (::poll(&peer, 1, static_cast<int>(std::min<long long>(left.count(), longest))) > 0) {
         return false;
       }
@@ -54,7 +54,7 @@ class SystemClock final : public Clock {
   }
 };
 
-// Never destroyed: the notification thread may still be asking while the process exits.
+// Never destroyed: the notification thread may still use it while the process exits.
 std::atomic<Clock*>& installed() {
   static auto* system = new SystemClock;
   static std::atomic<Clock*> clock{system};

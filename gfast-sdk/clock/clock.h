@@ -1,5 +1,4 @@
-// The seam between the library and time: what time it is, and waiting. A test installs a clock of its own and
-// is at one second to midnight at once.
+// The library's seam to time: what time it is, and waiting. A test installs its own clock and sets any time.
 #pragma once
 
 #include <sys/select.h>
@@ -25,13 +24,13 @@ class Clock {
   // as select: the number of ready descriptors, which are left set, or 0.
   virtual int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) = 0;
 
-  // Sleeps like sleep, but wakes when the connection behind `descriptor` is gone: false if it is. A peer that
-  // has only finished sending (a script piped into a session) is still there. Without a descriptor (-1) it
-  // just sleeps.
+  // Sleeps like sleep, but wakes when the connection behind `descriptor` is gone, and returns false then. A
+  // peer that has only finished sending (a script piped into a session) counts as connected. Without a
+  // descriptor (-1) it just sleeps.
   virtual bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) = 0;
 };
 
-// Time comes from this clock from now on; it is never destroyed while the process runs.
+// Uses this clock from now on. It must live until the process ends.
 void installClock(Clock& clock);
 
 // The installed clock; the system's unless another was installed.

@@ -23,7 +23,7 @@ class NoDriver final : public Driver {
   }
 };
 
-// Never destroyed: the notification thread may still be asking while the process exits.
+// Never destroyed: the notification thread may still use it while the process exits.
 std::atomic<Driver*>& installed() {
   static auto* none = new NoDriver;
   static std::atomic<Driver*> driver{none};

@@ -24,11 +24,11 @@ class Driver {
 
   virtual void close(int descriptor) = 0;
 
-  // Has the driver search for chips again.
+  // Makes the driver search for chips again.
   virtual void rediscover() = 0;
 };
 
-// Requests go to this driver from now on; it is never destroyed while the process runs.
+// Sends requests to this driver from now on. It must live until the process ends.
 void installDriver(Driver& driver);
 
 // The installed driver. Without one, a driver on which no device can be opened.

@@ -7,8 +7,8 @@
 
 namespace gfast {
 
-// Zero in every byte, those between the fields and behind the smaller records included: the driver may look
-// at any of them.
+// Zero in every byte, those between the fields and behind the smaller records included: the driver may read
+// any of them.
 inline gfast_iocreq emptyRequest() {
   gfast_iocreq request;
   std::memset(&request, 0, sizeof request);

@@ -24,7 +24,7 @@ void KernelDriver::close(int descriptor) {
 }
 
 void KernelDriver::rediscover() {
-  // What the driver finds shows in the reads that follow; the shell's own result says nothing about it.
+  // Which chips were found shows in the reads that follow; the shell's result does not tell.
   const int ignored = std::system("echo 1 > /proc/gfast/rediscover");
   static_cast<void>(ignored);
 }

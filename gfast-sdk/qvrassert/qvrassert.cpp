@@ -8,7 +8,7 @@ using namespace gfast;
 
 namespace {
 
-// The fault is the intended end, so neither the optimiser nor a sanitizer may step in before it.
+// The fault is intended, so neither the optimiser nor a sanitizer may prevent it.
 #if defined(__clang__)
 __attribute__((no_sanitize("undefined", "address", "thread")))
 #else
@@ -31,7 +31,7 @@ void gfast::DoAssert(unsigned xi_id, const char* xi_file, int xi_line, const cha
     std::printf("Param %1u = %1d\n", i, va_arg(parameters, int));
   }
   va_end(parameters);
-  std::fflush(stdout);  // the fault takes no time to write what is buffered
+  std::fflush(stdout);  // the fault would lose what is still buffered
   storeToNull(xi_id);
   std::exit(static_cast<int>(xi_id));
 }

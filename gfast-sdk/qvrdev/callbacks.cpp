@@ -9,12 +9,12 @@ using namespace gfast;
 
 namespace {
 
-// Trivially destructible, so the notification thread may use it for as long as the process lives.
+// Trivially destructible, so the notification thread may use it until the process ends.
 constinit Callbacks registry;
 static_assert(std::is_trivially_destructible_v<Callbacks>);
 
-// Has both chips deliver log records from now on. The configuration's meaning is the driver's; zeros ask for
-// nothing special.
+// Makes both chips deliver log records from now on. What the configuration means is up to the driver; zeros
+// select nothing special.
 void enableLogDelivery() {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     const int descriptor = QVR_deviceHandle(device);

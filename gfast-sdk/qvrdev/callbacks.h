@@ -1,5 +1,5 @@
-// What the upper layers registered to be told. A slot holds one function; registering while the notification
-// thread runs is safe, and a callback runs without any lock held.
+// The callbacks that the upper layers registered. A slot holds one function; registering while the
+// notification thread runs is safe, and a callback runs without any lock held.
 #pragma once
 
 #include <qvr.h>
@@ -16,13 +16,13 @@ class CallbackSlot {
   void store(Callback callback) { callback_.store(callback); }
   Callback load() const { return callback_.load(); }
 
-  // Takes the slot if it is empty: whether it was.
+  // Stores the callback if the slot is empty; returns whether it was.
   bool claim(Callback callback) {
     Callback empty = nullptr;
     return callback_.compare_exchange_strong(empty, callback);
   }
 
-  // Calls what is registered at this moment.
+  // Calls the function that is registered at this moment, if any.
   template <typename... Arguments>
   void notify(Arguments... arguments) const {
     if (const Callback callback = load()) {
@@ -47,10 +47,10 @@ struct Callbacks {
   CallbackSlot<QVR_rebootNotificationCB> lineRebootHandler;
 };
 
-// The process's one registry.
+// The only registry of the process.
 Callbacks& callbacks();
 
-// The line room's own handling of a reboot, which runs before the registered reboot callback.
+// Registers the line layer's handler of a reboot, which runs before the registered reboot callback.
 void registerLineRebootHandler(QVR_rebootNotificationCB handler);
 
 }  // namespace gfast

@@ -63,7 +63,7 @@ struct EventHandler {
   void (*handle)(QVR_deviceId_t device, const Event& event);
 };
 
-// The other event types tell nothing that anybody waits for.
+// Nothing uses the other event types.
 constexpr EventHandler kEventHandlers[] = {
     {EVENT_TYPE_LINKS_STATUS_CHANGED, handleLinksStatusChanged},
     {EVENT_TYPE_LINE_FAILURE, handleLineFailure},

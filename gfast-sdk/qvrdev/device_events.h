@@ -5,8 +5,7 @@
 
 namespace gfast {
 
-// Events taken from one device in one go: a chip that floods its queue does not keep the thread from the
-// other.
+// Events taken from one device in one go, so that a chip that floods its queue does not delay the other.
 constexpr int kMostEventsInOneGo = 64;
 
 // Dispatches the device's pending events, oldest first, until none is pending or kMostEventsInOneGo were
@@ -14,7 +13,7 @@ constexpr int kMostEventsInOneGo = 64;
 // draining.
 QVR_retval_t QVR_handleAlarm(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken = nullptr);
 
-// A chip has started anew: the line room's handler, then the registered callback.
+// A chip has restarted: calls the line layer's handler, then the registered callback.
 void QVR_handleRebootEvent();
 
 }  // namespace gfast

@@ -33,7 +33,7 @@ QVR_versionNumber_t versionOf(uint32_t word) {
           static_cast<uint8_t>(word >> 24)};
 }
 
-// Chipsets of the network side; the others stand at the subscriber's.
+// Chipsets of the network side; the others are at the subscriber side.
 bool isDistributionPoint(uint8_t chipset) {
   return chipset == 1 || chipset == 3;
 }

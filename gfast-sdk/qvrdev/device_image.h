@@ -1,4 +1,4 @@
-// What a chip says about itself, and how it reads as a device record.
+// What a chip says about itself, and its conversion into a device record.
 #pragma once
 
 #include <qvr.h>

@@ -1,4 +1,4 @@
-// The lines of a device's record, for whoever indexes them with a number that came from the chip.
+// The number of lines in a device's record. It limits an index that came from a chip.
 #pragma once
 
 #include <qvr.h>

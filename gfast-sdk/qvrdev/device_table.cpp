@@ -23,7 +23,7 @@ struct DeviceTable {
   std::array<std::atomic<int>, QVR_K_MAX_DEVICES> fds{-1, -1};  // outside the lock: each is one word
 };
 
-// Trivially destructible, so the notification thread may use it for as long as the process lives.
+// Trivially destructible, so the notification thread may use it until the process ends.
 constinit DeviceTable table;
 static_assert(std::is_trivially_destructible_v<DeviceTable>);
 
@@ -39,7 +39,7 @@ void setInactive(QVR_deviceId_t device) {
   table.deviceInfoTable[at(device)].deviceState = SS_INACTIVE_STATE;
 }
 
-// A thread that also found the device closed may have been faster: its descriptor stays, the other goes.
+// Another thread may have opened the device meanwhile. Then its descriptor is kept, and this one is closed.
 int rememberDescriptor(QVR_deviceId_t device, int opened) {
   int remembered = -1;
   if (table.fds[at(device)].compare_exchange_strong(remembered, opened)) {

@@ -1,5 +1,6 @@
 // The table of devices: what is known of each chip, and the descriptor it is reached through. The command
-// thread and the notification thread both use it; one lock guards it, and never across a driver request.
+// thread and the notification thread both use it; one lock guards it and is never held across a driver
+// request.
 #pragma once
 
 #include <qvr.h>
@@ -12,30 +13,29 @@ constexpr bool isDeviceId(QVR_deviceId_t device) {
   return device >= QVR_K_DEVICE_ID_FIRST && device <= QVR_K_DEVICE_ID_LAST;
 }
 
-// The device's record as it is at this moment. Inside the library always this copy, never a pointer.
+// The device's record as it is at this moment. The library uses this copy, never a pointer into the table.
 QVR_deviceInfo_t deviceRecord(QVR_deviceId_t device);
 
 // The device's descriptor if it is open, else -1. Opens nothing.
 int openDescriptor(QVR_deviceId_t device);
 
-// A line of the device, by its index within the device, has changed its state. An index that the device has
-// no line for changes nothing.
+// Stores the new state of a line, by its index within the device. An index without a line changes nothing.
 void setLineState(QVR_deviceId_t device, int narrowLine, QVR_lineState_t state);
 
-// Seconds that were left of the quarter hour when counters of the line began to be collected.
+// Stores how many seconds of the quarter hour were left when the line's counters began to be collected.
 void setStartOfCollection(QVR_deviceId_t device, int narrowLine, uint32_t secondsLeft);
 
-// The device has answered: takes what it said into its record, counts it when it was inactive, and answers
-// the record.
+// Stores what the device answered in its record, counts the device if it was inactive, and returns the
+// record.
 QVR_deviceInfo_t storeDeviceImages(QVR_deviceId_t device, const DeviceImages& images);
 
-// Every record zero and every descriptor closed; the count of devices goes on.
+// Clears every record and closes every descriptor; the count of devices stays.
 void clearDeviceTable();
 
 // Closes every open descriptor; those devices become inactive.
 void closeDevices();
 
-// Counting of devices and their lines starts afresh.
+// Sets the counts of devices and of their lines to zero.
 void clearDeviceCounts();
 
 }  // namespace gfast

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::chrono::seconds kDeviceRetryInterval{1};
 
-bool initialized = false;  // the command thread's own
+bool initialized = false;  // used by the command thread only
 
 QVR_retval_t readImages(QVR_deviceId_t device, DeviceImages& images) {
   QVR_retval_t status = readSBR(device, images.sbr);
@@ -30,7 +30,7 @@ QVR_retval_t readImages(QVR_deviceId_t device, DeviceImages& images) {
   return status;
 }
 
-// Counters of a line that is on its way already cover only the rest of this quarter hour.
+// The counters of a line that is not idle cover only the rest of this quarter hour.
 void markCollectionStart(QVR_deviceId_t device, const QVR_deviceInfo_t& record) {
   for (int line = 0; line < linesOfRecord(record); line++) {
     if (record.lineState[line] != LS_IDLE) {

@@ -19,7 +19,7 @@ using namespace gfast;
 
 namespace {
 
-// A name that fills the field is not terminated: that is how the driver takes it.
+// A name that fills the field is not terminated; the driver expects it so.
 void copyFilename(char (&field)[MAX_FW_FN_SIZE], const char* filename) {
   std::memcpy(field, filename, strnlen(filename, sizeof field));
 }

@@ -83,7 +83,7 @@ constexpr const char* tagOfCore(uint8_t coreType) {
   return coreType == FDU_CORE ? "FDU" : coreType == FRAMER_CORE ? "FRM" : "   ";
 }
 
-// Who speaks; a core of no line of this device speaks under its own number.
+// The origin of a record. A core without a line of this device is shown by its own number.
 std::string originOf(const LogRecord& record, const QVR_deviceInfo_t& device) {
   if (record.coreType() == CP_CORE) {
     return " CP - ";

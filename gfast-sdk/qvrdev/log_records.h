@@ -7,7 +7,7 @@ namespace gfast {
 
 constexpr size_t QVR_K_MAX_LOG_STRING_LEN = 1024;  // bytes of a rendered line, terminator included
 
-// Log buffers taken from one device in one go: a chatty chip does not keep the thread from the other.
+// Log buffers taken from one device in one go, so that a chip with many logs does not delay the other.
 constexpr int kMostLogBuffersInOneGo = 16;
 
 // Fetches the device's pending log records and delivers them, until none is pending or kMostLogBuffersInOneGo
@@ -17,7 +17,7 @@ QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, 
 
 // Delivers the records of a completed log read, in order: "<time> CP - <text>" of the control processor,
 // "<time> <core><line> - <text>" of the others. A record whose lengths reach past what the driver copied ends
-// the walk; of its parameter words, those that lie beyond what was copied are 0.
+// the delivery. Parameter words beyond what was copied are 0.
 void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_request);
 
 }  // namespace gfast

@@ -56,7 +56,7 @@ std::string formatOf(const Conversion& c, char type) {
   return format + type;
 }
 
-// What printf leaves of a zero that is asked for with no digits: its sign, or the leading zero of "%#o".
+// What printf prints for 0 with precision 0: the sign, or the leading zero of "%#o".
 std::string renderNothing(const Conversion& c) {
   const bool isSigned = isOneOf(c.type, kSigned);
   const bool plus = isSigned && isOneOf('+', c.flags);
@@ -138,7 +138,7 @@ class LogText {
     return renderNumber(c, word);
   }
 
-  // Takes the conversion off the front of the rest, which has lost its '%'. A type of '\0' is a format that
+  // Parses the conversion at the front of the rest, behind its '%', and removes it. Type '\0': the format
   // ends too early.
   Conversion parse() {
     Conversion c;
@@ -194,7 +194,7 @@ class LogText {
     return static_cast<int>(std::min<int64_t>(width < 0 ? -width : width, kWidestField));
   }
 
-  // The digits at the front of the rest, 0 without any; beyond what matters the value stays where it is.
+  // The number at the front of the rest, 0 without digits, at most kEnough.
   int parseNumber() {
     constexpr int kEnough = 100000;
     int number = 0;

@@ -30,7 +30,7 @@ bool writePiece(int descriptor, uint32_t address, char* bytes, uint32_t length) 
   return driver().request(descriptor, DFEIOCMEMWR, request) != kRequestFailed;
 }
 
-// How one kind of access is carried.
+// One kind of access: its request, its longest piece, its failure code.
 struct Access {
   bool (*piece)(int descriptor, uint32_t address, char* bytes, uint32_t length);
   uint32_t mostBytes;
@@ -40,7 +40,7 @@ struct Access {
 constexpr Access kRead{readPiece, IOCTL_MAX_READ_BYTES, QVR_E_MEMREAD_ERROR};
 constexpr Access kWrite{writePiece, IOCTL_MAX_WRITE_BYTES, QVR_E_MEMWRITE_ERROR};
 
-// Nothing to transfer is one request all the same: it tells whether the chip answers.
+// A transfer of zero bytes makes one request too: it tells whether the chip answers.
 QVR_retval_t transfer(const Access& access, QVR_deviceId_t device, uint32_t address, char* bytes,
                       uint32_t left) {
   const int descriptor = QVR_deviceHandle(device);

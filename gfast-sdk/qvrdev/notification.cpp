@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::chrono::microseconds kPollingInterval{QVR_K_POLLING_INTERVAL};
 
-// After the quarter-hour callbacks, so that the boundary's own second has passed before the next look.
+// Slept after the quarter-hour callbacks, so that the second of the boundary is over at the next check.
 constexpr std::chrono::seconds kBoundaryPause{1};
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The background thread on which the chips speak first: their events, their log messages, the quarter-hour
-// boundary, and the watch that each chip still answers.
+// The notification thread: it delivers the chips' events and log messages, calls the quarter-hour callbacks
+// and checks that each chip still answers.
 #pragma once
 
 #include <sys/select.h>
@@ -17,7 +17,7 @@ constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_PERIOD =
 constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_COUNT =
     3;  // failed checks tolerated before the failure callback
 
-// What the thread does over and over, one round a step. The highest descriptor is fixed when the first round
+// The work of the thread, one round a step. The highest descriptor is fixed when the first round
 // is prepared: a descriptor that is opened later and is higher is not waited for.
 class NotificationRound {
  public:
@@ -25,10 +25,10 @@ class NotificationRound {
 
   // Waits up to QVR_K_POLLING_INTERVAL for the devices, then: quarter-hour callbacks when a boundary has
   // passed (and a second of sleep), pending events and log records, and every
-  // QVR_K_DEVICE_COMM_WATCHDOG_PERIOD rounds the liveness check. A queue that was left with more to drain is
-  // continued in the next step, which does not wait and does not count as a round. A device that was ready
-  // but had nothing for this thread (log records that nobody takes) is not waited for in the next step: it
-  // would keep the thread awake for nothing.
+  // QVR_K_DEVICE_COMM_WATCHDOG_PERIOD rounds the liveness check. A queue that still holds more is continued
+  // in the next step, which does not wait and does not count as a round. A device that was readable but
+  // delivered nothing (log records that nobody takes) is left out of the next wait: it would end every wait
+  // at once.
   void step();
 
  private:
@@ -45,16 +45,16 @@ class NotificationRound {
   uint32_t secondsLeft_;  // to the quarter-hour boundary, as of the last round
   uint32_t roundsLeft_ = QVR_K_DEVICE_COMM_WATCHDOG_PERIOD;
   std::array<uint32_t, QVR_K_MAX_DEVICES> checksLeft_;  // failures still tolerated
-  std::array<bool, QVR_K_MAX_DEVICES> ready_{};         // whose events are to be drained in this round
-  std::array<bool, QVR_K_MAX_DEVICES> unfinished_{};    // whose queues were left with more to drain
-  std::array<bool, QVR_K_MAX_DEVICES> fruitless_{};     // who was ready for nothing
+  std::array<bool, QVR_K_MAX_DEVICES> ready_{};         // devices whose events are drained in this round
+  std::array<bool, QVR_K_MAX_DEVICES> unfinished_{};    // devices whose queues still hold more
+  std::array<bool, QVR_K_MAX_DEVICES> fruitless_{};     // devices that were readable but delivered nothing
 };
 
 // The thread's body; it never returns.
 void* QVR_asyncNotificationHandler(void* xi_unused);
 
 // Starts the thread, which runs until the process ends.
-//   QVR_E_FAILED_CREATING_THREAD  the system has no thread to give
+//   QVR_E_FAILED_CREATING_THREAD  the system refuses a thread
 QVR_retval_t startNotificationThread();
 
 }  // namespace gfast

@@ -1,4 +1,4 @@
-// What callers of the device layer must have checked; otherwise the process ends here, in an assertion.
+// Checks of the device layer's arguments. A failed check ends the process in an assertion.
 #pragma once
 
 #include <qvr.h>

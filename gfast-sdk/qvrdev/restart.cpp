@@ -16,7 +16,7 @@ using namespace gfast;
 
 namespace {
 
-// The boot ROM wants bits 4 and 9 with every reset.
+// The boot ROM needs bits 4 and 9 set at every reset.
 constexpr uint32_t kSbrOfEveryReboot = 0x210;
 constexpr uint32_t kSbrResetCounters = MASK(SBR_RESET_COUNTER) | MASK(SBR_BOOT_RESET_COUNTER);
 
@@ -24,8 +24,7 @@ constexpr std::chrono::seconds kResetPollInterval{1};
 constexpr std::chrono::milliseconds kConfigurationPollInterval{250};
 constexpr int kMostConfigurationPolls = 41;
 
-// The boot register that makes the chip's next start end in the given stage; false when there is no such
-// start.
+// Changes the boot register so that the chip's next start ends in this stage; false for an unknown stage.
 bool chooseStage(uint32_t& sbr, QVR_fwState_t stage) {
   switch (stage) {
     case FW_B0:
@@ -48,13 +47,13 @@ QVR_retval_t writeWord(QVR_deviceId_t device, uint32_t address, uint32_t value) 
   return QVR_writemem(device, address, word, sizeof word);
 }
 
-// The chip is gone in the middle of the second write, so neither result tells anything.
+// The chip resets during the second write, so the results mean nothing.
 void resetChip(QVR_deviceId_t device) {
   writeWord(device, PLL_MUX_REG_ADDRESS, 0);
   writeWord(device, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
 }
 
-// There is no limit: a chip that is being repaired comes back when it comes back.
+// There is no limit: a chip may be away for as long as its repair takes.
 QVR_retval_t awaitReset(QVR_deviceId_t device, bool untilIdle) {
   for (;;) {
     clockSource().sleep(kResetPollInterval);

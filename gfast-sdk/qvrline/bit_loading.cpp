@@ -30,7 +30,7 @@ QVR_retval_t findLoadedTones(QVR_lineId_t lineId, bool isTx, LineInShowtime* lin
   return readMedleySet(line->descriptor, isUpstream, set);
 }
 
-// A pilot carries no data, and an entry of a subcarrier outside the set is none.
+// A pilot carries no data. An entry of a subcarrier outside the set does not count.
 void decode(const Entries& entries, uint32_t count, const MedleySet& set, QVR_BLT_t table) {
   std::fill_n(table, QVR_MAX_NUMBER_OF_TONES, G9972_BITS_LOWEST);
   for (uint32_t i = 0; i < count; i++) {
@@ -61,7 +61,7 @@ QVR_retval_t readArea(const LineInShowtime& line, bool isTx, uint32_t index, Ent
                      entries->data(), QVR_K_RMC_BLT_SIZE);
 }
 
-// The chip may turn to the other area at any moment, and then writes into the one being read.
+// The chip may switch to the other area at any moment, and then writes into the one that is being read.
 QVR_retval_t readSettledArea(const LineInShowtime& line, bool isTx, Entries* entries) {
   uint32_t index = 0;
   QVR_retval_t status = readIndex(line, isTx, &index);
@@ -100,7 +100,7 @@ QVR_retval_t gfast::QVR_readBitLoadingTable(QVR_lineId_t xi_lineId, QVR_BLT_t xo
   Entries entries;
   const QVR_retval_t read = readTones(line, LineEnd::kNear, isTx ? VIRT_ADDR_TX_BLT : VIRT_ADDR_RX_BLT,
                                       entries.data(), set.span() * kEntrySize);
-  // A loading that the chip does not give leaves the caller with the one before.
+  // When the loading cannot be read, the caller keeps the one before.
   if (QVR_STATUS_OK(read)) {
     decode(entries, set.span(), set, xo_bits);
   }

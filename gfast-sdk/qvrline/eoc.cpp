@@ -10,7 +10,7 @@ using namespace gfast;
 
 namespace {
 
-// Trivially destructible, so the notification thread may use them for as long as the process lives.
+// Trivially destructible, so the notification thread may use them until the process ends.
 constinit std::array<std::mutex, QVR_K_MAX_LINES> eocLocks;
 static_assert(std::is_trivially_destructible_v<decltype(eocLocks)>);
 

@@ -21,8 +21,8 @@ class EocExchange {
   QVR_lineId_t lineId_;
 };
 
-// Asks the far end a question without a body, answered by a record of a fixed size. The line's channel is
-// held for this exchange.
+// Sends the far end a request without a body; the answer is a record of a fixed size. Holds the line's
+// channel during the exchange.
 //   QVR_E_NO_DEVICE_FOR_LINE          the line has no device
 //   QVR_E_FAILED_SENDING_FAR_END_MSG  no exchange, or a response shorter than the record
 QVR_retval_t askFarEnd(QVR_lineId_t lineId, MGMT_FAR_END_REQ_TYPE type, uint8_t* response, uint32_t size);

@@ -1,8 +1,8 @@
 // Expected throughput and raw rate of a line, from its framing (ITU-T G.9701).
 //
-// The board's answers are compared with those of the chip and of other machines digit by digit, so every
-// operation is one of single precision, in the order written: nothing may be held more precisely, reordered
-// or fused (the library is built without contraction).
+// The results are compared digit by digit with those of the chip and of other machines. So every operation
+// has single precision, in the order written; nothing may be more precise, reordered or fused (the library is
+// built without contraction).
 #include <qvr.h>
 
 #include <cfloat>
@@ -110,8 +110,8 @@ QVR_retval_t QVR_calcETRsForLine(QVR_lineId_t xi_lineId, float* xo_etrDs, float*
   if (networkSide && xo_rawRateUs != nullptr) {
     QVR_calcRxRawPhyRate(framing, xo_rawRateUs);
   }
-  // Here the raw rate is the transmitter's, from the database's bytes: what is on record of lines was
-  // computed so, and would not compare otherwise.
+  // Here the raw rate is the transmitter's, from the database's bytes. Rates on record were computed this
+  // way, and could not be compared with others.
   if (!networkSide && xo_rawRateDs != nullptr) {
     QVR_calcTxRawPhyRate(framing, xo_rawRateDs);
   }

@@ -28,7 +28,7 @@ QVR_retval_t clearAndReach(QVR_lineId_t lineId, Block* block) {
   return QVR_isLineUp(lineId) ? QVR_E_STATUS_OK : QVR_E_ERROR;
 }
 
-// Reads and converts a block; one that came only in part is no block and stays zero.
+// Reads and converts a block. A block that was read only in part is cleared.
 template <typename Block>
 QVR_retval_t readFarEndBlock(QVR_lineId_t lineId, uint32_t core, uint32_t type, Block* block) {
   const QVR_retval_t status = QVR_readmemFarEnd(lineId, farEndAddress(core, type), block, sizeof *block);
@@ -101,8 +101,8 @@ QVR_retval_t QVR_readGfastFduInitCountersFE(QVR_lineId_t xi_lineId, GFAST_FDU_IN
   return readFarEndBlock(xi_lineId, VIRT_GFAST_CNTR_FDU_CORE, VIRT_GFAST_CNTR_INIT, xo_counters);
 }
 
-// The three that follow complete their block with what the far end only tells when asked. Each step stands
-// for itself, and the last one's result is the result.
+// The three operations below complete their block with what the far end only tells when asked. Each step may
+// fail alone; the result is that of the last step.
 
 QVR_retval_t QVR_readGfastFramerRawCountersFE(QVR_lineId_t xi_lineId,
                                               GFAST_FRAMER_RAW_COUNTERS_S* xo_counters) {

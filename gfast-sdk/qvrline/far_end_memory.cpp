@@ -34,8 +34,8 @@ void writeRequest(Message& message, const Piece& piece) {
   store_le32(&message[MGMT_HEADER_ADDRESS], piece.address);
 }
 
-// Whether the response is the piece asked for, whole: a far end may send anything. One that refuses need not
-// have understood what it refuses, so nothing else of its header counts.
+// Whether the response is the whole piece that was asked for: a far end may send anything. A far end that
+// refuses may not have understood the request, so the other fields of its header are ignored.
 QVR_retval_t judgeResponse(const Message& message, uint32_t received, const Piece& piece) {
   if (received < MGMT_HEADER_SIZE) {
     return QVR_E_FAILED_GETTING_FE_DATA;

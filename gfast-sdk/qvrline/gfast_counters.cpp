@@ -26,7 +26,7 @@ uint32_t counterAddress(uint32_t linkId) {
   return VIRT_ADDR_GFAST_COUNTERS(Core, linkId, Type);
 }
 
-// A block is converted whatever became of its read: what a failed read left is worth no less converted.
+// A block is converted even when its read failed; a part that was read is then in the right byte order.
 template <typename Block>
 QVR_retval_t readCounters(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t linkId), Block* block) {
   const QVR_retval_t status = readBlock(lineId, addressOf, block, sizeof(Block));
@@ -82,7 +82,7 @@ QVR_retval_t QVR_readPerformanceMonitoringCounters(QVR_lineId_t xi_lineId, G9972
   if (QVR_STATUS_OK(status)) {
     QVR_NTOHGfastCounters(xo_counters, sizeof *xo_counters);
   } else {
-    *xo_counters = {};  // the part of a failed read is no count of anything
+    *xo_counters = {};  // a failed read may have filled a part
   }
   return status;
 }

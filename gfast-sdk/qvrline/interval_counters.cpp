@@ -21,7 +21,7 @@ void endQuarterHour(QVR_lineId_t line, time_t boundary) {
   if (const auto callback = counter_update.load()) {
     callback(line, boundary);
   }
-  // From what the callback has accounted for: nothing falls between two intervals.
+  // The next interval starts where the reported one ended, so no count is lost between them.
   QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
   QVR_resetIntervalCounters(&counters);
   storeCounters(line, counters);

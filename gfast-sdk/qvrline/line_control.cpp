@@ -30,7 +30,7 @@ QVR_retval_t QVR_resetLine(QVR_lineId_t xi_lineId) {
 }
 
 QVR_retval_t QVR_resetLines() {
-  // A device lost and found again counts once more, and there are no lines for it.
+  // A device that was lost and found again is counted twice, but has no further lines.
   const uint32_t lines =
       std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES);
   QVR_retval_t lastFailure = QVR_E_STATUS_OK;

@@ -1,4 +1,4 @@
-// The line module's start, and what it does when the chips speak: showtime reached, a device rebooted.
+// The start of the line module, and its reactions to events: showtime reached, a device rebooted.
 #include "qvrline/line_module.h"
 
 #include <atomic>
@@ -15,11 +15,11 @@ using namespace gfast;
 
 namespace {
 
-bool initialized = false;  // the command thread's own
+bool initialized = false;  // used by the command thread only
 
 constinit std::atomic<QVR_LinkStateChangeCB> link_state_observer{nullptr};
 
-// The counters of a line start afresh: both snapshots are what the chip counts now, or zero.
+// Restarts the counters of a line: both snapshots are what the chip counts now, or zero.
 void restartCounters(QVR_lineId_t lineId) {
   QVR_intervalCounterDB_t counters{};
   QVR_readPerformanceMonitoringCounters(lineId, &counters.curr15minSnapshot);
@@ -27,8 +27,8 @@ void restartCounters(QVR_lineId_t lineId) {
   storeCounters(lineId, counters);
 }
 
-// Enters the lines of the devices that answer, in device order, and answers their numbers. Lines of an absent
-// device keep theirs.
+// Enters the lines of the devices that answer, in device order, and returns their numbers. Lines of an absent
+// device keep their numbers.
 std::vector<QVR_lineId_t> buildLineTable() {
   std::vector<QVR_lineId_t> present;
   clearNumberOfLines();

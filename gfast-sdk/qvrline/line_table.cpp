@@ -17,11 +17,11 @@ constinit std::array<std::atomic<QVR_lineId_t>, QVR_K_MAX_LINES> internalToLogic
 struct LineTable {
   std::mutex mutex;
   std::array<QVR_lineDescriptor_t, QVR_K_MAX_LINES> lineTable{};
-  std::array<bool, QVR_K_MAX_LINES> closing{};  // whose quarter hour has been read for the last time
+  std::array<bool, QVR_K_MAX_LINES> closing{};  // lines whose quarter hour has had its last read
   uint32_t numberOfLines = 0;
 };
 
-// Trivially destructible, so the notification thread may use it for as long as the process lives.
+// Trivially destructible, so the notification thread may use it until the process ends.
 constinit LineTable table;
 static_assert(std::is_trivially_destructible_v<LineTable>);
 

@@ -1,5 +1,5 @@
 // The lines of the system: which device carries each, under which index, and how it is framed. The command
-// thread and the notification thread both use the table; one lock guards it, and never across a driver
+// thread and the notification thread both use the table; one lock guards it and is never held across a driver
 // request.
 #pragma once
 
@@ -44,22 +44,22 @@ void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLi
 // Lines found on present devices.
 uint32_t numberOfLines();
 
-// The counting starts afresh, and with it the building of the table.
+// Sets the number of lines to zero, before the table is built.
 void clearNumberOfLines();
 
-// What the line's framer says of its framing becomes the descriptor's.
+// Stores the framing that the line's framer reports.
 void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing);
 
-// The line's snapshots of its performance counters. A quarter hour starts with both.
+// Stores both snapshots of the line's performance counters: a quarter hour starts.
 void storeCounters(QVR_lineId_t lineId, const QVR_intervalCounterDB_t& counters);
 
-// The latest read: for a look at the running quarter hour; or the read that closes it, which from then on no
-// look of another thread replaces until the next one starts.
+// Store the latest read: one during the running quarter hour, or the one that closes it. After the closing
+// read, reads of another thread are not stored until the next quarter hour starts.
 void storeLatestCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
 void storeClosingCounters(QVR_lineId_t lineId, const G9972_PM_COUNTERS_S& latest);
 
-// The unavailable seconds at the start of the running quarter hour, if they still are what they were: another
-// quarter hour may have started meanwhile.
+// Changes the unavailable seconds at the start of the running quarter hour. Does nothing unless they are
+// `before`: another quarter hour may have started meanwhile.
 void moveUnavailableSecondsStart(QVR_lineId_t lineId, uint32_t before, uint32_t after);
 
 // Fills the map from internal to logical line numbers, the inverse of the fixed one.

@@ -24,7 +24,7 @@ void decode(const uint8_t* record, QVR_medleyset_t* set) {
   set->numSubCarriers = take();
 }
 
-// False when the band leaves the grid; what of it lies on the grid is marked all the same.
+// False when the band leaves the grid; its part on the grid is marked anyway.
 bool markBand(const QVR_band_t& band, QVR_medleySetLUT_t table) {
   for (uint32_t tone = band.firstSubCarrier; tone <= band.lastSubCarrier; tone++) {
     if (tone >= QVR_MAX_NUMBER_OF_TONES) {

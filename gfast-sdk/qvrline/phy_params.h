@@ -5,7 +5,7 @@
 
 namespace gfast {
 
-// Those of them that the grid has: a chip may say anything.
+// Limits them to the grid: a chip may report anything.
 QVR_linePhyParams_t withinGrid(const QVR_linePhyParams_t& said);
 
 }  // namespace gfast

@@ -18,8 +18,8 @@ namespace {
 constexpr uint32_t kWord = sizeof(uint32_t);
 constexpr uint32_t kGuardWords = 2;
 
-// A far end that has not answered so often in a row will not: each of these may have waited for a message
-// that was lost on the line.
+// After so many failed tries in a row a far end is given up. Each try may have waited for a message that was
+// lost on the line.
 constexpr int kMostFarEndTries = 10;
 
 using Energies = std::array<uint32_t, QVR_MAX_NUMBER_OF_TONES>;
@@ -34,7 +34,7 @@ bool isSettled(const Window& window) {
   return first != 0 && first == load_le32(&window[kWord]);
 }
 
-// So many energies from this subcarrier on, seen through the window.
+// Reads `count` energies from this subcarrier on, through the window.
 QVR_retval_t readWindow(const LineInShowtime& line, uint32_t tone, uint32_t count, uint32_t* energies) {
   const uint32_t address = VIRT_ADDR_SNR_BUF(line.descriptor.narrowLineID) + kWord * tone;
   Window window;
@@ -114,7 +114,7 @@ QVR_retval_t askForBlock(const LineInShowtime& line, Block* block) {
   return received == block->responseSize() ? QVR_E_STATUS_OK : QVR_E_FAILED_GETTING_FE_DATA;
 }
 
-// Messages are lost on a line; a refusal stands.
+// A lost message is sent again; a refusal is final.
 QVR_retval_t insistOnBlock(const LineInShowtime& line, Block* block) {
   QVR_retval_t status = QVR_E_ERROR;
   for (int tries = 0; tries < kMostFarEndTries; tries++) {

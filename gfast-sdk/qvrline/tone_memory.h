@@ -7,12 +7,12 @@
 
 namespace gfast {
 
-constexpr int MAX_RETRIES = 50;  // readings of what a chip writes meanwhile
+constexpr int MAX_RETRIES = 50;  // tries to read what a chip may write at the same time
 
-// The end of a line whose chip is asked: ours, or the one behind the copper.
+// The end of a line whose chip is asked.
 enum class LineEnd { kNear, kFar };
 
-// A line as it was found when it was in showtime: everything read of it in one operation is read by this.
+// A line as it was found in showtime. One operation uses it for all its reads.
 struct LineInShowtime {
   QVR_lineId_t id;
   QVR_lineDescriptor_t descriptor;
@@ -24,7 +24,8 @@ struct LineInShowtime {
 //   otherwise as QVR_getLinePhyParams
 QVR_retval_t findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line);
 
-// Reads bytes at the end's address for the line, which the far end numbers 0. No bytes are no request.
+// Reads bytes at the end's address for the line; the far end numbers its line 0. With size 0 it makes no
+// request.
 //   as QVR_readmem or QVR_readmemFarEnd
 QVR_retval_t readTones(const LineInShowtime& line, LineEnd end, uint32_t (*addressOf)(uint32_t linkId),
                        void* bytes, uint32_t size);

@@ -45,7 +45,7 @@ void gfast::QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_fu
   if (static_cast<uint32_t>(xi_severity) > log_level) {
     return;
   }
-  const int reason = errno;  // a message about a failure must not hide why it failed
+  const int reason = errno;  // the caller may still need it
   va_list arguments;
   va_start(arguments, xi_format);
   const char* severity = QVR_traceLogLevelString(xi_severity);
@@ -58,7 +58,7 @@ void gfast::QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_fu
     }
     handler(xi_severity, message);
   } else {
-    flockfile(stdout);  // one message stays in one piece, whichever threads write
+    flockfile(stdout);  // a message is not mixed with one of another thread
     std::printf("[%s] %s:%d ", severity, xi_function, xi_line);
     std::vprintf(xi_format, arguments);
     funlockfile(stdout);

@@ -19,7 +19,7 @@ constexpr auto kSettlingTime = 50ms;  // from the signal's start to the capture
 constexpr uint32_t kFirstNotch = 60;
 constexpr uint32_t kNotchSpacing = 20;
 
-// The pattern is fixed, so the ends of its band have no say.
+// The pattern is fixed, so these ends of its band are ignored.
 constexpr uint32_t kStartTone = 43;
 constexpr uint32_t kEndTone = 1971;
 
@@ -33,7 +33,7 @@ double powerOf(const QVR_complex_t& x) {
   return magnitude * magnitude;
 }
 
-// The subcarrier that entry i of a QVR_MTPR_t tells of.
+// The subcarrier of entry i of a QVR_MTPR_t.
 uint32_t notchedTone(uint32_t i) {
   return kNotchSpacing * i + kFirstNotch;
 }
@@ -75,7 +75,7 @@ void QVR_calcMTPR(const QVR_complex_t* xi_rxFreqDomainSignal, double* xo_MTPR) {
   for (uint32_t i = 0; i < QVR_K_MTPR_TONES; i++) {
     const QVR_complex_t* notch = xi_rxFreqDomainSignal + notchedTone(i);
     const QVR_complex_t neighbours = 0.5 * (powerOf(notch[-1]) + powerOf(notch[1]));
-    // A complex division, of which an empty notch makes infinity or no number, as a real one would.
+    // A complex division: for an empty notch it gives infinity or NaN, as a real division would.
     xo_MTPR[i] = (neighbours / QVR_complex_t(powerOf(notch[0]))).real();
   }
 }
@@ -98,7 +98,7 @@ QVR_retval_t QVR_testAfePerformanceMTPRInLoop(QVR_lineId_t xi_txLineId, QVR_line
   std::fill(std::begin(accumulator), std::end(accumulator), 0);
   for (int j = 0; j < xi_numberOfIterations; j++) {
     std::printf("%1d\n", j);
-    std::fflush(stdout);  // the iteration takes its time
+    std::fflush(stdout);  // an iteration takes long
     status = captureGenerated(xi_txLineId, xi_rxLineId, xo_MTPR);
     for (uint32_t k = 0; k < QVR_K_SIGNAL_POINTS; k++) {
       accumulator[k] += powerOf(fdSignal[k]);

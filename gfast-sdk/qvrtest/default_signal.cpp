@@ -1,5 +1,5 @@
 // The words come from the inverse transform of the test pattern, scaled and rounded; the tests compute them
-// anew.
+// again.
 #include "qvrtest/default_signal.h"
 
 using namespace gfast;

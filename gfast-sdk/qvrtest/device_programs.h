@@ -10,8 +10,7 @@
 
 namespace gfast {
 
-// Counters a device has room for among the results, and all of them, of every device that a program
-// addresses.
+// Counters that a device has room for in the results, and those of all devices that a program addresses.
 constexpr size_t kExtcomCountersPerDevice =
     size_t{QVR_K_NUMBER_OF_EXTCOM_PORTS_PER_DEVICE} * QVR_K_NUMBER_OF_LANES_PER_EXTCOM_PORT;
 constexpr size_t kProgramSlots = QVR_K_MAX_DEVICES_IN_CLUSTER * kExtcomCountersPerDevice;
@@ -24,9 +23,9 @@ struct ProgramMemory {
   QVR_retval_t (*write)(QVR_deviceId_t deviceId, uint32_t address, const void* buffer, uint32_t numBytes);
 };
 
-// Plays the steps in order up to the first that fails, and answers its code. Words cross as a big-endian
-// processor stores them, on every machine. A step that neither reads nor writes does nothing; one that reads
-// into a slot that there is not is QVR_E_INVALID_OPERATION.
+// Plays the steps in order up to the first that fails, and returns its code. Words are transferred big-endian
+// on every machine. A step that neither reads nor writes does nothing; one that reads into a slot that does
+// not exist returns QVR_E_INVALID_OPERATION.
 QVR_retval_t playProgram(std::span<const QVR_instruction_t> program, ProgramSlots& slots,
                          const ProgramMemory& memory);
 

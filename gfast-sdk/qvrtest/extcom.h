@@ -1,7 +1,7 @@
-// The check of the links between chips (Extcom): its programs and what becomes of their results.
+// The check of the links between chips (Extcom): its programs and their results.
 //
 // A chip has two blocks of lane units, reached through a control word and a data word each: a command selects
-// a unit and one of its registers. What registers and values mean is the chips' business.
+// a unit and one of its registers. Only the chips define what registers and values mean.
 #pragma once
 
 #include <array>
@@ -17,8 +17,8 @@ constexpr size_t kPrbsResultsSteps = 84;
 extern const std::array<QVR_instruction_t, kStartPrbsSteps> startPRBSTestProgram;
 extern const std::array<QVR_instruction_t, kPrbsResultsSteps> getPRBSTestResultsProgram;
 
-// Reads every counter into `slots`, those that nothing reads being -1, and hands out the counters of this
-// system's devices; `results` is untouched on failure.
+// Reads every counter into `slots`; slots that nothing reads become -1. Returns the counters of this system's
+// devices in `results`, which is untouched on failure.
 QVR_retval_t collectExtcomErrors(ProgramSlots& slots, const ProgramMemory& memory,
                                  QVR_extcomPortErrors_t& results);
 

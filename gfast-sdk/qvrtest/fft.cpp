@@ -16,10 +16,10 @@ namespace {
 
 constexpr double k2Pi = 6.283185307179586;
 
-// A line of the processor's cache, of which its vectors are parts.
+// A line of the processor's cache, which holds whole vectors.
 constexpr std::align_val_t kAlignment{64};
 
-// What one FFT_init after the other sets. The vectors live as long as the process.
+// FFT_init sets these. The vectors live until the process ends.
 int m_nSize = 0;
 BOOL m_isUnitary = TRUE;
 BOOL m_isMixed = FALSE;
@@ -38,7 +38,7 @@ FftWorkspace workspace() {
   return {static_cast<size_t>(m_nSize), m_twiddles, m_twiddles + tableSize, work, work + tableSize};
 }
 
-// True of every positive size: what is shifted out is not looked at.
+// True for every positive size, because the bits that are shifted out are not checked.
 bool isAcceptedSize(int nSize) {
   while (nSize >= 2) {
     nSize >>= 1;
@@ -74,8 +74,8 @@ bool reserve(size_t points) {
   return m_work != nullptr;
 }
 
-// With a power of two every factor of a stage is one of the next stage, to the bit. Otherwise each stage has
-// a step of its own.
+// For a power of two, the factors of a stage are also factors of the next stage, bit for bit. For another
+// size each stage has its own step.
 void fillTwiddles(size_t points) {
   double* re = m_twiddles;
   double* im = m_twiddles + tableSize;
@@ -143,7 +143,7 @@ void plainButterflies(QVR_complex_t* points, FftDirection direction) {
   }
 }
 
-// The loop that defines the results. It takes every size and value.
+// The loop that defines the results. It works for every size and value.
 void plainTransform(QVR_complex_t* output, const QVR_complex_t* input, FftDirection direction,
                     const FftOutput& rule) {
   const auto size = static_cast<size_t>(m_nSize);
@@ -159,7 +159,7 @@ void plainTransform(QVR_complex_t* output, const QVR_complex_t* input, FftDirect
   }
 }
 
-// The same, faster; false when it cannot be told without the care of the plain loop.
+// The same results, faster; false when the size or the values need the plain loop.
 bool fastTransform(QVR_complex_t* output, const QVR_complex_t* input, FftDirection direction,
                    const FftOutput& rule) {
   const FftWorkspace work = workspace();

@@ -1,9 +1,9 @@
 // A radix-2 fast Fourier transform over complex vectors, with one configuration for the whole process: the
-// last FFT_init counts for every caller. All of it belongs to the command thread.
+// last FFT_init applies to every caller. Only the command thread uses it.
 //
 // Results are those of the textbook loop (bit reversal, then one stage of butterflies after the other, each
-// product that of C99) to the last bit, on every machine and however the stages are carried out here; only
-// which of the many not-a-numbers stands for one is left open.
+// product that of C99) to the last bit, on every machine and with every variant of the stages. Only
+// the bits of a NaN are not defined.
 #pragma once
 
 #include <qvr.h>
@@ -19,19 +19,19 @@ struct COMPLEX16 {
 // Sets the size, a power of two, and the mode:
 //   unitary  both directions are scaled by 1/sqrt(size); otherwise the inverse by 1/size and the forward not
 //   mixed    for real signals: the transform has 2 * nSize points, and the inverse takes the lower half of a
-//            spectrum, completes it to that of a real signal and answers a signal without imaginary parts
+//            spectrum, completes it to that of a real signal and returns a signal without imaginary parts
 // false: there is no memory for so large a transform, and until the next FFT_init no transform takes place.
 // A size below 1 is assertion 201. A size that is no power of two is accepted; its transforms are wrong, but
-// stay inside their vectors: butterflies that would reach beyond are left out, and points that the bit
+// stay inside their vectors: butterflies that would reach outside are left out, and points that the bit
 // reversal does not assign keep what the output held.
 bool FFT_init(int nSize, BOOL isUnitary, BOOL isMixed);
 
 // Points of a transform; 0 before the first FFT_init and after one that failed.
 int FFT_size();
 
-// Transform vectors of FFT_size() points, which may be the same, and answer the gain applied, or 0 without a
-// transform when there is no size. In mixed mode the inverse reads points 0 .. size/2-1 only: the upper half
-// is their mirror image, and the point between takes the real value of point 0.
+// Transform a vector of FFT_size() points; output and input may be the same. They return the gain applied.
+// Without a size they do nothing and return 0. In mixed mode the inverse reads points 0 .. size/2-1 only: the
+// upper half is their mirror image, and the point between takes the real value of point 0.
 double FFT_transform(QVR_complex_t* output, const QVR_complex_t* input);
 double FFT_inverseTransform(QVR_complex_t* output, const QVR_complex_t* input);
 

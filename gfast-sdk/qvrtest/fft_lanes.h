@@ -1,5 +1,5 @@
-// How a processor's vector registers carry butterflies. A variant's source file defines one of these sets and
-// includes the stages behind it.
+// How butterflies lie in a processor's vector registers. Which of these sets exist depends on the
+// instructions that the including file is compiled for.
 #pragma once
 
 #include <cstddef>
@@ -29,8 +29,8 @@ struct OneLane {
     pairs[1] = im;
   }
 
-  // Lane l of the four vectors becomes four values in a row, at the place of the point that the lane holds
-  // after `split` once the bits of its number are reversed.
+  // Stores lane l of the four vectors as four values in a row. Their place is the bit-reversed number of the
+  // point that lane l holds after `split`.
   static void storeRows(double* to, size_t /*size*/, Vector a, Vector b, Vector c, Vector d) {
     to[0] = a;
     to[1] = b;

@@ -21,14 +21,14 @@ struct FftWorkspace {
 
 enum class FftDirection { kForward, kInverse };
 
-// What becomes of the transformed points on their way to the output.
+// What is done to the transformed points before they are stored.
 struct FftOutput {
   double gain;
   bool realOnly;  // imaginary parts are 0
 };
 
-// Transforms `input` (pairs of real and imaginary part) into `output`, which may be the same. false: the
-// values are so large, infinite or no numbers that products may need the care of C99's; nothing was written.
+// Transforms `input` (pairs of real and imaginary part) into `output`, which may be the same. false: values
+// are so large, infinite or NaN that products may need the special cases of C99; nothing was written.
 using FftStages = bool (*)(const FftWorkspace& work, FftDirection direction, const FftOutput& rule,
                            const double* input, double* output);
 
@@ -40,10 +40,10 @@ struct FftVariant {
 // The variants that this machine runs, the fastest first. All give the same results.
 std::span<const FftVariant> fftVariants();
 
-// Transforms are carried out by this variant from now on; by the fastest until then.
+// Transforms use this variant from now on; until then they use the fastest.
 void selectFftVariant(const FftVariant& variant);
 
-// The variant for processors with AVX2, which no other may run.
+// The variant for processors with AVX2; on others it must not be called.
 bool fourLaneStages(const FftWorkspace& work, FftDirection direction, const FftOutput& rule,
                     const double* input, double* output);
 

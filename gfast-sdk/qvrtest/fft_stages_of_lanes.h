@@ -1,5 +1,5 @@
-// The stages, written once for every width of vectors. Everything is local to the including file: a variant
-// compiled for a later processor must not lend its code to one that runs everywhere.
+// The stages, written once for every width of vectors. Everything is local to the including file: code
+// compiled for a newer processor must not be linked into the variant for every processor.
 #pragma once
 
 #include "qvrtest/fft_lanes.h"
@@ -25,7 +25,7 @@ struct Stages {
     return {Lanes::load(re + at), Lanes::load(im + at)};
   }
 
-  // The factor is conjugated on the way back.
+  // The inverse conjugates the factor.
   static Points times(const Points& factor, const Points& x) {
     if constexpr (Direction == FftDirection::kInverse) {
       return {factor.re * x.re + factor.im * x.im, factor.re * x.im - factor.im * x.re};
@@ -34,7 +34,7 @@ struct Stages {
     }
   }
 
-  // The same for the factor 1 - 0i, which is not nothing: it decides the sign of zeros.
+  // The same for the factor 1 - 0i. It cannot be left out, because it decides the sign of zeros.
   static Points timesFirstFactor(const Points& x) {
     const Vector zero = Lanes::all(Direction == FftDirection::kInverse ? 0.0 : -0.0);
     return {x.re - zero * x.im, x.im + zero * x.re};
@@ -75,8 +75,8 @@ struct Stages {
     return x;
   }
 
-  // Bit reversal and the stages of spans 1 and 2: points that are a quarter of the input apart meet first,
-  // and neighbours of theirs give the lanes.
+  // Bit reversal and the stages of spans 1 and 2: points that are a quarter of the input apart are combined,
+  // and neighbouring points fill the lanes.
   static bool firstStages(const FftWorkspace& work, const double* input) {
     const size_t quarter = work.size / 4;
     const size_t places = work.size / Lanes::kWidth - 4;  // all bits of a place's number, from 4 up
@@ -99,7 +99,7 @@ struct Stages {
     return Lanes::sum(sum) <= kLargestCareless;
   }
 
-  // Counts with the most significant bit of the mask as its ones.
+  // The next number when counting with reversed bits: the mask's most significant bit is the ones.
   static size_t nextReversed(size_t number, size_t mask) {
     const size_t clear = ~number & mask;
     if (clear == 0) {

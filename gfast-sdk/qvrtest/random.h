@@ -1,4 +1,4 @@
-// Random integers for signals of one's own.
+// Random integers for test signals.
 #pragma once
 
 namespace gfast {

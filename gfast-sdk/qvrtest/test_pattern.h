@@ -10,7 +10,7 @@ namespace gfast {
 constexpr uint32_t kPatternTones = 2048;
 constexpr uint32_t kFirstLoadedTone = 43;
 constexpr uint32_t kLastLoadedTone = 1972;
-constexpr uint32_t kEmptyToneSpacing = 20;  // every multiple of it stays empty, for others to leak into
+constexpr uint32_t kEmptyToneSpacing = 20;  // multiples of it stay empty, to show what leaks from others
 
 // The point of each subcarrier: 1 for subcarrier 0, otherwise +-1 +-1i.
 extern const std::array<QVR_complex_t, kPatternTones> kpatternFreq;

@@ -29,12 +29,12 @@ constexpr double kLargestSample = 16384;
 constexpr uint32_t kSampleMask = 0xFFFF;
 constexpr int kSampleBits = 16;
 
-// A symbol as the chip's bytes, and as what is transformed: too much for the board's stacks.
+// A symbol as chip bytes and as points to transform: too large for the board's stacks.
 uint8_t temp[QVR_K_TEST_SYMBOL_SIZE];
 COMPLEX16 samplePairs[QVR_K_SIGNAL_WORDS];
 QVR_signal_t realVector;
 
-// Reads the line's device; a line that is idle is activated, as well as it goes.
+// Reads the line's device and activates an idle line. A failed activation is ignored.
 QVR_retval_t wakeLine(QVR_lineId_t lineId, const QVR_lineDescriptor_t& line) {
   QVR_deviceInfo_t info;
   const QVR_retval_t status = QVR_getDeviceInfo(line.deviceId, &info);
@@ -45,7 +45,7 @@ QVR_retval_t wakeLine(QVR_lineId_t lineId, const QVR_lineDescriptor_t& line) {
   return status;
 }
 
-// The symbol that the pattern gives, in realVector. Without memory for the transform, false.
+// Computes the symbol of the pattern in realVector; false without memory for the transform.
 bool generateSymbol(uint32_t tones) {
   if (!FFT_init(static_cast<int>(tones), FALSE, TRUE)) {
     return false;
