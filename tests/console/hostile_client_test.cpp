@@ -29,7 +29,7 @@ std::string repeat(const std::string& text, int times) {
   return all;
 }
 
-TEST(HostileClient, CompletesBehindAFilter) {
+TEST(HostileClient, PressesTabBehindAFilter) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const std::string filter : {"include", "exclude", "begin", "between a", "between", "grep", "egrep",
@@ -50,7 +50,7 @@ TEST(HostileClient, CompletesBehindAFilter) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, CompletesAtTheEndOfALongLine) {
+TEST(HostileClient, PressesTabAtTheEndOfALongLine) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const size_t length :
@@ -63,7 +63,7 @@ TEST(HostileClient, CompletesAtTheEndOfALongLine) {
   EXPECT_EQ(session.type("show version"), kVersion);
 }
 
-TEST(HostileClient, CompletesLinesThatComeBack) {
+TEST(HostileClient, PressesTabOnLinesOfTheHistory) {
   LabServer lab;
   OpenSession session(lab.port());
   session.send(std::string(4087, ' ') + "sho\r");
@@ -86,7 +86,7 @@ TEST(HostileClient, HidesLineEndsInTelnetCommands) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, TypesEveryByteThereIs) {
+TEST(HostileClient, TypesEveryByte) {
   LabServer lab;
   OpenSession session(lab.port());
   std::string all;
@@ -134,7 +134,7 @@ TEST(HostileClient, TypesQuotesPipesAndWordsWithoutEnd) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, LeavesInTheMiddleOfOutput) {
+TEST(HostileClient, ClosesInTheMiddleOfOutput) {
   LabServer lab;
   for (int i = 0; i < 5; i++) {
     OpenSession session(lab.port());
@@ -175,8 +175,8 @@ TEST(HostileClient, ResetsWhileACommandWaits) {
 
 TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
   LabServer lab;
-  TemporaryFolder directory;
-  const std::string script = directory.write("a.txt", "sleep ?\n");
+  TemporaryFolder folder;
+  const std::string script = folder.write("a.txt", "sleep ?\n");
   OpenSession session(lab.port());
   session.send("run " + script + " 4294967295\r");
   session.readUntil("100 of");
@@ -184,7 +184,7 @@ TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, NeverReadsAndSendsMuch) {
+TEST(HostileClient, SendsMuchAndNeverReads) {
   LabServer lab;
   ConsoleSession session(lab.port());
   const timeval timeout{2, 0};
@@ -195,7 +195,7 @@ TEST(HostileClient, NeverReadsAndSendsMuch) {
   expectAlive(lab);  // while this client still holds its connection
 }
 
-TEST(HostileClient, LeavesTheServerWithoutDescriptors) {
+TEST(HostileClient, ConnectsWhenTheServerHasNoDescriptors) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "UBSan needs descriptors of its own to look at an object's type";
 #endif

@@ -21,12 +21,12 @@ struct ExpectedCall {
   Kind kind;
   int device = 0;
   uint32_t code = 0;
-  gfast_iocreq request{};  // every byte as it must arrive, the buffer's address aside
+  gfast_iocreq request{};  // every byte must arrive so, except the buffer's address
   uint32_t bufferSize = 0;
   Bytes in;             // what the buffer must begin with
   Bytes out;            // what the buffer receives
   int error = 0;        // errno of a failure, 0: success
-  uint32_t copied = 0;  // what the driver says it copied, also when it fails
+  uint32_t copied = 0;  // copied length that the driver reports, also when it fails
 };
 
 // Calls in the order in which they must be made.
@@ -41,11 +41,10 @@ class Script {
   Script operator+(const Script& next) const;
   Script times(int count) const;
 
-  // The last call fails with this errno, having copied so many bytes as far as the driver says.
+  // The last call fails with this errno and reports so many copied bytes.
   Script fails(int error, uint32_t copied = 0) const;
 
-  // The calls up to the one at `position`, which fails: what remains of a script when nothing follows a
-  // failure.
+  // The calls up to the one at `position`, which fails. Nothing follows a failure.
   Script failingAt(size_t position, int error) const;
 
  private:

@@ -11,7 +11,7 @@ using namespace gfast;
 
 namespace {
 
-// A library that asks on and on what nobody expects, as it may while it waits for a chip, ends the test.
+// After so many unexpected calls the process ends: a library that waits for a chip may never stop asking.
 constexpr int kMostUnexpectedCalls = 100;
 
 struct RequestKind {
@@ -69,8 +69,8 @@ void setCopied(uint32_t code, gfast_iocreq& request, uint32_t count) {
   }
 }
 
-// The envelope without what is the process's own (the buffer's address) or left over from the request before
-// (what the driver filled in when a queue is read over and over).
+// The envelope without the buffer's address, and without what the driver filled in for the request before: a
+// queue is read with the same envelope again and again.
 void strip(uint32_t code, gfast_iocreq& request) {
   if (char** buffer = bufferOf(code, request)) {
     *buffer = nullptr;

@@ -42,7 +42,7 @@ TEST_F(Boundary, ComesAtMidnight) {
   EXPECT_EQ(secondsAt(at(24, 0, 0)), 900U);
 }
 
-TEST_F(Boundary, IsNeverZeroNorMoreThanAnInterval) {
+TEST_F(Boundary, IsBetween1And900SecondsAway) {
   for (time_t time = kMidnight; time < kMidnight + 86400; time++) {
     const uint32_t seconds = secondsAt(time);
     ASSERT_GE(seconds, 1U);
@@ -50,7 +50,7 @@ TEST_F(Boundary, IsNeverZeroNorMoreThanAnInterval) {
   }
 }
 
-TEST_F(Boundary, TellsTheTimeItStartedFrom) {
+TEST_F(Boundary, ReturnsTheTimeItCountedFrom) {
   bench_.clock.time = at(10, 14, 59);
   time_t now = 0;
   QVR_secsTo15minBoundary(&now);
@@ -81,21 +81,21 @@ TEST_F(Boundary, ComesWhenClocksGoBackHalfAnHour) {
   EXPECT_EQ(secondsAt(kChange), 900U);
 }
 
-// Nepal, five hours and three quarters ahead: quarters of the hour coincide with those of UTC.
-TEST_F(Boundary, IsThatOfZonesAQuarterHourOff) {
+// Nepal is 5 h 45 min ahead of UTC, so its quarter hours are those of UTC.
+TEST_F(Boundary, FollowsZonesOffsetByAQuarterHour) {
   setZone("<+0545>-5:45");
   EXPECT_EQ(secondsAt(at(10, 14, 59)), 1U);
   EXPECT_EQ(secondsAt(at(10, 15, 0)), 900U);
 }
 
-// An offset of seven minutes moves the boundaries with it: local time counts.
-TEST_F(Boundary, IsThatOfLocalTime) {
+// A zone offset by seven minutes has its boundaries seven minutes earlier.
+TEST_F(Boundary, FollowsLocalTime) {
   setZone("<+0007>-0:07");
   EXPECT_EQ(secondsAt(at(10, 8, 0)), 900U);
   EXPECT_EQ(secondsAt(at(10, 15, 0)), 480U);
 }
 
-TEST_F(Boundary, IsFoundBeforeTheEpoch) {
+TEST_F(Boundary, WorksBeforeTheEpoch) {
   EXPECT_EQ(secondsAt(-1), 1U);
 }
 

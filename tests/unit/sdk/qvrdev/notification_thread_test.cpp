@@ -1,4 +1,4 @@
-// The notification thread itself, beside a thread that registers and asks.
+// The notification thread, while another thread registers callbacks and reads devices.
 #include <gmock/gmock.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
@@ -29,7 +29,8 @@ void countLogLine(QVR_deviceId_t, const char*) {
   log_lines++;
 }
 
-// Readable while something is pending; the time goes on as fast as it is asked for. Shared by both threads.
+// A descriptor is readable while something is pending. Each call of now moves the time on by a second. Both
+// threads use it.
 class BusyClock final : public Clock {
  public:
   explicit BusyClock(Chips& chips) : chips_(chips) {}
@@ -81,7 +82,7 @@ class Thread : public testing::Test {
   Bench bench_;
 };
 
-TEST_F(Thread, TurnsEventsAndLogRecordsIntoCallbacks) {
+TEST_F(Thread, CallsBackForEventsAndLogRecords) {
   QVR_registerRebootEventCB(countReboot);
   QVR_registerDeviceLinkStateChangeCB(countLinkChange);
   QVR_registerLogMessageCB(0, countLogLine);
@@ -147,7 +148,7 @@ class EventDescriptors final : public Driver {
   const int descriptor_ = ::eventfd(0, EFD_NONBLOCK);
 };
 
-TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
+TEST(ThreadOnSystemClock, CallsBackWhenADeviceBecomesReadable) {
   auto& chip = forever(new EventDescriptors);
   forever(&driver());
   installDriver(chip);
@@ -161,8 +162,8 @@ TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
 }
 
 #if defined(__GLIBC__) && !defined(__UCLIBC__)
-// A stack that no address space holds makes every further thread fail.
-TEST(ThreadThatTheSystemRefuses, IsReported) {
+// With a stack that fits into no address space, no further thread can be started.
+TEST(ThreadStart, FailsWhenTheSystemRefusesTheThread) {
   pthread_attr_t attributes;
   ASSERT_EQ(pthread_attr_init(&attributes), 0);
   const size_t beyond = sizeof(void*) == 8 ? size_t{1} << 47 : size_t{0x7FFF0000};

@@ -43,18 +43,18 @@ INSTANTIATE_TEST_SUITE_P(Stages, RebootDevice,
                                          Reboot{"BootLoaderKeepsBit0", FW_B1, 0x00000001, 0x00000311}),
                          [](const auto& reboot) { return reboot.param.name; });
 
-TEST_P(RebootDevice, ChoosesTheStageInTheBootRegister) {
+TEST_P(RebootDevice, WritesTheStageIntoTheBootRegister) {
   ExpectedRequests driver(opens(0) + reboots(0, GetParam().before, GetParam().after));
   EXPECT_EQ(QVR_rebootDevice(0, GetParam().next), QVR_E_STATUS_OK);
 }
 
-TEST(RebootDevice, IntoAnotherStateWritesNothing) {
+TEST(RebootDevice, WritesNothingForAnUnknownStage) {
   ExpectedRequests driver(opens(0) + readsWord(0, SBR_REG_ADDRESS, kLineState).times(2));
   EXPECT_EQ(QVR_rebootDevice(0, FW_UNDEFINED), QVR_E_ERROR);
   EXPECT_EQ(QVR_rebootDevice(0, static_cast<QVR_fwState_t>(4)), QVR_E_ERROR);
 }
 
-TEST(RebootDevice, AnswersTheFailuresOfTheBootRegister) {
+TEST(RebootDevice, FailsWhenTheBootRegisterCannotBeChanged) {
   const Script script = reboots(0, 0x01800000, 0x01800210);
   ExpectedRequests driver(opens(0).fails(ENOENT));
   EXPECT_EQ(QVR_rebootDevice(0, FW_APP), QVR_E_DEVICE_NOT_EXISTS);
@@ -65,14 +65,14 @@ TEST(RebootDevice, AnswersTheFailuresOfTheBootRegister) {
   EXPECT_EQ(QVR_rebootDevice(0, FW_APP), QVR_E_MEMWRITE_ERROR);
 }
 
-TEST(RebootDevice, IgnoresTheResultsOfTheResetItself) {
+TEST(RebootDevice, IgnoresFailedResetWrites) {
   const Script script = reboots(0, 0x01800000, 0x01800210);
   ExpectedRequests driver(opens(0) + script.failingAt(2, EIO) +
                           writesWord(0, 0xE0000014, 0x80000000).fails(EIO));
   EXPECT_EQ(QVR_rebootDevice(0, FW_APP), QVR_E_STATUS_OK);
 }
 
-TEST(RebootDevice, OfAnUnknownDeviceIsAnAssertion) {
+TEST(RebootDevice, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(QVR_rebootDevice(2, FW_APP), asserts(100, "Unknown device handle", 2));
 }
@@ -118,7 +118,7 @@ TEST_F(RestartDevice, FromLineStateIntoConfigurationWaitsForAnIdleLine) {
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1), seconds(1), seconds(1)));
 }
 
-TEST_F(RestartDevice, FromLineStateWithoutConfigurationWaitsForTheAnswerOnly) {
+TEST_F(RestartDevice, FromLineStateToLineStateWaitsUntilTheDeviceAnswers) {
   driver_.expect(readsWord(1, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kLineState) +
                  modifiesSBR(1, kConfigurationState, kLineState) +
                  reboots(1, kLineState, kLineState | 0x210) +
@@ -127,20 +127,20 @@ TEST_F(RestartDevice, FromLineStateWithoutConfigurationWaitsForTheAnswerOnly) {
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1)));
 }
 
-TEST_F(RestartDevice, AResetThatFailsDoesNotEndTheRestart) {
+TEST_F(RestartDevice, GoesOnWhenTheResetFails) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kLineState) +
                  modifiesSBR(1, kLineState, kLineState) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) +
                  readsIdentity(0, chipWithBootRegister(kLineState)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
 }
 
-TEST_F(RestartDevice, ABootRegisterThatCannotBeReadEndsItAtOnce) {
+TEST_F(RestartDevice, FailsAtOnceWhenTheBootRegisterCannotBeRead) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kLineState).fails(EIO));
   EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_MEMREAD_ERROR);
   EXPECT_TRUE(trace_.lines().empty());
 }
 
-TEST_F(RestartDevice, ABootRegisterThatCannotBeChangedIsWarnedOfAtEachPosition) {
+TEST_F(RestartDevice, WarnsWhenTheBootRegisterCannotBeChanged) {
   const Script changes =
       modifiesSBR(0, kLineState, kConfigurationState) + modifiesSBR(1, kLineState, kConfigurationState);
   for (size_t position = 0; position < changes.size(); position++) {
@@ -153,7 +153,7 @@ TEST_F(RestartDevice, ABootRegisterThatCannotBeChangedIsWarnedOfAtEachPosition) 
   }
 }
 
-TEST_F(RestartDevice, InConfigurationStateThereIsNothingToWaitFor) {
+TEST_F(RestartDevice, IntoConfigurationDoesNothingInConfigurationState) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState));
   EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_STATUS_OK);
   EXPECT_TRUE(sleeps().empty());
@@ -169,7 +169,7 @@ TEST_F(RestartDevice, EndingConfigurationActivatesDevice1FirstAndPollsDevice0Fir
   EXPECT_EQ(sleeps(), std::vector<microseconds>(4, milliseconds(250)));
 }
 
-TEST_F(RestartDevice, EndingConfigurationIgnoresTheResultsOfItsWrites) {
+TEST_F(RestartDevice, EndingConfigurationIgnoresFailedWrites) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) +
                  writesWord(1, kUserActivation, 0).fails(EIO) + writesWord(0, kUserActivation, 0).fails(EIO) +
                  readsIdentity(0, chipWithBootRegister(kLineState)) +
@@ -185,7 +185,7 @@ TEST_F(RestartDevice, EndingConfigurationGivesUpAfter41Reads) {
   EXPECT_EQ(sleeps(), std::vector<microseconds>(41, milliseconds(250)));
 }
 
-TEST_F(RestartDevice, TheSecondDeviceHasItsOwn41Reads) {
+TEST_F(RestartDevice, EndingConfigurationAllowsDevice1Its41Reads) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
                  writesWord(0, kUserActivation, 0) +
                  readsIdentity(0, chipWithBootRegister(kConfigurationState)).times(40) +
@@ -194,7 +194,7 @@ TEST_F(RestartDevice, TheSecondDeviceHasItsOwn41Reads) {
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_ERROR);
 }
 
-TEST_F(RestartDevice, OfAnUnknownDeviceIsAnAssertion) {
+TEST_F(RestartDevice, AssertsOnAnUnknownDevice) {
   EXPECT_ASSERTION(QVR_restartDevice(2, TRUE), asserts(100, "Unknown device handle", 2));
 }
 

@@ -20,8 +20,8 @@ using namespace gfast;
 
 namespace {
 
-// A line in showtime on each device, whose framing is another one at every reading; guard words are settled
-// and far ends answer everything.
+// A line in showtime on each device, whose framing differs at every read. Guard words agree, and far ends
+// answer every request.
 class RestlessChips final : public Driver {
  public:
   RestlessChips() {
@@ -84,7 +84,7 @@ class RestlessChips final : public Driver {
   std::atomic<uint32_t> reading_{0};
 };
 
-TEST(TonesOfARestlessLine, AreReadWhileItsFramingChanges) {
+TEST(ToneThreads, ReadTablesWhileTheFramingChanges) {
   const RestlessChips chips;
   std::atomic<bool> done{false};
   std::thread notifications([&] {

@@ -1,5 +1,5 @@
-// The far end's counter blocks: from its memory, completed by what it answers and by what the near end
-// counted.
+// The far end's counter blocks: read from its memory, completed by its answers and by counters of the near
+// end.
 #include "support/assertions.h"
 #include "support/devices.h"
 #include "support/far_end_answers.h"
@@ -23,7 +23,7 @@ class FarEndCounters : public testing::Test {
     startDevice(driver_, 0, LS_SHOWTIME);
   }
 
-  // Only the last step of a reading decides its result, so each is tried good and bad.
+  // Only the last step decides the result, so each step is tested good and bad.
   static Script step(const Script& good, bool fails) { return fails ? good.fails(EIO) : good; }
 
   // The next exchange over far-end memory.
@@ -41,7 +41,7 @@ using FarEndFramerRaw = FarEndCounters;
 using FarEndFduRaw = FarEndCounters;
 using FarEndDerived = FarEndCounters;
 
-// A reader of a far-end block of memory, of any type.
+// Calls an operation with a block of its type, whatever the type.
 template <typename Block, QVR_retval_t (*Read)(QVR_lineId_t, Block*)>
 QVR_retval_t readInto(QVR_lineId_t line, bool& zero) {
   Block block;
@@ -69,7 +69,7 @@ constexpr AnyReader kAnswerReaders[] = {
     {"PMD", readInto<G9701_PMDTestParameters_t, QVR_readFarEndPMDTestParameters>},
 };
 
-TEST_F(FarEndCounters, OfALineThatIsDownAreZeroAndAskedOfNobody) {
+TEST_F(FarEndCounters, AreZeroWithoutARequestForALineThatIsDown) {
   for (const AnyReader& block : kBlockReaders) {
     SCOPED_TRACE(block.name);
     bool zero = false;
@@ -80,7 +80,7 @@ TEST_F(FarEndCounters, OfALineThatIsDownAreZeroAndAskedOfNobody) {
   }
 }
 
-TEST_F(FarEndCounters, OfALineWhoseDeviceDoesNotAnswerAreThoseOfALineThatIsDown) {
+TEST_F(FarEndCounters, AreZeroWhenTheDeviceDoesNotAnswer) {
   const Script finds = findsLineUp(0);
   for (const AnyReader& block : kBlockReaders) {
     for (size_t position = 0; position < finds.size(); position++) {
@@ -94,7 +94,7 @@ TEST_F(FarEndCounters, OfALineWhoseDeviceDoesNotAnswerAreThoseOfALineThatIsDown)
   }
 }
 
-TEST_F(FarEndCounters, OfALineWhoseDeviceCannotBeOpened) {
+TEST_F(FarEndCounters, AreZeroWhenTheDeviceCannotBeOpened) {
   for (const AnyReader& block : kBlockReaders) {
     SCOPED_TRACE(block.name);
     bool zero = false;
@@ -123,13 +123,13 @@ void expectNoDevice(const AnyReader (&readers)[Count]) {
   }
 }
 
-TEST_F(FarEndCounters, OfALineThatNoDeviceCarriesAskNobodyAndOfNoLineAreAnAssertion) {
+TEST_F(FarEndCounters, FailForALineWithoutADeviceAndAssertOnAnUnknownLine) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   expectNoDevice(kBlockReaders);
   expectNoDevice(kAnswerReaders);
 }
 
-TEST_F(FarEndCounters, OfInitialisationComeFromFarEndMemory) {
+TEST_F(FarEndCounters, OfInitialisationAreReadFromFarEndMemory) {
   GFAST_FRAMER_INIT_COUNTERS_S framer;
   driver_.expect(findsLineUp(0) + readsBlock(0xE2400000, 72));
   EXPECT_EQ(QVR_readGfastFramerInitCountersFE(0, &framer), QVR_E_STATUS_OK);
@@ -140,7 +140,7 @@ TEST_F(FarEndCounters, OfInitialisationComeFromFarEndMemory) {
   expectCountingWords(fdu, kFirst);
 }
 
-TEST_F(FarEndCounters, TheLinesIndexInItsDeviceIsNoPartOfTheFarEndsAddress) {
+TEST_F(FarEndCounters, FarEndAddressIsTheSameForEveryLine) {
   addLine(1, 1, 0, FALSE);
   startDevice(driver_, 1, LS_SHOWTIME);
   GFAST_FRAMER_INIT_COUNTERS_S framer;
@@ -149,7 +149,7 @@ TEST_F(FarEndCounters, TheLinesIndexInItsDeviceIsNoPartOfTheFarEndsAddress) {
   expectCountingWords(framer, kFirst);
 }
 
-TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndDoesNotGiveThem) {
+TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndFails) {
   struct Failure {
     Script exchange;
     QVR_retval_t status;
@@ -195,7 +195,7 @@ TEST_F(PmdTestParameters, AreLittleEndianAndPacked) {
   EXPECT_EQ(uint16_t{parameters.RXpower_dBm_DS}, 0x0607);
 }
 
-TEST_F(FarEndCounters, AnAnswerTooShortForItsRecordIsNone) {
+TEST_F(FarEndCounters, RejectAnAnswerTooShortForItsRecord) {
   for (size_t length = 0; length < kManagement.size(); length++) {
     bool zero = false;
     driver_.expect(asksManagement(0, Bytes(length, 0x55)));
@@ -210,7 +210,7 @@ TEST_F(FarEndCounters, AnAnswerTooShortForItsRecordIsNone) {
   }
 }
 
-TEST_F(FarEndCounters, AFarEndThatDoesNotAnswerIsAFailedMessage) {
+TEST_F(FarEndCounters, FailWhenTheFarEndDoesNotAnswer) {
   bool zero = false;
   driver_.expect(asksManagement(0, kManagement).fails(ETIMEDOUT, 44) + asksPmd(0).fails(ETIMEDOUT, 14));
   EXPECT_EQ(kAnswerReaders[0].read(0, zero), QVR_E_FAILED_SENDING_FAR_END_MSG);
@@ -219,7 +219,7 @@ TEST_F(FarEndCounters, AFarEndThatDoesNotAnswerIsAFailedMessage) {
   EXPECT_TRUE(zero);
 }
 
-TEST_F(FarEndCounters, AnswersOfALineThatIsDownAreFailedMessagesWithoutARequest) {
+TEST_F(FarEndCounters, AnswersFailWithoutARequestForALineThatIsDown) {
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
   ASSERT_EQ(QVR_isLineUp(0), FALSE);
   for (const AnyReader& answer : kAnswerReaders) {
@@ -263,7 +263,7 @@ GFAST_FRAMER_RAW_COUNTERS_S expectedFramer(unsigned failing) {
   return framer;
 }
 
-TEST_F(FarEndFramerRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
+TEST_F(FarEndFramerRaw, EachStepFailsAloneAndTheLastStepDecidesTheResult) {
   for (unsigned failing = 0; failing < kAllSteps; failing++) {
     SCOPED_TRACE(failing);
     driver_.expect(findsLineUp(0) + readsBlock(0xE2440000, 340, (failing & kBlock) != 0) +
@@ -282,7 +282,7 @@ TEST_F(FarEndFramerRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
   }
 }
 
-TEST_F(FarEndFduRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
+TEST_F(FarEndFduRaw, EachStepFailsAloneAndTheLastStepDecidesTheResult) {
   for (const bool blockFails : {false, true}) {
     for (const bool pmdFails : {false, true}) {
       driver_.expect(findsLineUp(0) + readsBlock(0xE2040000, 40, blockFails) + step(asksPmd(0), pmdFails));
@@ -299,14 +299,14 @@ TEST_F(FarEndFduRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
   }
 }
 
-TEST_F(FarEndFduRaw, ThePowerIsWidenedWithoutItsSign) {
+TEST_F(FarEndFduRaw, PowerIsNotSignExtended) {
   driver_.expect(findsLineUp(0) + readsBlock(0xE2040000, 40) + asksPmd(0));
   GFAST_FDU_RAW_COUNTERS_S fdu;
   EXPECT_EQ(QVR_readGfastFduRawCountersFE(0, &fdu), QVR_E_STATUS_OK);
   EXPECT_EQ(fdu.ACTATPds, 0xABCD);
 }
 
-TEST_F(FarEndDerived, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
+TEST_F(FarEndDerived, EachStepFailsAloneAndTheLastStepDecidesTheResult) {
   for (const bool blockFails : {false, true}) {
     for (const bool managementFails : {false, true}) {
       driver_.expect(findsLineUp(0) + readsBlock(0xE2880000, 216, blockFails) +

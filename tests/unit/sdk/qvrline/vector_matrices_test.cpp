@@ -1,4 +1,4 @@
-// Vectoring coefficients: the blocks they are seen through, and how they lie in matrices.
+// Vectoring coefficients: the blocks in which they are read, and their order in matrices.
 #include "support/vectoring.h"
 #include "unit/sdk/qvrline/tone_test.h"
 
@@ -20,7 +20,7 @@ class VectorMatrices : public ToneTest {
     return static_cast<int>(i * 1000 + j * 10 + t) - 8000 + line;
   }
 
-  // What the chip keeps for so many pairs of subcarriers; imaginary parts are the real ones' opposites.
+  // What the chip keeps for so many pairs of subcarriers; imaginary parts are the negated real parts.
   static Bytes coefficients(uint32_t pairs, int line = 0) {
     Bytes area;
     for (uint32_t i = 0; i < COEF_NUM_USERS; i++) {
@@ -77,7 +77,7 @@ constexpr MatrixKind kKinds[] = {
 
 using CoefficientBlocks = VectorMatrices;
 
-TEST_F(CoefficientBlocks, CarryLittleEndianValuesBehindTwoGuardWords) {
+TEST_F(CoefficientBlocks, HoldLittleEndianValuesBehindTwoGuardWords) {
   Bytes block{1, 2, 3, 4, 1, 2, 3, 4, 0x34, 0x12, 0xFF, 0xFF, 0x00, 0x80};
   block.resize(256);
   driver_.expect(reads(1, 0xE4000010, block));
@@ -86,7 +86,7 @@ TEST_F(CoefficientBlocks, CarryLittleEndianValuesBehindTwoGuardWords) {
   EXPECT_THAT(values, testing::ElementsAre(0x1234, -1, -32768, 77));
 }
 
-TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
+TEST_F(CoefficientBlocks, AdvanceByTheirDataAndTheLastIsReadWhole) {
   Bytes area(500);
   for (size_t i = 0; i < area.size(); i += 2) {
     store_le16(&area[i], static_cast<uint16_t>(i / 2));
@@ -105,7 +105,7 @@ TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
   EXPECT_EQ(values[250], 77);
 }
 
-TEST_F(CoefficientBlocks, OfExactlyTheirDataAreOneRead) {
+TEST_F(CoefficientBlocks, FullBlockIsOneRead) {
   std::vector<int16_t> values(125, 77);
   driver_.expect(readsCoefficientBlock(0, kCanceler, Bytes(248, 1)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 248), QVR_E_STATUS_OK);
@@ -113,14 +113,14 @@ TEST_F(CoefficientBlocks, OfExactlyTheirDataAreOneRead) {
   EXPECT_EQ(values[124], 77);
 }
 
-TEST_F(CoefficientBlocks, OfHalfAValueGiveNone) {
+TEST_F(CoefficientBlocks, HalfAValueIsNotStored) {
   std::vector<int16_t> values(2, 77);
   driver_.expect(readsCoefficientBlock(0, kCanceler, Bytes(3, 1)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 3), QVR_E_STATUS_OK);
   EXPECT_THAT(values, testing::ElementsAre(0x0101, 77));
 }
 
-TEST_F(CoefficientBlocks, OfNothingAreNotRead) {
+TEST_F(CoefficientBlocks, LengthZeroMakesNoRequest) {
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, nullptr, 0), QVR_E_STATUS_OK);
 }
 
@@ -131,7 +131,7 @@ TEST_F(CoefficientBlocks, MayHaveGuardWordsOfZero) {
   EXPECT_EQ(value, 0);
 }
 
-TEST_F(CoefficientBlocks, ThatDifferInOneByteOfTheGuardAreReadAgain) {
+TEST_F(CoefficientBlocks, AreReadAgainWhenTheirGuardWordsDiffer) {
   for (size_t byte = 0; byte < 8; byte++) {
     Bytes unsettled(256);
     unsettled[byte] = 1;
@@ -142,7 +142,7 @@ TEST_F(CoefficientBlocks, ThatDifferInOneByteOfTheGuardAreReadAgain) {
   }
 }
 
-TEST_F(CoefficientBlocks, SixteenInARowThatFailAreAnError) {
+TEST_F(CoefficientBlocks, FailAfterSixteenFailuresInARow) {
   int16_t value = 77;
   driver_.expect(readsUnsettled(0, kCanceler).times(16));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, &value, 2), QVR_E_ERROR);
@@ -153,7 +153,7 @@ TEST_F(CoefficientBlocks, SixteenInARowThatFailAreAnError) {
   EXPECT_EQ(value, 77);
 }
 
-TEST_F(CoefficientBlocks, FifteenInARowThatFailAreNotAndTheyAreCountedAnew) {
+TEST_F(CoefficientBlocks, AllowFifteenFailuresForEachBlock) {
   std::vector<int16_t> values(126, 77);
   driver_.expect(readsUnsettled(0, kCanceler).times(15) + readsCoefficientBlock(0, kCanceler, Bytes(248, 1)) +
                  readsUnsettled(0, kCanceler + 248).times(15) +
@@ -163,7 +163,7 @@ TEST_F(CoefficientBlocks, FifteenInARowThatFailAreNotAndTheyAreCountedAnew) {
   EXPECT_EQ(values[125], 0x0202);
 }
 
-TEST_F(CoefficientBlocks, OfALineWithoutADeviceAreNone) {
+TEST_F(CoefficientBlocks, FailForALineWithoutADevice) {
   int16_t value = 77;
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_EQ(QVR_readVectMatrix(1, kCanceler, &value, 2), QVR_E_NO_DEVICE_FOR_LINE);
@@ -182,7 +182,7 @@ TEST_F(VectorMatrices, AreTransposedAndInUnitsOf4096) {
   }
 }
 
-TEST_F(VectorMatrices, Of4096IsOne) {
+TEST_F(VectorMatrices, Coefficient4096IsOne) {
   Bytes area(kPairSize);
   store_le16(&area[(2 * 16 + 5) * 4], 4096);        // i = 2, j = 5
   store_le16(&area[(2 * 16 + 5) * 4 + 2], 0x8000);  // -32768
@@ -194,7 +194,7 @@ TEST_F(VectorMatrices, Of4096IsOne) {
   EXPECT_EQ(matrix.coefficients_re.matrix[2][5], 0.0);
 }
 
-TEST_F(VectorMatrices, OfTheSecondLineStandBehindThoseOfTheFirst) {
+TEST_F(VectorMatrices, OfLine1AreStoredBehindThoseOfLine0) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     driver_.expect(readsCoefficients(1, kind.address, coefficients(2, 1)));
@@ -206,7 +206,7 @@ TEST_F(VectorMatrices, OfTheSecondLineStandBehindThoseOfTheFirst) {
   }
 }
 
-TEST_F(VectorMatrices, OfALineThatIsNotTheFirstOfItsDeviceLieElsewhere) {
+TEST_F(VectorMatrices, AddressDependsOnTheLineIndex) {
   addLine(0, 0, 2, TRUE);
   QVR_tonePairMatrix_t matrix;
   driver_.expect(readsCoefficients(0, 0xE4800000, Bytes(kPairSize)) +
@@ -215,14 +215,14 @@ TEST_F(VectorMatrices, OfALineThatIsNotTheFirstOfItsDeviceLieElsewhere) {
   EXPECT_EQ(QVR_readPrecoderMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
 }
 
-TEST_F(VectorMatrices, OfNoPairsAreNotRead) {
+TEST_F(VectorMatrices, ZeroPairsMakeNoRequest) {
   for (const MatrixKind& kind : kKinds) {
     EXPECT_EQ(kind.ofLine(0, 0, nullptr), QVR_E_STATUS_OK);
     EXPECT_EQ(kind.ofAllLines(0, nullptr), QVR_E_STATUS_OK);
   }
 }
 
-TEST_F(VectorMatrices, OfManyPairsTakeTheFewestBlocks) {
+TEST_F(VectorMatrices, ManyPairsTakeTheFewestBlocks) {
   const Script script = readsCoefficients(0, kPrecoder, Bytes(64 * kPairSize, 1));
   EXPECT_EQ(script.size(), (64 * kPairSize + 247) / 248);
   driver_.expect(script);
@@ -231,7 +231,7 @@ TEST_F(VectorMatrices, OfManyPairsTakeTheFewestBlocks) {
   EXPECT_TRUE(allAre(matrices, 0x0101 / 4096.0));
 }
 
-TEST_F(VectorMatrices, ThatCannotBeReadLeaveWhatThereWas) {
+TEST_F(VectorMatrices, FailAndFillNothingWhenAnyBlockFails) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(1, 0.5);
@@ -246,7 +246,7 @@ TEST_F(VectorMatrices, ThatCannotBeReadLeaveWhatThereWas) {
   }
 }
 
-TEST_F(VectorMatrices, OfAllLinesAreOneBehindTheOther) {
+TEST_F(VectorMatrices, OfAllLinesAreStoredInLineOrder) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     driver_.expect(readsCoefficients(0, kind.address, coefficients(2, 0)) +
@@ -259,7 +259,7 @@ TEST_F(VectorMatrices, OfAllLinesAreOneBehindTheOther) {
   }
 }
 
-TEST_F(VectorMatrices, OfAllLinesEndAtTheFirstThatFails) {
+TEST_F(VectorMatrices, OfAllLinesStopAtTheFirstFailure) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(2, 0.5);
@@ -274,7 +274,7 @@ TEST_F(VectorMatrices, OfAllLinesEndAtTheFirstThatFails) {
   }
 }
 
-TEST(VectorMatricesOfAllLines, AreOfAsManyAsThereAre) {
+TEST(VectorMatricesOfAllLines, ReadOnlyLinesInTheTable) {
   addLine(0, 0, 0, TRUE);
   ExpectedRequests driver{Script()};
   openDevice(driver, 0);

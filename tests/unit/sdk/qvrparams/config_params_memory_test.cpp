@@ -1,45 +1,15 @@
-// A dictionary for which there is no memory. This program's own allocation can be told to refuse.
-#include <cstdlib>
-#include <new>
-
+// A dictionary for which there is no memory.
+#include "support/scarce_memory.h"
 #include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 
 namespace {
 
-size_t refusedFrom = SIZE_MAX;  // bytes; smaller allocations succeed
-
-}  // namespace
-
-// Inlined, these would look to the compiler like a free of what new has allocated.
-[[gnu::noinline]] void* operator new(size_t size) {
-  void* memory = size >= refusedFrom ? nullptr : std::malloc(size);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return memory;
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
-namespace {
-
 class ParametersWithoutMemory : public Parameters {
  protected:
   // The largest allocation of a test is the library's copy of the area, or its words of the dictionary.
-  static QVR_retval_t loadRefusing(size_t from) {
-    refusedFrom = from;
-    const QVR_retval_t status = QVR_initParams();
-    refusedFrom = SIZE_MAX;
-    return status;
-  }
+  static QVR_retval_t loadRefusing(size_t from) { return refusing(from, QVR_initParams); }
 };
 
 TEST_F(ParametersWithoutMemory, TheCopyOfTheAreaIsMissedAfterTheEntriesWereRead) {
