@@ -1,6 +1,5 @@
-// What the capture of a test signal costs beside what it has to wait for: the library's whole way from the
-// request to the missing-tone power ratios, in front of chips that answer at once, and a clock whose waits
-// are added up instead of waited for.
+// The computing time of a capture of a test signal, beside the time it has to wait: from the request to the
+// missing-tone power ratios, with chips that answer at once and a clock that only adds up the waits.
 //
 // With a number as its argument it makes so many captures and prints nothing, for counting instructions.
 #include <qvr.h>

@@ -1,9 +1,8 @@
-// How soon an event is a line on standard output, and what a console costs that only waits.
+// How soon an event is printed on standard output, and what an idle console costs.
 //
 // The event is a line's change between idle and silent, raised by the command that activates or deactivates
-// it: the time runs from the command's last key to the line at the other end of the pipe, so it holds the way
-// through session and interpreter as well. Beside it the least that a process needs: an eventfd, select,
-// printf, a pipe.
+// it: the time runs from the command's last key to the line at the other end of the pipe, so it includes
+// session and interpreter. The yardstick is the smallest program: an eventfd, select, printf, a pipe.
 #include <sys/eventfd.h>
 #include <sys/select.h>
 #include <sys/wait.h>
@@ -20,7 +19,9 @@
 #include <thread>
 #include <vector>
 
+#include "support/board_texts.h"
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -31,15 +32,6 @@ using std::chrono::steady_clock;
 constexpr int kEvents = 600;
 constexpr auto kPause = 5ms;  // between two events: everything is asleep again
 constexpr auto kIdleTime = 10s;
-
-// Device 0 stays idle, so the line of device 1 goes no further than to silent.
-constexpr const char* kLonelyLine =
-    "[[device]]\nside = \"dp\"\nline = \"idle\"\n"
-    "[[device]]\nside = \"cpe\"\nline = \"idle\"\n";
-
-constexpr const char* kLinesUp =
-    "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
-    "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n";
 
 struct Latency {
   double median_ms;
@@ -102,9 +94,11 @@ Latency measureBareLoop() {
   return summarize(times_ms);
 }
 
+// Device 0 stays idle, so the line of device 1 goes no further than to silent.
 Latency measureLab() {
-  const ScratchDirectory scratch;
-  ConsoleProgram lab("", {GFAST_LAB, "--board", scratch.write("board.toml", kLonelyLine), "--port", "0"});
+  const TemporaryFolder folder;
+  ConsoleProgram lab(
+      "", {GFAST_LAB, "--board", folder.write("board.toml", boardWithLines("idle")), "--port", "0"});
   ConsoleSession session(lab.port());
   session.awaitPrompt();
   std::vector<double> times_ms;
@@ -154,7 +148,7 @@ std::map<int, Usage> usageOfThreads(pid_t pid) {
   return threads;
 }
 
-// The threads of a program are told apart by their age: the first is the one that runs the commands.
+// Threads are numbered by age: the first one runs the commands.
 void printIdleCost(const char* who, pid_t pid) {
   const auto before = usageOfThreads(pid);
   const auto start = steady_clock::now();
@@ -179,8 +173,9 @@ void printIdleCost(const char* who, pid_t pid) {
 }
 
 void measureIdle() {
-  const ScratchDirectory scratch;
-  ConsoleProgram lab("", {GFAST_LAB, "--board", scratch.write("board.toml", kLinesUp), "--port", "0"});
+  const TemporaryFolder folder;
+  ConsoleProgram lab(
+      "", {GFAST_LAB, "--board", folder.write("board.toml", boardWithLines("showtime")), "--port", "0"});
   const uint16_t port = lab.port();
   std::this_thread::sleep_for(1s);
   printIdleCost("nobody connected:", lab.pid());

@@ -1,5 +1,5 @@
 // The transform of a captured symbol, 4096 points, beside FFTW's (planned by estimate) and the plain loop: in
-// turns and by processor time, so that whatever else the machine does troubles all of them alike.
+// turns and by processor time, so that other load affects all of them alike.
 #include <fftw3.h>
 
 #include <algorithm>
@@ -46,7 +46,7 @@ void runRound(Contender& contender) {
   contender.times_us.push_back((processorTime_us() - start) / kTransformsARound);
 }
 
-// Vectors as FFTW likes them best.
+// Vectors that FFTW allocates, aligned for it.
 struct Yardstick {
   fftw_complex* input = fftw_alloc_complex(kPoints);
   fftw_complex* output = fftw_alloc_complex(kPoints);

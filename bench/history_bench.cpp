@@ -1,9 +1,8 @@
 // What the counters' history costs: seven simulated days of quarter hours on both lines of a virtual board.
 //
-// A round of the notification thread every simulated minute, as many quarter-hour boundaries as a week has,
-// and after each day the memory the process holds. Beside a boundary stands the least it needs: a bare read
-// of both chips' counters, at the same moment. It comes first, because whoever reads first has the board work
-// out what was counted.
+// The test runs a round of the notification thread every simulated minute, and prints the process's memory
+// after each day. The yardstick of a boundary is a bare read of both chips' counters at the same moment. It
+// is measured first and a second time, because at the first read the board works out what was counted.
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -46,7 +45,7 @@ struct Rounds {
   }
 };
 
-// Both chips' counters, past the library.
+// Reads both chips' counters without the library.
 class BareReads {
  public:
   explicit BareReads(VirtualBoard& board) : board_(board), descriptors_{board.open(0), board.open(1)} {}

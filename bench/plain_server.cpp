@@ -1,5 +1,5 @@
-// The yardstick: the least that a libcli server can be. One command, `rows`, prints the lines of a file, as
-// libcli does it by itself.
+// The yardstick: the smallest libcli server. Its one command, `rows`, prints the lines of a file with
+// libcli's own output.
 #include <arpa/inet.h>
 #include <libcli.h>
 #include <netinet/in.h>

@@ -1,5 +1,5 @@
 // How long an operator waits: commands of 2048 rows over a loopback session, the way to "Listening on port",
-// and memory at the prompt; each beside the same from a libcli server that does no more than it must.
+// and memory at the prompt; each compared with the smallest libcli server.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -10,7 +10,9 @@
 #include <string>
 #include <vector>
 
+#include "support/board_texts.h"
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -52,10 +54,8 @@ Command productCommand() {
 
 // With lines that are up from the start.
 Command showtimeCommand() {
-  static const ScratchDirectory directory;
-  static const std::string board = directory.write("board.toml",
-                                                   "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
-                                                   "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n");
+  static const TemporaryFolder folder;
+  static const std::string board = folder.write("board.toml", boardWithLines("showtime"));
   return {GFAST_LAB, "--board", board, "--port", "0"};
 }
 
@@ -69,7 +69,7 @@ class Rows {
     text_ = session.type(command_);
     std::string lines = text_;
     std::erase(lines, '\r');
-    file_ = scratch_.write("rows.txt", lines);
+    file_ = folder_.write("rows.txt", lines);
   }
 
   void typeAtConsole(benchmark::State& state) { type(state, showtimeCommand(), command_, console_s_); }
@@ -104,7 +104,7 @@ class Rows {
   }
 
   const char* command_;
-  ScratchDirectory scratch_;
+  TemporaryFolder folder_;
   std::string file_;
   std::string text_;
   std::vector<double> plain_s_;

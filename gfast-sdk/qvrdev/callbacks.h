@@ -1,5 +1,5 @@
-// What the upper layers registered to be told. A slot holds one function; registering while the notification
-// thread runs is safe, and a callback runs without any lock held.
+// The callbacks that the upper layers registered. A slot holds one function; registering while the
+// notification thread runs is safe, and a callback runs without any lock held.
 #pragma once
 
 #include <qvr.h>
@@ -27,10 +27,10 @@ struct Callbacks {
   CallbackSlot<LineIdTranslation> logicalLineId;
 };
 
-// The process's one registry.
+// The only registry of the process.
 Callbacks& callbacks();
 
-// The line room's own handling of a reboot, which runs before the registered reboot callback.
+// Registers the line layer's handler of a reboot, which runs before the registered reboot callback.
 void registerLineRebootHandler(QVR_rebootNotificationCB handler);
 
 // The line room's own numbering, once it has built its table.

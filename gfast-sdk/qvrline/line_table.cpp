@@ -21,7 +21,7 @@ struct LineTable {
   uint32_t numberOfLines = 0;
 };
 
-// Trivially destructible, so the notification thread may use it for as long as the process lives.
+// Trivially destructible, so the notification thread may use it until the process ends.
 constinit LineTable table;
 static_assert(std::is_trivially_destructible_v<LineTable>);
 

@@ -1,5 +1,5 @@
 // The lines of the system: which device carries each, under which index, and how it is framed. The command
-// thread and the notification thread both use the table; one lock guards it, and never across a driver
+// thread and the notification thread both use the table; one lock guards it and is never held across a driver
 // request.
 #pragma once
 
@@ -44,10 +44,10 @@ void addLine(QVR_lineId_t internalId, QVR_deviceId_t deviceId, uint32_t narrowLi
 // Lines found on present devices.
 uint32_t numberOfLines();
 
-// The counting starts afresh, and with it the building of the table.
+// Sets the number of lines to zero, before the table is built.
 void clearNumberOfLines();
 
-// What the line's framer says of its framing becomes the descriptor's.
+// Stores the framing that the line's framer reports.
 void storeFraming(QVR_lineId_t lineId, const GFAST_FRAMER_INIT_COUNTERS_S& framing);
 
 // Stores both snapshots of the line's performance counters. A quarter hour starts with them.

@@ -1,9 +1,9 @@
 // A radix-2 fast Fourier transform over complex vectors, with one configuration for the whole process: the
-// last FFT_init counts for every caller. All of it belongs to the command thread.
+// last FFT_init applies to every caller. Only the command thread uses it.
 //
 // Results are those of the textbook loop (bit reversal, then one stage of butterflies after the other, each
-// product that of C99) to the last bit, on every machine and however the stages are carried out here; only
-// which of the many not-a-numbers stands for one is left open.
+// product that of C99) to the last bit, on every machine and with every variant of the stages. Only
+// the bits of a NaN are not defined.
 #pragma once
 
 #include <qvr.h>
@@ -19,10 +19,10 @@ struct COMPLEX16 {
 // Sets the size, a power of two, and the mode:
 //   unitary  both directions are scaled by 1/sqrt(size); otherwise the inverse by 1/size and the forward not
 //   mixed    for real signals: the transform has 2 * nSize points, and the inverse takes the lower half of a
-//            spectrum, completes it to that of a real signal and answers a signal without imaginary parts
+//            spectrum, completes it to that of a real signal and returns a signal without imaginary parts
 // false: there is no memory for so large a transform, and until the next FFT_init no transform takes place.
 // A size below 1 is assertion 201. A size that is no power of two is accepted; its transforms are wrong, but
-// stay inside their vectors: butterflies that would reach beyond are left out, and points that the bit
+// stay inside their vectors: butterflies that would reach outside are left out, and points that the bit
 // reversal does not assign keep what the output held.
 bool FFT_init(int nSize, BOOL isUnitary, BOOL isMixed);
 

@@ -25,14 +25,14 @@ class Configuration : public testing::Test {
   OpenSession session_{lab_.port()};
 };
 
-TEST_F(Configuration, StartsAsLine0Is) {
+TEST_F(Configuration, StartsWithTheConfigurationOfLine0) {
   const std::string text = type("show");
   EXPECT_TRUE(text.starts_with(shown("MF", "36") + shown("Mds", "28") + shown("CE", "10 "))) << text;
   EXPECT_THAT(text, HasSubstr(shown("FEXT_CANCEL_ENABLEds", "T")));
   EXPECT_THAT(text, HasSubstr(shown("DELAYMAXds", "0")));
 }
 
-TEST_F(Configuration, IsEditedWithoutAWord) {
+TEST_F(Configuration, EditsPrintNothing) {
   EXPECT_EQ(type("TARSNRM us 77"), "");
   EXPECT_EQ(type("CARMASK ds 0 100 200"), "");
   EXPECT_EQ(type("UPBOKLF T"), "");
@@ -43,7 +43,7 @@ TEST_F(Configuration, IsEditedWithoutAWord) {
   EXPECT_THAT(text, HasSubstr(shown("UPBOKLF", "T")));
 }
 
-TEST_F(Configuration, RefusesInOneLine) {
+TEST_F(Configuration, RefusesBadWordsWithOneLine) {
   EXPECT_EQ(type("TARSNRM Us 60"), "invalid parameter - must enter ds or us\r\n");
   EXPECT_EQ(type("TARSNRM us 311"), "invalid parameter - must enter value between 0..310\r\n");
   EXPECT_EQ(type("TARSNRM ds"), "TARSNRM (ds | us) <0..310> * (0.1) dB\r\n");
@@ -51,7 +51,7 @@ TEST_F(Configuration, RefusesInOneLine) {
   EXPECT_EQ(type("RFIBAND 16 1 2"), "invalid parameter - must enter a value between 0..1\r\n");
 }
 
-TEST_F(Configuration, StaysEditedWhenItIsSavedAndIsTheLinesWhenItIsRead) {
+TEST_F(Configuration, SaveKeepsTheEditsAndGetReadsTheLine) {
   const std::string before = type("show");
   type("TARSNRM us 77");
   const std::string edited = type("show");
@@ -62,7 +62,7 @@ TEST_F(Configuration, StaysEditedWhenItIsSavedAndIsTheLinesWhenItIsRead) {
   EXPECT_EQ(type("show"), before);
 }
 
-TEST_F(Configuration, IsRestoredWhereALineHasIt) {
+TEST_F(Configuration, RestoreResetsOnlyWhatALineHas) {
   type("TARSNRM us 77");
   type("DELAYMAX us 9");
   EXPECT_EQ(type("restore"), "");
@@ -71,7 +71,7 @@ TEST_F(Configuration, IsRestoredWhereALineHasIt) {
   EXPECT_THAT(restored, HasSubstr(shown("DELAYMAXus", "9")));
 }
 
-TEST_F(Configuration, OutlivesTheSession) {
+TEST_F(Configuration, KeepsItsEditsAfterTheSession) {
   type("TARSNRM us 77");
   session_.send("exit\rquit\r");
   session_.readToEnd();

@@ -1,13 +1,11 @@
-// A crash from the board file to its name: the chip's records are dumped with the console, the session is
-// saved, and the console analyzes it.
+// A crash of the board file is dumped with the console, the session is saved, and the console analyzes it.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_on_board.h"
 #include "support/stored_text.h"
 
 namespace {
@@ -22,19 +20,10 @@ std::string crash(int device, const std::string& processor, uint32_t id, uint32_
          "\n" + more;
 }
 
-// The board's processors crash as soon as it has power.
-class CrashedBoard : public testing::Test {
+// A board whose processors crash at power-up.
+class CrashedBoard : public LabOnBoard {
  protected:
-  // What a session answers to a line, typed at the board.
-  std::string typed(const std::string& line) { return session_->type(line); }
-
-  void start(const std::string& crashes) {
-    const std::string board = directory_.write(
-        "board.toml", "[[device]]\nline = \"showtime\"\n[[device]]\nline = \"showtime\"\n" + crashes);
-    program_ = std::make_unique<ConsoleProgram>(
-        LAUNCHER, std::vector<std::string>{gfastLab(), "--board", board, "--port", "0"}, directory_.path());
-    session_ = std::make_unique<OpenSession>(program_->port());
-  }
+  void start(const std::string& crashes) { LabOnBoard::start(boardWithLines("showtime") + crashes); }
 
   // Dumps both devices as an operator does, and saves what the terminal showed.
   void saveDump() {
@@ -42,7 +31,7 @@ class CrashedBoard : public testing::Test {
     for (const char* line : {"read memory 0 e3100000 260", "read memory 1 e3100000 260"}) {
       shown += std::string("(gfast-cli)> ") + line + "\r\n" + typed(line) + "\r\n";
     }
-    directory_.write("session.txt", shown + "(gfast-cli)> ");
+    folder().write("session.txt", shown + "(gfast-cli)> ");
   }
 
   // The leading assertion, from its heading on.
@@ -56,16 +45,9 @@ class CrashedBoard : public testing::Test {
     saveDump();
     return leadOf(typed("analyze crashdump 1 session.txt"));
   }
-
-  std::string file(const std::string& name) const { return readText(directory_.path() + "/" + name); }
-
- private:
-  ScratchDirectory directory_;
-  std::unique_ptr<ConsoleProgram> program_;
-  std::unique_ptr<OpenSession> session_;
 };
 
-TEST_F(CrashedBoard, HasItsAssertionNamed) {
+TEST_F(CrashedBoard, AnalysisNamesTheAssertion) {
   EXPECT_EQ(lead(crash(0, "fdu", 4711, 720000, "tbm_symbol = 4\ntbm_phase = 2\ntbm_sample = 1007\n")),
             "<Leading Assert>\r\n"
             "\r\n"
@@ -81,7 +63,7 @@ TEST_F(CrashedBoard, HasItsAssertionNamed) {
             "\r\n");
 }
 
-TEST_F(CrashedBoard, HasTheEarliestOfSeveralNamed) {
+TEST_F(CrashedBoard, AnalysisNamesTheEarliestAssertion) {
   const std::string leading =
       lead(crash(0, "framer", 1, 5000) + crash(0, "fdu", 2, 4999) + crash(1, "framer", 0xFFFFFFFF, 4998) +
            crash(1, "fdu", 4, 0x80000000) + crash(1, "cp", 5, 4999));
@@ -92,7 +74,7 @@ TEST_F(CrashedBoard, HasTheEarliestOfSeveralNamed) {
                                  "Count                                     1\r\n"));
 }
 
-TEST_F(CrashedBoard, HasTheFirstOfATieNamedAndAllCounted) {
+TEST_F(CrashedBoard, AnalysisNamesTheFirstOfATieAndCountsAll) {
   const std::string leading = lead(crash(1, "framer", 30, 100) + crash(0, "cp", 20, 100) +
                                    crash(0, "framer", 10, 101) + crash(1, "cp", 40, 100));
   EXPECT_THAT(leading, HasSubstr("Assert Id                                 00000014 (20)\r\n"
@@ -103,25 +85,25 @@ TEST_F(CrashedBoard, HasTheFirstOfATieNamedAndAllCounted) {
                                  "Count                                     3\r\n"));
 }
 
-TEST_F(CrashedBoard, ThatDidNotCrashHasNoneNamed) {
+TEST_F(CrashedBoard, AnalysisNamesNoAssertionWithoutACrash) {
   const std::string leading = lead("");
   EXPECT_THAT(leading, HasSubstr("Assert Id                                 00000000 (0)\r\n"));
   EXPECT_THAT(leading, HasSubstr("Count                                     0\r\n"));
 }
 
 // Every field of both devices, in the session and in a file.
-TEST_F(CrashedBoard, IsShownWhole) {
+TEST_F(CrashedBoard, AnalysisMatchesTheTranscript) {
   start(crash(0, "framer", 4711, 720000, "params = [0x1F, 36, -1]\ntbm_symbol = 4\n") +
         crash(0, "framer", 4712, 720001) + crash(1, "cp", 9, 720003, "params = [1, 2, 3, 4, 5, 6, 7, 8]\n"));
   saveDump();
-  expectStored(TRANSCRIPTS "/crash_dump_session.txt", file("session.txt"));
+  expectStored(TRANSCRIPTS "/crash_dump_session.txt", folder().read("session.txt"));
   expectStored(TRANSCRIPTS "/crash_dump_analysis.txt", typed("analyze crashdump 1 session.txt"));
   EXPECT_EQ(typed("analyze crashdump 1 session.txt analysis.txt"), "");
-  expectStored(TRANSCRIPTS "/crash_dump_analysis_file.txt", file("analysis.txt"));
+  expectStored(TRANSCRIPTS "/crash_dump_analysis_file.txt", folder().read("analysis.txt"));
 }
 
-// A device's own report and its dump tell the same.
-TEST_F(CrashedBoard, ShowsInItsDumpWhatTheDeviceSaysOfItself) {
+// The device information and the dump agree.
+TEST_F(CrashedBoard, DumpHoldsTheDeviceInformation) {
   start("");
   saveDump();
   const std::string analysis = typed("analyze crashdump 1 session.txt");
@@ -132,7 +114,7 @@ TEST_F(CrashedBoard, ShowsInItsDumpWhatTheDeviceSaysOfItself) {
   EXPECT_THAT(analysis, HasSubstr("temperature                               0000002f\r\n"));
 }
 
-TEST_F(CrashedBoard, LosesItsRecordsWithAReset) {
+TEST_F(CrashedBoard, ResetClearsItsRecords) {
   start(crash(0, "framer", 4711, 720000));
   typed("reboot APP 0");
   typed("sleep 3");
@@ -141,7 +123,7 @@ TEST_F(CrashedBoard, LosesItsRecordsWithAReset) {
               HasSubstr("Assert Id                                 00000000 (0)\r\n"));
 }
 
-TEST_F(CrashedBoard, IsAnalyzedFromAScriptsOutputWithLogLinesInIt) {
+TEST_F(CrashedBoard, DumpSavedWhileLoggingIsAnalyzed) {
   start(crash(0, "framer", 4711, 720000));
   typed("start logging");
   typed("sleep 1");

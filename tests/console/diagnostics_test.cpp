@@ -4,12 +4,10 @@
 
 #include <chrono>
 #include <csignal>
-#include <memory>
-#include <regex>
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_on_board.h"
 #include "support/stored_text.h"
 
 namespace {
@@ -19,41 +17,22 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 
-const std::string kQuiet =
-    "[[device]]\nside = \"dp\"\nline = \"showtime\"\n[[device]]\nside = \"cpe\"\nline = \"showtime\"\n";
+const std::string kQuiet = boardWithLines("showtime");
 
-// A lab in front of a board of the test's own, and its first session.
-class Diagnostics : public testing::Test {
+class Diagnostics : public LabOnBoard {
  protected:
-  void start(const std::string& board) {
-    const std::string file = directory_.write("board.toml", board);
-    program_ = std::make_unique<ConsoleProgram>(
-        LAUNCHER, std::vector<std::string>{gfastLab(), "--board", file, "--port", "0"}, directory_.path());
-    session_ = std::make_unique<OpenSession>(program_->port());
-  }
-
-  std::string typed(const std::string& line) { return session_->type(line); }
-
   // A script's output, and how the program ended.
   struct Ended {
     int status;
     std::string output;
   };
   Ended ranScript(const std::string& board, const std::string& commands) {
-    const std::string file = directory_.write("board.toml", board);
-    const std::string script = directory_.write("script.txt", commands);
-    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", file, script}, directory_.path());
+    const std::string file = folder().write("board.toml", board);
+    const std::string script = folder().write("script.txt", commands);
+    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", file, script}, folder().path());
     const int status = program.wait();
     return {status, program.output()};
   }
-
-  ConsoleProgram& program() { return *program_; }
-  OpenSession& session() { return *session_; }
-
- private:
-  ScratchDirectory directory_;
-  std::unique_ptr<ConsoleProgram> program_;
-  std::unique_ptr<OpenSession> session_;
 };
 
 // Every line typed and what it answered, as a terminal shows it.
@@ -65,7 +44,7 @@ std::string transcript(OpenSession& session, const std::vector<std::string>& lin
   return shown;
 }
 
-TEST_F(Diagnostics, AreTypedAtAQuietBoard) {
+TEST_F(Diagnostics, MatchTheTranscript) {
   start(kQuiet);
   expectStored(TRANSCRIPTS "/diagnostics.txt",
                transcript(session(), {"show version",
@@ -96,7 +75,7 @@ TEST_F(Diagnostics, AreTypedAtAQuietBoard) {
                                       "show extcom-results 1 2"}));
 }
 
-TEST_F(Diagnostics, SayThatAChangedSystemParameterNeedsARestart) {
+TEST_F(Diagnostics, RestartStateReportsAChangedSystemParameter) {
   start(kQuiet);
   EXPECT_EQ(typed("show system restart-state"), "system does NOT require restart\r\n");
   // innerVlanID, a parameter of the system configuration state.
@@ -107,7 +86,7 @@ TEST_F(Diagnostics, SayThatAChangedSystemParameterNeedsARestart) {
   EXPECT_EQ(typed("show system restart-state"), "system requires restart (system parameter changed)\r\n");
 }
 
-TEST_F(Diagnostics, GoOnWhenTheRestartStateCannotBeRead) {
+TEST_F(Diagnostics, SessionGoesOnWhenTheRestartStateCannotBeRead) {
   start(kQuiet + "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0xE0000238\ncount = 0\n");
   EXPECT_EQ(typed("show system restart-state"), "");
   EXPECT_EQ(typed("show version"), kVersion);
@@ -123,14 +102,14 @@ std::string logAt(const std::string& seconds, const std::string& text) {
 
 const std::string kStamp = "DFE00: [0-9:]+ FRM00 - ";
 
-TEST_F(Diagnostics, LogInTheSessionForSomeSeconds) {
+TEST_F(Diagnostics, LogIsShownInTheSessionForSomeSeconds) {
   start(kQuiet + logAt("0.1", "sync at %d\\n"));
   EXPECT_THAT(typed("start logging 3"), MatchesRegex("Logging started\\.\\.\\.\r\n" + kStamp +
                                                      "sync at 7\r\nLogging stopped\\.\\.\\.\r\n"));
   EXPECT_THAT(program().output(), MatchesRegex("(.|\n)*" + kStamp + "sync at 7\n(.|\n)*"));
 }
 
-TEST_F(Diagnostics, LogUntilTheyAreStopped) {
+TEST_F(Diagnostics, LogIsShownUntilItIsStopped) {
   start(kQuiet + logAt("0.1", "first\\n"));
   EXPECT_EQ(typed("start logging"), "Logging started...\r\n");
   program().awaitOutput("first\n");
@@ -139,7 +118,7 @@ TEST_F(Diagnostics, LogUntilTheyAreStopped) {
   EXPECT_EQ(typed("show version"), kVersion);
 }
 
-TEST_F(Diagnostics, StopLoggingForASessionThatIsGone) {
+TEST_F(Diagnostics, LoggingStopsWhenItsSessionIsGone) {
   start(kQuiet + logAt("8", "late\\n"));
   session().send("start logging 86400\r");
   session().readUntil("Logging started...");
@@ -150,7 +129,7 @@ TEST_F(Diagnostics, StopLoggingForASessionThatIsGone) {
   EXPECT_THAT(program().output(), Not(HasSubstr("late")));
 }
 
-TEST_F(Diagnostics, LogOnStandardOutputOnceInAScript) {
+TEST_F(Diagnostics, LogOfAScriptIsPrintedOnce) {
   const Ended ended = ranScript(kQuiet + logAt("0.1", "only once\\n"), "start logging 3\n");
   EXPECT_EQ(ended.status, 0);
   EXPECT_THAT(ended.output,
@@ -160,7 +139,7 @@ TEST_F(Diagnostics, LogOnStandardOutputOnceInAScript) {
 // ---- Inter-chip links ----
 
 // The chips' programs address a third device, which ends the process on purpose.
-TEST_F(Diagnostics, EndWithAnAssertionAtADeviceThatCannotBe) {
+TEST_F(Diagnostics, ExtcomCommandsEndWithAnAssertionAtTheThirdDevice) {
   for (const char* command : {"start extcom-test\n", "show extcom-results\n"}) {
     const Ended ended = ranScript(kQuiet, std::string("show version ?\n") + command + "show version\n");
     EXPECT_EQ(ended.status, killedBy(SIGSEGV)) << command;
@@ -171,13 +150,13 @@ TEST_F(Diagnostics, EndWithAnAssertionAtADeviceThatCannotBe) {
   }
 }
 
-TEST_F(Diagnostics, ShowLinksThatWereNotMeasured) {
+TEST_F(Diagnostics, ExtcomResultsMatchTheTranscript) {
   start(kQuiet + "[[fault]]\ndevice = 0\nrequest = \"memwrite\"\naddress = 0xA00B0140\ncount = 0\n");
   EXPECT_EQ(typed("start extcom-test"), "Failed starting Extcom Connectivity Test (13)\r\n");
   expectStored(TRANSCRIPTS "/extcom_results.txt", transcript(session(), {"show extcom-results"}));
 }
 
-TEST_F(Diagnostics, SayThatDevicesAreAbsent) {
+TEST_F(Diagnostics, WithoutDevicesMatchTheTranscript) {
   const Ended ended = ranScript(
       "[board]\ndevices = 0\n",
       "show version\nset log-level 1\nshow log-level\nshow system restart-state\nset inventory 0 41 SN\n"

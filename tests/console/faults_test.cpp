@@ -1,4 +1,4 @@
-// Boards that do not answer as they should: every command says so in its own words, and the session goes on.
+// Boards that fail requests: every command prints its own message, and the session goes on.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,16 +9,14 @@
 
 namespace {
 
-constexpr const char* kTwoQuietChips =
-    "[[device]]\nside = \"dp\"\nline = \"idle\"\n[[device]]\nside = \"cpe\"\nline = \"idle\"\n";
+const std::string kTwoQuietChips = boardWithLines("idle");
 
-class BoardOf : public testing::Test {
+class FaultyBoard : public testing::Test {
  protected:
-  // What a script prints, but for the lines with which the chips speak first and the source lines of
-  // warnings.
+  // What a script prints, without lines of events and without the source lines of warnings.
   std::string printed(const std::string& board, const std::string& commands) {
-    const std::string boardFile = scratch_.write("board.toml", board);
-    const std::string script = scratch_.write("script.txt", commands);
+    const std::string boardFile = folder_.write("board.toml", board);
+    const std::string script = folder_.write("script.txt", commands);
     ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", boardFile, script});
     EXPECT_EQ(program.wait(), 0);
     const std::string quiet =
@@ -28,15 +26,15 @@ class BoardOf : public testing::Test {
 
   // A chip whose matching requests all fail.
   static std::string failing(const std::string& request, const std::string& address = "") {
-    return std::string(kTwoQuietChips) + "[[fault]]\ndevice = 0\nrequest = \"" + request +
+    return kTwoQuietChips + "[[fault]]\ndevice = 0\nrequest = \"" + request +
            "\"\nerrno = \"EIO\"\ncount = 0\n" + (address.empty() ? "" : "address = " + address + "\n");
   }
 
  private:
-  ScratchDirectory scratch_;
+  TemporaryFolder folder_;
 };
 
-TEST_F(BoardOf, NoChipsWarnsOnceAndEveryCommandAnswers) {
+TEST_F(FaultyBoard, WithoutChipsWarnsOnceAndEveryCommandAnswers) {
   EXPECT_EQ(
       printed("[board]\ndevices = 0\n",
               "show device-info 0\nshow device-info 1\nread memory 0 0 4\nwrite memory 1 0 2 1:2\nread sbr\n"
@@ -70,21 +68,21 @@ TEST_F(BoardOf, NoChipsWarnsOnceAndEveryCommandAnswers) {
       "CLI_showRemoteManagemenCounters failed (32)\n");
 }
 
-TEST_F(BoardOf, OneChipLeavesTheOtherAbsent) {
+TEST_F(FaultyBoard, WithOneChipReportsTheOtherAbsent) {
   EXPECT_EQ(printed("[board]\ndevices = 1\n[[device]]\nline = \"idle\"\n",
                     "show device-info 1\nread memory 1 0 4\n"),
             "Could not refresh the data\nreadmem error (18)\n");
 }
 
-TEST_F(BoardOf, AChipThatCannotBeReadAtTheStartIsFoundOnceItCan) {
-  const std::string board = std::string(kTwoQuietChips) +
-                            "[[fault]]\ndevice = 0\nrequest = \"memread\"\nerrno = \"EIO\"\ncount = 1\n";
+TEST_F(FaultyBoard, FindsAChipThatFailedAtTheStart) {
+  const std::string board =
+      kTwoQuietChips + "[[fault]]\ndevice = 0\nrequest = \"memread\"\nerrno = \"EIO\"\ncount = 1\n";
   EXPECT_THAT(printed(board, "show device-info 0 | include MAC\n"),
               testing::StartsWith("Warning: Failed to connect to DFEs\nMAC address"));
 }
 
-// The request is let through while the library starts.
-TEST_F(BoardOf, EachFailingRequestHasItsMessage) {
+// The start of the library makes none of these requests.
+TEST_F(FaultyBoard, EachFailedRequestHasItsMessage) {
   EXPECT_EQ(printed(failing("memread", "0xd0000000"), "read memory 0 d0000000 4\nread memory 0 d0000004 4\n"),
             "readmem error (12)\nd0000004: 00000000\n");
   EXPECT_EQ(printed(failing("memwrite", "0xe0000238"), "reboot B1\nwrite memory 0 d0000000 2 1:2\n"),
@@ -93,13 +91,13 @@ TEST_F(BoardOf, EachFailingRequestHasItsMessage) {
   EXPECT_EQ(printed(failing("flasherase"), "erase flash\nerase flash 1\n"), "Failed erasing flash\n");
 }
 
-TEST_F(BoardOf, AnErasureThatFailsHalfwayNamesItsSector) {
+TEST_F(FaultyBoard, FailedErasureNamesItsSector) {
   EXPECT_EQ(printed(failing("flasherase", "0x30000"), "reboot B1\nsleep 2\nerase firmware\n"),
             "[LOG_WARNING] QVR_eraseAppFirmware Failed erasing sector at address (00030000)\n"
             "failed erasing firmware image\n");
 }
 
-TEST_F(BoardOf, AMissingFirmwareFileIsTheDriversToRefuse) {
+TEST_F(FaultyBoard, MissingFirmwareFileIsReported) {
   EXPECT_EQ(printed(kTwoQuietChips, "reboot B1\nsleep 2\nupgrade bootloader no-such-file.bin\n"),
             "failed upgrading bootloader\n");
   EXPECT_EQ(printed(kTwoQuietChips, "reboot B0\nsleep 2\nload bootloader no-such-file.bin\n"),

@@ -30,7 +30,7 @@ TEST(GfastCli, ListensWhenItsScriptIsMissing) {
   EXPECT_EQ(program.port(), kPort);
 }
 
-TEST(GfastCli, SaysThatThePortIsTakenAndExitsWith1) {
+TEST(GfastCli, ReportsATakenPortAndExitsWith1) {
   const int taken = socket(AF_INET, SOCK_STREAM, 0);
   const int yes = 1;
   setsockopt(taken, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -46,8 +46,8 @@ TEST(GfastCli, SaysThatThePortIsTakenAndExitsWith1) {
 }
 
 TEST(GfastCli, RunsAScriptAndExitsWith0) {
-  ScratchDirectory directory;
-  ConsoleProgram program = gfastCli({directory.write("a.txt", "sleep ?\n"), "ignored"});
+  TemporaryFolder folder;
+  ConsoleProgram program = gfastCli({folder.write("a.txt", "sleep ?\n"), "ignored"});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\nsleep <seconds>\n");
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "console/programs.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -55,13 +56,13 @@ class TinyDisk : public testing::Test {
     directory_.write("on-disk", "mkdir -p disk && mount -t tmpfs -o " + size + " none disk && cd disk && " +
                                     filling + "\nexec \"$@\"\n");
     ConsoleProgram program(unshare_ + " sh on-disk " LAUNCHER,
-                           {GFAST_LAB, "--board", quietBoard(), "../script.txt"}, directory_.path());
+                           {gfastLab(), "--board", quietBoard(), "../script.txt"}, directory_.path());
     EXPECT_EQ(program.wait(), 0);
     EXPECT_EQ(program.errors(), "");
     return program.output();
   }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   std::string unshare_;
 };
 

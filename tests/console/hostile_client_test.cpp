@@ -32,7 +32,7 @@ std::string repeat(const std::string& text, int times) {
   return all;
 }
 
-TEST(HostileClient, CompletesBehindAFilter) {
+TEST(HostileClient, PressesTabBehindAFilter) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const std::string filter : {"include", "exclude", "begin", "between a", "between", "grep", "egrep",
@@ -53,7 +53,7 @@ TEST(HostileClient, CompletesBehindAFilter) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, CompletesAtTheEndOfALongLine) {
+TEST(HostileClient, PressesTabAtTheEndOfALongLine) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const size_t length :
@@ -66,7 +66,7 @@ TEST(HostileClient, CompletesAtTheEndOfALongLine) {
   EXPECT_EQ(session.type("show version"), kVersion);
 }
 
-TEST(HostileClient, CompletesLinesThatComeBack) {
+TEST(HostileClient, PressesTabOnLinesOfTheHistory) {
   LabServer lab;
   OpenSession session(lab.port());
   session.send(std::string(4087, ' ') + "sho\r");
@@ -89,7 +89,7 @@ TEST(HostileClient, HidesLineEndsInTelnetCommands) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, TypesEveryByteThereIs) {
+TEST(HostileClient, TypesEveryByte) {
   LabServer lab;
   OpenSession session(lab.port());
   std::string all;
@@ -137,7 +137,7 @@ TEST(HostileClient, TypesQuotesPipesAndWordsWithoutEnd) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, LeavesInTheMiddleOfOutput) {
+TEST(HostileClient, ClosesInTheMiddleOfOutput) {
   LabServer lab;
   for (int i = 0; i < 5; i++) {
     OpenSession session(lab.port());
@@ -178,8 +178,8 @@ TEST(HostileClient, ResetsWhileACommandWaits) {
 
 TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
   LabServer lab;
-  ScratchDirectory directory;
-  const std::string script = directory.write("a.txt", "sleep ?\n");
+  TemporaryFolder folder;
+  const std::string script = folder.write("a.txt", "sleep ?\n");
   OpenSession session(lab.port());
   session.send("run " + script + " 4294967295\r");
   session.readUntil("100 of");
@@ -187,7 +187,7 @@ TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
   expectAlive(lab);
 }
 
-TEST(HostileClient, NeverReadsAndSendsMuch) {
+TEST(HostileClient, SendsMuchAndNeverReads) {
   LabServer lab;
   ConsoleSession session(lab.port());
   const timeval timeout{2, 0};
@@ -210,7 +210,7 @@ DescriptorLimit exchangeDescriptorLimit(pid_t process, const DescriptorLimit* li
   return before;
 }
 
-TEST(HostileClient, LeavesTheServerWithoutDescriptors) {
+TEST(HostileClient, ConnectsWhenTheServerHasNoDescriptors) {
 #ifdef __SANITIZE_ADDRESS__
   GTEST_SKIP() << "UBSan needs descriptors of its own to look at an object's type";
 #endif

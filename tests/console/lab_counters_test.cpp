@@ -1,4 +1,4 @@
-// The counters of a lab whose lines are up: both ends answer, and what they say of each other fits.
+// The counters of a lab whose lines are up: both ends answer, and what one end says of the other agrees.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 
-// One block's part of the display, heading to blank line.
+// The lines of one block, from its heading to the blank line behind it.
 std::string blockOf(const std::string& display, const std::string& heading) {
   const size_t begin = display.find(heading);
   return begin == std::string::npos ? "no " + heading
@@ -35,7 +35,7 @@ std::map<std::string, long long> fieldsOf(const std::string& block) {
   return fields;
 }
 
-TEST(LabCounters, OfOneChipAreTheFarEndsOfTheOther) {
+TEST(LabCounters, OfOneChipAreTheFarEndCountersOfTheOther) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const std::string line : {"0", "1"}) {
@@ -64,7 +64,7 @@ TEST(LabCounters, GrowOnBothEndsWhileTheLineIsUp) {
   }
 }
 
-TEST(LabCounters, TellWhatTheFarEndMeasures) {
+TEST(LabCounters, ShowWhatTheFarEndMeasures) {
   LabServer lab;
   OpenSession session(lab.port());
   const std::string pmd = session.type("show pmd-test-parameters 1");
@@ -74,7 +74,7 @@ TEST(LabCounters, TellWhatTheFarEndMeasures) {
               ContainsRegex("\r\nunavailableSeconds         0\r\n"));
 }
 
-TEST(LabCounters, OfALineThatIsDownThereIsNoFarEnd) {
+TEST(LabCounters, OfTheFarEndFailForALineThatIsDown) {
   LabServer lab;
   OpenSession session(lab.port());
   session.type("deactivate line all");

@@ -1,5 +1,5 @@
-// What a lab's standard output shows while its chips speak: every line whole, trailing blanks included. The
-// two chips tell their events side by side, so the order is that of each chip.
+// What a lab prints on standard output when its chips report events: whole lines, trailing blanks included.
+// Events of the two chips may interleave, so the order is checked for each chip.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -7,12 +7,11 @@
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_on_board.h"
 
 namespace {
 
@@ -22,29 +21,18 @@ using testing::MatchesRegex;
 
 using Lines = std::vector<std::string>;
 
-const std::string kBothInShowtime =
-    "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
-    "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n";
-const std::string kBothIdle =
-    "[[device]]\nside = \"dp\"\nline = \"idle\"\n"
-    "[[device]]\nside = \"cpe\"\nline = \"idle\"\n";
+const std::string kBothInShowtime = boardWithLines("showtime");
+const std::string kBothIdle = boardWithLines("idle");
 
-// A lab in front of a board of the test's own, and a session at its prompt.
-class LabEvents : public testing::Test {
+class LabEvents : public LabOnBoard {
  protected:
-  void start(const std::string& board) {
-    setenv("TZ", "LAB-3", 1);  // three hours ahead of UTC
-    const std::string file = directory_.write("board.toml", board);
-    const std::vector<std::string> command{gfastLab(), "--board", file, "--port", "0"};
-    program_ = std::make_unique<ConsoleProgram>(LAUNCHER, command);
-    session_ = std::make_unique<OpenSession>(program_->port());
-  }
+  LabEvents() { setenv("TZ", "LAB-3", 1); }  // three hours ahead of UTC
 
-  void await(const std::string& text, int times = 1) { program_->awaitOutput(text, times); }
+  void await(const std::string& text, int times = 1) { program().awaitOutput(text, times); }
 
   // What was printed so far but for the server's own lines.
   Lines events() {
-    std::istringstream printed(program_->output());
+    std::istringstream printed(program().output());
     Lines lines;
     for (std::string line; std::getline(printed, line);) {
       if (!line.starts_with("Listening on port ") && !line.starts_with(" * accepted connection ")) {
@@ -54,7 +42,7 @@ class LabEvents : public testing::Test {
     return lines;
   }
 
-  // Those of a line; what concerns no single line is device 0's, which is the one that the tests reboot.
+  // Those of a line. Events without a line number count as line 0's, because the tests reboot device 0.
   Lines eventsOf(int line) {
     const std::string other = "Link [" + std::to_string(1 - line) + "] ";
     Lines lines = events();
@@ -63,13 +51,6 @@ class LabEvents : public testing::Test {
     });
     return lines;
   }
-
-  OpenSession& session() { return *session_; }
-
- private:
-  ScratchDirectory directory_;
-  std::unique_ptr<ConsoleProgram> program_;
-  std::unique_ptr<OpenSession> session_;
 };
 
 // The time as the console writes it.
@@ -81,7 +62,7 @@ std::string timeText(time_t time) {
   return text;
 }
 
-TEST_F(LabEvents, ATrainingFromPowerUp) {
+TEST_F(LabEvents, TrainingFromPowerUp) {
   start("");
   await("to show time      \n", 2);
   EXPECT_THAT(eventsOf(0), ElementsAre("Link [0] state changed from silent          to init hs        ",
@@ -93,7 +74,7 @@ TEST_F(LabEvents, ATrainingFromPowerUp) {
   EXPECT_EQ(session().readFor(0ms), "");
 }
 
-TEST_F(LabEvents, ARestartedLineEndsInOrderAndTrainsAgain) {
+TEST_F(LabEvents, RestartedLineEndsInOrderAndTrainsAgain) {
   start(kBothInShowtime);
   EXPECT_EQ(session().type("restart line 0"), "");
   await("to show time      \n", 2);
@@ -111,7 +92,7 @@ TEST_F(LabEvents, ARestartedLineEndsInOrderAndTrainsAgain) {
                                        "Link [1] state changed from init train      to show time      "));
 }
 
-TEST_F(LabEvents, ADeactivatedLineStaysDownUntilItIsActivated) {
+TEST_F(LabEvents, DeactivatedLineStaysDownUntilItIsActivated) {
   start(kBothInShowtime);
   EXPECT_EQ(session().type("deactivate line 1"), "");
   await("to idle           \n");
@@ -133,7 +114,7 @@ TEST_F(LabEvents, ADeactivatedLineStaysDownUntilItIsActivated) {
   EXPECT_EQ(down[4], "Link [1] state changed from silent          to init hs        ");
 }
 
-TEST_F(LabEvents, ARebootDropsTheLineAndBringsItBack) {
+TEST_F(LabEvents, RebootDropsTheLineAndBringsItBack) {
   start(kBothInShowtime);
   const time_t before = std::time(nullptr);
   EXPECT_EQ(session().type("reboot"), "");
@@ -141,7 +122,7 @@ TEST_F(LabEvents, ARebootDropsTheLineAndBringsItBack) {
   const time_t after = std::time(nullptr);
   Lines first = eventsOf(0);
   ASSERT_EQ(first.size(), 6U);
-  // The other end tells the failure, and numbers its own line 0; a chip in reset tells nothing.
+  // The other end reports the failure, and numbers its own line 0; a chip in reset reports nothing.
   const std::string begin = "Line failure event on line=0 reason=6 at time ";
   EXPECT_GE(first[0], begin + timeText(before) + " ...");
   EXPECT_LE(first[0], begin + timeText(after) + " ...");
@@ -160,7 +141,7 @@ TEST_F(LabEvents, ARebootDropsTheLineAndBringsItBack) {
 }
 
 // Bit 1 of the boot register leaves the activation after a reset to the host.
-TEST_F(LabEvents, ARebootActivatesBothLines) {
+TEST_F(LabEvents, RebootActivatesBothLines) {
   start(kBothIdle);
   EXPECT_EQ(session().type("write memory 0 e0000238 4 02:00:80:01"), "");
   EXPECT_EQ(session().type("reboot"), "");
@@ -173,7 +154,7 @@ TEST_F(LabEvents, ARebootActivatesBothLines) {
 }
 
 // Bit 15 of the boot register keeps the chip in configuration state.
-TEST_F(LabEvents, ARebootInConfigurationStateActivatesNothing) {
+TEST_F(LabEvents, RebootInConfigurationStateActivatesNothing) {
   start(kBothIdle);
   EXPECT_EQ(session().type("write memory 0 e0000238 4 02:80:80:01"), "");
   EXPECT_EQ(session().type("reboot"), "");
@@ -182,7 +163,7 @@ TEST_F(LabEvents, ARebootInConfigurationStateActivatesNothing) {
   EXPECT_THAT(events(), ElementsAre("Reboot notification..."));
 }
 
-TEST_F(LabEvents, TheBoardFilesEvents) {
+TEST_F(LabEvents, EventsOfTheBoardFileAreShown) {
   start(kBothInShowtime +
         "[[event]]\ndevice = 0\nat_s = 1.0\ntype = 2\nparams = [3, 1]\n"  //
         "[[event]]\ndevice = 0\nat_s = 1.1\ntype = 5\nparams = [0]\n"     //
@@ -201,7 +182,7 @@ TEST_F(LabEvents, TheBoardFilesEvents) {
                                     "Link [1] state changed from Unknown         to pre-deactivating 1"));
 }
 
-TEST_F(LabEvents, OfWhichNothingIsShown) {
+TEST_F(LabEvents, EventsWithoutAMessageAreNotShown) {
   start(kBothInShowtime +
         "[[event]]\ndevice = 0\nat_s = 1.0\ntype = 1\n"
         "[[event]]\ndevice = 1\nat_s = 1.0\ntype = 3\n"
@@ -213,7 +194,7 @@ TEST_F(LabEvents, OfWhichNothingIsShown) {
   EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
 }
 
-TEST_F(LabEvents, ACutLoopTakesBothEndsDownUntilItIsWholeAgain) {
+TEST_F(LabEvents, CutLoopTakesBothEndsDownUntilItIsRepaired) {
   start(kBothInShowtime +
         "[[loop_event]]\nat_s = 1.0\ncut = true\n"
         "[[loop_event]]\nat_s = 2.5\ncut = false\n");
@@ -241,7 +222,7 @@ TEST_F(LabEvents, ACutLoopTakesBothEndsDownUntilItIsWholeAgain) {
                                        "Link [1] state changed from init train      to show time      "));
 }
 
-TEST_F(LabEvents, AnInterruptionOfHalfASecondIsRiddenOut) {
+TEST_F(LabEvents, InterruptionOfHalfASecondShowsNothing) {
   start(kBothInShowtime +
         "[[loop_event]]\nat_s = 0.5\ncut = true\n"
         "[[loop_event]]\nat_s = 1.0\ncut = false\n"
@@ -250,8 +231,8 @@ TEST_F(LabEvents, AnInterruptionOfHalfASecondIsRiddenOut) {
   EXPECT_THAT(events(), ElementsAre("non-cDTA CPE joined on line 1"));
 }
 
-// Every five seconds the chips are asked whether they are there. The fourth look in vain is reported.
-TEST_F(LabEvents, AChipThatStopsAnswering) {
+// The chips are checked every five seconds. The fourth failed check in a row is reported.
+TEST_F(LabEvents, ChipThatStopsAnsweringIsReported) {
   start(kBothInShowtime + "[[device_event]]\ndevice = 0\nat_s = 1.0\nkind = \"hang\"\n");
   const auto begin = std::chrono::steady_clock::now();
   await("Communication failure with DFE0\n");

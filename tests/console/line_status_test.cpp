@@ -1,8 +1,8 @@
-// How lines are, as an operator sees it: every status command, with lines in each state and from either side.
-// Stored anew with STORE_TEXTS=1 when the board's loop is another.
+// Every status command, with lines in each state and at either side.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "console/programs.h"
@@ -21,15 +21,7 @@ constexpr const char* kCommands[] = {
     "show network-info",         "show number devices",      "show number lines",
     "show number reboots"};
 
-// Two chips whose line is in this state, and what lies over their memory.
-std::string board(const std::string& firstSide, const std::string& secondSide, const std::string& state,
-                  const std::string& overlays = "") {
-  const std::string line = "line = \"" + state + "\"\n";
-  return "[[device]]\nside = \"" + firstSide + "\"\n" + line + "[[device]]\nside = \"" + secondSide + "\"\n" +
-         line + overlays;
-}
-
-// Both ends' error-free throughput, which otherwise is the last second's: 450 Mbit/s downstream, 100
+// Fixes the error-free throughput of both ends, which changes every second: 450 Mbit/s downstream, 100 Mbit/s
 // upstream.
 std::string throughput(int networkDevice) {
   const auto overlay = [](int device, const std::string& bytes) {
@@ -39,11 +31,11 @@ std::string throughput(int networkDevice) {
   return overlay(networkDevice, "a0 86 01 00") + overlay(1 - networkDevice, "d0 dd 06 00");
 }
 
-class StatusOf : public testing::Test {
+class LineStatus : public testing::Test {
  protected:
-  // A session with the board, during which the lines stay in their state.
+  // The transcript of a session during which the lines stayed in their state.
   std::string session(const std::string& text) {
-    const std::string file = scratch_.write("board.toml", text);
+    const std::string file = folder_.write("board.toml", text);
     for (int attempt = 0; attempt < kAttempts; attempt++) {
       ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", file, "--port", "0"});
       const std::string transcript = typedAt(program.port());
@@ -56,8 +48,8 @@ class StatusOf : public testing::Test {
 
   // What a script prints with the board.
   std::string script(const std::string& text, const std::string& commands) {
-    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", scratch_.write("board.toml", text),
-                                      scratch_.write("script.txt", commands)});
+    ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", folder_.write("board.toml", text),
+                                      folder_.write("script.txt", commands)});
     EXPECT_EQ(program.wait(), 0);
     return program.output();
   }
@@ -65,7 +57,7 @@ class StatusOf : public testing::Test {
   static std::string stored(const std::string& name) { return std::string(TRANSCRIPTS) + "/" + name; }
 
  private:
-  // A line trains for some two seconds, which a busy machine may let pass.
+  // A line trains for about two seconds; on a busy machine the session may take longer.
   static constexpr int kAttempts = 10;
 
   static std::string typedAt(uint16_t port) {
@@ -85,26 +77,27 @@ class StatusOf : public testing::Test {
     return text;
   }
 
-  ScratchDirectory scratch_;
+  TemporaryFolder folder_;
 };
 
-TEST_F(StatusOf, IdleLines) {
-  expectStored(stored("status_idle.txt"), session(board("dp", "cpe", "idle")));
+TEST_F(LineStatus, OfIdleLinesMatchesTheTranscript) {
+  expectStored(stored("status_idle.txt"), session(boardWithLines("idle")));
 }
 
-TEST_F(StatusOf, LinesInTraining) {
-  expectStored(stored("status_training.txt"), session(board("dp", "cpe", "training")));
+TEST_F(LineStatus, OfTrainingLinesMatchesTheTranscript) {
+  expectStored(stored("status_training.txt"), session(boardWithLines("training")));
 }
 
-TEST_F(StatusOf, LinesInShowtime) {
-  expectStored(stored("status_showtime.txt"), session(board("dp", "cpe", "showtime", throughput(0))));
+TEST_F(LineStatus, OfLinesInShowtimeMatchesTheTranscript) {
+  expectStored(stored("status_showtime.txt"), session(boardWithLines("showtime") + throughput(0)));
 }
 
-TEST_F(StatusOf, LinesInShowtimeWithTheSubscriberSideFirst) {
-  expectStored(stored("status_subscriber_first.txt"), session(board("cpe", "dp", "showtime", throughput(1))));
+TEST_F(LineStatus, WithTheSubscriberSideFirstMatchesTheTranscript) {
+  expectStored(stored("status_subscriber_first.txt"),
+               session(boardWithLines("showtime", "cpe", "dp") + throughput(1)));
 }
 
-TEST_F(StatusOf, AbsentChipsIsSaidByEveryCommand) {
+TEST_F(LineStatus, EveryCommandReportsAbsentChips) {
   EXPECT_EQ(script("[board]\ndevices = 0\n",
                    "show line state\nshow line state 0\nshow line state 1\nshow line status\n"
                    "show line config\nshow channel status 0 us\nshow channel status 0 ds\n"
@@ -124,37 +117,46 @@ TEST_F(StatusOf, AbsentChipsIsSaidByEveryCommand) {
             "0\n");
 }
 
-// Chip memory that cannot be read, and what the command then says.
+// Chip memory that cannot be read, and what the command then prints.
 struct Unreadable {
+  const char* name;
   const char* address;
   const char* command;
-  const char* says;
+  const char* message;
+
+  friend void PrintTo(const Unreadable& memory, std::ostream* out) { *out << memory.command; }
 };
 
-class StatusWithout : public StatusOf, public testing::WithParamInterface<Unreadable> {};
+class UnreadableMemory : public LineStatus, public testing::WithParamInterface<Unreadable> {};
 
-TEST_P(StatusWithout, ItsMemoryIsSaid) {
+TEST_P(UnreadableMemory, IsReported) {
   const std::string fault = std::string("[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = ") +
                             GetParam().address + "\nerrno = \"EIO\"\ncount = 0\n";
-  EXPECT_THAT(script(board("dp", "cpe", "idle", fault), std::string(GetParam().command) + "\n"),
-              HasSubstr(GetParam().says));
+  EXPECT_THAT(script(boardWithLines("idle") + fault, std::string(GetParam().command) + "\n"),
+              HasSubstr(GetParam().message));
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Every, StatusWithout,
-    testing::Values(Unreadable{"0xE2040000", "show line status", "Failed getting line status (12)\n"},
-                    Unreadable{"0xE2880000", "show channel status", "QVR_getChannelStatus failed\n"},
-                    Unreadable{"0xE2400000", "show channel status", "QVR_getChannelStatus failed\n"},
-                    Unreadable{"0xE2440000", "show channel status", "QVR_getChannelStatus failed\n"},
-                    Unreadable{"0xE5002000", "show channel status", "QVR_getChannelStatus failed\n"},
-                    Unreadable{"0xE2880000", "show channel status 0 ds", "QVR_getChannelStatus failed\n"},
-                    Unreadable{"0xF1000000", "show inventory", "QVR_getInventory failed (12)\n"}));
+    Blocks, UnreadableMemory,
+    testing::Values(
+        Unreadable{"FduOfLineStatus", "0xE2040000", "show line status", "Failed getting line status (12)\n"},
+        Unreadable{"DerivedOfChannelUpstream", "0xE2880000", "show channel status",
+                   "QVR_getChannelStatus failed\n"},
+        Unreadable{"FramerInitOfChannel", "0xE2400000", "show channel status",
+                   "QVR_getChannelStatus failed\n"},
+        Unreadable{"FramerOfChannel", "0xE2440000", "show channel status", "QVR_getChannelStatus failed\n"},
+        Unreadable{"EtrDatabaseOfChannel", "0xE5002000", "show channel status",
+                   "QVR_getChannelStatus failed\n"},
+        Unreadable{"DerivedOfChannelDownstream", "0xE2880000", "show channel status 0 ds",
+                   "QVR_getChannelStatus failed\n"},
+        Unreadable{"Inventory", "0xF1000000", "show inventory", "QVR_getInventory failed (12)\n"}),
+    [](const auto& memory) { return memory.param.name; });
 
-// The record was read at the start, and cannot be read again.
-TEST_F(StatusOf, AChipThatFellSilentIsNotShownFromMemory) {
-  const std::string silent = board("dp", "cpe", "showtime",
-                                   "[[fault]]\ndevice = 1\nrequest = \"memread\"\naddress = 0xE1000000\n"
-                                   "errno = \"EIO\"\nskip = 1\ncount = 0\n");
+// The device record is read at the start and cannot be read again.
+TEST_F(LineStatus, ChipThatStoppedAnsweringIsNotShownFromItsLastRecord) {
+  const std::string silent = boardWithLines("showtime") +
+                             "[[fault]]\ndevice = 1\nrequest = \"memread\"\naddress = 0xE1000000\n"
+                             "errno = \"EIO\"\nskip = 1\ncount = 0\n";
   const std::string shown =
       script(silent, "show line state\nshow line state 1\nshow init-failure-cause 1\nshow network-info\n");
   EXPECT_THAT(shown, HasSubstr("Line[00] show time      \nCould not refresh the data\n"
@@ -163,11 +165,10 @@ TEST_F(StatusOf, AChipThatFellSilentIsNotShownFromMemory) {
               HasSubstr("|  01  |  Unknown          |\t   0    |     0    |     0  |     0  |     0  |"));
 }
 
-TEST_F(StatusOf, AFarEndThatDoesNotAnswerLeavesWhatTheChipKnows) {
-  const std::string mute = board("dp", "cpe", "showtime",
-                                 throughput(0) +
-                                     "[[fault]]\ndevice = 0\nrequest = \"farend\"\n"
-                                     "errno = \"ETIMEDOUT\"\ncount = 0\n");
+TEST_F(LineStatus, ShowsTheNearEndWhenTheFarEndDoesNotAnswer) {
+  const std::string mute = boardWithLines("showtime") + throughput(0) +
+                           "[[fault]]\ndevice = 0\nrequest = \"farend\"\n"
+                           "errno = \"ETIMEDOUT\"\ncount = 0\n";
   const std::string shown =
       script(mute, "show line status\nshow channel status 0 ds\nshow network-info\nshow inventory\n");
   EXPECT_THAT(shown, HasSubstr("LINK_STATE            L0N\nSNRMds                -512\n"));

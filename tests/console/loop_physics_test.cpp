@@ -1,17 +1,18 @@
-// The copper as the console shows it is the copper the board was given: attenuation, SNR, noise and bits of
-// every subcarrier are computed here from the cable's line constants, without a line of the board's own code,
-// and compared with what an operator reads.
+// The console shows the loop that the board file describes: attenuation, SNR, noise and bits of every
+// subcarrier are computed here from the cable's line constants, without code of the board, and compared with
+// what the console prints.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_on_board.h"
 
 namespace {
 
@@ -92,6 +93,10 @@ struct Loop {
   double tapAt_m = 0;
   double tapLength_m = 0;
 
+  friend void PrintTo(const Loop& loop, std::ostream* out) {
+    *out << loop.length_m << " m of " << loop.wire.name;
+  }
+
   std::string board() const {
     std::ostringstream text;
     text << "[loop]\ncable = \"" << wire.name << "\"\nlength_m = " << length_m
@@ -99,12 +104,11 @@ struct Loop {
     if (tapLength_m > 0) {
       text << "taps = [ { at_m = " << tapAt_m << ".0, length_m = " << tapLength_m << ".0 } ]\n";
     }
-    text << "[[device]]\nside = \"dp\"\nline = \"showtime\"\n[[device]]\nside = \"cpe\"\nline = "
-            "\"showtime\"\n";
+    text << boardWithLines("showtime");
     return text.str();
   }
 
-  // What stands at the far end in dB over what is sent, between ends of 100 ohm.
+  // The level at the far end over the level sent, dB, between ends of 100 ohm.
   double gain_db(int subcarrier) const {
     const Wave wave(wire, subcarrier * kSpacing_hz);
     const Chain way =
@@ -114,7 +118,7 @@ struct Loop {
   }
 };
 
-// The limit that a transmitter keeps to, dBm/Hz.
+// The limit of the transmitter, dBm/Hz.
 double mask_dbm_hz(int subcarrier) {
   const double f_MHz = subcarrier * kSpacing_hz / 1e6;
   return f_MHz < 30 ? -65 - 8 * (f_MHz - 2.2) / (30 - 2.2) : -73 - 3 * (f_MHz - 30) / (106 - 30);
@@ -157,33 +161,25 @@ std::vector<double> column(const std::string& table, int number) {
   return values;
 }
 
-class LoopPhysics : public testing::TestWithParam<Loop> {
+class LoopPhysics : public LabOnBoard, public testing::WithParamInterface<Loop> {
  protected:
-  LoopPhysics()
-      : program_(LAUNCHER,
-                 {gfastLab(), "--board", scratch_.write("board.toml", GetParam().board()), "--port", "0"}),
-        session_(program_.port()) {}
+  LoopPhysics() { start(loop().board()); }
 
   const Loop& loop() const { return GetParam(); }
 
-  std::vector<double> typed(const std::string& command, const std::string& end, int columnNumber) {
-    const std::vector<double> values = column(session_.type("show " + command + " " + end), columnNumber);
+  std::vector<double> shown(const std::string& command, const std::string& end, int columnNumber) {
+    const std::vector<double> values = column(typed("show " + command + " " + end), columnNumber);
     EXPECT_EQ(values.size(), kSubcarriers) << command;
     return values.size() == kSubcarriers ? values : std::vector<double>(kSubcarriers);
   }
 
-  double number(const std::string& command) { return std::stod(session_.type(command)); }
-
- private:
-  ScratchDirectory scratch_;
-  ConsoleProgram program_;
-  OpenSession session_;
+  double number(const std::string& command) { return std::stod(typed(command)); }
 };
 
 const std::vector<std::string> kEveryEnd = {"0 ds", "0 us", "1 ds", "1 us"};
 
-// A level is shown rounded to a whole decibel; an SNR that the far end measured, which says it in halves of
-// one, is rounded twice.
+// A level is shown rounded to a whole decibel. An SNR that the far end measured is rounded twice: first to
+// half a decibel.
 constexpr double kLevelResolution_db = 0.5 + 0.01;
 constexpr double kFarEndResolution_db = 0.25;
 
@@ -192,9 +188,9 @@ bool farEndReceives(const std::string& end) {
   return end == "0 ds" || end == "1 us";
 }
 
-TEST_P(LoopPhysics, AttenuatesEverySubcarrierAsTheCableDoes) {
+TEST_P(LoopPhysics, AttenuationIsThatOfTheCable) {
   for (const std::string& end : kEveryEnd) {
-    const std::vector<double> shown_db = typed("HLOGps", end, 3);
+    const std::vector<double> shown_db = shown("HLOGps", end, 3);
     for (int i = kFirst; i <= kLast; i++) {
       ASSERT_NEAR(shown_db[static_cast<size_t>(i)], loop().gain_db(i), kLevelResolution_db)
           << end << ", subcarrier " << i;
@@ -202,9 +198,9 @@ TEST_P(LoopPhysics, AttenuatesEverySubcarrierAsTheCableDoes) {
   }
 }
 
-TEST_P(LoopPhysics, LeavesTheSnrThatPowerLossAndNoiseLeave) {
+TEST_P(LoopPhysics, SnrFollowsFromPowerLossAndNoise) {
   for (const std::string& end : kEveryEnd) {
-    const std::vector<double> shown_db = typed("SNRps", end, 3);
+    const std::vector<double> shown_db = shown("SNRps", end, 3);
     const double resolution_db = kLevelResolution_db + (farEndReceives(end) ? kFarEndResolution_db : 0);
     for (int i = kFirst; i <= kLast; i++) {
       ASSERT_NEAR(shown_db[static_cast<size_t>(i)], snr_db(loop(), i), resolution_db)
@@ -213,9 +209,9 @@ TEST_P(LoopPhysics, LeavesTheSnrThatPowerLossAndNoiseLeave) {
   }
 }
 
-TEST_P(LoopPhysics, ShowsTheNoiseOfTheLoop) {
+TEST_P(LoopPhysics, NoiseIsThatOfTheLoop) {
   for (const std::string& end : kEveryEnd) {
-    const std::vector<double> shown_dbm_hz = typed("ALNps", end, 3);
+    const std::vector<double> shown_dbm_hz = shown("ALNps", end, 3);
     for (int i = kFirst; i <= kLast; i++) {
       ASSERT_NEAR(shown_dbm_hz[static_cast<size_t>(i)], loop().noise_dbm_hz, kLevelResolution_db)
           << end << ", subcarrier " << i;
@@ -223,15 +219,15 @@ TEST_P(LoopPhysics, ShowsTheNoiseOfTheLoop) {
   }
 }
 
-TEST_P(LoopPhysics, LoadsTheBitsThatTheSnrCarries) {
+TEST_P(LoopPhysics, BitsAreThoseThatTheSnrCarries) {
   constexpr double lowest = 1;
   constexpr double highest = 12;
   for (const std::string& end : kEveryEnd) {
-    const std::vector<double> shown = typed("BITSps", end, 3);
+    const std::vector<double> loaded = shown("BITSps", end, 3);
     int setAside = 0;
     for (int i = kFirst; i <= kLast; i++) {
       const double capacity = capacity_bits(snr_db(loop(), i));
-      const double bits = shown[static_cast<size_t>(i)];
+      const double bits = loaded[static_cast<size_t>(i)];
       if (bits == 0 && capacity >= lowest) {
         setAside++;
         continue;
@@ -246,12 +242,12 @@ TEST_P(LoopPhysics, LoadsTheBitsThatTheSnrCarries) {
   }
 }
 
-TEST_P(LoopPhysics, CarriesNothingOutsideItsBand) {
+TEST_P(LoopPhysics, SubcarriersOutsideTheBandAreEmpty) {
   for (const std::string& end : kEveryEnd) {
-    const std::vector<double> bits = typed("BITSps", end, 3);
-    const std::vector<double> snr = typed("SNRps", end, 2);
-    const std::vector<double> noise = typed("ALNps", end, 2);
-    const std::vector<double> magnitude = typed("HLOGps", end, 2);
+    const std::vector<double> bits = shown("BITSps", end, 3);
+    const std::vector<double> snr = shown("SNRps", end, 2);
+    const std::vector<double> noise = shown("ALNps", end, 2);
+    const std::vector<double> magnitude = shown("HLOGps", end, 2);
     for (int i = 0; i < kSubcarriers; i++) {
       if (i < kFirst || i > kLast) {
         const auto index = static_cast<size_t>(i);
@@ -264,7 +260,7 @@ TEST_P(LoopPhysics, CarriesNothingOutsideItsBand) {
   }
 }
 
-TEST_P(LoopPhysics, AttenuatesTheWholeSignalByWhatTheSubcarriersLose) {
+TEST_P(LoopPhysics, SignalAttenuationFollowsFromTheSubcarriers) {
   double sent_mW = 0;
   double received_mW = 0;
   for (int i = kFirst; i <= kLast; i++) {
@@ -282,7 +278,7 @@ INSTANTIATE_TEST_SUITE_P(Loops, LoopPhysics,
                          testing::Values(Loop{kCad55, 100, -140}, Loop{kCat5, 150, -135, 40, 5}),
                          [](const auto& loop) { return std::string(loop.param.wire.name); });
 
-TEST(CableFormulas, LoseWhatIsKnownOfTheCables) {
+TEST(CableFormulas, GiveTheKnownLossOfEachCable) {
   const auto loss_db = [](const Wire& wire, double length_m, double frequency_MHz) {
     return -Loop{wire, length_m, -140}.gain_db(
         static_cast<int>(std::lround(frequency_MHz * 1e6 / kSpacing_hz)));

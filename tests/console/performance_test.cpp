@@ -33,8 +33,8 @@ std::string pinned(int device, const char* address, const std::string& bytes) {
          bytes + "\"\n";
 }
 
-// The counters of one chip and of the far end that it hears, each word its own. Unavailable seconds are none:
-// more than the seconds collected so far, which the wall clock decides, would not stay as they are.
+// The counters of one chip and of the far end that it hears, each word its own. Unavailable seconds are
+// zero, because they are limited to the seconds collected so far, which the wall clock decides.
 std::string pinnedChip(int device, unsigned first) {
   const std::string text =
       pinned(device, "0xF0000000", words(8, first) + " 00 00 00 00 " + words(30, first + 9)) +
@@ -46,7 +46,7 @@ std::string pinnedChip(int device, unsigned first) {
          "\nrequest = \"memread\"\naddress = 0xF0000000\nerrno = \"EIO\"\n";
 }
 
-// A zone in which it is five past ten, so that no quarter hour ends while a test looks.
+// A zone in which it is five past ten, so that no quarter hour ends during a test.
 std::string zoneAtFivePastTen() {
   constexpr int day = 86400;
   constexpr int wanted = 10 * 3600 + 5 * 60;
@@ -66,10 +66,9 @@ std::string masked(std::string text) {
 }
 
 std::string transcript(const std::string& board, const std::string& line) {
-  const ScratchDirectory directory;
+  const TemporaryFolder folder;
   setenv("TZ", zoneAtFivePastTen().c_str(), 1);
-  ConsoleProgram program(LAUNCHER,
-                         {gfastLab(), "--board", directory.write("board.toml", board), "--port", "0"});
+  ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", folder.write("board.toml", board), "--port", "0"});
   OpenSession session(program.port());
   std::string text;
   for (const std::string command :
@@ -88,20 +87,15 @@ std::string transcript(const std::string& board, const std::string& line) {
   return masked(text);
 }
 
-std::string board(const char* state) {
-  std::string text;
-  for (int device = 0; device < 2; device++) {
-    text +=
-        "[[device]]\nside = \"" + std::string(device == 0 ? "dp" : "cpe") + "\"\nline = \"" + state + "\"\n";
-  }
-  return text + pinnedChip(0, 100) + pinnedChip(1, 10100);
+std::string board(const std::string& state) {
+  return boardWithLines(state) + pinnedChip(0, 100) + pinnedChip(1, 10100);
 }
 
 TEST(PerformanceTranscript, OfAnIdleLine) {
   expectStored(TRANSCRIPTS "/performance_idle.txt", transcript(board("idle"), "0"));
 }
 
-TEST(PerformanceTranscript, OfALineThatTrains) {
+TEST(PerformanceTranscript, OfATrainingLine) {
   // The link state is pinned as well: a line that trains is up seconds later.
   const std::string training = "[[memory]]\ndevice = 0\naddress = 0xE1000024\nbytes = \"05 00 00 00\"\n";
   expectStored(TRANSCRIPTS "/performance_training.txt", transcript(board("showtime") + training, "0"));
@@ -111,7 +105,7 @@ TEST(PerformanceTranscript, OfALineInShowtime) {
   expectStored(TRANSCRIPTS "/performance_showtime.txt", transcript(board("showtime"), "0"));
 }
 
-TEST(PerformanceTranscript, AtTheSubscribersSide) {
+TEST(PerformanceTranscript, AtTheSubscriberSide) {
   expectStored(TRANSCRIPTS "/performance_subscriber.txt", transcript(board("showtime"), "1"));
 }
 

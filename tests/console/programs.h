@@ -1,11 +1,13 @@
-// The programs that the tests type at.
+// The programs that the tests run.
 #pragma once
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "support/board_texts.h"
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 // What `show version` answers.
 inline constexpr const char* kVersion = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\r\n";
@@ -21,12 +23,10 @@ inline int killedBy(int signal) {
   return std::getenv("GFAST_LAB") != nullptr ? 128 + signal : -signal;
 }
 
-// A board whose lines are up from the start, so that no event is printed while a test looks.
+// A board whose lines are up from the start, so that no event is printed during a test.
 inline const std::string& quietBoard() {
-  static const ScratchDirectory directory;
-  static const std::string file = directory.write("quiet.toml",
-                                                  "[[device]]\nside = \"dp\"\nline = \"showtime\"\n"
-                                                  "[[device]]\nside = \"cpe\"\nline = \"showtime\"\n");
+  static const TemporaryFolder folder;
+  static const std::string file = folder.write("quiet.toml", boardWithLines("showtime"));
   return file;
 }
 

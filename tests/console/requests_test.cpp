@@ -40,24 +40,22 @@ class RequestTrace : public testing::Test {
   }
 
   // A file for the driver to read.
-  std::string file(const std::string& name) { return scratch_.write(name, std::string(1000, 'x')); }
+  std::string file(const std::string& name) { return folder_.write(name, std::string(1000, 'x')); }
 
  private:
   Requests traced(const std::string& commands) {
-    const std::string board = scratch_.write("board.toml",
-                                             "[[device]]\nside = \"dp\"\nline = \"idle\"\n"
-                                             "[[device]]\nside = \"cpe\"\nline = \"idle\"\n");
-    const std::string script = scratch_.write("script.txt", commands);
-    const std::string trace = scratch_.path() + "/trace.txt";
+    const std::string board = folder_.write("board.toml", boardWithLines("idle"));
+    const std::string script = folder_.write("script.txt", commands);
+    const std::string trace = folder_.file("trace.txt");
     ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", board, "--trace-requests", trace, script});
     EXPECT_EQ(program.wait(), 0);
     return readTrace(trace);
   }
 
-  ScratchDirectory scratch_;
+  TemporaryFolder folder_;
 };
 
-TEST_F(RequestTrace, AReadGoesInPiecesOf900Bytes) {
+TEST_F(RequestTrace, ReadTakesPiecesOf900Bytes) {
   EXPECT_THAT(requestsOf("read memory 0 d0000000 1800\n"),
               ElementsAre("0 memread 0xd0000000 900 ok", "0 memread 0xd0000384 900 ok"));
   EXPECT_THAT(requestsOf("read memory 0 d0000000 902\n"),
@@ -67,22 +65,22 @@ TEST_F(RequestTrace, AReadGoesInPiecesOf900Bytes) {
                           "1 memread 0xd0000708 200 ok"));
 }
 
-TEST_F(RequestTrace, AWriteGoesInPiecesOf128Bytes) {
+TEST_F(RequestTrace, WriteTakesPiecesOf128Bytes) {
   EXPECT_THAT(requestsOf("write memory 0 d0000000 130 1:2:3\n"),
               ElementsAre("0 memwrite 0xd0000000 128 ok", "0 memwrite 0xd0000080 2 ok"));
 }
 
-TEST_F(RequestTrace, IdentityTakesThreeReads) {
+TEST_F(RequestTrace, DeviceInfoTakesThreeReads) {
   EXPECT_THAT(
       requestsOf("show device-info 1\n"),
       ElementsAre("1 memread 0xe0000238 4 ok", "1 memread 0xe3100000 260 ok", "1 memread 0xe1000000 64 ok"));
 }
 
-TEST_F(RequestTrace, TheBootRegisterTakesOneRead) {
+TEST_F(RequestTrace, BootRegisterTakesOneRead) {
   EXPECT_THAT(requestsOf("read sbr\n"), ElementsAre("0 memread 0xe0000238 4 ok"));
 }
 
-TEST_F(RequestTrace, ARebootReadsTheBootRegisterAndWritesThreeWords) {
+TEST_F(RequestTrace, RebootReadsTheBootRegisterAndWritesThreeWords) {
   Requests requests = requestsOf("reboot b1 1\n");
   ASSERT_GE(requests.size(), 4U);
   requests.resize(4);  // the library looks at a chip that is back, if the program still runs by then
@@ -90,12 +88,12 @@ TEST_F(RequestTrace, ARebootReadsTheBootRegisterAndWritesThreeWords) {
                                     "1 memwrite 0xe0000018 4 ok", "1 memwrite 0xe0000014 4 ok"));
 }
 
-TEST_F(RequestTrace, AnUpgradeInTheWrongStageOnlyReadsTheBootRegister) {
+TEST_F(RequestTrace, UpgradeInTheWrongStageOnlyReadsTheBootRegister) {
   EXPECT_THAT(requestsOf("upgrade firmware " + file("new.bin") + "\n"),
               ElementsAre("0 memread 0xe0000238 4 ok"));
 }
 
-TEST_F(RequestTrace, AnUpgradeChecksErasesAndPrograms) {
+TEST_F(RequestTrace, UpgradeChecksErasesAndPrograms) {
   const Requests requests = requestsOf("reboot B1\nsleep 2\nupgrade bootloader " + file("new.bin") + "\n");
   ASSERT_GE(requests.size(), 4U);
   EXPECT_THAT(Requests(requests.end() - 4, requests.end()),
@@ -111,7 +109,7 @@ TEST_F(RequestTrace, ErasingTheFirmwareTakesFourteenSectors) {
   EXPECT_EQ(requests.back(), "0 flasherase 0x000f0000 0 ok");
 }
 
-TEST_F(RequestTrace, LineControlWritesWhatItMust) {
+TEST_F(RequestTrace, LineControlWritesItsRegisters) {
   EXPECT_THAT(requestsOf("activate line 0\n"), ElementsAre("0 memwrite 0xe9300000 4 ok"));
   EXPECT_THAT(requestsOf("deactivate line 1\n"),
               ElementsAre("1 memwrite 0xe9300000 4 ok", "1 memwrite 0xe9200000 4 ok"));
@@ -120,7 +118,7 @@ TEST_F(RequestTrace, LineControlWritesWhatItMust) {
       ElementsAre("0 memread 0xe0000238 4 ok", "0 memread 0xe3100000 260 ok", "0 memread 0xe1000000 64 ok"));
 }
 
-TEST_F(RequestTrace, UsageAndBadArgumentsAskNothing) {
+TEST_F(RequestTrace, UsageAndBadArgumentsMakeNoRequest) {
   EXPECT_THAT(requestsOf("read memory ?\nread memory 2 0 4\nreboot x\nupgrade firmware x 2\nsleep 0\n"),
               IsEmpty());
 }

@@ -13,17 +13,17 @@ using testing::HasSubstr;
 const std::string kVersionLine = "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\n";
 
 TEST(Script, PrintsOnStandardOutputAndExitsWith0) {
-  ScratchDirectory directory;
-  ConsoleProgram program = lab({directory.write("a.txt", "show version\nsleep ?\n")});
+  TemporaryFolder folder;
+  ConsoleProgram program = lab({folder.write("a.txt", "show version\nsleep ?\n")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), kVersionLine + "sleep <seconds>\n");
   EXPECT_EQ(program.errors(), "");
 }
 
-TEST(Script, ExitsWith0WhateverItsCommandsAnswer) {
-  ScratchDirectory directory;
+TEST(Script, ExitsWith0WhenItsCommandsFail) {
+  TemporaryFolder folder;
   ConsoleProgram program =
-      lab({directory.write("a.txt", "no such command\nread memory 0 zz 4\nshow device-info 9\n")});
+      lab({folder.write("a.txt", "no such command\nread memory 0 zz 4\nshow device-info 9\n")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(),
             "Invalid command \"no\"\n"
@@ -32,48 +32,47 @@ TEST(Script, ExitsWith0WhateverItsCommandsAnswer) {
 }
 
 TEST(Script, MayBeEmpty) {
-  ScratchDirectory directory;
-  ConsoleProgram program = lab({directory.write("a.txt", "")});
+  TemporaryFolder folder;
+  ConsoleProgram program = lab({folder.write("a.txt", "")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), "");
 }
 
-TEST(Script, MayHoldAnything) {
-  ScratchDirectory directory;
+TEST(Script, MayHoldAnyBytes) {
+  TemporaryFolder folder;
   std::string text("\0\xFF\x80|\"'\\\t\n| | |\n\"|\" x\nshow version | egrep \"", 37);
   text += std::string(10000, '(') + "\n" + std::string(9000, 'x') + "\nshow version\n";
-  ConsoleProgram program = lab({directory.write("a.txt", text)});
+  ConsoleProgram program = lab({folder.write("a.txt", text)});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_THAT(program.output(), HasSubstr(kVersionLine));
 }
 
-TEST(Script, ThatIsMissingLeavesTheServer) {
+TEST(Script, MissingFileStartsTheServer) {
   ConsoleProgram program = lab({"--port", "0", "/no/such/script.txt"});
   OpenSession session(program.port());
   EXPECT_EQ(session.type("show version"), kVersion);
 }
 
-TEST(Script, ThatRunsItselfEnds) {
-  ScratchDirectory directory;
-  directory.write("self.txt", "run self.txt\nrun self.txt\nshow version\n");
-  ConsoleProgram program = lab({"self.txt"}, directory.path());
+TEST(Script, EndsWhenItRunsItself) {
+  TemporaryFolder folder;
+  folder.write("self.txt", "run self.txt\nrun self.txt\nshow version\n");
+  ConsoleProgram program = lab({"self.txt"}, folder.path());
   EXPECT_EQ(program.wait(), 0);
   const std::string stopped = "Scripts run each other more than 10 deep, stopped at [self.txt]\n";
   EXPECT_EQ(program.output(), stopped + stopped + kVersionLine);
 }
 
 // gfast-lab on a board without chips.
-ConsoleProgram emptyLab(const ScratchDirectory& directory, const std::vector<std::string>& arguments) {
+ConsoleProgram emptyLab(const TemporaryFolder& folder, const std::vector<std::string>& arguments) {
   std::vector<std::string> command = {gfastLab(), "--board",
-                                      directory.write("none.toml", "[board]\ndevices = 0\n")};
+                                      folder.write("none.toml", "[board]\ndevices = 0\n")};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return ConsoleProgram(LAUNCHER, command);
 }
 
 TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
-  ScratchDirectory directory;
-  ConsoleProgram program =
-      emptyLab(directory, {directory.write("a.txt", "show device-info\nread sbr\nsleep ?\n")});
+  TemporaryFolder folder;
+  ConsoleProgram program = emptyLab(folder, {folder.write("a.txt", "show device-info\nread sbr\nsleep ?\n")});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(),
             "Warning: Failed to connect to DFEs\n"
@@ -83,8 +82,8 @@ TEST(Script, WarnsOnceWithoutDevicesAndGoesOn) {
 }
 
 TEST(Server, WarnsOnceWithoutDevicesAndStillPrompts) {
-  ScratchDirectory directory;
-  ConsoleProgram program = emptyLab(directory, {"--port", "0"});
+  TemporaryFolder folder;
+  ConsoleProgram program = emptyLab(folder, {"--port", "0"});
   const std::string listening = "Listening on port " + std::to_string(program.port()) + "\n";
   EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\n" + listening);
   OpenSession session(program.port());

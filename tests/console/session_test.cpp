@@ -30,13 +30,13 @@ TEST(ConsoleSessions, NegotiatesTelnet) {
   EXPECT_EQ(std::string(negotiation, 12), "\xFF\xFB\x03\xFF\xFB\x01\xFF\xFD\x03\xFF\xFD\x01");
 }
 
-TEST(ConsoleSessions, AnswersTheUsageForAQuestionMark) {
+TEST(ConsoleSessions, PrintsTheUsageForAQuestionMark) {
   LabServer lab;
   OpenSession session(lab.port());
   EXPECT_EQ(session.typeKeys("show version now?"), "show version now\r\nshow version\r\n");
 }
 
-TEST(ConsoleSessions, AnswersTheUsageForTooManyWords) {
+TEST(ConsoleSessions, PrintsTheUsageForTooManyWords) {
   LabServer lab;
   OpenSession session(lab.port());
   EXPECT_EQ(session.type("sleep 1 2"), "sleep <seconds>\r\n");
@@ -63,7 +63,7 @@ TEST(ConsoleSessions, FiltersOutput) {
   EXPECT_EQ(session.type("show device-info 0 | egrep ("), "Invalid pattern \"(\"\r\n");
 }
 
-TEST(ConsoleSessions, AnnouncesItselfAndTheNextOne) {
+TEST(ConsoleSessions, IsAnnouncedOnStandardOutput) {
   LabServer lab;
   const std::string listening = "Listening on port " + std::to_string(lab.port()) + "\n";
   {
@@ -75,7 +75,7 @@ TEST(ConsoleSessions, AnnouncesItselfAndTheNextOne) {
             listening + " * accepted connection from 127.0.0.1\n" + listening);
 }
 
-TEST(ConsoleSessions, StartsAfreshOnTheSameInterpreter) {
+TEST(ConsoleSessions, StartsWithoutModeAndHistoryOfTheOneBefore) {
   LabServer lab;
   {
     OpenSession first(lab.port());
@@ -108,20 +108,20 @@ TEST(ConsoleSessions, RunsWhatWasSentBeforeThePeerEndedItsInput) {
   EXPECT_NE(all.find("read sbr <device-id> [ 0 ]\r\n"), std::string::npos);
 }
 
-TEST(ConsoleSessions, SeesWhatWasPrintedBeforeAWait) {
+TEST(ConsoleSessions, ReceivesOutputBeforeAWait) {
   LabServer lab;
-  ScratchDirectory directory;
-  const std::string script = directory.write("wait.txt", "show version\nsleep 86400\n");
+  TemporaryFolder folder;
+  const std::string script = folder.write("wait.txt", "show version\nsleep 86400\n");
   OpenSession session(lab.port());
   session.send("run " + script + "\r");
   EXPECT_NE(session.readUntil(kVersion).find(kVersion), std::string::npos);
 }
 
-TEST(ConsoleSessions, SeesEachCommandOfAScriptWhenItEnds) {
+TEST(ConsoleSessions, ReceivesOutputOfEachScriptCommandWhenItEnds) {
   LabServer lab;
-  ScratchDirectory directory;
+  TemporaryFolder folder;
   const std::string script =
-      directory.write("order.txt", "show version\nshow device-info 0 | count\nread sbr ?\nhelp | count\n");
+      folder.write("order.txt", "show version\nshow device-info 0 | count\nread sbr ?\nhelp | count\n");
   OpenSession session(lab.port());
   const std::string answer = session.type("run " + script + " 2");
   const std::string once =
@@ -132,9 +132,9 @@ TEST(ConsoleSessions, SeesEachCommandOfAScriptWhenItEnds) {
 
 TEST(ConsoleSessions, FiltersWhatAScriptPrints) {
   LabServer lab;
-  ScratchDirectory directory;
-  const std::string inner = directory.write("inner.txt", "show device-info 0 | include State\nread sbr ?\n");
-  const std::string outer = directory.write("outer.txt", "run " + inner + " | exclude Config\nsleep ?\n");
+  TemporaryFolder folder;
+  const std::string inner = folder.write("inner.txt", "show device-info 0 | include State\nread sbr ?\n");
+  const std::string outer = folder.write("outer.txt", "run " + inner + " | exclude Config\nsleep ?\n");
   OpenSession session(lab.port());
   EXPECT_EQ(session.type("run " + outer + " | exclude sbr"),
             "FW State                                  APP\r\nsleep <seconds>\r\n");
@@ -143,16 +143,16 @@ TEST(ConsoleSessions, FiltersWhatAScriptPrints) {
 }
 
 TEST(ConsoleSessions, GoesOnAfterAScriptThatRunsItself) {
-  ScratchDirectory directory;
-  LabServer lab(directory.path());
-  directory.write("self.txt", "run self.txt\n");
+  TemporaryFolder folder;
+  LabServer lab(folder.path());
+  folder.write("self.txt", "run self.txt\n");
   OpenSession session(lab.port());
   EXPECT_EQ(session.type("run self.txt"),
             "Scripts run each other more than 10 deep, stopped at [self.txt]\r\n");
   EXPECT_EQ(session.type("show version"), kVersion);
 }
 
-TEST(ConsoleSessions, SurvivesBrokenPipesOfTheProcess) {
+TEST(ConsoleSessions, SurvivesSigpipe) {
   LabServer lab;
   OpenSession session(lab.port());
   kill(lab.program().pid(), SIGPIPE);

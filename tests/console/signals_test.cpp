@@ -3,58 +3,40 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_on_board.h"
 #include "qvrtest/test_pattern.h"
-#include "support/stored_text.h"
 
 using namespace gfast;
 
 namespace {
 
-class Signals : public testing::Test {
+class Signals : public LabOnBoard {
  protected:
-  // A lab in front of a board in showtime, with more of the board and of each device.
+  // A lab whose lines are up, with more of the board and of each device.
   void start(const std::string& board = "", const std::string& device = "") {
-    const std::string devices =
-        "[[device]]\nline = \"showtime\"\n" + device + "[[device]]\nline = \"showtime\"\n" + device;
-    const std::string file = directory_.write("board.toml", board + devices);
-    session_.reset();
-    program_ = std::make_unique<ConsoleProgram>(
-        LAUNCHER, std::vector<std::string>{gfastLab(), "--board", file, "--port", "0"}, directory_.path());
-    session_ = std::make_unique<OpenSession>(program_->port());
+    LabOnBoard::start(board + "[[device]]\nline = \"showtime\"\n" + device +
+                      "[[device]]\nline = \"showtime\"\n" + device);
   }
-
-  std::string typed(const std::string& line) { return session_->type(line); }
-
-  std::string file(const std::string& name) const { return readText(directory_.path() + "/" + name); }
-
-  void write(const std::string& name, const std::string& text) { directory_.write(name, text); }
 
   // The numbers of a file, however many a line.
   std::vector<double> numbers(const std::string& name) const {
-    std::istringstream text(file(name));
+    std::istringstream text(folder().read(name));
     std::vector<double> values;
     for (std::string word; text >> word;) {
       values.push_back(std::stod(word));
     }
     return values;
   }
-
- private:
-  ScratchDirectory directory_;
-  std::unique_ptr<ConsoleProgram> program_;
-  std::unique_ptr<OpenSession> session_;
 };
 
-TEST_F(Signals, AreGeneratedSentAndFoundInTheTransmitBuffer) {
+TEST_F(Signals, GeneratedSignalIsFoundInTheTransmitBuffer) {
   start();
   EXPECT_EQ(typed("generate signal"), "");
-  const std::string signal = file("txsignal.dat");
+  const std::string signal = folder().read("txsignal.dat");
   ASSERT_EQ(signal.size(), 2048U * 9);
   EXPECT_EQ(typed("transmit signal 1 txsignal.dat"), "");
   const std::string shown = typed("read memory 1 9003c114 8192");
@@ -68,16 +50,16 @@ TEST_F(Signals, AreGeneratedSentAndFoundInTheTransmitBuffer) {
   }
 }
 
-TEST_F(Signals, OfAShortFileEndInSilence) {
+TEST_F(Signals, ShortFileIsFilledWithZeros) {
   start();
-  write("short.dat", "7FFF8001\n");
+  folder().write("short.dat", "7FFF8001\n");
   EXPECT_EQ(typed("transmit signal 0 short.dat"), "");
   EXPECT_EQ(typed("read memory 0 9003c114 8"), "9003c114: 7fff8001\r\n9003c118: 00000000\r\n");
 }
 
-TEST_F(Signals, OfABadFileSayWhereItEnds) {
+TEST_F(Signals, BadFileIsReportedWithItsLine) {
   start();
-  write("bad.dat", "7FFF8001\n" + std::string(300000, 'x') + "\n00000001\n");
+  folder().write("bad.dat", "7FFF8001\n" + std::string(300000, 'x') + "\n00000001\n");
   EXPECT_EQ(typed("transmit signal 0 bad.dat"),
             "Signal file bad.dat ends before line 2, which is no hexadecimal word\r\n");
   EXPECT_EQ(typed("transmit signal 0 missing.dat"), "Failed loading signal from file missing.dat\r\n");
@@ -97,7 +79,7 @@ std::vector<double> ratiosOf(const std::vector<double>& spectrum, Unit unit) {
   return ratios;
 }
 
-TEST_F(Signals, GiveTheLinearRatiosOfTheirSpectrum) {
+TEST_F(Signals, MtprWritesTheLinearRatiosOfItsSpectrum) {
   start();
   EXPECT_EQ(typed("test afe-mtpr 0 1"), "");
   const std::vector<double> spectrum = numbers("fdsignal.out");
@@ -111,7 +93,7 @@ TEST_F(Signals, GiveTheLinearRatiosOfTheirSpectrum) {
   }
 }
 
-TEST_F(Signals, GiveDecibelsInALoop) {
+TEST_F(Signals, MtprLoopWritesDecibels) {
   start();
   EXPECT_EQ(typed("test afe-mtpr-loop 0 1 3"), "");
   const std::vector<double> spectrum = numbers("fdsignal.out");
@@ -125,7 +107,7 @@ TEST_F(Signals, GiveDecibelsInALoop) {
 }
 
 // A chip that hears itself through its hybrid, which is flat, with a front end that distorts nothing.
-TEST_F(Signals, ComeBackUndistortedToTheChipThatSendsThem) {
+TEST_F(Signals, AfeLoopReturnsTheSignalUndistorted) {
   start("", "distortion_db = -200\n");
   EXPECT_EQ(typed("test afe-loop 0 0"), "");
   const std::vector<double> spectrum = numbers("fdsignal.out");
@@ -154,7 +136,7 @@ double mean_db(const std::vector<double>& ratios) {
   return sum / static_cast<double>(ratios.size());
 }
 
-TEST_F(Signals, SufferFromDistortion) {
+TEST_F(Signals, MtprFallsWithDistortion) {
   double better = 1000;
   for (const char* distortion : {"-70", "-50", "-30"}) {
     start("", std::string("distortion_db = ") + distortion + "\n");
@@ -165,7 +147,7 @@ TEST_F(Signals, SufferFromDistortion) {
   }
 }
 
-TEST_F(Signals, SufferFromLength) {
+TEST_F(Signals, MtprFallsWithLength) {
   double better = 1000;
   for (const char* length : {"50", "200", "400"}) {
     start(std::string("[loop]\nlength_m = ") + length + "\n", "distortion_db = -90\n");
@@ -176,7 +158,7 @@ TEST_F(Signals, SufferFromLength) {
   }
 }
 
-TEST_F(Signals, WhoseRequestsFailAreReportedAndTheSessionGoesOn) {
+TEST_F(Signals, FailedRequestsAreReportedAndTheSessionGoesOn) {
   start(
       "[[fault]]\ndevice = 0\nrequest = \"memwrite\"\naddress = 0x9003C200\ncount = 0\n"
       "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0x90017DD4\ncount = 0\n"

@@ -1,6 +1,6 @@
 // What each table costs: the requests it makes of the driver. A request reads at most 900 bytes of chip
-// memory, an exchange with the far end at most 512; what is seen through a window comes in blocks of its own,
-// each behind two guard words.
+// memory, an exchange with the far end at most 512; what is read through a window comes in blocks, each
+// behind two guard words.
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -72,16 +72,16 @@ constexpr const char* kMarkTraced = " 0 memread 0xd0000000 4 ok";
 
 // How many requests each command of a script makes, those of the notification thread left out.
 std::vector<int> requestsOf(const std::vector<std::string>& commands) {
-  const ScratchDirectory scratch;
+  const TemporaryFolder folder;
   std::string script = kMark;
   for (const std::string& command : commands) {
     script += command + "\n" + kMark;
   }
-  const std::string trace = scratch.path() + "/trace.txt";
+  const std::string trace = folder.file("trace.txt");
   ConsoleProgram program(
       LAUNCHER,
-      {gfastLab(), "--board", quietBoard(), "--trace-requests", trace, scratch.write("script.txt", script)},
-      scratch.path());
+      {gfastLab(), "--board", quietBoard(), "--trace-requests", trace, folder.write("script.txt", script)},
+      folder.path());
   EXPECT_EQ(program.wait(), 0);
   std::vector<int> counts;
   std::ifstream lines(trace);
@@ -108,10 +108,10 @@ TEST(ToneCosts, AreTheFewestRequestsThatTheDriverAllows) {
   }
 }
 
-TEST(ToneCosts, OfAMatrixAreItsBlocks) {
+TEST(ToneCosts, OfAMatrixAreOneRequestABlock) {
   const std::vector<int> counts = requestsOf({"show vectoring canceler 0 matrix.txt"});
   ASSERT_EQ(counts.size(), 2U);
-  // It takes so long on a slow machine that the notification thread may look after the chips meanwhile.
+  // On a slow machine the notification thread may check the chips meanwhile.
   EXPECT_GE(counts[0], kLine + kMatrix);
   EXPECT_LE(counts[0], kLine + kMatrix + 10);
 }

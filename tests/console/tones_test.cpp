@@ -1,5 +1,5 @@
-// The loop tone by tone as an operator sees it, of both ends of the line, in the session and in files,
-// compared byte for byte with what is stored.
+// The tables by subcarrier of both ends of the line, in the session and in files, compared byte for byte with
+// stored texts.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_on_board.h"
 #include "support/stored_text.h"
 
 namespace {
@@ -28,7 +28,7 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-// A number that another text does not have (FNV-1a).
+// A number that differs for different texts (FNV-1a).
 std::string fingerprint(const std::string& text) {
   uint64_t hash = 0xcbf29ce484222325;
   for (const char character : text) {
@@ -39,8 +39,8 @@ std::string fingerprint(const std::string& text) {
   return stream.str();
 }
 
-// A long text as it is stored: its size and fingerprint, which no other has, and for the reader the rows at
-// the ends of the band and one in a hundred.
+// A long text as it is stored: its size and fingerprint, and for the reader the rows at the ends of the band
+// and every hundredth.
 std::string abridged(const std::string& text, size_t headings = 0) {
   const std::vector<std::string> lines = linesOf(text);
   std::string result = std::to_string(lines.size()) + " lines, " + std::to_string(text.size()) +
@@ -59,16 +59,13 @@ std::string transcript(const std::string& name) {
   return std::string(TRANSCRIPTS) + "/" + name + ".txt";
 }
 
-// The lab, a session, and a folder for its files.
-class Tones : public testing::Test {
+class Tones : public LabOnBoard {
  protected:
-  explicit Tones(const std::string& board = quietBoard())
-      : program_(LAUNCHER, {gfastLab(), "--board", board, "--port", "0"}, scratch_.path()),
-        session_(program_.port()) {}
+  explicit Tones(const std::string& board = boardWithLines("showtime")) { start(board); }
 
   // What a line prints, without the session's carriage returns.
   std::string typed(const std::string& line) {
-    std::string text = session_.type(line);
+    std::string text = LabOnBoard::typed(line);
     std::erase(text, '\r');
     return text;
   }
@@ -77,21 +74,12 @@ class Tones : public testing::Test {
   std::string abridgedExchange(const std::string& line, size_t headings = 0) {
     return "(gfast-cli)> " + line + "\n" + abridged(typed(line), headings);
   }
-
-  std::string file(const std::string& name) const { return readText(scratch_.path() + "/" + name); }
-
-  const std::string& folder() const { return scratch_.path(); }
-
- private:
-  ScratchDirectory scratch_;
-  ConsoleProgram program_;
-  OpenSession session_;
 };
 
 const std::vector<std::string> kTables = {"BITSps", "BITS-RMCps", "SNRps", "ALNps", "HLOGps"};
 const std::vector<std::string> kEnds = {"0 ds", "0 us", "1 ds", "1 us"};
 
-TEST_F(Tones, OfBothLinesAndDirectionsAreAsStored) {
+TEST_F(Tones, TablesMatchTheTranscript) {
   for (const std::string& table : kTables) {
     std::string text;
     for (const std::string& end : kEnds) {
@@ -101,13 +89,13 @@ TEST_F(Tones, OfBothLinesAndDirectionsAreAsStored) {
   }
 }
 
-TEST_F(Tones, ATableIsStoredToItsLastByte) {
+TEST_F(Tones, WholeTablesMatchTheTranscript) {
   for (const std::string& table : kTables) {
     expectStored(transcript("tones-" + table + "-0-us-whole"), exchange("show " + table));
   }
 }
 
-TEST_F(Tones, InAFileAreTheSessionsRows) {
+TEST_F(Tones, FileHoldsTheRowsOfTheSession) {
   for (const std::string& table : kTables) {
     for (const std::string& end : kEnds) {
       std::string rows = typed("show " + table + " " + end);
@@ -120,12 +108,12 @@ TEST_F(Tones, InAFileAreTheSessionsRows) {
         }
       }
       EXPECT_THAT(typed("show " + table + " " + end + " table.txt"), IsEmpty());
-      EXPECT_EQ(file("table.txt"), rows) << table << " " << end;
+      EXPECT_EQ(folder().read("table.txt"), rows) << table << " " << end;
     }
   }
 }
 
-TEST_F(Tones, OfTheWholeLineAreAsStored) {
+TEST_F(Tones, LineValuesMatchTheTranscript) {
   std::string text;
   for (const std::string& end : kEnds) {
     text += exchange("show SATN " + end);
@@ -138,34 +126,31 @@ TEST_F(Tones, OfTheWholeLineAreAsStored) {
   expectStored(transcript("tones-line"), text);
 }
 
-TEST_F(Tones, PhyInfoOfBothEndsIsAsStored) {
+TEST_F(Tones, PhyInfoMatchesTheTranscript) {
   constexpr size_t headings = 8;
   std::string text;
   for (const std::string end : {"0 ne", "0 fe", "1 ne", "1 fe"}) {
     text += abridgedExchange("show phy info " + end, headings);
     const std::string shown = typed("show phy info " + end);
     EXPECT_THAT(typed("show phy info " + end + " phy.txt"), IsEmpty());
-    EXPECT_EQ(file("phy.txt"), shown) << end;
+    EXPECT_EQ(folder().read("phy.txt"), shown) << end;
   }
   EXPECT_EQ(typed("show phy info"), typed("show phy info 0 ne"));
   expectStored(transcript("tones-phy-info"), text);
 }
 
-TEST_F(Tones, MatricesOfBothLinesAreAsStored) {
+TEST_F(Tones, MatricesMatchTheTranscript) {
   std::string text;
   for (const std::string matrix : {"canceler 0", "canceler 1", "precoder 0", "precoder 1"}) {
     text += exchange("show vectoring " + matrix + " matrix.txt");
-    const std::string content = file("matrix.txt");
+    const std::string content = folder().read("matrix.txt");
     text += std::to_string(linesOf(content).size()) + " rows, fingerprint " + fingerprint(content) + "\n" +
             content.substr(0, content.find('\n') + 1);
   }
   expectStored(transcript("tones-vectoring"), text);
 }
 
-const std::string kIdleBoard =
-    "[[device]]\nside = \"dp\"\nline = \"idle\"\n[[device]]\nside = \"cpe\"\nline = \"idle\"\n";
-
-// Every command as it is typed when nothing comes of it.
+// Every command about the line, including those that write files.
 std::vector<std::string> everyCommand(const std::string& line) {
   std::vector<std::string> commands;
   for (const std::string& table : kTables) {
@@ -187,7 +172,7 @@ std::vector<std::string> everyCommand(const std::string& line) {
 // The lab on a board of the test's own.
 class TonesOfBoard : public Tones {
  protected:
-  explicit TonesOfBoard(const std::string& board) : Tones(boards().write("board.toml", board)) {}
+  using Tones::Tones;
 
   std::string everyExchange(const std::string& line) {
     std::string text;
@@ -196,20 +181,14 @@ class TonesOfBoard : public Tones {
     }
     return text;
   }
-
- private:
-  static const ScratchDirectory& boards() {
-    static const ScratchDirectory directory;
-    return directory;
-  }
 };
 
 class TonesOfIdleLines : public TonesOfBoard {
  protected:
-  TonesOfIdleLines() : TonesOfBoard(kIdleBoard) {}
+  TonesOfIdleLines() : TonesOfBoard(boardWithLines("idle")) {}
 };
 
-TEST_F(TonesOfIdleLines, AreNotThere) {
+TEST_F(TonesOfIdleLines, MatchTheTranscript) {
   expectStored(transcript("tones-idle"),
                everyExchange("0") + everyExchange("1") + exchange("show afe-params"));
 }
@@ -219,7 +198,7 @@ class TonesWithoutChips : public TonesOfBoard {
   TonesWithoutChips() : TonesOfBoard("[board]\ndevices = 0\n") {}
 };
 
-TEST_F(TonesWithoutChips, AreNotThere) {
+TEST_F(TonesWithoutChips, MatchTheTranscript) {
   expectStored(transcript("tones-absent"),
                everyExchange("0") + everyExchange("1") + exchange("show afe-params"));
 }
@@ -228,8 +207,7 @@ class TonesWithFailures : public TonesOfBoard {
  protected:
   TonesWithFailures()
       : TonesOfBoard(
-            "[[device]]\nside = \"dp\"\nline = \"showtime\"\n[[device]]\nside = \"cpe\"\nline = "
-            "\"showtime\"\n"
+            boardWithLines("showtime") +
             "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0xE5001000\ncount = 0\nerrno = \"EIO\"\n"
             "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0xE500C000\ncount = 0\nerrno = \"EIO\"\n"
             "[[fault]]\ndevice = 0\nrequest = \"memread\"\naddress = 0xE41800AC\ncount = 0\nerrno = \"EIO\"\n"
@@ -241,7 +219,7 @@ class TonesWithFailures : public TonesOfBoard {
             "[[fault]]\ndevice = 0\nrequest = \"farend\"\ncount = 0\nerrno = \"ETIMEDOUT\"\n") {}
 };
 
-TEST_F(TonesWithFailures, SayWhatCouldNotBeRead) {
+TEST_F(TonesWithFailures, MatchTheTranscript) {
   std::string text;
   for (const std::string& command : everyCommand("0")) {
     const std::string shown = exchange(command);
@@ -252,7 +230,7 @@ TEST_F(TonesWithFailures, SayWhatCouldNotBeRead) {
   expectStored(transcript("tones-faults"), text);
 }
 
-TEST_F(Tones, BadWordsAreRefusedAsStored) {
+TEST_F(Tones, RefusedWordsMatchTheTranscript) {
   std::string text;
   for (const std::string command :
        {"BITSps", "BITS-RMCps", "SNRps", "ALNps", "HLOGps", "SATN", "phy params", "phy info", "afe-params",

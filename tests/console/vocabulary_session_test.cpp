@@ -8,7 +8,7 @@
 
 namespace {
 
-// Gives up the line that a '?' left standing behind the prompt.
+// Clears the line that stays behind the prompt after a '?'.
 void dropLine(ConsoleSession& session) {
   session.send("\x15\r");
   session.readUntil(")> ");
@@ -20,7 +20,7 @@ void expectUsage(ConsoleSession& session, const VocabularyRow& row) {
   dropLine(session);
 }
 
-TEST(Vocabulary, AnswersAQuestionMarkWithTheUsageOfEveryExecCommand) {
+TEST(Vocabulary, PrintsTheUsageOfEveryExecCommandForAQuestionMark) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const VocabularyRow& row : kVocabulary) {
@@ -30,7 +30,7 @@ TEST(Vocabulary, AnswersAQuestionMarkWithTheUsageOfEveryExecCommand) {
   }
 }
 
-TEST(Vocabulary, AnswersAQuestionMarkWithTheUsageOfEveryConfigurationCommand) {
+TEST(Vocabulary, PrintsTheUsageOfEveryConfigurationCommandForAQuestionMark) {
   LabServer lab;
   OpenSession session(lab.port());
   EXPECT_EQ(session.type("configure"), "");
@@ -41,7 +41,7 @@ TEST(Vocabulary, AnswersAQuestionMarkWithTheUsageOfEveryConfigurationCommand) {
   }
 }
 
-TEST(Vocabulary, ReachesEveryConfigurationWordInFullByItsOwnHandler) {
+TEST(Vocabulary, EveryConfigurationWordReachesItsOwnHandler) {
   LabServer lab;
   OpenSession session(lab.port());
   session.type("configure");
@@ -57,7 +57,7 @@ TEST(Vocabulary, ReachesEveryConfigurationWordInFullByItsOwnHandler) {
   EXPECT_EQ(words, 58);
 }
 
-TEST(Vocabulary, DoesNotKnowConfigurationWordsInExecMode) {
+TEST(Vocabulary, RefusesConfigurationWordsInExecMode) {
   LabServer lab;
   OpenSession session(lab.port());
   const std::set<std::string> both = {"show"};
@@ -68,7 +68,7 @@ TEST(Vocabulary, DoesNotKnowConfigurationWordsInExecMode) {
   }
 }
 
-TEST(Vocabulary, DoesNotKnowExecCommandsInConfigurationMode) {
+TEST(Vocabulary, RefusesExecCommandsInConfigurationMode) {
   LabServer lab;
   OpenSession session(lab.port());
   session.type("configure");
@@ -82,7 +82,7 @@ TEST(Vocabulary, DoesNotKnowExecCommandsInConfigurationMode) {
   EXPECT_EQ(session.type("show version"), "show\r\n");
 }
 
-TEST(Vocabulary, HelpsWithEveryCommandInOrder) {
+TEST(Vocabulary, HelpListsEveryCommandInOrder) {
   LabServer lab;
   OpenSession session(lab.port());
   const std::string help = session.type("help");
@@ -97,7 +97,7 @@ TEST(Vocabulary, HelpsWithEveryCommandInOrder) {
   }
 }
 
-TEST(Vocabulary, KeepsTheLibrarysCommands) {
+TEST(Vocabulary, KeepsTheCommandsOfTheInterpreter) {
   LabServer lab;
   OpenSession session(lab.port());
   const std::string help = session.type("help");
@@ -115,7 +115,7 @@ TEST(Vocabulary, KeepsTheLibrarysCommands) {
   EXPECT_EQ(session.type("history"), "\r\nCommand history:\r\n  0. help\r\n");
 }
 
-TEST(Vocabulary, LetsEnableAskNothing) {
+TEST(Vocabulary, EnableAsksForNoPassword) {
   LabServer lab;
   OpenSession session(lab.port());
   session.send("enable\r");
@@ -133,7 +133,7 @@ TEST(Vocabulary, EntersConfigurationModeWithoutPrivilegeAndLeavesItByExit) {
   EXPECT_EQ(session.readUntil(kPrompt), "exit\r\n" + std::string(kPrompt));
 }
 
-TEST(Vocabulary, RunsNothingForAKeywordAlone) {
+TEST(Vocabulary, KeywordAloneIsIncomplete) {
   LabServer lab;
   OpenSession session(lab.port());
   for (const VocabularyRow& row : kVocabulary) {

@@ -1,4 +1,4 @@
-// Seven days of quarter hours on both lines, against sums that are kept beside the library.
+// Seven days of quarter hours on both lines, compared with sums that the test keeps itself.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -7,8 +7,15 @@
 #include <random>
 #include <vector>
 
+#include "qvrdev/device_table.h"
+#include "qvrfast/interval_history.h"
+#include "qvrfast/quarter_hours.h"
+#include "qvrline/interval_counters.h"
 #include "soak/simulated_board.h"
-#include "unit/sdk/qvrfast/history.h"
+#include "support/lines.h"
+#include "support/local_time.h"
+#include "support/performance_counters.h"
+#include "support/test_clock.h"
 
 using namespace gfast;
 using namespace gfast::board;
@@ -94,7 +101,7 @@ void expectQuarterHours(QVR_lineId_t line, const ExpectedHistory& expected) {
 // Every day that is kept.
 void expectDays(QVR_lineId_t line, const ExpectedHistory& expected) {
   const auto past = static_cast<int>(expected.days().size());
-  // After the seventh midnight the ring has gone round once and the oldest day has given way.
+  // After the seventh midnight the ring is full and the oldest day is overwritten.
   ASSERT_EQ(QVR_numberOf24hrHistoryIntervals(line), std::min(past + 1, 7));
   for (int k = 1; k <= std::min(past, 6); k++) {
     QVR_intervalLinkCounterDB_t interval{};
@@ -105,7 +112,7 @@ void expectDays(QVR_lineId_t line, const ExpectedHistory& expected) {
   }
 }
 
-// A second host at the chips: reads their counters past the library, word by word.
+// Reads the chips' counters without the library.
 class Tap {
  public:
   explicit Tap(VirtualBoard& board) : board_(board), descriptors_{board.open(0), board.open(1)} {}
@@ -131,7 +138,7 @@ class Tap {
   std::array<int, 2> descriptors_;
 };
 
-// What happens in the week. Nothing of it lasts over a midnight.
+// What happens in the week. Nothing lasts over a midnight.
 constexpr int kCuts = 5;
 constexpr int kBursts = 9;
 constexpr int kPowerLosses = 3;
@@ -172,7 +179,7 @@ class Week : public testing::Test {
     QVR_register24hrEventCB([](QVR_lineId_t, const char*, time_t) { week()->dayEvents_++; });
   }
 
-  // A chip has started anew: the library begins to count there, and so do we.
+  // A chip has restarted: the library starts counting from its counters now, and so does the test.
   void rebase() {
     rebases_++;
     for (int device = 0; device < QVR_K_MAX_DEVICES; device++) {
@@ -207,7 +214,7 @@ class Week : public testing::Test {
     }
   }
 
-  // The running quarter hour; how many unavailable seconds it has is limited by the time of the look before.
+  // Reads the running quarter hour, which limits its unavailable seconds to the time collected so far.
   void look(QVR_lineId_t line) {
     Words& base = base_[static_cast<size_t>(line)];
     const std::optional<Words> now = tap_.read(line);
@@ -239,7 +246,7 @@ class Week : public testing::Test {
   int dayEvents_ = 0;
 };
 
-TEST_F(Week, EveryCounterOfEveryQuarterHourAndEveryDayIsWhatTheChipsCounted) {
+TEST_F(Week, HistoryEqualsWhatTheChipsCounted) {
   for (int minute = 1; minute <= kDays * kDay_s / kMinute_s; minute++) {
     passMinute(minute);
     if (minute % 97 == 0) {
@@ -257,11 +264,11 @@ TEST_F(Week, EveryCounterOfEveryQuarterHourAndEveryDayIsWhatTheChipsCounted) {
   }
   EXPECT_EQ(dayEvents_, kDays * QVR_K_MAX_LINES);
   EXPECT_GT(looks_, 90);
-  // One a chip that hung over a boundary, and those that a chip without power missed.
+  // One for each chip that hung at a boundary, and those that chips without power missed.
   EXPECT_GE(skipped_, kHangs);
   EXPECT_EQ(rebases_, 1 + kPowerLosses) << "the start, and every chip that came back";
 
-  // The week was as eventful as it was meant to be.
+  // Everything that was planned for the week has happened.
   for (const ExpectedHistory& line : expected_) {
     EXPECT_EQ(line.week()[0], uint64_t{kCuts}) << "LOS: every cut";
     EXPECT_EQ(line.week()[22], uint64_t{kCuts}) << "of the far end as well";
@@ -274,7 +281,7 @@ TEST_F(Week, EveryCounterOfEveryQuarterHourAndEveryDayIsWhatTheChipsCounted) {
   }
 }
 
-// Two chips whose every word counts, some so fast that they go round their 32 bits within the hour.
+// Two chips on which every word counts, some so fast that they wrap around within the hour.
 class RestlessChips final : public Driver {
  public:
   explicit RestlessChips(uint32_t seed) : random_(seed) {
@@ -319,7 +326,7 @@ class RestlessChips final : public Driver {
   std::array<Words, QVR_K_MAX_DEVICES> words_{};
 };
 
-TEST(RestlessWeek, EveryOneOfThirtyNineCountersIsItsOwnWord) {
+TEST(RestlessWeek, EachOfThe39CountersHasItsOwnWord) {
   RestlessChips chips(20231115);
   setZone("UTC0");
   enterBothLines();
@@ -331,7 +338,7 @@ TEST(RestlessWeek, EveryOneOfThirtyNineCountersIsItsOwnWord) {
     storeCounters(device, {start, start});
     setStartOfCollection(device, 0, kQuarter_s);
   }
-  // A line of a chip that tells nothing else is not idle to the library.
+  // The chips say nothing of their link states, so the library does not take their lines for idle.
   for (const QVR_deviceId_t device : {0, 1}) {
     ASSERT_NE(deviceRecord(device).lineState[0], LS_IDLE);
   }

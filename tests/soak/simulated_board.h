@@ -1,4 +1,4 @@
-// A virtual board and the library in front of it, in a time that a test drives: a week passes in seconds.
+// A virtual board and the library in front of it, under a clock that a test moves: a week passes in seconds.
 #pragma once
 
 #include <qvr.h>
@@ -26,8 +26,8 @@ constexpr time_t kPowerUp = 1700006400;  // 2023-11-15 00:00:00 UTC, a midnight
 constexpr int kQuarter_s = 900;
 constexpr int kDay_s = 86400;
 
-// Time stands still but for what advance says and for sleeps, which take no time. The library's own
-// notification thread never wakes: the test runs the rounds.
+// Time moves only when it is set, and by sleeps, which take no time. The library's own notification thread
+// never wakes: the test runs its rounds.
 class SimulatedTime final : public Clock {
  public:
   SimulatedTime() { installClock(*this); }
@@ -53,7 +53,7 @@ class SimulatedTime final : public Clock {
 
  private:
   const std::thread::id owner_ = std::this_thread::get_id();
-  std::atomic<uint32_t> elapsed_ms_{0};  // no wider: the board's processor has no such atomics
+  std::atomic<uint32_t> elapsed_ms_{0};  // no wider: the board's processor has no 64-bit atomics
 };
 
 // Counts how often the library reads a chip's performance counters.
@@ -99,7 +99,8 @@ class SimulatedBoard {
   VirtualBoard& board() { return driver_.board(); }
   uint32_t counterReads() const { return driver_.counterReads(); }
 
-  // The moment, so many seconds after power-up, and what is due by then; the library has not seen it yet.
+  // Moves the time to so many seconds after power-up. The board does what is due by then; the library sees it
+  // in the next round.
   void setTime(double seconds) {
     time_.set(seconds);
     board().advance();

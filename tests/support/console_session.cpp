@@ -12,7 +12,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -71,30 +70,6 @@ std::vector<std::string> words(const std::string& text) {
 }
 
 }  // namespace
-
-ScratchDirectory::ScratchDirectory() {
-  std::string name = (std::filesystem::temp_directory_path() / "gfast-test-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr) {
-    throw systemError("mkdtemp");
-  }
-  path_ = name;
-}
-
-ScratchDirectory::~ScratchDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::string ScratchDirectory::write(const std::string& name, std::string_view content) const {
-  std::string full = path_ + "/" + name;
-  FILE* const file = std::fopen(full.c_str(), "w");
-  if (file == nullptr) {
-    throw systemError(full);
-  }
-  std::fwrite(content.data(), 1, content.size(), file);
-  std::fclose(file);
-  return full;
-}
 
 ConsoleProgram::ConsoleProgram(const std::string& launcher, const std::vector<std::string>& command,
                                const std::string& directory) {

@@ -9,25 +9,8 @@
 #include <string_view>
 #include <vector>
 
-// Nothing that a test waits for takes this long unless it never comes.
+// The longest time that a test waits for anything.
 constexpr auto kPatience = std::chrono::seconds(60);
-
-// A directory of its own for files that a test writes; gone with it.
-class ScratchDirectory {
- public:
-  ScratchDirectory();
-  ~ScratchDirectory();
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-
-  const std::string& path() const { return path_; }
-
-  // Writes a file and answers its full name.
-  std::string write(const std::string& name, std::string_view content) const;
-
- private:
-  std::string path_;
-};
 
 // One running program. Killed when it goes out of scope.
 class ConsoleProgram {
@@ -44,8 +27,7 @@ class ConsoleProgram {
   // The port it says it listens on, waiting until it does.
   uint16_t port();
 
-  // Everything on standard output so far, read until the text has come `times` times; without it, as far as
-  // it got within kPatience.
+  // Everything on standard output so far. Reads until the text has come `times` times, at most for kPatience.
   const std::string& awaitOutput(std::string_view text, int times = 1);
 
   // Reads what is there now without waiting.
@@ -67,7 +49,7 @@ class ConsoleProgram {
   std::string errors_;
 };
 
-// A telnet client. Telnet commands are not part of what it reads.
+// A telnet client. It leaves telnet commands out of what it returns.
 class ConsoleSession {
  public:
   explicit ConsoleSession(uint16_t port);
@@ -79,8 +61,7 @@ class ConsoleSession {
 
   void send(std::string_view bytes);
 
-  // Reads up to and including the text; what came until the connection ended or kPatience was over without
-  // it.
+  // Reads up to and including the text, at most until the connection ends or kPatience is over.
   std::string readUntil(std::string_view text);
 
   // Reads to the end of the connection.
@@ -95,11 +76,11 @@ class ConsoleSession {
   // Types a line and returns what it printed, every line with its "\r\n", without echo and prompt.
   std::string type(std::string_view line);
 
-  // Types something that is answered at once, a '?' or a TAB, and returns all that is written up to the
+  // Types keys that are answered without a line end, such as '?' or TAB, and returns everything up to the
   // prompt.
   std::string typeKeys(std::string_view keys);
 
-  // Ends without a word: what the peer would send is answered by a reset.
+  // Ends the connection with a reset.
   void reset();
   void close();
   void endInput();

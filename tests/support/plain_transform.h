@@ -1,4 +1,4 @@
-// The transform as its definition has it, and inputs for it.
+// The transform as a plain loop, which defines its results, and inputs for it.
 #pragma once
 
 #include <qvr.h>
@@ -32,7 +32,7 @@ inline int sizeFor(const Mode& mode, int points) {
   return mode.isMixed == TRUE ? points / 2 : points;
 }
 
-// One loop over everything, with nothing done for speed. `output` is what stands there before.
+// A plain loop, with nothing done for speed. Points that it does not assign keep what `output` held.
 class PlainTransform {
  public:
   PlainTransform(size_t points, const Mode& mode, Direction direction)

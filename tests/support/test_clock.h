@@ -1,4 +1,4 @@
-// A clock that a test sets: time stands still but for sleeps, which take no time and are remembered.
+// A clock that a test sets. Time moves by sleeps only, which take no time and are remembered.
 #pragma once
 
 #include <chrono>
@@ -13,8 +13,8 @@ using namespace gfast;
 
 class TestClock final : public Clock {
  public:
-  // Installs itself. Never destroyed, because the library's own thread may still ask at process exit: use
-  // testClock().
+  // Installs itself. Never destroyed, because the library's own thread may still use it when the process
+  // exits: use testClock().
   TestClock();
 
   void setNow(time_t seconds);
@@ -28,8 +28,8 @@ class TestClock final : public Clock {
   time_t now() override;
   void sleep(std::chrono::microseconds duration) override;
 
-  // On the test's own thread nothing ever becomes readable and the wait takes its time at once; any other
-  // thread waits for the rest of the process.
+  // On the test's own thread nothing becomes readable, and the clock moves on by the duration at once. Any
+  // other thread waits until the process ends.
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override;
 
   bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) override;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/console_session.h"
+#include "support/temporary_folder.h"
 
 namespace {
 
@@ -135,7 +136,7 @@ TEST(GfastDesk, TakesTheProgramAlongWhenItIsKilled) {
 }
 
 TEST(GfastDesk, TracesTheRequests) {
-  const ScratchDirectory scratch;
+  const TemporaryFolder scratch;
   const std::string trace = scratch.path() + "/trace";
   EXPECT_EQ(
       outcomeOf({"--trace-requests", trace, "--", "sh", "-c", ": <>/dev/gfdfe1; : <>/dev/gfdfe0"}).status, 0);
@@ -146,7 +147,7 @@ TEST(GfastDesk, TracesTheRequests) {
 }
 
 TEST(GfastDesk, KnowsTheBoardFilesBoard) {
-  const ScratchDirectory scratch;
+  const TemporaryFolder scratch;
   const std::string board = scratch.write("board.toml", "[board]\ndevices = 1\n");
   const Outcome outcome =
       outcomeOf({"--board", board, "--", "sh", "-c", ": <>/dev/gfdfe0 && echo there; : <>/dev/gfdfe1"});
@@ -157,7 +158,7 @@ TEST(GfastDesk, KnowsTheBoardFilesBoard) {
 #ifdef GFAST_CLI_STATIC
 // Without a dynamic loader and with another way of asking the system.
 TEST(GfastDesk, ServesAStaticProgram) {
-  const ScratchDirectory scratch;
+  const TemporaryFolder scratch;
   const std::string script =
       scratch.write("a.txt", "read memory 0 e0000238 4\nrediscover\nshow device-info 1 | include FW\n");
   const Outcome outcome = outcomeOf({"--", GFAST_CLI_STATIC, script});

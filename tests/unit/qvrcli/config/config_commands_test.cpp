@@ -2,8 +2,10 @@
 #include "qvrcli/config/config_commands.h"
 #include "chip/boot_register.h"
 
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 using namespace gfast::console;

@@ -3,8 +3,10 @@
 #include "qvrcli/config/parameter_commands.h"
 #include "chip/parameters.h"
 
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 using namespace gfast::console;

@@ -4,8 +4,11 @@
 #include <functional>
 #include <sstream>
 
+#include "support/chip_identity.h"
+#include "support/far_end_answers.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/lines.h"
 
 using namespace gfast;
 using namespace gfast::console;
@@ -127,27 +130,14 @@ Lines display(const std::vector<Patch>& patches = {}, const Blocks& unread = {})
 
 // What a far end answers when it is asked for its counters and measurements.
 const Bytes kManagement = countingWords(44, 3000000001);
-const Bytes kPmd{0x34, 0x12, 0x78, 0x56, 0x34, 0x92, 0xCD, 0xAB, 0x04, 0x03, 0x02, 0xF1, 0x07, 0x06};
 
 Script asksManagement(int device) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS, {}, 44, kManagement);
-}
-
-Script asksPmd(int device) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ, {}, 14, kPmd);
+  return ::asksManagement(device, kManagement);
 }
 
 // The far end sends the block as it lies in its memory.
 Script readsFarEndBlock(int device, uint16_t sequence, const ShownBlock& block) {
-  const Bytes words = block.chipBytes();
-  Bytes answer = farEndHeader(0x8002, words.size(), sequence, block.address);
-  answer.resize(answer.size() + words.size());
-  std::ranges::copy(words, answer.end() - static_cast<ptrdiff_t>(words.size()));
-  return asksFarEndMemory(device, sequence, block.address, words.size(), answer);
-}
-
-Script findsLineUp(int device) {
-  return readsIdentity(device, chipWithLine(LS_SHOWTIME));
+  return readsFarEnd(device, sequence, block.address, block.chipBytes());
 }
 
 // Fields that do not come from the far end's memory, but from its answers or from the near end.

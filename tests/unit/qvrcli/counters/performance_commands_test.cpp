@@ -3,9 +3,18 @@
 
 #include "qvrcli/events/events.h"
 #include "qvrdev/callbacks.h"
+#include "qvrdev/device_table.h"
+#include "qvrfast/interval_history.h"
 #include "qvrfast/line_failures.h"
+#include "qvrfast/quarter_hours.h"
+#include "qvrline/interval_counters.h"
+#include "support/chip_identity.h"
+#include "support/far_end_answers.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
+#include "support/local_time.h"
+#include "support/performance_counters.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;
 using namespace gfast::console;
@@ -218,7 +227,7 @@ const Lines kNearLine = shownRows("NE-", {{"LOS", 1033},
                                           {"FAILEDFAST_INITS", 1014}});
 
 Script asksManagement(int device) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS, {}, 44, countingWords(44, 9000));
+  return ::asksManagement(device, countingWords(44, 9000));
 }
 
 using ShowLinePerformanceCounters = PerformanceCommands;

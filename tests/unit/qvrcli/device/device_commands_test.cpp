@@ -4,6 +4,7 @@
 #include "chip/parameters.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
+#include "support/boot_register.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;

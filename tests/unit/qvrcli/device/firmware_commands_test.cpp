@@ -4,6 +4,7 @@
 #include "chip/boot_register.h"
 #include "chip/flash.h"
 #include "chip/registers.h"
+#include "support/boot_register.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;
@@ -14,21 +15,12 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr uint32_t kInB0 = FW_B0 << SBR_FW_STATE_OFFSET;
-constexpr uint32_t kInB1 = FW_B1 << SBR_FW_STATE_OFFSET;
-constexpr uint32_t kInApp = FW_APP << SBR_FW_STATE_OFFSET;
 constexpr const char* kWrongState = "Invalid FW state - must be in B1 bootloader state";
-
-ChipIdentity chipIn(uint32_t sbr) {
-  ChipIdentity chip;
-  chip.sbr = sbr;
-  return chip;
-}
 
 using LoadBootloader = TypedConsole;
 
 Script loads(int device, const std::string& filename) {
-  return readsIdentity(device, chipIn(kInB0)) + readsWord(device, SBR_REG_ADDRESS, kInB0) +
+  return readsIdentity(device, chipWithBootRegister(kInB0)) + readsWord(device, SBR_REG_ADDRESS, kInB0) +
          downloads(device, filename) + activates(device, ROM_DEFAULT_ENTRY_POINT);
 }
 
@@ -47,7 +39,7 @@ TEST_F(LoadBootloader, RefusesAnUnknownDevice) {
 }
 
 TEST_F(LoadBootloader, NeedsTheRomStage) {
-  expect(opens(0) + readsIdentity(0, chipIn(kInB1)));
+  expect(opens(0) + readsIdentity(0, chipWithBootRegister(kInB1)));
   EXPECT_THAT(typed("load bootloader"), ElementsAre("Device must be in B0 state"));
 }
 
@@ -64,7 +56,7 @@ TEST_F(LoadBootloader, ReportsAFailureOfEachRequest) {
 }
 
 TEST_F(LoadBootloader, RefusesANameThatFillsTheRecord) {
-  expect(opens(0) + readsIdentity(0, chipIn(kInB0)));
+  expect(opens(0) + readsIdentity(0, chipWithBootRegister(kInB0)));
   EXPECT_THAT(typed("load bootloader " + std::string(128, 'x')),
               ElementsAre("Error loading image - File name too long"));
   expect(loads(0, std::string(127, 'x')));

@@ -2,8 +2,9 @@
 #include <cstdio>
 
 #include "qvrcli/device/memory_commands.h"
+#include "support/assertions.h"
+#include "support/chip_identity.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/seams.h"
 
 using namespace gfast;
 using namespace gfast::console;

@@ -8,6 +8,7 @@
 
 #include "support/console_session.h"
 #include "support/stored_text.h"
+#include "support/temporary_folder.h"
 #include "unit/qvrcli/captured_console.h"
 #include "unit/qvrcli/diagnostics/planted_assertion.h"
 
@@ -52,7 +53,7 @@ class AnalyzeCrashDump : public testing::Test {
     directory_.write("dump.txt", text);
   }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   CapturedConsole console_;
 };
 

@@ -10,7 +10,7 @@
 #include "chip/device_information.h"
 #include "qvrcli/diagnostics/crash_dump.h"
 #include "std/byte_order.h"
-#include "support/console_session.h"
+#include "support/temporary_folder.h"
 #include "unit/qvrcli/diagnostics/planted_assertion.h"
 
 using namespace gfast;
@@ -62,7 +62,7 @@ class CrashDumpFile : public testing::Test {
     }
   }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   Devices devices_;
 };
 

@@ -11,10 +11,11 @@
 
 #include "qvrcli/diagnostics/signal_files.h"
 #include "qvrtest/default_signal.h"
-#include "support/console_session.h"
-#include "support/stored_text.h"
+#include "support/lines.h"
+#include "support/temporary_folder.h"
+#include "support/test_symbols.h"
+#include "support/text_file.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/lines.h"
 
 using namespace gfast;
 using namespace gfast::console;
@@ -26,13 +27,6 @@ using testing::IsEmpty;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
-using Words = std::vector<uint32_t>;
-
-constexpr uint32_t kTxBuffer = 0x9003C114;
-constexpr uint32_t kSnapshotCount = 0x90004940;
-constexpr uint32_t kRxSymbol = 0x90017DD4;
-constexpr size_t kSymbolSize = 8192;
-
 Words generatedSignal() {
   Words words(QVR_K_SIGNAL_WORDS);
   EXPECT_EQ(QVR_generateRandomTxSignal(43, 1971, 2048, words.data()), QVR_E_STATUS_OK);
@@ -40,38 +34,22 @@ Words generatedSignal() {
 }
 
 // A symbol in which no two neighbouring samples are equal.
-Bytes capturedSymbol(uint32_t seed) {
-  Bytes bytes(kSymbolSize);
-  for (uint32_t i = 0; i < kSymbolSize / 4; i++) {
-    store_le32(&bytes[size_t{i} * 4], (i + seed) * 2654435761U);
+Words capturedSymbol(uint32_t seed) {
+  Words symbol(QVR_K_SIGNAL_WORDS);
+  for (uint32_t i = 0; i < symbol.size(); i++) {
+    symbol[i] = (i + seed) * 2654435761U;
   }
-  return bytes;
+  return symbol;
 }
 
-Script inPieces(const Bytes& bytes, size_t size, Script (*makes)(int, uint32_t, const Bytes&), int device,
-                uint32_t address) {
-  Script script;
-  for (size_t done = 0; done < bytes.size(); done += size) {
-    const size_t length = std::min(size, bytes.size() - done);
-    const auto from = bytes.begin() + static_cast<long>(done);
-    script = script + makes(device, address + static_cast<uint32_t>(done),
-                            Bytes(from, from + static_cast<long>(length)));
-  }
-  return script;
+// The line's device is looked at, and 64 requests fill its transmit buffer; words that are missing are 0.
+Script sends(int device, Words symbol) {
+  symbol.resize(QVR_K_SIGNAL_WORDS);
+  return findsLineUp(device) + sendsSymbol(device, symbol);
 }
 
-// The line's device is read, and 64 requests fill its transmit buffer.
-Script sends(int device, const Words& words) {
-  Bytes bytes(kSymbolSize);
-  for (size_t i = 0; i < words.size(); i++) {
-    store_le32(&bytes[i * 4], words[i]);
-  }
-  return readsIdentity(device, chipWithLine(LS_SHOWTIME)) + inPieces(bytes, 128, writes, device, kTxBuffer);
-}
-
-Script captures(int device, const Bytes& symbol) {
-  return readsIdentity(device, chipWithLine(LS_SHOWTIME)) + writes(device, kSnapshotCount, {0, 0, 0, 1}) +
-         reads(device, kSnapshotCount, {0, 0, 0, 0}) + inPieces(symbol, 900, reads, device, kRxSymbol);
+Script captures(int device, const Words& symbol) {
+  return capturesSymbol(device, symbol);
 }
 
 // Two open devices, and an empty working folder.
@@ -92,7 +70,7 @@ class SignalCommands : public TypedConsole {
     std::string spectrum;
     std::string ratios;
   };
-  Files filesOf(const Bytes& symbol) {
+  Files filesOf(const Words& symbol) {
     expect(captures(0, symbol));
     const auto time = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
     const auto frequency = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
@@ -112,7 +90,7 @@ class SignalCommands : public TypedConsole {
   }
 
  private:
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
 };
 
 // A signal of one, two, three, ... and its file.

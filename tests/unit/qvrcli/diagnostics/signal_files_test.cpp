@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "support/console_session.h"
-#include "support/stored_text.h"
+#include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 using namespace gfast;
 using namespace gfast::console;
@@ -38,7 +38,7 @@ class SignalFile : public testing::Test {
     return words;
   }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   uint32_t badLine_ = kUntouched;
 };
 

@@ -4,8 +4,10 @@
 #include <numeric>
 
 #include "chip/inventory.h"
+#include "support/chip_identity.h"
+#include "support/inventory.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrfast/status_records.h"
 
 using namespace gfast;
 using namespace gfast::console;

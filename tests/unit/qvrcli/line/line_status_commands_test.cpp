@@ -2,9 +2,11 @@
 #include "chip/device_information.h"
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/events/events.h"
+#include "support/channel_records.h"
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrfast/channel_records.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 using namespace gfast::console;

@@ -4,8 +4,12 @@
 #include <functional>
 
 #include "chip/device_information.h"
+#include "support/chip_identity.h"
+#include "support/counter_blocks.h"
+#include "support/far_end_answers.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
-#include "unit/sdk/qvrfast/status_records.h"
 
 using namespace gfast;
 using namespace gfast::console;
@@ -102,12 +106,7 @@ class ShowNetworkInfo : public TypedConsole {
     constexpr uint32_t kAddress = 0xE2880000;
     GFAST_DERIVED_COUNTERS_S far{};
     far.EFTR = 711900;
-    const Bytes block = chipBytes(far);
-    Bytes answer = farEndHeader(0x8002, block.size(), ++sequence_, kAddress);
-    answer.resize(answer.size() + block.size());
-    std::ranges::copy(block, answer.end() - static_cast<ptrdiff_t>(block.size()));
-    return asksFarEndMemory(device, sequence_, kAddress, block.size(), answer) +
-           sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS, {}, 44, Bytes(44));
+    return readsFarEnd(device, ++sequence_, kAddress, chipBytes(far)) + asksManagement(device, Bytes(44));
   }
 
   static inline ETR_DB_S framing_ = framing();

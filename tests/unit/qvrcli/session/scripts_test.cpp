@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "qvrcli/session/scripts.h"
-#include "support/console_session.h"
+#include "support/temporary_folder.h"
 #include "unit/qvrcli/captured_console.h"
 
 using namespace gfast;
@@ -25,7 +25,7 @@ class Scripts : public testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(chdir(directory_.path().c_str()), 0); }
 
-  ScratchDirectory directory_;
+  TemporaryFolder directory_;
   CapturedConsole console_;
 };
 

@@ -162,11 +162,11 @@ TEST_F(ShowPhyInfo, ShowsTheFarEnd) {
 
 TEST_F(ShowPhyInfo, WritesIntoAFileAndPrintsNothing) {
   expect(readsNearEnd(0));
-  EXPECT_THAT(typed("show phy info 0 ne " + scratch_.file()), IsEmpty());
-  EXPECT_EQ(scratch_.content(), fileOf(kNearEnd));
+  EXPECT_THAT(typed("show phy info 0 ne " + file_.file()), IsEmpty());
+  EXPECT_EQ(file_.content(), fileOf(kNearEnd));
   expect(readsFarEnd(1));
-  EXPECT_THAT(typed("show phy info 1 fe " + scratch_.file()), IsEmpty());
-  EXPECT_EQ(scratch_.content(), fileOf(kFarEnd));
+  EXPECT_THAT(typed("show phy info 1 fe " + file_.file()), IsEmpty());
+  EXPECT_EQ(file_.content(), fileOf(kFarEnd));
   expect(readsNearEnd(0));
   EXPECT_THAT(typed("show phy info 0 ne /dev/full"), ElementsAre("Could not write file /dev/full"));
 }
@@ -209,9 +209,9 @@ TEST_F(ShowPhyInfo, ReportsTheTableThatCannotBeRead) {
       expect(readsNearEnd(0).failingAt(at, EIO));
       // 1 when the line cannot be checked or there is no SNR, 12 for any other failed read.
       const bool isUnread = (table.requests == 1 || i >= line) && !(table.name == "SNR table" && i == tones);
-      EXPECT_THAT(typed("show phy info 0 ne " + scratch_.file()),
+      EXPECT_THAT(typed("show phy info 0 ne " + file_.file()),
                   ElementsAre("Failed to read " + table.name + " (error=" + (isUnread ? "12" : "1") + ")"));
-      EXPECT_EQ(scratch_.content(), "");
+      EXPECT_EQ(file_.content(), "");
       verify();
     }
   }
@@ -230,8 +230,8 @@ TEST_F(ShowPhyInfo, ReportsAFarEndThatRefuses) {
 
 TEST_F(ShowPhyInfo, TouchesNoFileForALineThatIsNotUp) {
   expect(readsIdentity(1, chipWithLine(LS_INIT_HS)));
-  EXPECT_THAT(typed("show phy info 1 ne " + scratch_.file()), ElementsAre("Line 1 is not in SHOWTIME"));
-  EXPECT_EQ(scratch_.content(), "no file");
+  EXPECT_THAT(typed("show phy info 1 ne " + file_.file()), ElementsAre("Line 1 is not in SHOWTIME"));
+  EXPECT_EQ(file_.content(), "no file");
 }
 
 TEST_F(ShowPhyInfo, ChecksTheLineThenTheEndThenTheStateThenTheFile) {
@@ -239,7 +239,7 @@ TEST_F(ShowPhyInfo, ChecksTheLineThenTheEndThenTheStateThenTheFile) {
   for (const std::string end : {"xx", "us", "nE"}) {
     EXPECT_THAT(typed("show phy info 0 " + end), ElementsAre("parameter must be ne or fe"));
   }
-  const std::string noFile = scratch_.path() + "/no/file";
+  const std::string noFile = file_.path() + "/no/file";
   expect(findsLineUp(0));
   EXPECT_THAT(typed("show phy info 0 ne " + noFile), ElementsAre("Could not open file " + noFile));
   for (const std::string words : {" ?", " 0 ne file 4"}) {

@@ -53,13 +53,8 @@ class ToneCommands : public ToneConsole {
     const uint32_t area1 = sent ? 0xE5007000 : 0xE5008000;
     Bytes entries(4096, 0xFF);
     std::ranges::copy(loading(sent), entries.begin());
-    Script script = findsTones(device) + readsSet(device, sent) + readsWord(device, index, 3);
-    for (size_t at = 0; at < entries.size(); at += 900) {
-      const auto begin = entries.begin() + static_cast<ptrdiff_t>(at);
-      const auto length = static_cast<ptrdiff_t>(std::min<size_t>(900, entries.size() - at));
-      script = script + reads(device, area1 + static_cast<uint32_t>(at), Bytes(begin, begin + length));
-    }
-    return script + readsWord(device, index, 3);
+    return findsTones(device) + readsSet(device, sent) + readsWord(device, index, 3) +
+           readsInPieces(device, area1, entries) + readsWord(device, index, 3);
   }
   Script snrOf(int device, bool downstream) {
     const bool farReceives = downstream == (device == 0);
@@ -174,9 +169,9 @@ TEST_F(ToneCommands, TakeLine0AndUpstreamByDefault) {
 
 TEST_F(ToneCommands, WriteIntoAFileAndPrintNothing) {
   const auto written = [this](const std::string& command) {
-    EXPECT_THAT(typed("show " + command + " 0 us " + scratch_.file()), IsEmpty()) << command;
+    EXPECT_THAT(typed("show " + command + " 0 us " + file_.file()), IsEmpty()) << command;
     verify();
-    return scratch_.content();
+    return file_.content();
   };
   expect(bitsOf(0, false));
   EXPECT_EQ(written("BITSps"), fileOf(bitsTable("9")));
@@ -227,14 +222,14 @@ TEST_F(ToneCommands, ReportAFarEndThatRefuses) {
 
 TEST_F(ToneCommands, LeaveAnEmptyFileAfterAFailedRead) {
   expect(bitsOf(0, false));
-  typed("show BITSps 0 us " + scratch_.file());
-  EXPECT_EQ(scratch_.content(), fileOf(bitsTable("9")));
+  typed("show BITSps 0 us " + file_.file());
+  EXPECT_EQ(file_.content(), fileOf(bitsTable("9")));
   for (const Command& command : commands()) {
     if (command.name != "SATN") {
       expect(command.asks(0, false).failingAt(1, EIO));
-      EXPECT_THAT(typed("show " + command.name + " 0 us " + scratch_.file()),
+      EXPECT_THAT(typed("show " + command.name + " 0 us " + file_.file()),
                   ElementsAre(command.failure + "us"));
-      EXPECT_EQ(scratch_.content(), "");
+      EXPECT_EQ(file_.content(), "");
     }
   }
 }
@@ -255,7 +250,7 @@ TEST_F(ToneCommands, ReportALineWithoutADevice) {
 }
 
 TEST_F(ToneCommands, CheckTheLineThenTheDirectionThenTheFile) {
-  const std::string noFile = scratch_.path() + "/no/such/file";
+  const std::string noFile = file_.path() + "/no/such/file";
   for (const Command& command : commands()) {
     const std::string show = "show " + command.name;
     for (const std::string line : {"2", "-1", "99999999999", "2 xx"}) {
@@ -268,8 +263,7 @@ TEST_F(ToneCommands, CheckTheLineThenTheDirectionThenTheFile) {
     if (command.name != "SATN") {
       EXPECT_THAT(typed(show + " 0 xx " + noFile), ElementsAre("invalid parameter - must enter ds or us"));
       EXPECT_THAT(typed(show + " 0 us " + noFile), ElementsAre("Could not open file " + noFile));
-      EXPECT_THAT(typed(show + " 0 us " + scratch_.path()),
-                  ElementsAre("Could not open file " + scratch_.path()));
+      EXPECT_THAT(typed(show + " 0 us " + file_.path()), ElementsAre("Could not open file " + file_.path()));
     }
     EXPECT_EQ(result(), CLI_OK);
   }

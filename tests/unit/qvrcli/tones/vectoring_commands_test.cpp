@@ -1,4 +1,5 @@
 // The vectoring matrices at the console: given the coefficients of a chip, this is written into the file.
+#include "support/vectoring.h"
 #include "unit/qvrcli/tones/tone_requests.h"
 
 using namespace gfast;
@@ -23,7 +24,7 @@ class ShowVectoring : public ToneConsole {
     return static_cast<int>(16 * (kUsers * i + j) + 4096 * pair);
   }
 
-  // The chip's area, in windows of 256 bytes of which 8 are guard words.
+  // The chip's area.
   static Script readsArea(int device, uint32_t area, size_t pairs) {
     std::vector<int> values;
     for (size_t i = 0; i < kUsers; i++) {
@@ -34,16 +35,7 @@ class ShowVectoring : public ToneConsole {
         }
       }
     }
-    const Bytes bytes = halves(values);
-    Script script;
-    for (size_t at = 0; at < bytes.size(); at += 248) {
-      Bytes window = words({9, 9});
-      window.resize(256);
-      std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(at), std::min<size_t>(248, bytes.size() - at),
-                  window.begin() + 8);
-      script = script + reads(device, area + static_cast<uint32_t>(at), window);
-    }
-    return script;
+    return readsCoefficients(device, area, littleEndian16(values));
   }
 
   // A row of the file: the chip's j-th value of user i stands in line j, column i.
@@ -67,9 +59,9 @@ TEST_F(ShowVectoring, WritesTheCoefficientsOfAPairForBothItsSubcarriers) {
   for (const Kind& kind : kKinds) {
     for (const int device : {0, 1}) {
       expect(finds(device, 3) + readsArea(device, kind.area, 2));
-      EXPECT_THAT(typed("show vectoring " + kind.name + " " + std::to_string(device) + " " + scratch_.file()),
+      EXPECT_THAT(typed("show vectoring " + kind.name + " " + std::to_string(device) + " " + file_.file()),
                   IsEmpty());
-      EXPECT_EQ(scratch_.content(), rowOf("005.17500", 0) + rowOf("005.22675", 0) + rowOf("005.27850", 1));
+      EXPECT_EQ(file_.content(), rowOf("005.17500", 0) + rowOf("005.22675", 0) + rowOf("005.27850", 1));
       EXPECT_EQ(result(), CLI_OK);
       verify();
     }
@@ -78,34 +70,34 @@ TEST_F(ShowVectoring, WritesTheCoefficientsOfAPairForBothItsSubcarriers) {
 
 TEST_F(ShowVectoring, Writes4096As1) {
   expect(finds(0, 3) + readsArea(0, 0xE4000000, 2));
-  typed("show vectoring canceler 0 " + scratch_.file());
-  EXPECT_NE(scratch_.content().find("005.27850 1.000000 -1.000000 1.062500 -1.062500 "), std::string::npos);
+  typed("show vectoring canceler 0 " + file_.file());
+  EXPECT_NE(file_.content().find("005.27850 1.000000 -1.000000 1.062500 -1.062500 "), std::string::npos);
 }
 
 TEST_F(ShowVectoring, WritesNoRowWithoutProcessedSubcarriers) {
   for (const Kind& kind : kKinds) {
     expect(finds(0, 0));
-    EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + scratch_.file()), IsEmpty());
-    EXPECT_EQ(scratch_.content(), "");
+    EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + file_.file()), IsEmpty());
+    EXPECT_EQ(file_.content(), "");
   }
 }
 
 TEST_F(ShowVectoring, WritesAsManyRowsAsTheChipHasRoomFor) {
   expect(finds(0, 4000000000) + readsArea(0, 0xE4380000, 512));
-  EXPECT_THAT(typed("show vectoring precoder 0 " + scratch_.file()), IsEmpty());
-  const std::string content = scratch_.content();
+  EXPECT_THAT(typed("show vectoring precoder 0 " + file_.file()), IsEmpty());
+  const std::string content = file_.content();
   EXPECT_EQ(std::ranges::count(content, '\n'), 1024);
   EXPECT_TRUE(content.substr(content.rfind('\n', content.size() - 2) + 1).starts_with("058.11525 "));
 }
 
 TEST_F(ShowVectoring, ReportsTheResultOfAFailedRead) {
   for (const Kind& kind : kKinds) {
-    const std::string command = "show vectoring " + kind.name + " 1 " + scratch_.file();
+    const std::string command = "show vectoring " + kind.name + " 1 " + file_.file();
     Bytes window(256);
     window[0] = 1;  // the guard words differ
     expect(finds(1, 2) + reads(1, kind.area, window).times(16));
     EXPECT_THAT(typed(command), ElementsAre("Failed reading " + kind.name + " matrix (1)"));
-    EXPECT_EQ(scratch_.content(), "");
+    EXPECT_EQ(file_.content(), "");
     verify();
     expect(finds(1, 2) + reads(1, kind.area, window).fails(EIO).times(16));
     EXPECT_THAT(typed(command), ElementsAre("Failed reading " + kind.name + " matrix (1)"));
@@ -125,14 +117,14 @@ TEST_F(ShowVectoring, ReportsAFileThatCannotBeWritten) {
 TEST_F(ShowVectoring, TouchesNoFileForALineThatIsNotUp) {
   for (const Kind& kind : kKinds) {
     expect(readsIdentity(0, chipWithLine(LS_IDLE)));
-    EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + scratch_.file()),
+    EXPECT_THAT(typed("show vectoring " + kind.name + " 0 " + file_.file()),
                 ElementsAre("Line 0 is not in SHOWTIME"));
-    EXPECT_EQ(scratch_.content(), "no file");
+    EXPECT_EQ(file_.content(), "no file");
   }
 }
 
 TEST_F(ShowVectoring, ChecksTheLineThenItsStateThenTheFile) {
-  const std::string noFile = scratch_.path() + "/no/file";
+  const std::string noFile = file_.path() + "/no/file";
   for (const Kind& kind : kKinds) {
     const std::string show = "show vectoring " + kind.name;
     EXPECT_THAT(typed(show + " 2 " + noFile),

@@ -59,18 +59,18 @@ class Connection {
   int peer = -1;
 };
 
-TEST(SystemClock, TellsTheTimeOfDay) {
+TEST(SystemClock, ReturnsTheTimeOfDay) {
   const time_t before = time(nullptr);
   const time_t now = clockSource().now();
   EXPECT_GE(now, before);
   EXPECT_LE(now, time(nullptr));
 }
 
-TEST(SystemClock, SleepsAsLongAsAsked) {
+TEST(SystemClock, SleepsAtLeastAsLongAsAsked) {
   EXPECT_GE(timeOf([] { clockSource().sleep(kShort); }), kShort);
 }
 
-TEST(SystemClock, WakesWhenADescriptorBecomesReadable) {
+TEST(SystemClock, WaitEndsWhenADescriptorIsReadable) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   ASSERT_EQ(write(ends[1], "x", 1), 1);
@@ -82,7 +82,7 @@ TEST(SystemClock, WakesWhenADescriptorBecomesReadable) {
   EXPECT_TRUE(FD_ISSET(ends[0], &descriptors));
 }
 
-TEST(SystemClock, WaitsForDescriptorsNoLongerThanAsked) {
+TEST(SystemClock, WaitEndsAfterTheGivenTimeWhenNothingIsReadable) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   fd_set descriptors;
@@ -93,7 +93,7 @@ TEST(SystemClock, WaitsForDescriptorsNoLongerThanAsked) {
   EXPECT_FALSE(FD_ISSET(ends[0], &descriptors));
 }
 
-TEST(SystemClock, ADescriptorThatWentBadDoesNotMakeTheWaitSpin) {
+TEST(SystemClock, WaitsTheGivenTimeWhenADescriptorIsClosed) {
   const int gone = dup(STDERR_FILENO);
   close(gone);
   fd_set descriptors;
@@ -103,24 +103,24 @@ TEST(SystemClock, ADescriptorThatWentBadDoesNotMakeTheWaitSpin) {
   EXPECT_FALSE(FD_ISSET(gone, &descriptors));
 }
 
-TEST(SystemClock, SleepsWhileThePeerIsThere) {
+TEST(SystemClock, SleepsTheWholeTimeWhileConnected) {
   const Connection connection;
   EXPECT_GE(timeOf([&] { EXPECT_TRUE(clockSource().sleepWhileConnected(connection.own, kShort)); }), kShort);
 }
 
-TEST(SystemClock, APeerThatHasFinishedSendingIsStillThere) {
+TEST(SystemClock, PeerThatFinishedSendingCountsAsConnected) {
   const Connection connection;
   shutdown(connection.peer, SHUT_WR);
   EXPECT_TRUE(clockSource().sleepWhileConnected(connection.own, kShort));
 }
 
-TEST(SystemClock, WakesWhenTheConnectionIsReset) {
+TEST(SystemClock, SleepEndsWhenThePeerResetsTheConnection) {
   Connection connection;
   connection.resetByPeer();
   EXPECT_LT(timeOf([&] { EXPECT_FALSE(clockSource().sleepWhileConnected(connection.own, kLong)); }), kLong);
 }
 
-TEST(SystemClock, WithoutAConnectionItSleeps) {
+TEST(SystemClock, SleepsTheWholeTimeWithoutAConnection) {
   EXPECT_GE(timeOf([] { EXPECT_TRUE(clockSource().sleepWhileConnected(-1, kShort)); }), kShort);
 }
 

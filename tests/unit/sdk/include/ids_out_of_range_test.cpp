@@ -3,7 +3,7 @@
 #include <array>
 #include <type_traits>
 
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
 
 namespace {
 

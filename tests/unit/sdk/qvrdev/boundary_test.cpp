@@ -1,8 +1,7 @@
 // Seconds to the quarter-hour boundary of local time.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
+#include "support/local_time.h"
 #include "unit/sdk/qvrdev/notification_chips.h"
 
 using namespace gfast;
@@ -11,21 +10,11 @@ namespace {
 
 class Boundary : public testing::Test {
  protected:
-  Boundary() { inZone("UTC0"); }
-
-  static void inZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
+  Boundary() { setZone("UTC0"); }
 
   uint32_t secondsAt(time_t time) {
     bench_.clock.time = time;
     return QVR_secsTo15minBoundary(nullptr);
-  }
-
-  static constexpr time_t kMidnight = 1700006400;  // 2023-11-15 00:00:00 UTC
-  static constexpr time_t at(int hour, int minute, int second) {
-    return kMidnight + (hour * 60 + minute) * 60 + second;
   }
 
   Bench bench_;
@@ -53,7 +42,7 @@ TEST_F(Boundary, ComesAtMidnight) {
   EXPECT_EQ(secondsAt(at(24, 0, 0)), 900U);
 }
 
-TEST_F(Boundary, IsNeverZeroNorMoreThanAnInterval) {
+TEST_F(Boundary, IsBetween1And900SecondsAway) {
   for (time_t time = kMidnight; time < kMidnight + 86400; time++) {
     const uint32_t seconds = secondsAt(time);
     ASSERT_GE(seconds, 1U);
@@ -61,7 +50,7 @@ TEST_F(Boundary, IsNeverZeroNorMoreThanAnInterval) {
   }
 }
 
-TEST_F(Boundary, TellsTheTimeItStartedFrom) {
+TEST_F(Boundary, ReturnsTheTimeItCountedFrom) {
   bench_.clock.time = at(10, 14, 59);
   time_t now = 0;
   QVR_secsTo15minBoundary(&now);
@@ -70,7 +59,7 @@ TEST_F(Boundary, TellsTheTimeItStartedFrom) {
 
 // New York, 2023-03-12: 01:59:59 is followed by 03:00:00.
 TEST_F(Boundary, ComesWhenClocksGoForward) {
-  inZone("EST5EDT,M3.2.0,M11.1.0");
+  setZone("EST5EDT,M3.2.0,M11.1.0");
   constexpr time_t kChange = 1678604400;
   EXPECT_EQ(secondsAt(kChange - 1), 1U);
   EXPECT_EQ(secondsAt(kChange), 900U);
@@ -78,7 +67,7 @@ TEST_F(Boundary, ComesWhenClocksGoForward) {
 
 // New York, 2023-11-05: 01:59:59 is followed by 01:00:00.
 TEST_F(Boundary, ComesWhenClocksGoBack) {
-  inZone("EST5EDT,M3.2.0,M11.1.0");
+  setZone("EST5EDT,M3.2.0,M11.1.0");
   constexpr time_t kChange = 1699164000;
   EXPECT_EQ(secondsAt(kChange - 1), 1U);
   EXPECT_EQ(secondsAt(kChange), 900U);
@@ -86,27 +75,27 @@ TEST_F(Boundary, ComesWhenClocksGoBack) {
 
 // Lord Howe Island, 2023-04-02, where clocks go back half an hour: 01:59:59 is followed by 01:30:00.
 TEST_F(Boundary, ComesWhenClocksGoBackHalfAnHour) {
-  inZone("<+1030>-10:30<+11>-11,M10.1.0,M4.1.0");
+  setZone("<+1030>-10:30<+11>-11,M10.1.0,M4.1.0");
   constexpr time_t kChange = 1680361200;
   EXPECT_EQ(secondsAt(kChange - 1), 1U);
   EXPECT_EQ(secondsAt(kChange), 900U);
 }
 
-// Nepal, five hours and three quarters ahead: quarters of the hour coincide with those of UTC.
-TEST_F(Boundary, IsThatOfZonesAQuarterHourOff) {
-  inZone("<+0545>-5:45");
+// Nepal is 5 h 45 min ahead of UTC, so its quarter hours are those of UTC.
+TEST_F(Boundary, FollowsZonesOffsetByAQuarterHour) {
+  setZone("<+0545>-5:45");
   EXPECT_EQ(secondsAt(at(10, 14, 59)), 1U);
   EXPECT_EQ(secondsAt(at(10, 15, 0)), 900U);
 }
 
-// An offset of seven minutes moves the boundaries with it: local time counts.
-TEST_F(Boundary, IsThatOfLocalTime) {
-  inZone("<+0007>-0:07");
+// A zone offset by seven minutes has its boundaries seven minutes earlier.
+TEST_F(Boundary, FollowsLocalTime) {
+  setZone("<+0007>-0:07");
   EXPECT_EQ(secondsAt(at(10, 8, 0)), 900U);
   EXPECT_EQ(secondsAt(at(10, 15, 0)), 480U);
 }
 
-TEST_F(Boundary, IsFoundBeforeTheEpoch) {
+TEST_F(Boundary, WorksBeforeTheEpoch) {
   EXPECT_EQ(secondsAt(-1), 1U);
 }
 

@@ -4,9 +4,12 @@
 #include "chip/device_information.h"
 #include "chip/registers.h"
 #include "qvrdev/device_table.h"
+#include "support/assertions.h"
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/expected_requests.h"
 #include "support/refused_threads.h"
 #include "support/test_clock.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 
@@ -27,7 +30,7 @@ Script isAbsent(int device) {
   return opens(device).fails(ENOENT);
 }
 
-// What a start makes of a board: device 0 is read on its own first, then both in order.
+// What a start asks: device 0 is read on its own first, then both in order.
 Script startsWith(const ChipIdentity& first, const Script& second) {
   return isFound(0, first) + readsIdentity(0, first) + second;
 }
@@ -50,24 +53,14 @@ TEST_F(Discovery, FindsBothDevices) {
   EXPECT_EQ(QVR_isDeviceActive(1), TRUE);
 }
 
-TEST_F(Discovery, OnceStartedItAsksNothingMore) {
+TEST_F(Discovery, AsksNothingWhenStartedAgain) {
   driver_.expect(startsWith({}, isFound(1)));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_initDeviceModule(TRUE), QVR_E_STATUS_OK);
 }
 
-TEST_F(Discovery, TheWholeLibraryStartsOnce) {
-  driver_.expect(isAbsent(0));
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_ERROR);
-  constexpr uint32_t kFramerInitCounters = 0xE2400000;
-  driver_.expect(startsWith({}, isAbsent(1)) + reads(0, kFramerInitCounters, Bytes(72)).fails(EIO) +
-                 startsParameters());
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
-}
-
-TEST_F(Discovery, DoesWithoutDevice1AndTriesToOpenItAtEveryRequest) {
+TEST_F(Discovery, StartsWithoutDevice1AndTriesToOpenItAtEveryRequest) {
   driver_.expect(startsWith({}, isAbsent(1)));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_numberOfDevices(), 1U);
@@ -80,35 +73,35 @@ TEST_F(Discovery, DoesWithoutDevice1AndTriesToOpenItAtEveryRequest) {
   EXPECT_EQ(QVR_numberOfDevices(), 2U);
 }
 
-TEST_F(Discovery, ADevice1ThatOpensButDoesNotAnswerStaysInactive) {
+TEST_F(Discovery, LeavesDevice1InactiveWhenItDoesNotAnswer) {
   driver_.expect(startsWith({}, opens(1) + readsIdentity(1, {}).failingAt(2, EIO)));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_numberOfDevices(), 1U);
   EXPECT_EQ(QVR_isDeviceActive(1), FALSE);
 }
 
-TEST_F(Discovery, WithoutDevice0ThereIsNoStart) {
+TEST_F(Discovery, FailsWithoutDevice0) {
   driver_.expect(isAbsent(0));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_ERROR);
   EXPECT_EQ(QVR_numberOfDevices(), 0U);
   EXPECT_TRUE(sleeps().empty());
 }
 
-TEST_F(Discovery, ADevice0ThatDoesNotAnswerIsClosedBeforeTheNextStart) {
+TEST_F(Discovery, ClosesASilentDevice0BeforeTheNextStart) {
   driver_.expect(opens(0) + readsIdentity(0, {}).failingAt(0, EIO));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_ERROR);
   driver_.expect(closes(0) + startsWith({}, isAbsent(1)));
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
 }
 
-TEST_F(Discovery, WaitsForDevice0OneTryASecond) {
+TEST_F(Discovery, WaitsForDevice0WithOneTryASecond) {
   driver_.expect(isAbsent(0).times(3) + opens(0) + readsIdentity(0, {}).failingAt(1, EIO) +
                  readsIdentity(0, {}).times(2) + isAbsent(1));
   EXPECT_EQ(QVR_initDeviceModule(TRUE), QVR_E_STATUS_OK);
   EXPECT_EQ(sleeps(), std::vector<microseconds>(4, seconds(1)));
 }
 
-TEST_F(Discovery, WithoutItsThreadTheModuleIsNotStarted) {
+TEST_F(Discovery, FailsWhenItsThreadCannotBeCreated) {
   {
     const RefusedThreads refused;
     driver_.expect(startsWith({}, isAbsent(1)));
@@ -118,7 +111,7 @@ TEST_F(Discovery, WithoutItsThreadTheModuleIsNotStarted) {
   EXPECT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
 }
 
-TEST_F(Discovery, ALineThatIsNotIdleIsCountedFromNow) {
+TEST_F(Discovery, StartsCountingNowForALineThatIsNotIdle) {
   ChipIdentity up;
   up.setLinkState(LS_SHOWTIME);
   driver_.expect(startsWith(up, isFound(1)));
@@ -128,7 +121,7 @@ TEST_F(Discovery, ALineThatIsNotIdleIsCountedFromNow) {
   EXPECT_EQ(deviceRecord(1).counterCollectionInterval[0].startOfCollectionPeriodInInterval, 0U);
 }
 
-TEST_F(Discovery, RediscoveryReadsBothDevicesAfresh) {
+TEST_F(Discovery, RediscoveryReadsBothDevicesAgain) {
   driver_.expect(startsWith({}, isFound(1)));
   ASSERT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   ChipIdentity training;
@@ -141,7 +134,7 @@ TEST_F(Discovery, RediscoveryReadsBothDevicesAfresh) {
   EXPECT_EQ(deviceRecord(1).counterCollectionInterval[0].startOfCollectionPeriodInInterval, kSecondsLeft);
 }
 
-TEST_F(Discovery, RediscoveryThatFindsNothingStillSucceeds) {
+TEST_F(Discovery, RediscoverySucceedsWithoutDevices) {
   driver_.expect(startsWith({}, isAbsent(1)));
   ASSERT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   driver_.expect(closes(0) + rediscovers() + isAbsent(0) + isAbsent(1));
@@ -152,7 +145,7 @@ TEST_F(Discovery, RediscoveryThatFindsNothingStillSucceeds) {
   EXPECT_EQ(QVR_deviceInfoForDevice(0)->fwState, FW_UNDEFINED);
 }
 
-TEST_F(Discovery, ADeviceThatIsLostShowsInactiveAndKeepsTheRestOfItsRecord) {
+TEST_F(Discovery, LostDeviceIsInactiveAndKeepsTheRestOfItsRecord) {
   ChipIdentity chip;
   chip.setWord(DEV_INF_VERSION, 5);
   driver_.expect(isFound(0, chip));
@@ -163,164 +156,6 @@ TEST_F(Discovery, ADeviceThatIsLostShowsInactiveAndKeepsTheRestOfItsRecord) {
   EXPECT_EQ(record.deviceState, SS_INACTIVE_STATE);
   EXPECT_EQ(record.fwState, FW_UNDEFINED);
   EXPECT_EQ(record.devInfVersion, 5U);
-}
-
-class DeviceInfo : public testing::Test {
- protected:
-  // The record that a caller receives from device 0.
-  QVR_deviceInfo_t infoOf(const ChipIdentity& chip, int device = 0) {
-    driver_.expect((openDescriptor(device) < 0 ? opens(device) : Script()) + readsIdentity(device, chip));
-    QVR_deviceInfo_t info{};
-    EXPECT_EQ(QVR_getDeviceInfo(device, &info), QVR_E_STATUS_OK);
-    return info;
-  }
-
-  ExpectedRequests driver_{Script()};
-};
-
-TEST_F(DeviceInfo, StatesComeFromTheBootRegister) {
-  ChipIdentity chip;
-  chip.sbr = 0x01008000;
-  QVR_deviceInfo_t info = infoOf(chip);
-  EXPECT_EQ(info.deviceState, SS_RUN_STATE);
-  EXPECT_EQ(info.fwState, FW_B1);
-  EXPECT_EQ(info.configState, CONFIG_STATE_SYSTEM);
-  chip.sbr = 0xFEFF7FFF;
-  info = infoOf(chip);
-  EXPECT_EQ(info.fwState, FW_B0);
-  EXPECT_EQ(info.configState, CONFIG_STATE_LINE);
-}
-
-TEST_F(DeviceInfo, TheVersionWordsBytesAreProfileRcGaChipset) {
-  ChipIdentity chip;
-  const uint8_t version[] = {0x00, 0x01, 0x02, 0x03};
-  std::copy(std::begin(version), std::end(version), chip.info.begin() + DEV_INF_FIRMWARE_VERSION);
-  const QVR_deviceInfo_t info = infoOf(chip);
-  EXPECT_EQ(info.firmwareVersion.versionProfile, 0);
-  EXPECT_EQ(info.firmwareVersion.versionRc, 1);
-  EXPECT_EQ(info.firmwareVersion.versionGa, 2);
-  EXPECT_EQ(info.firmwareVersion.versionChipset, 3);
-}
-
-TEST_F(DeviceInfo, ChipsetsOneAndThreeAreTheNetworkSide) {
-  const BOOL expected[] = {FALSE, TRUE, FALSE, TRUE, FALSE};
-  for (uint32_t chipset = 0; chipset < std::size(expected); chipset++) {
-    ChipIdentity chip;
-    chip.setWord(DEV_INF_FIRMWARE_VERSION, chipset << 24);
-    const QVR_deviceInfo_t info = infoOf(chip);
-    EXPECT_EQ(info.isDPdevice, expected[chipset]) << chipset;
-    EXPECT_EQ(info.numberOfLines, 1) << chipset;
-  }
-}
-
-TEST_F(DeviceInfo, TheDateTakesTwoCharactersAWordAndElevenInAll) {
-  ChipIdentity chip;
-  const char* date = "Jan 23 2017X";
-  for (size_t i = 0; i < 6; i++) {
-    chip.info[DEV_INF_DATE + 4 * i] = static_cast<uint8_t>(date[2 * i]);
-    chip.info[DEV_INF_DATE + 4 * i + 1] = 0xEE;
-    chip.info[DEV_INF_DATE + 4 * i + 2] = static_cast<uint8_t>(date[2 * i + 1]);
-    chip.info[DEV_INF_DATE + 4 * i + 3] = 0xEE;
-  }
-  EXPECT_STREQ(infoOf(chip).date, "Jan 23 2017");
-}
-
-TEST_F(DeviceInfo, OfTheTimeTheFirstTwoCharactersComeFromTheChip) {
-  ChipIdentity chip;
-  chip.setWord(DEV_INF_TIME, 0xEE37EE31);
-  const QVR_deviceInfo_t info = infoOf(chip);
-  EXPECT_EQ(std::string(info.time, sizeof info.time), std::string("17\0\0\0\0\0\0\0", 9));
-}
-
-TEST_F(DeviceInfo, AddressesAndIdsKeepTheirByteOrder) {
-  ChipIdentity chip;
-  for (size_t i = 0; i < 16; i++) {
-    chip.b0Regs[B0_REGS_MAC_ADDRESS - 5 + i] = static_cast<uint8_t>(0xA0 + i);
-  }
-  const std::string vendor = "ABCDEFGHIJKL";
-  std::copy(vendor.begin(), vendor.end(), chip.info.begin() + DEV_INF_VENDOR_ID);
-  const QVR_deviceInfo_t info = infoOf(chip);
-  EXPECT_THAT(info.mainDFEMacAddress, testing::ElementsAre(0xA5, 0xA6, 0xA7, 0xA8, 0xA9, 0xAA));
-  EXPECT_EQ(std::string(info.vendorId, sizeof info.vendorId), "ABCDEFGH");
-}
-
-TEST_F(DeviceInfo, TheLineIsTheLowestNibbleOfTheLinkStates) {
-  ChipIdentity chip;
-  const uint8_t states[] = {0x96, 0x12, 0x34, 0x56};
-  std::copy(std::begin(states), std::end(states), chip.b0Regs.begin() + 36);
-  EXPECT_EQ(infoOf(chip).lineState[0], LS_SHOWTIME);
-}
-
-TEST_F(DeviceInfo, TheOtherWordsAreTakenAsTheyAre) {
-  ChipIdentity chip;
-  chip.setWord(DEV_INF_VERSION, 0x01020304);
-  chip.setWord(DEV_INF_LINK_STARTUP_TIME, 12345);
-  chip.setWord(DEV_INF_LAST_SIGNAL, 0x44332211);
-  chip.setWord(DEV_INF_INIT_FAILURE_CAUSE, 6);
-  chip.setWord(DEV_INF_TEMPERATURE, 71);
-  const QVR_deviceInfo_t info = infoOf(chip);
-  EXPECT_EQ(info.devInfVersion, 0x01020304U);
-  EXPECT_EQ(info.lineStartupTime[0], 12345U);
-  EXPECT_EQ(info.initLastSignalds[0], 0x11);
-  EXPECT_EQ(info.initLastSignalus[0], 0x33);
-  EXPECT_EQ(info.initsFcause[0], 6U);
-  EXPECT_EQ(info.temperatureInCelcius, 71U);
-  EXPECT_EQ(info.lineFailureReason[0], LF_REASON_NO_ERROR);
-}
-
-TEST_F(DeviceInfo, TheRecordInTheTableCarriesInternalLineIds) {
-  const QVR_deviceInfo_t info = infoOf({}, 1);
-  EXPECT_EQ(info.lineIDs[0], QVR_int2log(1));
-  EXPECT_EQ(QVR_deviceInfoForDevice(1)->lineIDs[0], 1);
-}
-
-TEST_F(DeviceInfo, AReadThatFailsLeavesTheRecordAsItWas) {
-  ChipIdentity before;
-  before.setWord(DEV_INF_TEMPERATURE, 40);
-  infoOf(before);
-  ChipIdentity after;
-  after.setWord(DEV_INF_TEMPERATURE, 60);
-  const Script script = readsIdentity(0, after);
-  for (size_t position = 0; position < script.size(); position++) {
-    driver_.expect(script.failingAt(position, EIO));
-    QVR_deviceInfo_t info{};
-    EXPECT_EQ(QVR_getDeviceInfo(0, &info), QVR_E_MEMREAD_ERROR);
-    driver_.verify();
-    EXPECT_EQ(info.temperatureInCelcius, 0U);
-    EXPECT_EQ(deviceRecord(0).temperatureInCelcius, 40U);
-    EXPECT_EQ(deviceRecord(0).deviceState, SS_RUN_STATE);
-  }
-}
-
-TEST_F(DeviceInfo, ReadingAgainDoesNotCountTheDeviceAgain) {
-  infoOf({});
-  infoOf({});
-  EXPECT_EQ(QVR_numberOfDevices(), 1U);
-}
-
-TEST_F(DeviceInfo, AnUnknownDeviceIsAnAssertion) {
-  EXPECT_ASSERTION(QVR_getDeviceInfo(2, nullptr), asserts(100, "Invalid device id", 2));
-  EXPECT_ASSERTION(QVR_getDeviceInfo(-1, nullptr), asserts(100, "Invalid device id", -1));
-  EXPECT_ASSERTION(QVR_deviceInfoForDevice(2), asserts(100, "Invalid Device Identifier", 2));
-  EXPECT_ASSERTION(QVR_deviceInfoForDevice(-1), asserts(100, "Invalid Device Identifier", -1));
-  EXPECT_ASSERTION(QVR_isDeviceActive(2), asserts(100, "Invalid Device Identifier", 2));
-  EXPECT_ASSERTION(QVR_isDeviceActive(-1), asserts(100, "Invalid Device Identifier", -1));
-}
-
-TEST_F(DeviceInfo, ANotifiedLineStateGoesIntoTheRecordIfTheDeviceHasTheLine) {
-  setLineState(0, 0, LS_SHOWTIME);
-  EXPECT_EQ(deviceRecord(0).lineState[0], LS_SELFTEST);
-  infoOf({});
-  setLineState(0, 0, LS_SHOWTIME);
-  setLineState(0, 1, LS_SILENT);
-  setLineState(0, -1, LS_SILENT);
-  EXPECT_EQ(deviceRecord(0).lineState[0], LS_SHOWTIME);
-}
-
-TEST_F(DeviceInfo, AHandleOfAnUnknownDeviceIsNone) {
-  EXPECT_EQ(QVR_deviceHandle(2), -1);
-  EXPECT_EQ(QVR_deviceHandle(-1), -1);
-  EXPECT_EQ(openDescriptor(2), -1);
 }
 
 }  // namespace

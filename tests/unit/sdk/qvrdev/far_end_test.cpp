@@ -1,5 +1,7 @@
 // Management messages to the far end.
-#include "unit/sdk/seams.h"
+#include "support/chip_identity.h"
+#include "support/expected_requests.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -36,7 +38,7 @@ class FarEnd : public testing::Test {
   uint32_t responseLength_ = 77;
 };
 
-TEST_F(FarEnd, TheResponseComesBackInTheSameBuffer) {
+TEST_F(FarEnd, ResponseReplacesTheMessageInItsBuffer) {
   lineIs(LS_SHOWTIME);
   driver_.expect(sends());
   EXPECT_EQ(send(), QVR_E_STATUS_OK);
@@ -44,24 +46,24 @@ TEST_F(FarEnd, TheResponseComesBackInTheSameBuffer) {
   EXPECT_EQ(Bytes(message_.begin(), message_.begin() + 6), kResponse);
 }
 
-TEST_F(FarEnd, ALineThatIsNotInShowtimeGetsNoRequest) {
+TEST_F(FarEnd, SendsNothingToALineOutsideShowtime) {
   lineIs(LS_INIT_TRAIN);
   EXPECT_EQ(send(), QVR_E_LINE_NOT_ACTIVE);
   EXPECT_EQ(responseLength_, 0U);
 }
 
-TEST_F(FarEnd, ALineThatTheDeviceDoesNotHaveGetsNoRequest) {
+TEST_F(FarEnd, SendsNothingToALineTheDeviceDoesNotHave) {
   lineIs(LS_SHOWTIME);
   EXPECT_EQ(send(0, 1), QVR_E_LINE_NOT_ACTIVE);
   EXPECT_EQ(send(0, 0xFFFF), QVR_E_LINE_NOT_ACTIVE);
 }
 
-TEST_F(FarEnd, ADeviceThatWasNeverReadHasNoActiveLine) {
+TEST_F(FarEnd, SendsNothingBeforeTheDeviceWasRead) {
   driver_.expect(opens(0));
   EXPECT_EQ(send(), QVR_E_LINE_NOT_ACTIVE);
 }
 
-TEST_F(FarEnd, WithoutTheDeviceThereIsNone) {
+TEST_F(FarEnd, FailsWithoutTheDevice) {
   driver_.expect(opens(0).fails(ENOENT));
   EXPECT_EQ(send(), QVR_E_DEVICE_NOT_EXISTS);
   EXPECT_EQ(responseLength_, 0U);
@@ -69,7 +71,7 @@ TEST_F(FarEnd, WithoutTheDeviceThereIsNone) {
   EXPECT_EQ(send(-1), QVR_E_DEVICE_NOT_EXISTS);
 }
 
-TEST_F(FarEnd, ARefusedMessageIsLoggedUnderTheLineThatFieldLogsAreSearchedFor) {
+TEST_F(FarEnd, LogsARefusedMessageUnderLine1953) {
   lineIs(LS_SHOWTIME);
   driver_.expect(sends().fails(ETIMEDOUT));
   EXPECT_EQ(send(), QVR_E_FAILED_SENDING_FAR_END_MSG);
@@ -78,7 +80,7 @@ TEST_F(FarEnd, ARefusedMessageIsLoggedUnderTheLineThatFieldLogsAreSearchedFor) {
                                           "Connection timed out copied 0\n"));
 }
 
-TEST_F(FarEnd, WhatWasCopiedBeforeTheFailureIsLogged) {
+TEST_F(FarEnd, LogsHowMuchWasCopiedBeforeTheFailure) {
   lineIs(LS_SHOWTIME);
   driver_.expect(sends().fails(EIO, 3));
   EXPECT_EQ(send(), QVR_E_FAILED_SENDING_FAR_END_MSG);

@@ -1,8 +1,10 @@
 // Images and flash.
 #include <ostream>
 
-#include "chip/boot_register.h"
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
+#include "support/boot_register.h"
+#include "support/devices.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -11,10 +13,6 @@ namespace {
 using testing::ElementsAre;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-constexpr uint32_t kInB0 = 0x00800000;
-constexpr uint32_t kInB1 = 0x01000000;
-constexpr uint32_t kInApp = 0x01800000;
 
 Script finds(int device, uint32_t sbr) {
   return readsWord(device, SBR_REG_ADDRESS, sbr);
@@ -28,30 +26,30 @@ Script erasesSectors(int device, uint32_t first, uint32_t last) {
   return script;
 }
 
-TEST(LoadImageFile, HandsTheNameToTheDriver) {
+TEST(LoadImageFile, PassesTheNameToTheDriver) {
   ExpectedRequests driver(opens(0) + downloads(0, "image.bin"));
   EXPECT_EQ(QVR_loadImageFile(0, "image.bin"), QVR_E_STATUS_OK);
 }
 
-TEST(LoadImageFile, ANameThatFillsTheFieldIsNotTerminated) {
+TEST(LoadImageFile, CutsALongNameWithoutTerminator) {
   const std::string name(MAX_FW_FN_SIZE, 'n');
   ExpectedRequests driver(opens(0) + downloads(0, name).times(2));
   EXPECT_EQ(QVR_loadImageFile(0, name.c_str()), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_loadImageFile(0, (name + "beyond").c_str()), QVR_E_STATUS_OK);
 }
 
-TEST(LoadImageFile, AnswersItsFailures) {
+TEST(LoadImageFile, ReturnsTheCodeOfEachFailure) {
   ExpectedRequests driver(opens(0).fails(ENOENT) + opens(0) + downloads(0, "a").fails(ENOENT));
   EXPECT_EQ(QVR_loadImageFile(0, "a"), QVR_E_DEVICE_NOT_EXISTS);
   EXPECT_EQ(QVR_loadImageFile(0, "a"), QVR_E_IMAGE_DOWNLOAD_ERROR);
 }
 
-TEST(LoadImageFile, OnAnUnknownDeviceIsAnAssertion) {
+TEST(LoadImageFile, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(QVR_loadImageFile(2, "a"), asserts(100, "Unknown device handle", 2));
 }
 
-TEST(ActivateImage, StartsAtTheAddressOnly) {
+TEST(ActivateImage, PassesTheAddressAlone) {
   ExpectedRequests driver(opens(1) + activates(1, 0x12345678));
   EXPECT_EQ(QVR_activateImage(1, 0x12345678), QVR_E_STATUS_OK);
 }
@@ -63,14 +61,14 @@ TEST(ActivateImage, PrintsTheSystemsErrorWhenTheDriverRefuses) {
   EXPECT_EQ(GetCapturedStderr(), "QVR_activateImage: Activate image ERROR: Operation not permitted\n");
 }
 
-TEST(ActivateImage, WithoutTheDevicePrintsNothing) {
+TEST(ActivateImage, PrintsNothingWithoutTheDevice) {
   ExpectedRequests driver(opens(0).fails(ENOENT));
   CaptureStderr();
   EXPECT_EQ(QVR_activateImage(0, 4), QVR_E_DEVICE_NOT_EXISTS);
   EXPECT_EQ(GetCapturedStderr(), "");
 }
 
-TEST(ActivateImage, OnAnUnknownDeviceIsAnAssertion) {
+TEST(ActivateImage, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(QVR_activateImage(-1, 0), asserts(100, "Unknown device handle", -1));
 }
@@ -80,7 +78,7 @@ TEST(LoadBootloader, DownloadsAndStartsAtTheRomEntryPoint) {
   EXPECT_EQ(QVR_loadBootloader(0, "b1.bin"), QVR_E_STATUS_OK);
 }
 
-TEST(LoadBootloader, NeedsTheRomBootStage) {
+TEST(LoadBootloader, FailsOutsideTheRomBootStage) {
   ExpectedRequests driver(opens(0) + finds(0, kInB1) + finds(0, kInApp) + finds(0, 0));
   for (int i = 0; i < 3; i++) {
     EXPECT_EQ(QVR_loadBootloader(0, "b1.bin"), QVR_E_INVALID_FW_STATE);
@@ -95,7 +93,7 @@ TEST(LoadBootloader, WarnsWhenTheFileCannotBeLoaded) {
               ElementsAre(warns("QVR_loadBootloader", "Failed loading image file b1\\.bin\n")));
 }
 
-TEST(LoadBootloader, AnswersItsOtherFailures) {
+TEST(LoadBootloader, ReturnsTheCodeOfEachOtherFailure) {
   const TraceLog trace;
   ExpectedRequests driver(opens(0).fails(ENOENT));
   EXPECT_EQ(QVR_loadBootloader(0, "b"), QVR_E_DEVICE_NOT_EXISTS);
@@ -107,37 +105,37 @@ TEST(LoadBootloader, AnswersItsOtherFailures) {
   EXPECT_TRUE(trace.lines().empty());
 }
 
-TEST(LoadBootloader, OnAnUnknownDeviceIsAnAssertion) {
+TEST(LoadBootloader, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(QVR_loadBootloader(2, "b"), asserts(100, "Unknown device handle", 2));
 }
 
-TEST(EraseFlashSector, HandsTypeAndAddressToTheDriver) {
+TEST(EraseFlashSector, PassesTypeAndAddressToTheDriver) {
   ExpectedRequests driver(opens(0) + erases(0, FLASHERASE_4KB, 0x13000) +
                           erases(0, FLASHERASE_64KB, 0x20000));
   EXPECT_EQ(QVR_eraseFlashSector(0, FLASHERASE_4KB, 0x13000), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_eraseFlashSector(0, FLASHERASE_64KB, 0x20000), QVR_E_STATUS_OK);
 }
 
-TEST(EraseFlashSector, AnswersItsFailures) {
+TEST(EraseFlashSector, ReturnsTheCodeOfEachFailure) {
   ExpectedRequests driver(opens(0).fails(ENOENT) + opens(0) + erases(0, FLASHERASE_4KB, 0).fails(EIO));
   EXPECT_EQ(QVR_eraseFlashSector(0, FLASHERASE_4KB, 0), QVR_E_DEVICE_NOT_EXISTS);
   EXPECT_EQ(QVR_eraseFlashSector(0, FLASHERASE_4KB, 0), QVR_E_ERASE_ERROR);
 }
 
-TEST(EraseFlashSector, OnAnUnknownDeviceIsAnAssertion) {
+TEST(EraseFlashSector, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(QVR_eraseFlashSector(2, FLASHERASE_4KB, 0), asserts(100, "Unknown device handle", 2));
   EXPECT_ASSERTION(QVR_eraseFlash(2), asserts(100, "Unknown device handle", 2));
 }
 
-TEST(EraseFlash, ErasesEverythingWhateverTheChipRuns) {
+TEST(EraseFlash, ErasesEverythingInAnyStage) {
   ExpectedRequests driver(opens(0) + erases(0, FLASHERASE_ALL, 0) + erases(0, FLASHERASE_ALL, 0).fails(EIO));
   EXPECT_EQ(QVR_eraseFlash(0), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_eraseFlash(0), QVR_E_ERASE_ERROR);
 }
 
-// The three regions of flash, each with its operations and its words.
+// The three regions of flash, with their operations and messages.
 struct Region {
   const char* name;
   uint32_t firstSector;
@@ -185,7 +183,7 @@ TEST_P(FlashRegion, IsErasedInAscendingSectors) {
   EXPECT_TRUE(trace_.lines().empty());
 }
 
-TEST_P(FlashRegion, IsErasedInTheBootLoaderOnly) {
+TEST_P(FlashRegion, IsErasedOnlyInTheBootLoader) {
   ExpectedRequests driver(opens(0) + finds(0, kInApp));
   EXPECT_EQ(GetParam().erase(0), QVR_E_INVALID_FW_STATE);
   EXPECT_THAT(trace_.lines(), ElementsAre(warns(GetParam().eraseName, "Invalid FW state \\(29\\)\n")));
@@ -218,40 +216,40 @@ TEST_P(FlashRegion, IsUpgradedByErasingAndProgramming) {
   EXPECT_TRUE(trace_.lines().empty());
 }
 
-TEST_P(FlashRegion, ALongNameFillsTheFieldUnterminated) {
+TEST_P(FlashRegion, UpgradeCutsALongNameWithoutTerminator) {
   const std::string name(200, 'n');
   ExpectedRequests driver(opens(0) + finds(0, kInB1).times(2) + erasesIt() +
                           programs(0, name, GetParam().firstSector));
   EXPECT_EQ(GetParam().upgrade(0, name.c_str()), QVR_E_STATUS_OK);
 }
 
-TEST_P(FlashRegion, UpgradingInTheApplicationLeavesFlashUntouched) {
+TEST_P(FlashRegion, UpgradeFailsInTheApplication) {
   ExpectedRequests driver(opens(0) + finds(0, kInApp));
   EXPECT_EQ(GetParam().upgrade(0, "file.bin"), QVR_E_INVALID_FW_STATE);
   EXPECT_THAT(trace_.lines(), ElementsAre(warns(GetParam().upgradeName, "Invalid FW state \\(29\\)\n")));
 }
 
-TEST_P(FlashRegion, UpgradingWarnsWhenTheStateCannotBeRead) {
+TEST_P(FlashRegion, UpgradeWarnsWhenTheStateCannotBeRead) {
   ExpectedRequests driver(opens(0) + finds(0, kInB1).fails(EIO));
   EXPECT_EQ(GetParam().upgrade(0, "file.bin"), QVR_E_MEMREAD_ERROR);
   EXPECT_THAT(trace_.lines(), ElementsAre(warns(GetParam().upgradeName, "Invalid FW state \\(12\\)\n")));
 }
 
-TEST_P(FlashRegion, UpgradingWarnsWhenErasingFails) {
+TEST_P(FlashRegion, UpgradeWarnsWhenErasingFails) {
   ExpectedRequests driver(opens(0) + finds(0, kInB1).times(2) + erasesIt().fails(EIO));
   EXPECT_EQ(GetParam().upgrade(0, "file.bin"), QVR_E_ERASE_ERROR);
   EXPECT_THAT(trace_.lines(), ElementsAre(warnsOfSector(GetParam().lastSector),
                                           warns(GetParam().upgradeName, GetParam().failedErasing)));
 }
 
-TEST_P(FlashRegion, UpgradingAnswersTheProgrammingFailure) {
+TEST_P(FlashRegion, UpgradeFailsWhenProgrammingFails) {
   ExpectedRequests driver(opens(0) + finds(0, kInB1).times(2) + erasesIt() +
                           programs(0, "file.bin", GetParam().firstSector).fails(EFBIG));
   EXPECT_EQ(GetParam().upgrade(0, "file.bin"), QVR_E_FLASH_PROGRAM_ERROR);
   EXPECT_TRUE(trace_.lines().empty());
 }
 
-TEST_P(FlashRegion, OfAnUnknownDeviceIsAnAssertion) {
+TEST_P(FlashRegion, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(GetParam().erase(2), asserts(100, "Invalid device id", 2));
   EXPECT_ASSERTION(GetParam().upgrade(2, "file.bin"), asserts(100, "Invalid device id", 2));

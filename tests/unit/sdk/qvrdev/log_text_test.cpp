@@ -1,4 +1,4 @@
-// A chip's log text is data: it prints numbers and characters, and nothing it asks for reaches memory.
+// Whatever a chip's log text contains, it only prints: no conversion reads or writes memory.
 #include "qvrdev/log_text.h"
 
 #include <gmock/gmock.h>
@@ -29,11 +29,11 @@ void expectEach(std::initializer_list<Case> cases) {
   }
 }
 
-TEST(LogText, WithoutConversionsIsPrintedAsItIs) {
+TEST(LogText, PrintsTextWithoutConversionsUnchanged) {
   EXPECT_EQ(rendered("link is up\n"), "link is up\n");
 }
 
-TEST(LogText, OfNoCharactersIsEmpty) {
+TEST(LogText, IsEmptyForAnEmptyFormat) {
   EXPECT_EQ(rendered(""), "");
 }
 
@@ -41,12 +41,12 @@ TEST(LogText, PrintsItsWordsInOrder) {
   EXPECT_EQ(rendered("a=%d b=%u c=%x", {0xFFFFFFFE, 7, 0xBEEF}), "a=-2 b=7 c=beef");
 }
 
-TEST(LogText, TakesWordsUpToTheTwelfth) {
+TEST(LogText, TakesTwelveWords) {
   EXPECT_EQ(rendered("%d %d %d %d %d %d %d %d %d %d %d %d", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}),
             "1 2 3 4 5 6 7 8 9 10 11 12");
 }
 
-TEST(LogText, LeavesAConversionWithoutAWordAsItStands) {
+TEST(LogText, KeepsAConversionWithoutAWordAsText) {
   EXPECT_EQ(rendered("%d%d%d%d%d%d%d%d%d%d%d%d|%5d|%s|%*d", {1}), "100000000000|%5d|%s|%*d");
 }
 
@@ -74,7 +74,7 @@ TEST(LogText, PrintsIntegersAsPrintfDoes) {
   }
 }
 
-TEST(LogText, TakesEveryWordFor32BitsWhateverTheFormatClaims) {
+TEST(LogText, ReadsEveryWordAs32BitsWhateverTheLengthModifier) {
   expectEach({
       {"%ld %lld %zd", {0xFFFFFFFF, 0xFFFFFFFE, 0xFFFFFFFD}, "-1 -2 -3"},
       {"%lu %llx %jx %tu", {0xFFFFFFFF, 0xABCDEF01, 16, 17}, "4294967295 abcdef01 10 17"},
@@ -91,7 +91,7 @@ TEST(LogText, PrintsCharacters) {
   });
 }
 
-TEST(LogText, PrintsAWordThatWouldPointIntoMemoryAsANumber) {
+TEST(LogText, PrintsPointersAndStringsAsNumbers) {
   expectEach({
       {"%s", {0xDEADBEEF}, "0xdeadbeef"},
       {"%ls and %S", {1, 2}, "0x1 and 0x2"},
@@ -101,18 +101,18 @@ TEST(LogText, PrintsAWordThatWouldPointIntoMemoryAsANumber) {
   });
 }
 
-TEST(LogText, PrintsAWordThatWouldBeHalfANumberInHexadecimal) {
+TEST(LogText, PrintsFloatsAsHexadecimalWords) {
   expectEach({{"%f %.3e %G %a %d", {0x3FF00000, 1, 2, 3, 4}, "0x3ff00000 0x1 0x2 0x3 4"}});
 }
 
-TEST(LogText, NeverWritesBackACount) {
+TEST(LogText, KeepsCountConversionsAsText) {
   expectEach({
       {"abc%n %d", {0x1000, 7}, "abc%n 7"},
       {"%hhn%lln%5n", {1, 2, 3}, "%hhn%lln%5n"},
   });
 }
 
-TEST(LogText, HoldsAWidthToAField) {
+TEST(LogText, LimitsTheWidth) {
   for (const char* format : {"%2000000000d|", "%4294967297d|", "%99999999999999999999d|", "%02147483648d|"}) {
     const std::string text = rendered(format, {7});
     EXPECT_EQ(text.size(), 129U) << format;
@@ -120,7 +120,7 @@ TEST(LogText, HoldsAWidthToAField) {
   }
 }
 
-TEST(LogText, HoldsAPrecisionToAField) {
+TEST(LogText, LimitsThePrecision) {
   for (const char* format : {"%.2000000000d|", "%.99999999999999999999u|", "%.2147483648x|"}) {
     EXPECT_EQ(rendered(format, {7}), std::string(127, '0') + "7|") << format;
   }
@@ -146,7 +146,7 @@ TEST(LogText, TakesAWordByItsPosition) {
   });
 }
 
-TEST(LogText, LeavesAStrayPercentSignAsItStands) {
+TEST(LogText, KeepsAStrayPercentSign) {
   expectEach({
       {"100%", {}, "100%"},
       {"100%\n", {}, "100%\n"},
@@ -162,11 +162,11 @@ TEST(LogText, LeavesAStrayPercentSignAsItStands) {
   });
 }
 
-TEST(LogText, PrintsAPercentSignForTwo) {
+TEST(LogText, PrintsOnePercentSignForTwo) {
   expectEach({{"%d%% of %%d %5%", {50}, "50% of %d %"}});
 }
 
-TEST(LogText, EndsAtItsFirstZeroByte) {
+TEST(LogText, EndsAtTheFirstZeroByte) {
   EXPECT_EQ(rendered({"up\n\0%d", 6}), "up\n");
 }
 
@@ -178,7 +178,7 @@ TEST(LogText, KeepsCharactersBeyondAscii) {
   EXPECT_EQ(rendered("5 \xc2\xb5s \xff"), "5 \xc2\xb5s \xff");
 }
 
-TEST(LogText, IsCutToTheRoomThereIs) {
+TEST(LogText, IsCutToItsRoom) {
   EXPECT_EQ(renderLogText("abcdef", {}, 4), "abcd");
   EXPECT_EQ(renderLogText("abcd", {}, 4), "abcd");
   EXPECT_EQ(renderLogText("abcdef", {}, 1), "a");
@@ -188,7 +188,7 @@ TEST(LogText, KeepsItsLineEndWhenItIsCut) {
   EXPECT_EQ(renderLogText("%128d%128d\n", {1, 2}, 10), "         \n");
 }
 
-TEST(LogText, OfTheLongestFormatStaysWithinItsRoom) {
+TEST(LogText, StaysWithinItsRoomForTheLongestFormat) {
   std::string format;
   while (format.size() + 5 <= 255) {
     format += "%999d";
@@ -196,8 +196,8 @@ TEST(LogText, OfTheLongestFormatStaysWithinItsRoom) {
   EXPECT_EQ(renderLogText(format, {}, 1023).size(), 1023U);
 }
 
-// Whatever bytes a chip sends, rendering them ends, stays within its room and leaves no control character.
-TEST(LogText, OfAnyBytesIsReadable) {
+// For any bytes, rendering ends, stays within its room and leaves no control character.
+TEST(LogText, IsReadableForAnyBytes) {
   constexpr std::string_view kAlphabet =
       "%%%%%%%%**..$0123456789-+ #'hlLqjztdiouxXcsSpnfFeEgGaAmCy\n\x1b\x01\xff";
   uint32_t random = 12345;

@@ -1,16 +1,12 @@
-// Chip memory in pieces, and the boot register.
+// Chip memory, which is read and written in pieces.
 #include <numeric>
 
-#include "chip/boot_register.h"
-#include "qvrdev/device_table.h"
-#include "unit/sdk/seams.h"
+#include "support/assertions.h"
+#include "support/devices.h"
 
 using namespace gfast;
 
 namespace {
-
-using testing::internal::CaptureStdout;
-using testing::internal::GetCapturedStdout;
 
 constexpr uint32_t kAddress = 0xE1000000;
 
@@ -18,11 +14,6 @@ Bytes pattern(size_t length, uint8_t first) {
   Bytes bytes(length);
   std::iota(bytes.begin(), bytes.end(), first);
   return bytes;
-}
-
-Bytes joined(Bytes a, const Bytes& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
 }
 
 TEST(ReadMemory, OpensTheDeviceOnFirstUseOnly) {
@@ -34,7 +25,7 @@ TEST(ReadMemory, OpensTheDeviceOnFirstUseOnly) {
   EXPECT_EQ(bytes[1], 4);
 }
 
-TEST(ReadMemory, Of2000BytesTakesThreeRequests) {
+TEST(ReadMemory, Reads2000BytesInThreeRequests) {
   const Bytes a = pattern(900, 1);
   const Bytes b = pattern(900, 2);
   const Bytes c = pattern(200, 3);
@@ -42,77 +33,77 @@ TEST(ReadMemory, Of2000BytesTakesThreeRequests) {
                           reads(1, kAddress + 1800, c));
   Bytes bytes(2000);
   EXPECT_EQ(QVR_readmem(1, kAddress, bytes.data(), 2000), QVR_E_STATUS_OK);
-  EXPECT_EQ(bytes, joined(joined(a, b), c));
+  EXPECT_EQ(bytes, a + b + c);
 }
 
-TEST(ReadMemory, Of1800BytesTakesExactlyTwoRequests) {
+TEST(ReadMemory, Reads1800BytesInTwoRequests) {
   ExpectedRequests driver(opens(0) + reads(0, kAddress, pattern(900, 1)) +
                           reads(0, kAddress + 900, pattern(900, 2)));
   Bytes bytes(1800);
   EXPECT_EQ(QVR_readmem(0, kAddress, bytes.data(), 1800), QVR_E_STATUS_OK);
 }
 
-TEST(ReadMemory, Of902BytesTakes900And2) {
+TEST(ReadMemory, Reads902BytesAs900And2) {
   ExpectedRequests driver(opens(0) + reads(0, kAddress, pattern(900, 1)) + reads(0, kAddress + 900, {8, 9}));
   Bytes bytes(902);
   EXPECT_EQ(QVR_readmem(0, kAddress, bytes.data(), 902), QVR_E_STATUS_OK);
 }
 
-TEST(ReadMemory, OfNothingStillMakesOneRequest) {
+TEST(ReadMemory, ReadsZeroBytesInOneRequest) {
   ExpectedRequests driver(opens(0) + reads(0, kAddress, {}));
   EXPECT_EQ(QVR_readmem(0, kAddress, nullptr, 0), QVR_E_STATUS_OK);
 }
 
-TEST(ReadMemory, AFailedFirstRequestLeavesTheBufferAlone) {
+TEST(ReadMemory, KeepsTheBufferWhenTheFirstRequestFails) {
   ExpectedRequests driver(opens(0) + reads(0, kAddress, pattern(900, 1)).fails(EIO));
   Bytes bytes(1800, 0xEE);
   EXPECT_EQ(QVR_readmem(0, kAddress, bytes.data(), 1800), QVR_E_MEMREAD_ERROR);
   EXPECT_EQ(bytes, Bytes(1800, 0xEE));
 }
 
-TEST(ReadMemory, AFailedLaterRequestKeepsWhatWasRead) {
+TEST(ReadMemory, KeepsWhatWasReadWhenALaterRequestFails) {
   const Bytes first = pattern(900, 1);
   ExpectedRequests driver(opens(0) + reads(0, kAddress, first) +
                           reads(0, kAddress + 900, pattern(900, 2)).fails(EIO));
   Bytes bytes(2000, 0xEE);
   EXPECT_EQ(QVR_readmem(0, kAddress, bytes.data(), 2000), QVR_E_MEMREAD_ERROR);
-  EXPECT_EQ(bytes, joined(first, Bytes(1100, 0xEE)));
+  EXPECT_EQ(bytes, first + Bytes(1100, 0xEE));
 }
 
-TEST(ReadMemory, WithoutTheDeviceNothingIsAskedAndTheNextReadTriesToOpenAgain) {
+TEST(ReadMemory, TriesToOpenAMissingDeviceAtEachRead) {
   ExpectedRequests driver(opens(1).fails(ENOENT) + opens(1).fails(ENOENT));
   uint8_t bytes[2];
   EXPECT_EQ(QVR_readmem(1, kAddress, bytes, 2), QVR_E_DEVICE_NOT_EXISTS);
   EXPECT_EQ(QVR_readmem(1, kAddress, bytes, 2), QVR_E_DEVICE_NOT_EXISTS);
 }
 
-TEST(ReadMemory, OfAnUnknownDeviceIsAnAssertion) {
+TEST(ReadMemory, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   uint8_t bytes[2];
   EXPECT_ASSERTION(QVR_readmem(2, kAddress, bytes, 2), asserts(100, "Unknown device handle", 2));
   EXPECT_ASSERTION(QVR_readmem(-1, kAddress, bytes, 2), asserts(100, "Unknown device handle", -1));
 }
 
-TEST(ReadMemory, OfAnOddCountIsAnAssertionBeforeAnyRequest) {
+TEST(ReadMemory, AssertsOnAnOddCountBeforeAnyRequest) {
   ExpectedRequests driver{Script()};
   uint8_t bytes[4];
   EXPECT_ASSERTION(QVR_readmem(0, kAddress, bytes, 3),
                    asserts(101, "Length must be an even number of bytes", 3));
 }
 
-TEST(WriteMemory, Of130BytesTakes128And2) {
+TEST(WriteMemory, Writes130BytesAs128And2) {
   const Bytes bytes = pattern(130, 5);
   ExpectedRequests driver(opens(0) + writes(0, kAddress, pattern(128, 5)) +
                           writes(0, kAddress + 128, {bytes[128], bytes[129]}));
   EXPECT_EQ(QVR_writemem(0, kAddress, bytes.data(), 130), QVR_E_STATUS_OK);
 }
 
-TEST(WriteMemory, OfNothingStillMakesOneRequest) {
+TEST(WriteMemory, WritesZeroBytesInOneRequest) {
   ExpectedRequests driver(opens(1) + writes(1, kAddress, {}));
   EXPECT_EQ(QVR_writemem(1, kAddress, nullptr, 0), QVR_E_STATUS_OK);
 }
 
-TEST(WriteMemory, AFailedRequestEndsItAtAnyPosition) {
+TEST(WriteMemory, StopsAtAnyFailedRequest) {
   const Bytes bytes(256, 7);
   const Script script = writes(0, kAddress, Bytes(128, 7)) + writes(0, kAddress + 128, Bytes(128, 7));
   ExpectedRequests driver{Script()};
@@ -124,67 +115,18 @@ TEST(WriteMemory, AFailedRequestEndsItAtAnyPosition) {
   }
 }
 
-TEST(WriteMemory, WithoutTheDeviceNothingIsAsked) {
+TEST(WriteMemory, FailsWithoutTheDevice) {
   ExpectedRequests driver(opens(0).fails(ENOENT));
   const uint8_t bytes[2] = {};
   EXPECT_EQ(QVR_writemem(0, kAddress, bytes, 2), QVR_E_DEVICE_NOT_EXISTS);
 }
 
-TEST(WriteMemory, OfAnUnknownDeviceOrAnOddCountIsAnAssertion) {
+TEST(WriteMemory, AssertsOnAnUnknownDeviceOrAnOddCount) {
   ExpectedRequests driver{Script()};
   const uint8_t bytes[4] = {};
   EXPECT_ASSERTION(QVR_writemem(2, kAddress, bytes, 2), asserts(100, "Unknown device handle", 2));
   EXPECT_ASSERTION(QVR_writemem(0, kAddress, bytes, 3),
                    asserts(101, "Length must be an even number of bytes", 3));
-}
-
-TEST(BootRegister, ClearsTheMaskAndSetsTheValueEvenOutsideTheMask) {
-  ExpectedRequests driver(opens(0) + reads(0, SBR_REG_ADDRESS, {0xFF, 0x80, 0x00, 0x01}) +
-                          writes(0, SBR_REG_ADDRESS, {0xFF, 0x00, 0x00, 0x81}));
-  EXPECT_EQ(QVR_readModifyWriteSBR(0, 0x00008000, 0x80000000), QVR_E_STATUS_OK);
-}
-
-TEST(BootRegister, AnswersTheFirstFailingAccess) {
-  ExpectedRequests driver(opens(0).fails(ENOENT));
-  EXPECT_EQ(QVR_readModifyWriteSBR(0, 1, 1), QVR_E_DEVICE_NOT_EXISTS);
-  openDevice(driver, 0);
-  driver.expect(readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO));
-  EXPECT_EQ(QVR_readModifyWriteSBR(0, 1, 1), QVR_E_MEMREAD_ERROR);
-  driver.expect(readsWord(0, SBR_REG_ADDRESS, 0) + writesWord(0, SBR_REG_ADDRESS, 1).fails(EIO));
-  EXPECT_EQ(QVR_readModifyWriteSBR(0, 1, 1), QVR_E_MEMWRITE_ERROR);
-}
-
-TEST(FirmwareState, IsValidWhenTheChipSaysSo) {
-  ExpectedRequests driver(opens(0) + readsWord(0, SBR_REG_ADDRESS, 0xFE7FFFFFU | 0x01000000U).times(2));
-  EXPECT_EQ(QVR_isValidFWState(0, FW_B1), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_isValidFWState(0, FW_APP), QVR_E_INVALID_FW_STATE);
-}
-
-TEST(FirmwareState, AnswersTheReadsFailure) {
-  ExpectedRequests driver(opens(0).fails(ENOENT) + opens(0) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO));
-  EXPECT_EQ(QVR_isValidFWState(0, FW_B1), QVR_E_DEVICE_NOT_EXISTS);
-  EXPECT_EQ(QVR_isValidFWState(0, FW_B1), QVR_E_MEMREAD_ERROR);
-}
-
-TEST(FirmwareState, OfAnUnknownDeviceIsAnAssertion) {
-  ExpectedRequests driver{Script()};
-  EXPECT_ASSERTION(QVR_isValidFWState(2, FW_B1), asserts(100, "Invalid device id", 2));
-}
-
-TEST(DeviceReset, IsReportedWhenTheResetCounterIsNotZero) {
-  ExpectedRequests driver(opens(0) + reads(0, SBR_REG_ADDRESS, {0, 0, 0x80, 0x0B}));
-  CaptureStdout();
-  EXPECT_EQ(QVR_checkDeviceReset(), QVR_E_STATUS_OK);
-  EXPECT_EQ(GetCapturedStdout(), "Reset detected...resetCounter=5\n");
-}
-
-TEST(DeviceReset, IsNotReportedOtherwise) {
-  ExpectedRequests driver(opens(0) + readsWord(0, SBR_REG_ADDRESS, ~0x0E000000U) +
-                          readsWord(0, SBR_REG_ADDRESS, 0x0E000000U).fails(EIO));
-  CaptureStdout();
-  EXPECT_EQ(QVR_checkDeviceReset(), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_checkDeviceReset(), QVR_E_MEMREAD_ERROR);
-  EXPECT_EQ(GetCapturedStdout(), "");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Two chips that speak first: queues of event and log records behind the driver seam, and a clock under which
-// a test decides when the devices are readable.
+// Two chips with queues of event and log records behind the driver seam, and a clock with which a test
+// decides when the devices are readable.
 #pragma once
 
 #include <qvr.h>
@@ -9,7 +9,6 @@
 #include <cstring>
 #include <deque>
 #include <functional>
-#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -17,21 +16,11 @@
 #include "chip/boot_register.h"
 #include "clock/clock.h"
 #include "driver/driver.h"
-#include "std/byte_order.h"
+#include "support/bytes.h"
 
 using namespace gfast;
 
-using Record = std::vector<uint8_t>;
-
-inline Record words(std::initializer_list<uint32_t> values) {
-  Record bytes(values.size() * 4);
-  size_t at = 0;
-  for (const uint32_t value : values) {
-    store_le32(&bytes[at], value);
-    at += 4;
-  }
-  return bytes;
-}
+using Record = Bytes;
 
 // An event record with a time stamp, its type and two parameters.
 inline Record event(uint32_t type, uint32_t param0 = 0, uint32_t param1 = 0) {
@@ -43,7 +32,7 @@ struct Chip {
   bool answers = true;  // memory reads
   std::deque<Record> events;
   std::deque<Record> logs;
-  uint32_t claimed = 0;  // unless 0, what the driver says it copied
+  uint32_t claimed = 0;  // unless 0, the copied length that the driver reports
   int livenessReads = 0;
   int eventReads = 0;
   int logReads = 0;
@@ -130,7 +119,8 @@ class Chips final : public Driver {
   std::array<Chip, QVR_K_MAX_DEVICES> chips_;
 };
 
-// Stands still unless the test moves it. Waiting takes no time and finds readable what `readable` says.
+// Time moves only when the test moves it. Waiting takes no time; `readable` says which descriptors are
+// readable.
 class StandingClock final : public Clock {
  public:
   time_t now() override { return time; }
@@ -166,8 +156,8 @@ class StandingClock final : public Clock {
   std::vector<int> waitedFor;  // in the last wait
 };
 
-// Keeps an object for as long as the process lives, for the notification thread's sake, and findable, so that
-// no leak is reported of it.
+// Keeps an object until the process ends, because the notification thread may still use it. The pointer is
+// kept too, so that no leak is reported.
 template <typename T>
 T& forever(T* object) {
   static auto& kept = *new std::vector<T*>;
@@ -175,7 +165,7 @@ T& forever(T* object) {
   return *object;
 }
 
-// The chips and the clock, in place; they outlive whatever still runs when the process exits.
+// The chips and the clock, installed. They live until the process ends.
 struct Bench {
   Chips& chips = forever(new Chips);
   StandingClock& clock = forever(new StandingClock);
@@ -187,7 +177,7 @@ struct Bench {
     installClock(clock);
   }
 
-  // The chip answers and its record is read.
+  // The device is opened and its record is read.
   void start(int device, int descriptor) {
     chips.chip(device).descriptor = descriptor;
     QVR_getDeviceInfo(device, nullptr);
@@ -195,7 +185,7 @@ struct Bench {
   }
 };
 
-// What the callbacks were told, in order.
+// What the callbacks were called with, in order.
 inline std::vector<std::string>& told() {
   static auto& entries = *new std::vector<std::string>;
   return entries;

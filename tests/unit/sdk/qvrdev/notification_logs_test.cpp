@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <string_view>
 
@@ -10,6 +9,7 @@
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_table.h"
 #include "qvrdev/log_records.h"
+#include "support/local_time.h"
 #include "unit/sdk/qvrdev/notification_chips.h"
 
 using namespace gfast;
@@ -52,9 +52,8 @@ Record joined(std::initializer_list<Record> records) {
 class Logs : public testing::Test {
  protected:
   Logs() {
-    setenv("TZ", "UTC0", 1);
-    tzset();
-    bench_.clock.time = 1700006400 + 3661;  // 01:01:01
+    setZone("UTC0");
+    bench_.clock.time = at(1, 1, 1);
     bench_.start(0, 10);
     bench_.start(1, 11);
     QVR_registerLogMessageCB(0, listen);
@@ -86,82 +85,82 @@ class Logs : public testing::Test {
   Bench bench_;
 };
 
-TEST_F(Logs, OfTheFduNameTimeCoreAndLine) {
+TEST_F(Logs, FduRecordShowsTimeCoreAndLine) {
   handle(0, {logRecord(0, FDU_CORE, "link %d is up\n", {3})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - link 3 is up\n"));
 }
 
-TEST_F(Logs, OfTheFramerHaveTwoBytesACharacter) {
+TEST_F(Logs, FramerRecordHasTwoBytesACharacter) {
   handle(0, {logRecord(0, FRAMER_CORE, {"a\0b\0", 4})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FRM00 - ab"));
 }
 
-TEST_F(Logs, OfTheControlProcessorNameNoLine) {
+TEST_F(Logs, ControlProcessorRecordShowsNoLine) {
   handle(1, {logRecord(0, CP_CORE, wide("boot %u\n"), {9})});
   EXPECT_THAT(told(), ElementsAre("1 01:01:01 CP - boot 9\n"));
 }
 
-TEST_F(Logs, OfOtherCoresHaveNoTag) {
+TEST_F(Logs, RecordOfAnUnknownCoreHasNoTag) {
   handle(0, {joined({logRecord(0, INVALID_CORE_TYPE, "ab"), logRecord(0, 255, "cd")})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01    00 - ab", "0 01:01:01    00 - cd"));
 }
 
-TEST_F(Logs, NameTheInternalLineOfTheirDevice) {
+TEST_F(Logs, RecordShowsTheInternalLineOfItsDevice) {
   handle(1, {logRecord(0, FDU_CORE, "up")});
   EXPECT_THAT(told(), ElementsAre("1 01:01:01 FDU01 - up"));
 }
 
-TEST_F(Logs, OfACoreWithoutALineNameTheCore) {
+TEST_F(Logs, RecordOfACoreWithoutALineShowsTheCore) {
   handle(0, {joined({logRecord(1, FDU_CORE, "up"), logRecord(255, FRAMER_CORE, wide("up"))})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU01 - up", "0 01:01:01 FRM255 - up"));
 }
 
-TEST_F(Logs, OfOneBufferAreDeliveredInOrder) {
+TEST_F(Logs, RecordsOfOneBufferAreDeliveredInOrder) {
   handle(0, {joined({logRecord(0, FDU_CORE, "one %d", {1}), logRecord(0, CP_CORE, wide("two %d"), {2}),
                      logRecord(0, FDU_CORE, "three")})});
   EXPECT_THAT(told(),
               ElementsAre("0 01:01:01 FDU00 - one 1", "0 01:01:01 CP - two 2", "0 01:01:01 FDU00 - three"));
 }
 
-TEST_F(Logs, OfSeveralBuffersAreDeliveredUntilNoneIsPending) {
+TEST_F(Logs, BuffersAreDeliveredUntilNoneIsPending) {
   handle(0, {logRecord(0, FDU_CORE, "one"), logRecord(0, FDU_CORE, "two")});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - one", "0 01:01:01 FDU00 - two"));
   EXPECT_EQ(chip(0).logReads, 3);
 }
 
-TEST_F(Logs, WithTextOfOddLengthArePadded) {
+TEST_F(Logs, TextOfOddLengthIsPadded) {
   handle(0, {joined({logRecord(0, FDU_CORE, "abc%x", {0x11223344}), logRecord(0, FDU_CORE, "next")})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - abc11223344", "0 01:01:01 FDU00 - next"));
 }
 
-TEST_F(Logs, WithTwoByteTextOfOddLengthKeepTheLastCharacter) {
+TEST_F(Logs, TwoByteTextOfOddLengthKeepsItsLastCharacter) {
   handle(0, {joined({logRecord(0, CP_CORE, {"a\0b\0c", 5}), logRecord(0, FRAMER_CORE, {"d", 1}, {5})})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 CP - abc", "0 01:01:01 FRM00 - d"));
 }
 
-// The words behind a record's own are the bytes of the record that follows.
-TEST_F(Logs, ReadTwelveWordsWhateverTheRecordDeclares) {
+// Beyond its own words a record reads the bytes of the record behind it.
+TEST_F(Logs, TwelveWordsAreReadWhateverTheRecordDeclares) {
   handle(0, {joined({logRecord(0, FDU_CORE, "%x.%08x!", {0xA}), logRecord(3, FDU_CORE, "ab", {})})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - a.02000003!", "0 01:01:01 FDU03 - ab"));
 }
 
-TEST_F(Logs, ReadZerosForWordsThatWereNotCopied) {
+TEST_F(Logs, WordsThatWereNotCopiedAreZero) {
   deliver(logRecord(0, FDU_CORE, "%x %x %x!", {1, 2}));
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - 1 2 0!"));
 }
 
-TEST_F(Logs, OfNoTextAndNoParametersAreEmpty) {
+TEST_F(Logs, RecordWithoutTextAndParametersIsEmpty) {
   deliver({0, FDU_CORE, 0, 0});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - "));
 }
 
-TEST_F(Logs, MayDeclareMoreParametersThanAreRead) {
+TEST_F(Logs, RecordMayDeclareMoreParametersThanAreRead) {
   handle(0, {joined({logRecord(0, FDU_CORE, "%d", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}),
                      logRecord(0, FDU_CORE, "next")})});
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - 1", "0 01:01:01 FDU00 - next"));
 }
 
-TEST_F(Logs, WhoseHeaderWasCutEndTheWalk) {
+TEST_F(Logs, CutHeaderEndsTheBuffer) {
   for (const size_t rest : {1U, 2U, 3U}) {
     told().clear();
     deliver(joined({logRecord(0, FDU_CORE, "whole"), Record(rest, 0)}));
@@ -169,33 +168,33 @@ TEST_F(Logs, WhoseHeaderWasCutEndTheWalk) {
   }
 }
 
-TEST_F(Logs, WhoseTextWasCutEndTheWalk) {
+TEST_F(Logs, CutTextEndsTheBuffer) {
   Record bytes = joined({logRecord(0, FDU_CORE, "whole"), logRecord(0, FDU_CORE, "lost")});
   bytes.pop_back();
   deliver(bytes);
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - whole"));
 }
 
-TEST_F(Logs, WhoseParametersWereCutEndTheWalk) {
+TEST_F(Logs, CutParametersEndTheBuffer) {
   Record bytes = joined({logRecord(0, FDU_CORE, "whole"), logRecord(0, FDU_CORE, "lost", {1, 2})});
   bytes.pop_back();
   deliver(bytes);
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - whole"));
 }
 
-TEST_F(Logs, MayLackTheirPaddingAtTheEnd) {
+TEST_F(Logs, LastRecordMayLackItsPadding) {
   Record bytes = logRecord(0, FDU_CORE, "odd");
   bytes.pop_back();
   deliver(bytes);
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - odd"));
 }
 
-TEST_F(Logs, WithTheLargestLengthsEndTheWalk) {
+TEST_F(Logs, LargestLengthsEndTheBuffer) {
   deliver(Record(64, 0xFF));
   EXPECT_THAT(told(), IsEmpty());
 }
 
-TEST_F(Logs, ClaimedToBeMoreThanTheBufferAreReadWithinIt) {
+TEST_F(Logs, CopiedLengthBeyondTheBufferIsCutToIt) {
   deliver(logRecord(0, FDU_CORE, "whole", {1}), 0xFFFFFFFF);
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - whole"));
   chip(0).claimed = 0xFFFFFFFF;
@@ -206,13 +205,13 @@ TEST_F(Logs, ClaimedToBeMoreThanTheBufferAreReadWithinIt) {
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - first"));
 }
 
-TEST_F(Logs, ClaimedToBeLessThanWasCopiedEndThere) {
+TEST_F(Logs, CopiedLengthBelowTheBufferEndsTheRecords) {
   const Record first = logRecord(0, FDU_CORE, "first");
   deliver(joined({first, logRecord(0, FDU_CORE, "second")}), static_cast<uint32_t>(first.size()));
   EXPECT_THAT(told(), ElementsAre("0 01:01:01 FDU00 - first"));
 }
 
-TEST_F(Logs, NeverExceedALogLine) {
+TEST_F(Logs, LongTextIsCutToALogLine) {
   std::string format;
   while (format.size() < 200) {
     format += "%99999d";
@@ -223,7 +222,7 @@ TEST_F(Logs, NeverExceedALogLine) {
   EXPECT_THAT(told()[0], testing::EndsWith("\n"));
 }
 
-TEST_F(Logs, OfAnyBytesAreReadWithinWhatWasCopied) {
+TEST_F(Logs, AnyBytesAreReadWithinWhatWasCopied) {
   uint32_t random = 99;
   for (int round = 0; round < 5000; round++) {
     Record bytes(1 + round % 257);
@@ -239,13 +238,13 @@ TEST_F(Logs, OfAnyBytesAreReadWithinWhatWasCopied) {
   }
 }
 
-TEST_F(Logs, ArePassedOverWhenNobodyListens) {
+TEST_F(Logs, RecordsAreDroppedWithoutACallback) {
   QVR_registerLogMessageCB(0, nullptr);
   handle(0, {logRecord(0, FDU_CORE, "one")});
   EXPECT_THAT(told(), IsEmpty());
 }
 
-TEST_F(Logs, StopWhenTheListenerLeaves) {
+TEST_F(Logs, DeliveryStopsWhenTheCallbackIsRemoved) {
   QVR_registerLogMessageCB(0, nullptr);
   QVR_registerLogMessageCB(0, [](QVR_deviceId_t, const char* text) {
     told().emplace_back(text);
@@ -255,13 +254,13 @@ TEST_F(Logs, StopWhenTheListenerLeaves) {
   EXPECT_THAT(told(), ElementsAre("01:01:01 FDU00 - one"));
 }
 
-TEST_F(Logs, EndWithARequestThatFails) {
+TEST_F(Logs, DrainingEndsWhenARequestFails) {
   int taken = -1;
   EXPECT_EQ(QVR_handleLogEvents(99, 0, &taken), QVR_E_STATUS_OK);
   EXPECT_EQ(taken, 0);
 }
 
-TEST_F(Logs, AreLeftForTheNextGoWhenTheyAreAFlood) {
+TEST_F(Logs, FloodIsLeftForTheNextCall) {
   chip(0).logs.assign(kMostLogBuffersInOneGo + 1, logRecord(0, FDU_CORE, "again"));
   int taken = 0;
   QVR_handleLogEvents(10, 0, &taken);
@@ -269,10 +268,9 @@ TEST_F(Logs, AreLeftForTheNextGoWhenTheyAreAFlood) {
   EXPECT_EQ(chip(0).logs.size(), 1U);
 }
 
-// The time stands once for a buffer, in local time.
-TEST_F(Logs, CarryLocalTime) {
-  setenv("TZ", "<+0545>-5:45", 1);
-  tzset();
+// The time of a record is local time.
+TEST_F(Logs, RecordShowsLocalTime) {
+  setZone("<+0545>-5:45");
   handle(0, {logRecord(0, FDU_CORE, "up")});
   EXPECT_THAT(told(), ElementsAre("0 06:46:01 FDU00 - up"));
 }

@@ -1,4 +1,4 @@
-// Registering what the upper layers want to be told.
+// Registering the callbacks of the upper layers.
 #include <gmock/gmock.h>
 
 #include "qvrdev/callbacks.h"
@@ -35,14 +35,14 @@ TEST(QuarterHourRegistration, TakesTheFirstFreeSlot) {
   EXPECT_THAT(toldAtBoundary(), ElementsAre("first", "second"));
 }
 
-TEST(QuarterHourRegistration, OfAThirdIsRefusedAndLeavesBothSlots) {
+TEST(QuarterHourRegistration, RefusesAThirdCallback) {
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, first);
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, second);
   EXPECT_EQ(QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, third), -1);
   EXPECT_THAT(toldAtBoundary(), ElementsAre("first", "second"));
 }
 
-TEST(QuarterHourRegistration, WithANullCallbackFreesItsSlot) {
+TEST(QuarterHourRegistration, NullCallbackFreesItsSlot) {
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, first);
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, second);
   EXPECT_EQ(QVR_register15minCounterEventCB(1, nullptr), 0);
@@ -52,14 +52,14 @@ TEST(QuarterHourRegistration, WithANullCallbackFreesItsSlot) {
   EXPECT_THAT(toldAtBoundary(), ElementsAre("third"));
 }
 
-TEST(QuarterHourRegistration, WithAHandleReplacesWhatItsSlotHeld) {
+TEST(QuarterHourRegistration, HandleReplacesTheCallbackOfItsSlot) {
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, first);
   EXPECT_EQ(QVR_register15minCounterEventCB(0, second), 0);
   EXPECT_EQ(QVR_register15minCounterEventCB(1, third), 0);
   EXPECT_THAT(toldAtBoundary(), ElementsAre("second", "third"));
 }
 
-TEST(QuarterHourRegistration, WithAnotherHandleChangesNothing) {
+TEST(QuarterHourRegistration, UnknownHandleChangesNothing) {
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, first);
   for (const int handle : {2, 3, -2, 1000000, -1000000}) {
     EXPECT_EQ(QVR_register15minCounterEventCB(handle, second), 0);
@@ -67,7 +67,7 @@ TEST(QuarterHourRegistration, WithAnotherHandleChangesNothing) {
   EXPECT_THAT(toldAtBoundary(), ElementsAre("first"));
 }
 
-TEST(QuarterHourRegistration, OfNothingAnswersTheFirstFreeSlotAndLeavesItFree) {
+TEST(QuarterHourRegistration, NullCallbackWithoutHandleReturnsAFreeSlotAndTakesNone) {
   EXPECT_EQ(QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, nullptr), 0);
   EXPECT_EQ(QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, nullptr), 0);
   EXPECT_THAT(toldAtBoundary(), IsEmpty());
@@ -87,7 +87,7 @@ TEST(Registration, KeepsTheLastCallback) {
   EXPECT_THAT(told(), ElementsAre("rebooted again"));
 }
 
-TEST(Registration, OfNothingClears) {
+TEST(Registration, NullCallbackClears) {
   QVR_registerRebootEventCB(rebooted);
   QVR_registerRebootEventCB(nullptr);
   callbacks().rebootCB.notify();
@@ -108,7 +108,7 @@ class LogRegistration : public testing::Test {
   Bench bench_;
 };
 
-TEST_F(LogRegistration, HasBothDevicesDeliverWithSixteenZeros) {
+TEST_F(LogRegistration, ConfiguresBothDevicesWithSixteenZeros) {
   EXPECT_EQ(QVR_registerLogMessageCB(0, logged), QVR_E_STATUS_OK);
   EXPECT_THAT(configurations(0), ElementsAre(Record(16, 0)));
   EXPECT_THAT(configurations(1), ElementsAre(Record(16, 0)));
@@ -121,7 +121,7 @@ TEST_F(LogRegistration, IgnoresTheDeviceId) {
   EXPECT_EQ(callbacks().logMessageCB.load(), nullptr);
 }
 
-TEST_F(LogRegistration, PassesOverADeviceThatCannotBeOpened) {
+TEST_F(LogRegistration, SkipsADeviceThatCannotBeOpened) {
   bench_.chips.chip(0).descriptor = -1;
   EXPECT_EQ(QVR_registerLogMessageCB(0, logged), QVR_E_STATUS_OK);
   EXPECT_THAT(configurations(0), IsEmpty());
@@ -135,21 +135,21 @@ TEST_F(LogRegistration, IgnoresADeviceThatRefuses) {
   EXPECT_EQ(configurations(1).size(), 1U);
 }
 
-TEST_F(LogRegistration, DoesNotReplaceACallbackByAnother) {
+TEST_F(LogRegistration, KeepsTheFirstCallback) {
   QVR_registerLogMessageCB(0, logged);
   EXPECT_EQ(QVR_registerLogMessageCB(0, loggedElsewhere), QVR_E_STATUS_OK);
   EXPECT_EQ(callbacks().logMessageCB.load(), logged);
   EXPECT_EQ(configurations(0).size(), 1U);
 }
 
-TEST_F(LogRegistration, OfNothingEndsTheDeliveryWithoutTellingTheDevices) {
+TEST_F(LogRegistration, NullCallbackEndsDeliveryWithoutARequest) {
   QVR_registerLogMessageCB(0, logged);
   EXPECT_EQ(QVR_registerLogMessageCB(0, nullptr), QVR_E_STATUS_OK);
   EXPECT_EQ(callbacks().logMessageCB.load(), nullptr);
   EXPECT_EQ(configurations(0).size(), 1U);
 }
 
-TEST_F(LogRegistration, AfterAnEndTellsTheDevicesAgain) {
+TEST_F(LogRegistration, ConfiguresDevicesAgainAfterANullCallback) {
   QVR_registerLogMessageCB(0, logged);
   QVR_registerLogMessageCB(0, nullptr);
   QVR_registerLogMessageCB(0, loggedElsewhere);
@@ -157,7 +157,7 @@ TEST_F(LogRegistration, AfterAnEndTellsTheDevicesAgain) {
   EXPECT_EQ(configurations(0).size(), 2U);
 }
 
-TEST_F(LogRegistration, OfNothingWhenNothingIsRegisteredDoesNothing) {
+TEST_F(LogRegistration, NullCallbackDoesNothingWhenNoneIsRegistered) {
   EXPECT_EQ(QVR_registerLogMessageCB(0, nullptr), QVR_E_STATUS_OK);
   EXPECT_THAT(configurations(0), IsEmpty());
 }

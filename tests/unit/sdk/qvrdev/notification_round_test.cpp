@@ -1,12 +1,11 @@
 // What the notification thread does, one step at a time.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-
 #include "qvrdev/device_events.h"
 #include "qvrdev/device_table.h"
 #include "qvrdev/log_records.h"
 #include "qvrdev/notification.h"
+#include "support/local_time.h"
 #include "unit/sdk/qvrdev/notification_chips.h"
 
 using namespace gfast;
@@ -18,16 +17,10 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr time_t kMidnight = 1700006400;  // 2023-11-15 00:00:00 UTC
-constexpr time_t at(int hour, int minute, int second) {
-  return kMidnight + (hour * 60 + minute) * 60 + second;
-}
-
 class Round : public testing::Test {
  protected:
   Round() {
-    setenv("TZ", "UTC0", 1);
-    tzset();
+    setZone("UTC0");
     bench_.clock.time = at(10, 0, 0);
     bench_.start(0, 10);
     bench_.start(1, 12);
@@ -58,14 +51,14 @@ TEST_F(Round, WaitsHalfASecondForBothDevices) {
   EXPECT_THAT(clock().sleeps, IsEmpty());
 }
 
-TEST_F(Round, WithoutReadableDevicesReadsNothing) {
+TEST_F(Round, ReadsNothingWhenNoDeviceIsReadable) {
   QVR_registerLogMessageCB(0, [](QVR_deviceId_t, const char*) {});
   NotificationRound round;
   steps(round, 5);
   EXPECT_EQ(chip(0).eventReads + chip(1).eventReads + chip(0).logReads + chip(1).logReads, 0);
 }
 
-TEST_F(Round, DrainsTheEventsOfReadableDevicesOnly) {
+TEST_F(Round, DrainsEventsOfReadableDevicesOnly) {
   onlyReadable(12);
   NotificationRound round;
   round.step();
@@ -73,7 +66,7 @@ TEST_F(Round, DrainsTheEventsOfReadableDevicesOnly) {
   EXPECT_EQ(chip(1).eventReads, 1);
 }
 
-TEST_F(Round, DrainsTheLogsOfBothDevicesWhenOneIsReadable) {
+TEST_F(Round, DrainsLogsOfBothDevicesWhenOneIsReadable) {
   QVR_registerLogMessageCB(0, [](QVR_deviceId_t, const char*) {});
   onlyReadable(12);
   NotificationRound round;
@@ -82,7 +75,7 @@ TEST_F(Round, DrainsTheLogsOfBothDevicesWhenOneIsReadable) {
   EXPECT_EQ(chip(1).logReads, 1);
 }
 
-TEST_F(Round, LeavesLogsInTheDriverWhileNobodyListens) {
+TEST_F(Round, LeavesLogsInTheDriverWithoutACallback) {
   chip(0).logs = {Record(8, 0)};
   onlyReadable(10);
   NotificationRound round;
@@ -91,8 +84,8 @@ TEST_F(Round, LeavesLogsInTheDriverWhileNobodyListens) {
   EXPECT_EQ(chip(0).logs.size(), 1U);
 }
 
-// Its descriptor stays readable for as long as nobody takes them, and would keep the thread awake.
-TEST_F(Round, WaitsWithoutADeviceThatWasReadyForNothing) {
+// Log records that nobody takes keep the descriptor readable, and would keep the thread awake.
+TEST_F(Round, NextWaitLeavesOutADeviceThatWasReadableButDeliveredNothing) {
   chip(0).logs = {Record(8, 0)};
   onlyReadable(10);
   NotificationRound round;
@@ -119,7 +112,7 @@ TEST_F(Round, DrainsDeviceZeroBeforeDeviceOneAndEventsBeforeLogs) {
   EXPECT_THAT(told(), ElementsAre("event 0", "event 1", "log 0", "log 1"));
 }
 
-TEST_F(Round, WithOneDeviceWaitsForThatOne) {
+TEST_F(Round, WaitsForTheOnlyDevice) {
   Bench alone;
   clearDeviceTable();
   alone.start(0, 7);
@@ -129,7 +122,7 @@ TEST_F(Round, WithOneDeviceWaitsForThatOne) {
   EXPECT_THAT(alone.clock.limits, ElementsAre(8));
 }
 
-TEST_F(Round, DoesNotCoverADescriptorOpenedHigherLater) {
+TEST_F(Round, IgnoresAHigherDescriptorOpenedLater) {
   Bench later;
   clearDeviceTable();
   later.start(0, 7);
@@ -142,7 +135,7 @@ TEST_F(Round, DoesNotCoverADescriptorOpenedHigherLater) {
   EXPECT_THAT(later.clock.limits, ElementsAre(8));
 }
 
-TEST_F(Round, CoversADescriptorOpenedLowerLater) {
+TEST_F(Round, WaitsForALowerDescriptorOpenedLater) {
   Bench later;
   clearDeviceTable();
   later.start(0, 7);
@@ -153,7 +146,7 @@ TEST_F(Round, CoversADescriptorOpenedLowerLater) {
   EXPECT_EQ(later.chips.chip(1).eventReads, 1);
 }
 
-TEST_F(Round, WithADescriptorBeyondSelectLeavesItOut) {
+TEST_F(Round, LeavesOutADescriptorBeyondSelect) {
   Bench beyond;
   clearDeviceTable();
   beyond.start(0, FD_SETSIZE + 5);
@@ -198,14 +191,14 @@ TEST_F(RoundAtBoundary, CallsBothSlotsOnceInOrderAndPausesASecond) {
   EXPECT_THAT(clock().sleeps, ElementsAre(microseconds{1000000}));
 }
 
-TEST_F(RoundAtBoundary, CallsAtTheFirstRoundAfterIt) {
+TEST_F(RoundAtBoundary, CallsInTheFirstRoundAfterTheBoundary) {
   clock().time = at(10, 14, 58);
   NotificationRound round;
   stepAt(round, at(10, 15, 3));
   EXPECT_EQ(told(), bothTold(at(10, 15, 3)));
 }
 
-TEST_F(RoundAtBoundary, StartedOnItDoesNotCall) {
+TEST_F(RoundAtBoundary, DoesNotCallWhenStartedOnTheBoundary) {
   clock().time = at(10, 15, 0);
   NotificationRound round;
   stepAt(round, at(10, 15, 0));
@@ -232,8 +225,7 @@ TEST_F(RoundAtBoundary, CallsAcrossMidnight) {
 
 // New York, 2023-03-12: 01:59:59 is followed by 03:00:00. 2023-11-05: by 01:00:00.
 TEST_F(RoundAtBoundary, CallsOnceWhenClocksChange) {
-  setenv("TZ", "EST5EDT,M3.2.0,M11.1.0", 1);
-  tzset();
+  setZone("EST5EDT,M3.2.0,M11.1.0");
   for (const time_t change : {time_t{1678604400}, time_t{1699164000}}) {
     told().clear();
     clock().time = change - 2;
@@ -245,16 +237,15 @@ TEST_F(RoundAtBoundary, CallsOnceWhenClocksChange) {
   }
 }
 
-TEST_F(RoundAtBoundary, OfAZoneAQuarterHourOffCallsAtItsOwn) {
-  setenv("TZ", "<+0545>-5:45", 1);
-  tzset();
+TEST_F(RoundAtBoundary, CallsAtTheBoundaryOfAZoneOffsetByAQuarterHour) {
+  setZone("<+0545>-5:45");
   clock().time = at(10, 14, 59);
   NotificationRound round;
   stepAt(round, at(10, 15, 0));
   EXPECT_EQ(told(), bothTold(at(10, 15, 0)));
 }
 
-TEST_F(RoundAtBoundary, WithoutCallbacksStillPauses) {
+TEST_F(RoundAtBoundary, PausesWithoutCallbacks) {
   QVR_register15minCounterEventCB(0, nullptr);
   QVR_register15minCounterEventCB(1, nullptr);
   clock().time = at(10, 14, 59);
@@ -263,7 +254,7 @@ TEST_F(RoundAtBoundary, WithoutCallbacksStillPauses) {
   EXPECT_THAT(clock().sleeps, ElementsAre(microseconds{1000000}));
 }
 
-TEST_F(RoundAtBoundary, CallsBeforeItDrainsWhatIsPending) {
+TEST_F(RoundAtBoundary, CallsBeforeDrainingEvents) {
   QVR_registerRebootEventCB([] { told().emplace_back("reboot"); });
   chip(0).events = {event(EVENT_TYPE_BOOT_SUCCEEDED)};
   onlyReadable(10);
@@ -298,7 +289,7 @@ TEST_F(RoundWatch, ReadsTheBootRegisterOfBothDevicesEveryTenRounds) {
   EXPECT_EQ(chip(0).livenessReads, 2);
 }
 
-TEST_F(RoundWatch, ReportsAtTheFourthFailureInARowAndAtEachFurtherOne) {
+TEST_F(RoundWatch, ReportsFromTheFourthFailureInARowOn) {
   steps(round_, kRounds);
   chip(1).answers = false;
   steps(round_, 3 * kRounds);
@@ -313,7 +304,7 @@ TEST_F(RoundWatch, ReportsAtTheFourthFailureInARowAndAtEachFurtherOne) {
   EXPECT_THAT(told(), ElementsAre("1", "1", "1"));
 }
 
-TEST_F(RoundWatch, CountsAfreshAfterOneSuccess) {
+TEST_F(RoundWatch, StartsCountingAgainAfterOneSuccess) {
   chip(0).answers = false;
   steps(round_, 5 * kRounds);
   EXPECT_EQ(told().size(), 2U);
@@ -326,7 +317,7 @@ TEST_F(RoundWatch, CountsAfreshAfterOneSuccess) {
   EXPECT_EQ(told().size(), 3U);
 }
 
-TEST_F(RoundWatch, CountsEachDeviceByItself) {
+TEST_F(RoundWatch, CountsEachDeviceSeparately) {
   chip(0).answers = false;
   steps(round_, 2 * kRounds);
   chip(1).answers = false;
@@ -336,7 +327,7 @@ TEST_F(RoundWatch, CountsEachDeviceByItself) {
   EXPECT_THAT(told(), ElementsAre("0", "0", "0", "1"));
 }
 
-TEST_F(RoundWatch, WithoutACallbackKeepsCounting) {
+TEST_F(RoundWatch, CountsWithoutACallback) {
   QVR_registerCommFailureNotificationCB(nullptr);
   chip(0).answers = false;
   steps(round_, 6 * kRounds);
@@ -346,7 +337,7 @@ TEST_F(RoundWatch, WithoutACallbackKeepsCounting) {
   EXPECT_THAT(told(), ElementsAre("0"));
 }
 
-TEST_F(RoundWatch, LeavesInactiveDevicesAlone) {
+TEST_F(RoundWatch, SkipsInactiveDevices) {
   closeDevices();
   steps(round_, 5 * kRounds);
   EXPECT_EQ(chip(0).livenessReads + chip(1).livenessReads, 0);
@@ -365,7 +356,7 @@ class RoundFlood : public Round {
   }
 };
 
-TEST_F(RoundFlood, OfOneDeviceDoesNotKeepTheOtherWaiting) {
+TEST_F(RoundFlood, EventsOfOneDeviceDoNotDelayTheOther) {
   QVR_registerLinkFailureNotificationCB(
       [](QVR_lineId_t line, LINK_FAILURE_TYPE_E, time_t) { told().push_back(std::to_string(line)); });
   chip(0).events.assign(kFlood, event(EVENT_TYPE_LINE_FAILURE, 1, 0));
@@ -376,7 +367,7 @@ TEST_F(RoundFlood, OfOneDeviceDoesNotKeepTheOtherWaiting) {
   EXPECT_EQ(told().back(), "1");
 }
 
-TEST_F(RoundFlood, IsDrainedInOrderWithoutWaiting) {
+TEST_F(RoundFlood, EventsAreDrainedInOrderWithoutWaiting) {
   QVR_registerLinkFailureNotificationCB(
       [](QVR_lineId_t line, LINK_FAILURE_TYPE_E, time_t) { told().push_back(std::to_string(line)); });
   std::vector<std::string> expected;
@@ -392,8 +383,8 @@ TEST_F(RoundFlood, IsDrainedInOrderWithoutWaiting) {
   EXPECT_THAT(clock().waits, Each(microseconds{0}));
 }
 
-// Even when the descriptor is not reported readable again, what was left is taken.
-TEST_F(RoundFlood, IsContinuedWhateverTheDescriptorSays) {
+// What was left is taken even when the descriptor is not reported readable again.
+TEST_F(RoundFlood, DrainingGoesOnWhenTheDescriptorIsNotReadableAgain) {
   chip(0).events.assign(kMostEventsInOneGo + 1, event(EVENT_TYPE_MODEM_IS_READY));
   NotificationRound round;
   round.step();
@@ -405,7 +396,7 @@ TEST_F(RoundFlood, IsContinuedWhateverTheDescriptorSays) {
   EXPECT_EQ(clock().waits.back(), microseconds{500000});
 }
 
-TEST_F(RoundFlood, IsOneRoundToTheLivenessWatch) {
+TEST_F(RoundFlood, CountsAsOneRoundOfTheLivenessWatch) {
   chip(0).events.assign(kFlood, event(EVENT_TYPE_MODEM_IS_READY));
   NotificationRound round;
   steps(round, 1 + kFlood / kMostEventsInOneGo);
@@ -414,7 +405,7 @@ TEST_F(RoundFlood, IsOneRoundToTheLivenessWatch) {
   EXPECT_EQ(chip(0).livenessReads, 1);
 }
 
-TEST_F(RoundFlood, DoesNotHoldUpTheQuarterHour) {
+TEST_F(RoundFlood, DoesNotDelayTheQuarterHour) {
   QVR_register15minCounterEventCB(QVR_K_NULL_HANDLE, [](time_t) { told().emplace_back("quarter"); });
   chip(0).events.assign(kFlood, event(EVENT_TYPE_MODEM_IS_READY));
   clock().time = at(10, 14, 59);
@@ -425,7 +416,7 @@ TEST_F(RoundFlood, DoesNotHoldUpTheQuarterHour) {
   EXPECT_THAT(told(), ElementsAre("quarter"));
 }
 
-TEST_F(RoundFlood, OfLogsDoesNotKeepTheOtherWaiting) {
+TEST_F(RoundFlood, LogsOfOneDeviceDoNotDelayTheOther) {
   QVR_registerLogMessageCB(
       0, [](QVR_deviceId_t device, const char*) { told().push_back(std::to_string(device)); });
   chip(0).logs.assign(kFlood, Record(4, 0));

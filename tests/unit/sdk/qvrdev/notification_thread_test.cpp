@@ -1,4 +1,4 @@
-// The notification thread itself, beside a thread that registers and asks.
+// The notification thread, while another thread registers callbacks and reads devices.
 #include <gmock/gmock.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -29,7 +29,8 @@ void countLogLine(QVR_deviceId_t, const char*) {
   log_lines++;
 }
 
-// Readable while something is pending; the time goes on as fast as it is asked for. Shared by both threads.
+// A descriptor is readable while something is pending. Each call of now moves the time on by a second. Both
+// threads use it.
 class BusyClock final : public Clock {
  public:
   explicit BusyClock(Chips& chips) : chips_(chips) {}
@@ -81,7 +82,7 @@ class Thread : public testing::Test {
   Bench bench_;
 };
 
-TEST_F(Thread, TurnsEventsAndLogRecordsIntoCallbacks) {
+TEST_F(Thread, CallsBackForEventsAndLogRecords) {
   QVR_registerRebootEventCB(countReboot);
   QVR_registerDeviceLinkStateChangeCB(countLinkChange);
   QVR_registerLogMessageCB(0, countLogLine);
@@ -147,7 +148,7 @@ class EventDescriptors final : public Driver {
   const int descriptor_ = ::eventfd(0, EFD_NONBLOCK);
 };
 
-TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
+TEST(ThreadOnSystemClock, CallsBackWhenADeviceBecomesReadable) {
   auto& chip = forever(new EventDescriptors);
   forever(&driver());
   installDriver(chip);
@@ -160,7 +161,7 @@ TEST(ThreadUnderTheSystemClock, HearsADeviceAtOnce) {
   }
 }
 
-TEST(ThreadThatTheSystemRefuses, IsReported) {
+TEST(ThreadStart, FailsWhenTheSystemRefusesTheThread) {
   const RefusedThreads refused;
   EXPECT_EQ(startNotificationThread(), QVR_E_FAILED_CREATING_THREAD);
 }

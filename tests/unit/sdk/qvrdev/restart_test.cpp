@@ -2,9 +2,11 @@
 #include <chrono>
 #include <ostream>
 
-#include "chip/boot_register.h"
+#include "support/assertions.h"
+#include "support/boot_register.h"
+#include "support/devices.h"
 #include "support/test_clock.h"
-#include "unit/sdk/seams.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -18,12 +20,6 @@ using testing::ElementsAre;
 constexpr uint32_t kUserActivation = 0xE9100000;
 constexpr uint32_t kConfigurationState = 0x01808000;  // bit 15, application firmware
 constexpr uint32_t kLineState = 0x01800000;
-
-// Bits 4 and 9 set, reset counters cleared, PLL multiplexer and reset register written.
-Script reboots(int device, uint32_t before, uint32_t after) {
-  return readsWord(device, SBR_REG_ADDRESS, before) + writesWord(device, SBR_REG_ADDRESS, after) +
-         writesWord(device, 0xE0000018, 0) + writesWord(device, 0xE0000014, 0x80000000);
-}
 
 struct Reboot {
   const char* name;
@@ -47,18 +43,18 @@ INSTANTIATE_TEST_SUITE_P(Stages, RebootDevice,
                                          Reboot{"BootLoaderKeepsBit0", FW_B1, 0x00000001, 0x00000311}),
                          [](const auto& reboot) { return reboot.param.name; });
 
-TEST_P(RebootDevice, ChoosesTheStageInTheBootRegister) {
+TEST_P(RebootDevice, WritesTheStageIntoTheBootRegister) {
   ExpectedRequests driver(opens(0) + reboots(0, GetParam().before, GetParam().after));
   EXPECT_EQ(QVR_rebootDevice(0, GetParam().next), QVR_E_STATUS_OK);
 }
 
-TEST(RebootDevice, IntoAnotherStateWritesNothing) {
+TEST(RebootDevice, WritesNothingForAnUnknownStage) {
   ExpectedRequests driver(opens(0) + readsWord(0, SBR_REG_ADDRESS, kLineState).times(2));
   EXPECT_EQ(QVR_rebootDevice(0, FW_UNDEFINED), QVR_E_ERROR);
   EXPECT_EQ(QVR_rebootDevice(0, static_cast<QVR_fwState_t>(4)), QVR_E_ERROR);
 }
 
-TEST(RebootDevice, AnswersTheFailuresOfTheBootRegister) {
+TEST(RebootDevice, FailsWhenTheBootRegisterCannotBeChanged) {
   const Script script = reboots(0, 0x01800000, 0x01800210);
   ExpectedRequests driver(opens(0).fails(ENOENT));
   EXPECT_EQ(QVR_rebootDevice(0, FW_APP), QVR_E_DEVICE_NOT_EXISTS);
@@ -69,14 +65,14 @@ TEST(RebootDevice, AnswersTheFailuresOfTheBootRegister) {
   EXPECT_EQ(QVR_rebootDevice(0, FW_APP), QVR_E_MEMWRITE_ERROR);
 }
 
-TEST(RebootDevice, IgnoresTheResultsOfTheResetItself) {
+TEST(RebootDevice, IgnoresFailedResetWrites) {
   const Script script = reboots(0, 0x01800000, 0x01800210);
   ExpectedRequests driver(opens(0) + script.failingAt(2, EIO) +
                           writesWord(0, 0xE0000014, 0x80000000).fails(EIO));
   EXPECT_EQ(QVR_rebootDevice(0, FW_APP), QVR_E_STATUS_OK);
 }
 
-TEST(RebootDevice, OfAnUnknownDeviceIsAnAssertion) {
+TEST(RebootDevice, AssertsOnAnUnknownDevice) {
   ExpectedRequests driver{Script()};
   EXPECT_ASSERTION(QVR_rebootDevice(2, FW_APP), asserts(100, "Unknown device handle", 2));
 }
@@ -85,13 +81,6 @@ TEST(Reset, RebootsIntoTheApplicationOrTheRom) {
   ExpectedRequests driver(opens(1) + reboots(1, 0x01000101, 0x01000210) + reboots(1, 0x01000000, 0x01000211));
   EXPECT_EQ(QVR_reset(1, TRUE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_reset(1, FALSE), QVR_E_STATUS_OK);
-}
-
-ChipIdentity chipInState(uint32_t sbr, G9701_linkState_t line = LS_IDLE) {
-  ChipIdentity chip;
-  chip.sbr = sbr;
-  chip.setLinkState(line);
-  return chip;
 }
 
 Script modifiesSBR(int device, uint32_t before, uint32_t after) {
@@ -123,35 +112,35 @@ TEST_F(RestartDevice, FromLineStateIntoConfigurationWaitsForAnIdleLine) {
                  modifiesSBR(1, kLineState, kConfigurationState) +
                  reboots(0, kConfigurationState, kConfigurationState | 0x210) +
                  readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) +
-                 readsIdentity(0, chipInState(kConfigurationState, LS_INIT_HS)) +
-                 readsIdentity(0, chipInState(kConfigurationState, LS_IDLE)) + isRediscovered());
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState, LS_INIT_HS)) +
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState, LS_IDLE)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_STATUS_OK);
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1), seconds(1), seconds(1)));
 }
 
-TEST_F(RestartDevice, FromLineStateWithoutConfigurationWaitsForTheAnswerOnly) {
+TEST_F(RestartDevice, FromLineStateToLineStateWaitsUntilTheDeviceAnswers) {
   driver_.expect(readsWord(1, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kLineState) +
                  modifiesSBR(1, kConfigurationState, kLineState) +
                  reboots(1, kLineState, kLineState | 0x210) +
-                 readsIdentity(1, chipInState(kLineState, LS_INIT_HS)) + isRediscovered());
+                 readsIdentity(1, chipWithBootRegister(kLineState, LS_INIT_HS)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(1, FALSE), QVR_E_STATUS_OK);
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1)));
 }
 
-TEST_F(RestartDevice, AResetThatFailsDoesNotEndTheRestart) {
+TEST_F(RestartDevice, GoesOnWhenTheResetFails) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kLineState) +
                  modifiesSBR(1, kLineState, kLineState) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) +
-                 readsIdentity(0, chipInState(kLineState)) + isRediscovered());
+                 readsIdentity(0, chipWithBootRegister(kLineState)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
 }
 
-TEST_F(RestartDevice, ABootRegisterThatCannotBeReadEndsItAtOnce) {
+TEST_F(RestartDevice, FailsAtOnceWhenTheBootRegisterCannotBeRead) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kLineState).fails(EIO));
   EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_MEMREAD_ERROR);
   EXPECT_TRUE(trace_.lines().empty());
 }
 
-TEST_F(RestartDevice, ABootRegisterThatCannotBeChangedIsWarnedOfAtEachPosition) {
+TEST_F(RestartDevice, WarnsWhenTheBootRegisterCannotBeChanged) {
   const Script changes =
       modifiesSBR(0, kLineState, kConfigurationState) + modifiesSBR(1, kLineState, kConfigurationState);
   for (size_t position = 0; position < changes.size(); position++) {
@@ -164,45 +153,48 @@ TEST_F(RestartDevice, ABootRegisterThatCannotBeChangedIsWarnedOfAtEachPosition) 
   }
 }
 
-TEST_F(RestartDevice, InConfigurationStateThereIsNothingToWaitFor) {
+TEST_F(RestartDevice, IntoConfigurationDoesNothingInConfigurationState) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState));
   EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_STATUS_OK);
   EXPECT_TRUE(sleeps().empty());
 }
 
 TEST_F(RestartDevice, EndingConfigurationActivatesDevice1FirstAndPollsDevice0First) {
-  driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
-                 writesWord(0, kUserActivation, 0) + readsIdentity(0, chipInState(kConfigurationState)) +
-                 readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + readsIdentity(0, chipInState(kLineState)) +
-                 readsIdentity(1, chipInState(kLineState)));
+  driver_.expect(
+      readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
+      writesWord(0, kUserActivation, 0) + readsIdentity(0, chipWithBootRegister(kConfigurationState)) +
+      readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + readsIdentity(0, chipWithBootRegister(kLineState)) +
+      readsIdentity(1, chipWithBootRegister(kLineState)));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(sleeps(), std::vector<microseconds>(4, milliseconds(250)));
 }
 
-TEST_F(RestartDevice, EndingConfigurationIgnoresTheResultsOfItsWrites) {
+TEST_F(RestartDevice, EndingConfigurationIgnoresFailedWrites) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) +
                  writesWord(1, kUserActivation, 0).fails(EIO) + writesWord(0, kUserActivation, 0).fails(EIO) +
-                 readsIdentity(0, chipInState(kLineState)) + readsIdentity(1, chipInState(kLineState)));
+                 readsIdentity(0, chipWithBootRegister(kLineState)) +
+                 readsIdentity(1, chipWithBootRegister(kLineState)));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_STATUS_OK);
 }
 
 TEST_F(RestartDevice, EndingConfigurationGivesUpAfter41Reads) {
   driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
                  writesWord(0, kUserActivation, 0) +
-                 readsIdentity(0, chipInState(kConfigurationState)).times(41));
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState)).times(41));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_ERROR);
   EXPECT_EQ(sleeps(), std::vector<microseconds>(41, milliseconds(250)));
 }
 
-TEST_F(RestartDevice, TheSecondDeviceHasItsOwn41Reads) {
-  driver_.expect(
-      readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
-      writesWord(0, kUserActivation, 0) + readsIdentity(0, chipInState(kConfigurationState)).times(40) +
-      readsIdentity(0, chipInState(kLineState)) + readsWord(1, SBR_REG_ADDRESS, 0).fails(EIO).times(41));
+TEST_F(RestartDevice, EndingConfigurationAllowsDevice1Its41Reads) {
+  driver_.expect(readsWord(0, SBR_REG_ADDRESS, kConfigurationState) + writesWord(1, kUserActivation, 0) +
+                 writesWord(0, kUserActivation, 0) +
+                 readsIdentity(0, chipWithBootRegister(kConfigurationState)).times(40) +
+                 readsIdentity(0, chipWithBootRegister(kLineState)) +
+                 readsWord(1, SBR_REG_ADDRESS, 0).fails(EIO).times(41));
   EXPECT_EQ(QVR_restartDevice(0, FALSE), QVR_E_ERROR);
 }
 
-TEST_F(RestartDevice, OfAnUnknownDeviceIsAnAssertion) {
+TEST_F(RestartDevice, AssertsOnAnUnknownDevice) {
   EXPECT_ASSERTION(QVR_restartDevice(2, TRUE), asserts(100, "Unknown device handle", 2));
 }
 

@@ -1,5 +1,8 @@
 // The channel status of each direction, read at either side of a line.
-#include "unit/sdk/qvrfast/channel_records.h"
+#include "support/assertions.h"
+#include "support/channel_records.h"
+#include "support/devices.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

@@ -1,5 +1,7 @@
 // Days: the running day, what midnight writes, and how the ring keeps the days.
 #include "qvrfast/days.h"
+#include "support/records.h"
+#include "support/trace_log.h"
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

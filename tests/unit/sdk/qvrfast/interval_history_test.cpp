@@ -1,5 +1,7 @@
 // Quarter hours: what a boundary writes, and how the ring keeps the intervals.
 #include "qvrline/line_module.h"
+#include "support/records.h"
+#include "support/trace_log.h"
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

@@ -1,5 +1,6 @@
 // Boundaries pass on one thread while another one queries: every interval must hold counters of one moment.
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "driver/driver.h"

@@ -1,9 +1,13 @@
 // The inventory of both ends of a line, read at either side.
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "qvrline/eoc.h"
-#include "unit/sdk/qvrfast/status_records.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/inventory.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

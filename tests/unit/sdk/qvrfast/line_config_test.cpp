@@ -4,7 +4,9 @@
 
 #include <map>
 
-#include "unit/sdk/qvrparams/dictionaries.h"
+#include "support/records.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 

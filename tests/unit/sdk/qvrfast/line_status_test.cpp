@@ -1,7 +1,12 @@
 // The status of a line: which blocks are read in which state, which fields they fill, and which fields stay
 // when a read fails.
 #include "chip/device_information.h"
-#include "unit/sdk/qvrfast/status_records.h"
+#include "support/assertions.h"
+#include "support/chip_identity.h"
+#include "support/counter_blocks.h"
+#include "support/expected_requests.h"
+#include "support/far_end_answers.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

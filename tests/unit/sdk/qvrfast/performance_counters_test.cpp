@@ -1,5 +1,10 @@
-// The current counters of a line: which words of the chip's blocks they are, at either end.
-#include "unit/sdk/lines.h"
+// A line's counters as they stand: which words of the chip's blocks they are, at either end.
+#include <cstring>
+
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
 
 using namespace gfast;
 

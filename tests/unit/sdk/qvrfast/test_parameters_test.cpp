@@ -1,6 +1,7 @@
 // Test parameters per subcarrier: which end is read for each direction at each side, and how values are
 // encoded.
-#include "unit/sdk/qvrline/tones.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 

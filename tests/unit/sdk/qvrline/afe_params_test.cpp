@@ -1,5 +1,5 @@
 // Gain and mode of the analogue front end at either end.
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
@@ -24,7 +24,7 @@ class AfeParams : public ToneTest {
   QVR_AFE_PARAMS_t afe_{-1, 99};
 };
 
-TEST_F(AfeParams, AreTheGainsLowSixBitsAndTheModesLowest) {
+TEST_F(AfeParams, TakeSixBitsOfTheGainAndOneOfTheMode) {
   struct Case {
     uint32_t gain;
     uint32_t mode;
@@ -53,13 +53,13 @@ TEST_F(AfeParams, AreTheGainsLowSixBitsAndTheModesLowest) {
   }
 }
 
-TEST_F(AfeParams, ReadTheLinesFramingAnew) {
+TEST_F(AfeParams, ReadTheFramingOfTheLineAgain) {
   driver_.expect(readsAfe(false, 0, 1, 0));
   EXPECT_EQ(QVR_getAfeParams(0, &afe_), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_lineDescriptorForLine(0).phyParams.numProcessedTones, 1929U);
 }
 
-TEST_F(AfeParams, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(AfeParams, FailAndFillNothingWhenAnyRequestFails) {
   for (const Reader& reader : kReaders) {
     SCOPED_TRACE(reader.name);
     expectEachFailureAnswered([&] { return readsAfe(reader.far, 1, 23, 1); },
@@ -71,14 +71,14 @@ TEST_F(AfeParams, EachRequestThatFailsIsAnsweredAndFillsNothing) {
   }
 }
 
-TEST_F(AfeParams, OfAFarEndThatRefusesAreAnsweredSo) {
+TEST_F(AfeParams, FailWhenTheFarEndRefuses) {
   driver_.expect(findsTones(0, 43, 1929) +
                  asksFarEndMemory(0, 1, 0xE4280000, 4, farEndHeader(0xFFFF, 0, 1, 0)));
   EXPECT_EQ(QVR_getFarEndAfeParams(0, &afe_), QVR_E_FAREND_EOC_NACK);
   EXPECT_EQ(afe_.aceOnOff, 99U);
 }
 
-TEST_F(AfeParams, OfALineThatIsDownOrHasNoDeviceAskNoFurther) {
+TEST_F(AfeParams, FailForALineThatIsDownOrHasNoDevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const Reader& reader : kReaders) {
     driver_.expect(readsIdentity(0, chipWithLine(LS_SILENT)));

@@ -1,11 +1,11 @@
 // Bit loading of data and RMC symbols: which table of the chip is read, what its entries mean, and what
-// becomes of a table that cannot be read or does not stay.
+// happens when a table cannot be read or changes meanwhile.
 #include "qvrline/bit_loading.h"
 #include "chip/tones.h"
 
 #include <gfast_api.h>
 
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
@@ -25,7 +25,7 @@ constexpr int entry(int tone, int bits) {
   return tone << 4 | bits;
 }
 
-// Every table asked for here is one of these.
+// The tables, and the operations that read them.
 struct Table {
   const char* name;
   QVR_retval_t (*read)(QVR_lineId_t line, QVR_BLT_t bits);
@@ -87,7 +87,7 @@ class BitLoading : public ToneTest {
 
 using Loaded = std::vector<std::pair<uint32_t, int32_t>>;
 
-TEST_F(BitLoading, IsReadFromItsTableByTheSetItIsLoadedOnOnBothSides) {
+TEST_F(BitLoading, IsReadFromItsTableForItsMedleySetOnBothSides) {
   for (const Table& table : kDataTables) {
     for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
       SCOPED_TRACE(table.name);
@@ -100,7 +100,7 @@ TEST_F(BitLoading, IsReadFromItsTableByTheSetItIsLoadedOnOnBothSides) {
   }
 }
 
-TEST(BitLoadingAddresses, OfALineThatIsNotTheFirstOfItsDeviceAreItsOwn) {
+TEST(BitLoadingAddresses, DependOnTheLineIndex) {
   EXPECT_EQ(VIRT_ADDR_TX_BLT(3), 0xE5300000U);
   EXPECT_EQ(VIRT_ADDR_RX_BLT(3), 0xE5301000U);
   EXPECT_EQ(VIRT_ADDR_TX_RMC_BLT_INDEX(3), 0xE530B000U);
@@ -111,7 +111,7 @@ TEST(BitLoadingAddresses, OfALineThatIsNotTheFirstOfItsDeviceAreItsOwn) {
   EXPECT_EQ(VIRT_ADDR_RX_RMC_BLT(3, 1), 0xE5308000U);
 }
 
-TEST_F(BitLoading, OfOneBandIsThereOnlyAndZeroElsewhere) {
+TEST_F(BitLoading, IsZeroOutsideTheBandsOfTheSet) {
   std::vector<int> entries;
   for (int tone = 100; tone <= 200; tone++) {
     entries.push_back(entry(tone, 1 + tone % 14));
@@ -123,14 +123,14 @@ TEST_F(BitLoading, OfOneBandIsThereOnlyAndZeroElsewhere) {
   }
 }
 
-TEST_F(BitLoading, APilotCarriesNone) {
+TEST_F(BitLoading, IsZeroForAPilot) {
   driver_.expect(readsData(0, true, medleySet({{100, 102}}),
                            littleEndian16({entry(100, 15), entry(101, 14), entry(102, 15)})));
   EXPECT_EQ(QVR_readTxBitLoadingTable(0, bits_), QVR_E_STATUS_OK);
   EXPECT_EQ(loaded(), (Loaded{{101, 14}}));
 }
 
-TEST_F(BitLoading, OfTheWholeGridTakesFiveRequests) {
+TEST_F(BitLoading, WholeGridTakesFiveRequests) {
   std::vector<int> entries;
   for (int tone = 0; tone < 2048; tone++) {
     entries.push_back(entry(tone, 3));
@@ -142,7 +142,7 @@ TEST_F(BitLoading, OfTheWholeGridTakesFiveRequests) {
   EXPECT_EQ(loaded().size(), 2048U);
 }
 
-TEST_F(BitLoading, EntriesAreByTheirOwnSubcarrierAndOnlyThoseOfTheSetCount) {
+TEST_F(BitLoading, EntriesNameTheirSubcarrierAndCountOnlyInsideTheSet) {
   driver_.expect(readsData(0, true, medleySet({{10, 11}, {14, 15}}),
                            littleEndian16({entry(15, 5), entry(12, 6), entry(2048, 7), entry(4095, 8),
                                            entry(10, 9), entry(10, 4)})));
@@ -150,7 +150,7 @@ TEST_F(BitLoading, EntriesAreByTheirOwnSubcarrierAndOnlyThoseOfTheSetCount) {
   EXPECT_EQ(loaded(), (Loaded{{10, 4}, {15, 5}}));
 }
 
-TEST_F(BitLoading, OfAnEmptySetIsZeroWithoutARead) {
+TEST_F(BitLoading, IsZeroWithoutARequestForAnEmptySet) {
   driver_.expect(findsSet(0, true, medleySet({})) + findsSet(0, false, medleySet({{9, 3}})));
   EXPECT_EQ(QVR_readTxBitLoadingTable(0, bits_), QVR_E_STATUS_OK);
   EXPECT_TRUE(loaded().empty());
@@ -158,7 +158,7 @@ TEST_F(BitLoading, OfAnEmptySetIsZeroWithoutARead) {
   EXPECT_TRUE(loaded().empty());
 }
 
-TEST_F(BitLoading, ThatCannotBeReadLeavesTheTableAndIsNoFailure) {
+TEST_F(BitLoading, SucceedsAndKeepsTheTableWhenTheLoadingCannotBeRead) {
   for (const Table& table : kDataTables) {
     SCOPED_TRACE(table.name);
     const Script script = readsData(0, table.isTx, medleySet({{0, 2047}}), Bytes(4096));
@@ -171,7 +171,7 @@ TEST_F(BitLoading, ThatCannotBeReadLeavesTheTableAndIsNoFailure) {
   }
 }
 
-TEST_F(BitLoading, EachOtherRequestThatFailsIsAnswered) {
+TEST_F(BitLoading, FailsAndKeepsTheTableWhenAnotherRequestFails) {
   for (const Table& table : kDataTables) {
     for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
       SCOPED_TRACE(table.name);
@@ -188,7 +188,7 @@ TEST_F(BitLoading, EachOtherRequestThatFailsIsAnswered) {
   }
 }
 
-TEST_F(BitLoading, OfASetThatCannotBeIsAnError) {
+TEST_F(BitLoading, FailsForAnImpossibleSet) {
   for (const Bytes& set : {medleySet({}, 32), medleySet({{2000, 2048}})}) {
     for (const Table& table : {kDataTables[0], kDataTables[1], kRmcTables[0], kRmcTables[1]}) {
       driver_.expect(findsSet(0, table.isTx, set));
@@ -198,7 +198,7 @@ TEST_F(BitLoading, OfASetThatCannotBeIsAnError) {
   }
 }
 
-TEST_F(BitLoading, OfALineThatIsDownOrHasNoDeviceAsksNoFurther) {
+TEST_F(BitLoading, FailsForALineThatIsDownOrHasNoDevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const Table& table : {kDataTables[0], kDataTables[1], kRmcTables[0], kRmcTables[1]}) {
     SCOPED_TRACE(table.name);
@@ -212,7 +212,7 @@ TEST_F(BitLoading, OfALineThatIsDownOrHasNoDeviceAsksNoFurther) {
 
 using RmcBitLoading = BitLoading;
 
-TEST_F(RmcBitLoading, IsInTheAreaThatTheIndexPointsTo) {
+TEST_F(RmcBitLoading, IsReadFromTheAreaOfTheIndex) {
   for (const Table& table : kRmcTables) {
     const RmcMemory& memory = table.isTx ? kSentRmc : kReceivedRmc;
     for (const uint32_t index : {0U, 1U, 2U, 0xFFFFFFFFU}) {
@@ -230,7 +230,7 @@ TEST_F(RmcBitLoading, IsInTheAreaThatTheIndexPointsTo) {
   }
 }
 
-TEST_F(RmcBitLoading, IsReadAgainWhenTheIndexTurnedOver) {
+TEST_F(RmcBitLoading, IsReadAgainWhenTheIndexChanged) {
   driver_.expect(findsSet(0, true, medleySet({{43, 1971}})) + readsWord(0, kSentRmc.index, 4) +
                  readsArea(0, kSentRmc, 4, rmcArea({entry(50, 6)})) + readsWord(0, kSentRmc.index, 5) +
                  readsArea(0, kSentRmc, 5, rmcArea({entry(51, 7)})) + readsWord(0, kSentRmc.index, 7) +
@@ -239,7 +239,7 @@ TEST_F(RmcBitLoading, IsReadAgainWhenTheIndexTurnedOver) {
   EXPECT_EQ(loaded(), (Loaded{{52, 8}}));
 }
 
-TEST_F(RmcBitLoading, OfAnIndexThatNeverStaysIsGivenUpAfter50Readings) {
+TEST_F(RmcBitLoading, FailsAfter50ReadsWhenTheIndexKeepsChanging) {
   Script script = findsSet(0, false, medleySet({{43, 1971}})) + readsWord(0, kReceivedRmc.index, 0);
   for (uint32_t reading = 0; reading < 50; reading++) {
     script = script + readsArea(0, kReceivedRmc, reading, rmcArea({})) +
@@ -250,7 +250,7 @@ TEST_F(RmcBitLoading, OfAnIndexThatNeverStaysIsGivenUpAfter50Readings) {
   EXPECT_TRUE(untouched());
 }
 
-TEST_F(RmcBitLoading, EndsAtTheStamp) {
+TEST_F(RmcBitLoading, EndsAtAnEntryOf0xFFFF) {
   std::vector<int> entries{entry(50, 6), 0xFFFF, entry(51, 6)};
   driver_.expect(findsSet(0, true, medleySet({{43, 1971}})) + readsWord(0, kSentRmc.index, 0) +
                  readsArea(0, kSentRmc, 0, rmcArea(entries, 0)) + readsWord(0, kSentRmc.index, 0));
@@ -258,14 +258,14 @@ TEST_F(RmcBitLoading, EndsAtTheStamp) {
   EXPECT_EQ(loaded(), (Loaded{{50, 6}}));
 }
 
-TEST_F(RmcBitLoading, OfAnEmptyListIsZero) {
+TEST_F(RmcBitLoading, IsZeroForAnEmptyList) {
   driver_.expect(findsSet(0, true, medleySet({{43, 1971}})) + readsWord(0, kSentRmc.index, 0) +
                  readsArea(0, kSentRmc, 0, rmcArea({})) + readsWord(0, kSentRmc.index, 0));
   EXPECT_EQ(QVR_readTxRMCBitLoadingTable(0, bits_), QVR_E_STATUS_OK);
   EXPECT_TRUE(loaded().empty());
 }
 
-TEST_F(RmcBitLoading, WithoutAStampEndsAfter512Subcarriers) {
+TEST_F(RmcBitLoading, EndsAfter512EntriesWithoutOneOf0xFFFF) {
   std::vector<int> entries;
   for (int tone = 0; tone < 2048; tone++) {
     entries.push_back(entry(tone, 4));
@@ -277,7 +277,7 @@ TEST_F(RmcBitLoading, WithoutAStampEndsAfter512Subcarriers) {
   EXPECT_EQ(loaded().back().first, 511U);
 }
 
-TEST_F(RmcBitLoading, HasPilotsAndStrayEntriesLikeAnyOther) {
+TEST_F(RmcBitLoading, IgnoresPilotsAndEntriesOutsideTheSet) {
   const std::vector<int> entries{entry(100, 15), entry(101, 3), entry(99, 4), entry(3000, 5)};
   driver_.expect(findsSet(0, true, medleySet({{100, 101}})) + readsWord(0, kSentRmc.index, 0) +
                  readsArea(0, kSentRmc, 0, rmcArea(entries)) + readsWord(0, kSentRmc.index, 0));
@@ -285,7 +285,7 @@ TEST_F(RmcBitLoading, HasPilotsAndStrayEntriesLikeAnyOther) {
   EXPECT_EQ(loaded(), (Loaded{{101, 3}}));
 }
 
-TEST_F(RmcBitLoading, EachRequestThatFailsIsAnsweredAndLeavesTheTable) {
+TEST_F(RmcBitLoading, FailsAndKeepsTheTableWhenAnyRequestFails) {
   for (const Table& table : kRmcTables) {
     const RmcMemory& memory = table.isTx ? kSentRmc : kReceivedRmc;
     const Script script = findsSet(0, table.isTx, medleySet({{43, 1971}})) + readsWord(0, memory.index, 0) +

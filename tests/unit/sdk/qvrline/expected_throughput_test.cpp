@@ -1,21 +1,16 @@
-// Expected throughput and raw rates: the formulas bit by bit, and what of a line goes into them.
-#include "unit/sdk/qvrline/tones.h"
+// Expected throughput and raw rates: the formulas to the last bit, and the values of a line that go into
+// them.
+#include <cstring>
+
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
 namespace {
 
 // A framing whose words are in the order of the database.
-Bytes database(const std::vector<uint32_t>& words) {
-  Bytes bytes;
-  for (const uint32_t word : words) {
-    append32(bytes, word);
-  }
-  return bytes;
-}
-
-ETR_DB_S framingOf(const std::vector<uint32_t>& words) {
-  Bytes bytes = database(words);
+ETR_DB_S framingOf(const std::vector<uint32_t>& values) {
+  Bytes bytes = words(values);
   ETR_DB_S record{};
   std::memcpy(&record, bytes.data(), sizeof record);
   QVR_NTOHGfastCounters(&record, sizeof record);
@@ -27,13 +22,13 @@ ETR_DB_S framingOf(const std::vector<uint32_t>& words) {
 const std::vector<uint32_t> kFraming{28,   4416, 211968000, 8,   36,  28, 239,  255, 4,
                                      1871, 702,  7,         223, 239, 3,  1733, 655};
 
-// Figures computed apart from this code, one correctly rounded operation of single precision at a time.
+// Computed outside this code, every operation rounded to single precision.
 constexpr float kTxEtr = 0x1.e330fep+18F;      // 494787.97
 constexpr float kRxEtr = 0x1.93a7p+16F;        // 103335.0
 constexpr float kTxEtrLive = 0x1.017396p+19F;  // with 1990 and 850 bytes
 constexpr float kTxRaw = 0x1.5edp+19F;         // 718464.0
 
-TEST(ExpectedThroughput, IsWhatOneRmcSymbolCarriesWithoutItsOverhead) {
+TEST(ExpectedThroughput, IsTheRateOfOneRmcSymbolWithoutItsOverhead) {
   // O = 0; S, F, M, Nf; then Ns, K, N, Q, BD, BDR of either direction.
   const ETR_DB_S framing = framingOf({0, 1, 1000, 1, 1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1, 0, 1});
   float etr = 0;
@@ -59,11 +54,11 @@ TEST(ExpectedThroughput, IsTheSameToTheLastBitOnEveryMachine) {
   EXPECT_EQ(etr, 0x1.44d43p+53F);
 }
 
-TEST(ExpectedThroughput, DividesByZeroWithoutAWord) {
+TEST(ExpectedThroughput, SucceedsWithoutAFiniteValueWhenItDividesByZero) {
   float etr = 0;
   EXPECT_EQ(QVR_calcTxETR(framingOf(std::vector<uint32_t>(17, 0)), &etr), QVR_E_STATUS_OK);
   EXPECT_TRUE(std::isnan(etr));
-  // Symbols of no samples carry without bound.
+  // With zero samples a symbol the rate is infinite.
   EXPECT_EQ(QVR_calcRxETR(framingOf({0, 0, 1000, 1, 1, 0, 0, 0, 0, 0, 0, 3, 1, 1, 1, 1, 1}), &etr),
             QVR_E_STATUS_OK);
   EXPECT_EQ(etr, std::numeric_limits<float>::infinity());
@@ -74,35 +69,35 @@ TEST(ExpectedThroughput, DividesByZeroWithoutAWord) {
   EXPECT_TRUE(std::isnan(etr));
 }
 
-TEST(RawRate, IsWhatDataSymbolsCarry) {
-  std::vector<uint32_t> words(17, 0);
-  words[1] = 4096;
-  words[2] = 4096000;
-  words[9] = 100;  // transmitted
-  words[15] = 50;  // received
+TEST(RawRate, IsTheRateOfDataSymbols) {
+  std::vector<uint32_t> values(17, 0);
+  values[1] = 4096;
+  values[2] = 4096000;
+  values[9] = 100;  // transmitted
+  values[15] = 50;  // received
   float rate = 0;
-  EXPECT_EQ(QVR_calcTxRawPhyRate(framingOf(words), &rate), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_calcTxRawPhyRate(framingOf(values), &rate), QVR_E_STATUS_OK);
   EXPECT_EQ(rate, 800.0F);
-  EXPECT_EQ(QVR_calcRxRawPhyRate(framingOf(words), &rate), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_calcRxRawPhyRate(framingOf(values), &rate), QVR_E_STATUS_OK);
   EXPECT_EQ(rate, 400.0F);
 }
 
-TEST(RawRate, CountsItsBitsIn32AndGoesOnInSinglePrecision) {
-  std::vector<uint32_t> words(17, 0);
-  words[1] = 4416;
-  words[2] = 211968000;
-  words[9] = 0x20000001;  // times 8 is 8
+TEST(RawRate, CountsBitsIn32BitsAndDividesInSinglePrecision) {
+  std::vector<uint32_t> values(17, 0);
+  values[1] = 4416;
+  values[2] = 211968000;
+  values[9] = 0x20000001;  // times 8 is 8
   float rate = 0;
-  QVR_calcTxRawPhyRate(framingOf(words), &rate);
+  QVR_calcTxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 384.0F);
-  words[1] = 3;
-  words[2] = words[9] = 0xFFFFFFFF;
-  QVR_calcTxRawPhyRate(framingOf(words), &rate);
+  values[1] = 3;
+  values[2] = values[9] = 0xFFFFFFFF;
+  QVR_calcTxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 0x1.5d867cp+52F);
-  words[1] = 4099;
-  words[2] = 211968001;
-  words[15] = 1733;
-  QVR_calcRxRawPhyRate(framingOf(words), &rate);
+  values[1] = 4099;
+  values[2] = 211968001;
+  values[15] = 1733;
+  QVR_calcRxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 0x1.5e111cp+19F);
 }
 
@@ -120,10 +115,10 @@ class LineThroughput : public ToneTest {
 
   // In the database the receiver's counts are not those of the framer.
   static Bytes databaseBytes() {
-    std::vector<uint32_t> words = kFraming;
-    words[15] = 1;
-    words[16] = 2;
-    return database(words);
+    std::vector<uint32_t> framing = kFraming;
+    framing[15] = 1;
+    framing[16] = 2;
+    return words(framing);
   }
 
   static Script readsThroughput(int device) {
@@ -137,7 +132,7 @@ class LineThroughput : public ToneTest {
   float rawUs_ = -1;
 };
 
-TEST_F(LineThroughput, OnTheSubscriberSideComesDownThroughTheReceiver) {
+TEST_F(LineThroughput, OnTheSubscriberSideDownstreamIsReceived) {
   driver_.expect(readsThroughput(1));
   EXPECT_EQ(QVR_calcETRsForLine(kSubscriberSide, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_STATUS_OK);
   EXPECT_EQ(etrDs_, kRxEtr);
@@ -146,7 +141,7 @@ TEST_F(LineThroughput, OnTheSubscriberSideComesDownThroughTheReceiver) {
   EXPECT_EQ(rawUs_, 764160.0F);  // 1990 bytes in 48000 symbols a second
 }
 
-TEST_F(LineThroughput, OnTheNetworkSideComesUpThroughTheReceiver) {
+TEST_F(LineThroughput, OnTheNetworkSideUpstreamIsReceived) {
   driver_.expect(readsThroughput(0));
   EXPECT_EQ(QVR_calcETRsForLine(kNetworkSide, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_STATUS_OK);
   EXPECT_EQ(etrUs_, kRxEtr);
@@ -155,7 +150,7 @@ TEST_F(LineThroughput, OnTheNetworkSideComesUpThroughTheReceiver) {
   EXPECT_EQ(rawDs_, 764160.0F);
 }
 
-TEST_F(LineThroughput, RawRatesAreOnlyComputedWhenWanted) {
+TEST_F(LineThroughput, ComputesRawRatesOnlyWhenAsked) {
   for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
     driver_.expect(readsThroughput(line).times(3));
     EXPECT_EQ(QVR_calcETRsForLine(line, &etrDs_, &etrUs_, nullptr, nullptr), QVR_E_STATUS_OK);
@@ -167,7 +162,7 @@ TEST_F(LineThroughput, RawRatesAreOnlyComputedWhenWanted) {
   }
 }
 
-TEST_F(LineThroughput, OfALineThatIsNotUpIsNotTouched) {
+TEST_F(LineThroughput, FailsAndFillsNothingForALineThatIsNotUp) {
   for (const G9701_linkState_t state : {LS_IDLE, LS_INIT_TRAIN, LS_DEACTIVATING1}) {
     driver_.expect(readsIdentity(0, chipWithLine(state)));
     EXPECT_EQ(QVR_calcETRsForLine(0, &etrDs_, &etrUs_, &rawDs_, &rawUs_), QVR_E_ERROR);
@@ -177,7 +172,7 @@ TEST_F(LineThroughput, OfALineThatIsNotUpIsNotTouched) {
   EXPECT_EQ(etrDs_ + etrUs_ + rawDs_ + rawUs_, -4.0F);
 }
 
-TEST_F(LineThroughput, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(LineThroughput, FailsAndFillsNothingWhenAnyRequestFails) {
   for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
     expectEachFailureAnswered([&] { return readsThroughput(line); },
                               [&](bool& untouched) {
@@ -189,7 +184,7 @@ TEST_F(LineThroughput, EachRequestThatFailsIsAnsweredAndFillsNothing) {
   }
 }
 
-TEST_F(LineThroughput, OfNoLineIsAnAssertion) {
+TEST_F(LineThroughput, AssertsOnAnUnknownLine) {
   EXPECT_ASSERTION(QVR_calcETRsForLine(2, &etrDs_, &etrUs_, nullptr, nullptr),
                    asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
 }

@@ -1,7 +1,10 @@
 // Whether a line is up, and the writes that take it down or let it train.
 #include "chip/registers.h"
 #include "qvrdev/device_table.h"
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/lines.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -33,7 +36,7 @@ using ResetLines = LineControl;
 using ActivateLine = LineControl;
 using IsLineUp = LineControl;
 
-TEST_F(IsLineUp, OnlyInShowtime) {
+TEST_F(IsLineUp, IsTrueOnlyInShowtime) {
   for (uint32_t state = LS_SELFTEST; state <= LS_PRE_DEACTIVATING1_E + 1U; state++) {
     driver_.expect(readsState(1, static_cast<G9701_linkState_t>(state)));
     EXPECT_EQ(QVR_isLineUp(1), state == LS_SHOWTIME ? TRUE : FALSE) << state;
@@ -46,7 +49,7 @@ TEST_F(IsLineUp, AsksTheChipEveryTime) {
   EXPECT_EQ(QVR_isLineUp(0), FALSE);
 }
 
-TEST_F(IsLineUp, ADeviceThatDoesNotAnswerIsAWarningAndALineThatIsDown) {
+TEST_F(IsLineUp, WarnsAndIsFalseWhenTheDeviceDoesNotAnswer) {
   const Script script = readsState(1, LS_SHOWTIME);
   for (size_t position = 0; position < script.size(); position++) {
     const TraceLog trace;
@@ -58,24 +61,24 @@ TEST_F(IsLineUp, ADeviceThatDoesNotAnswerIsAWarningAndALineThatIsDown) {
   }
 }
 
-TEST_F(IsLineUp, ALineOutOfRangeIsAnAssertion) {
+TEST_F(IsLineUp, AssertsOnAnUnknownLine) {
   EXPECT_ASSERTION(QVR_isLineUp(2), asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
   EXPECT_ASSERTION(QVR_isLineUp(-1), asserts(200, "Invalid Line Identifier", -1, "../qvrline"));
 }
 
-TEST_F(ResetLine, InShowtimeWritesTheReinitWord) {
+TEST_F(ResetLine, WritesTheReinitWordInShowtime) {
   driver_.expect(readsState(1, LS_SHOWTIME) + writes(1, kReinit, {0, 0, 0, 0}));
   EXPECT_EQ(QVR_resetLine(1), QVR_E_STATUS_OK);
 }
 
-TEST_F(ResetLine, TheLinesIndexInItsDeviceIsPartOfTheAddress) {
+TEST_F(ResetLine, AddressDependsOnTheLineIndex) {
   EXPECT_EQ(VIRT_ADDR_REINIT(0), 0xE9200000U);
   EXPECT_EQ(VIRT_ADDR_REINIT(3), 0xE9230000U);
   EXPECT_EQ(VIRT_ADDR_LINKS_PROVISION(0), 0xE9300000U);
   EXPECT_EQ(VIRT_ADDR_LINKS_PROVISION(3), 0xE9330000U);
 }
 
-TEST_F(ResetLine, OutsideShowtimeWritesNothing) {
+TEST_F(ResetLine, WritesNothingOutsideShowtime) {
   for (const auto state : {LS_SELFTEST, LS_IDLE, LS_INIT_TRAIN, LS_DEACTIVATING1, LS_PRE_DEACTIVATING1_E}) {
     driver_.expect(readsState(0, state));
     EXPECT_EQ(QVR_resetLine(0), QVR_E_STATUS_OK);
@@ -83,7 +86,7 @@ TEST_F(ResetLine, OutsideShowtimeWritesNothing) {
   }
 }
 
-TEST_F(ResetLine, AnswersItsFailures) {
+TEST_F(ResetLine, ReturnsTheCodeOfEachFailure) {
   const Script script = readsState(0, LS_SHOWTIME) + writesWord(0, kReinit, 0);
   for (size_t position = 0; position < script.size(); position++) {
     driver_.expect(script.failingAt(position, EIO));
@@ -92,7 +95,7 @@ TEST_F(ResetLine, AnswersItsFailures) {
   }
 }
 
-TEST(LineControlWithoutDevice, IsAnsweredByItsCode) {
+TEST(LineControlWithoutDevice, ReturnsDeviceNotExists) {
   enterBothLines();
   ExpectedRequests driver(opens(1).fails(ENOENT).times(4));
   EXPECT_EQ(QVR_resetLine(1), QVR_E_DEVICE_NOT_EXISTS);
@@ -100,7 +103,7 @@ TEST(LineControlWithoutDevice, IsAnsweredByItsCode) {
   EXPECT_EQ(QVR_activateLine(1, FALSE), QVR_E_DEVICE_NOT_EXISTS);
 }
 
-TEST_F(ResetLines, WithoutDevicesNoRequestIsMade) {
+TEST_F(ResetLines, MakesNoRequestWithoutDevices) {
   EXPECT_EQ(QVR_resetLines(), QVR_E_STATUS_OK);
 }
 
@@ -111,20 +114,20 @@ void findBothDevices(ExpectedRequests& driver) {
   ASSERT_EQ(QVR_getDeviceInfo(1, nullptr), QVR_E_STATUS_OK);
 }
 
-TEST_F(ResetLines, ResetsThoseInShowtime) {
+TEST_F(ResetLines, ResetsLinesInShowtime) {
   findBothDevices(driver_);
   driver_.expect(readsState(0, LS_SHOWTIME) + writesWord(0, kReinit, 0) + readsState(1, LS_INIT_TRAIN));
   EXPECT_EQ(QVR_resetLines(), QVR_E_STATUS_OK);
 }
 
-TEST_F(ResetLines, CountsTheDevicesThatWereFound) {
+TEST_F(ResetLines, ResetsOnlyLinesOfDevicesThatWereFound) {
   driver_.expect(readsState(0, LS_IDLE));
   ASSERT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
   driver_.expect(readsState(0, LS_SHOWTIME) + writesWord(0, kReinit, 0));
   EXPECT_EQ(QVR_resetLines(), QVR_E_STATUS_OK);
 }
 
-TEST_F(ResetLines, GoesOnBehindAFailureAndAnswersTheLast) {
+TEST_F(ResetLines, GoesOnAfterAFailureAndReturnsTheLastCode) {
   findBothDevices(driver_);
   driver_.expect(readsState(0, LS_SHOWTIME).failingAt(1, EIO) + readsState(1, LS_SHOWTIME) +
                  writesWord(1, kReinit, 0));
@@ -134,7 +137,7 @@ TEST_F(ResetLines, GoesOnBehindAFailureAndAnswersTheLast) {
   EXPECT_EQ(QVR_resetLines(), QVR_E_MEMWRITE_ERROR);
 }
 
-TEST_F(ResetLines, DevicesThatAreCountedTwiceHaveNoMoreLines) {
+TEST_F(ResetLines, ResetsEachLineOnceWhenDevicesAreCountedTwice) {
   findBothDevices(driver_);
   driver_.expect(closes(0) + closes(1));
   clearDeviceTable();
@@ -146,7 +149,7 @@ TEST_F(ResetLines, DevicesThatAreCountedTwiceHaveNoMoreLines) {
   EXPECT_EQ(QVR_resetLines(), QVR_E_STATUS_OK);
 }
 
-TEST_F(ResetLine, ALineOutOfRangeIsAnAssertion) {
+TEST_F(ResetLine, AssertsOnAnUnknownLine) {
   EXPECT_ASSERTION(QVR_resetLine(2), asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
   EXPECT_ASSERTION(QVR_activateLine(-1, TRUE), asserts(200, "Invalid Line Identifier", -1, "../qvrline"));
 }
@@ -161,12 +164,12 @@ TEST_F(ActivateLine, DeactivatingAlsoDropsTheRunningLink) {
   EXPECT_EQ(QVR_activateLine(1, FALSE), QVR_E_STATUS_OK);
 }
 
-TEST_F(ActivateLine, WhatIsNotTrueDeactivates) {
+TEST_F(ActivateLine, DeactivatesForAnyValueButTrue) {
   driver_.expect(writes(1, kProvision, {0, 0, 0, 0}) + writes(1, kReinit, {0, 0, 0, 0}));
   EXPECT_EQ(QVR_activateLine(1, 2), QVR_E_STATUS_OK);
 }
 
-TEST_F(ActivateLine, AnswersTheLastWrite) {
+TEST_F(ActivateLine, ReturnsTheCodeOfTheLastWrite) {
   driver_.expect(writesWord(0, kProvision, 0).fails(EIO) + writesWord(0, kReinit, 0) +
                  writesWord(0, kProvision, 0) + writesWord(0, kReinit, 0).fails(EIO) +
                  writesWord(0, kProvision, 1).fails(EIO));

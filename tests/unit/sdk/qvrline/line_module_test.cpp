@@ -1,11 +1,16 @@
-// The line module's start, and what it does when the chips speak.
-#include "qvrline/line_module.h"
-#include "chip/device_information.h"
+// The start of the line module, and its reaction to events of the chips.
+#include <gmock/gmock.h>
 
+#include "chip/device_information.h"
 #include "qvrdev/callbacks.h"
 #include "qvrdev/device_events.h"
+#include "qvrline/line_module.h"
+#include "qvrline/line_table.h"
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/expected_requests.h"
+#include "support/records.h"
 #include "support/test_clock.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
 
 using namespace gfast;
 
@@ -25,7 +30,7 @@ Script readsCounters(int device, uint32_t first) {
   return reads(device, kPerformanceMonitoring, countingWords(156, first));
 }
 
-// The counters of a line are those that a device counted at one moment.
+// Both snapshots of the line's counters are this block.
 void expectCountersAre(QVR_lineId_t line, uint32_t first) {
   const QVR_intervalCounterDB_t counters = QVR_lineDescriptorForLine(line).counters;
   expectCountingWords(counters.curr15minSnapshot, first);
@@ -78,14 +83,14 @@ TEST_F(LineModule, BuildsTheTableFromTheDevicesThatAnswer) {
   expectCountersAre(1, 2000);
 }
 
-TEST_F(LineModule, StartedAgainTouchesNoDevice) {
+TEST_F(LineModule, MakesNoRequestWhenStartedAgain) {
   startBothLines();
   EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_initLineModule(TRUE), QVR_E_STATUS_OK);
   EXPECT_EQ(numberOfLines(), 2U);
 }
 
-TEST_F(LineModule, WithoutDevice1ItsLineStaysZero) {
+TEST_F(LineModule, LeavesTheLineOfAMissingDevice1Zero) {
   startDevices(opens(1).fails(ENOENT));
   driver_.expect(readsFraming(0, 100) + readsCounters(0, 1000));
   EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_STATUS_OK);
@@ -95,7 +100,7 @@ TEST_F(LineModule, WithoutDevice1ItsLineStaysZero) {
   EXPECT_EQ(QVR_int2log(1), 1);
 }
 
-TEST_F(LineModule, WithoutDevice0TheLineOfDevice1KeepsItsNumber) {
+TEST_F(LineModule, KeepsTheLineNumberOfDevice1WithoutDevice0) {
   startBothDevices();
   ASSERT_EQ(QVR_initDeviceModule(FALSE), QVR_E_STATUS_OK);
   driver_.expect(closes(0) + closes(1) + rediscovers() + opens(0).fails(ENOENT) + opens(1) +
@@ -116,14 +121,14 @@ TEST_F(LineModule, WithoutDevice0TheLineOfDevice1KeepsItsNumber) {
   EXPECT_EQ(line1.phyParams.firstTone, 202U);
 }
 
-TEST_F(LineModule, WithoutDevicesThereIsNoStart) {
+TEST_F(LineModule, FailsWithoutDevices) {
   driver_.expect(opens(0).fails(ENOENT));
   EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_ERROR);
   EXPECT_EQ(numberOfLines(), 0U);
   startBothLines();
 }
 
-TEST_F(LineModule, WaitsForDevice0WhenToldTo) {
+TEST_F(LineModule, WaitsForDevice0WhenAsked) {
   driver_.expect(opens(0).fails(ENOENT).times(2));
   startBothDevices();
   driver_.expect(readsFraming(0, 0).fails(EIO) + readsFraming(1, 0).fails(EIO));
@@ -131,7 +136,7 @@ TEST_F(LineModule, WaitsForDevice0WhenToldTo) {
   EXPECT_EQ(testClock().sleeps().size(), 2U);
 }
 
-TEST_F(LineModule, ALineWhoseFramingCannotBeReadIsALineAllTheSame) {
+TEST_F(LineModule, EntersALineWhoseFramingCannotBeRead) {
   startBothDevices();
   driver_.expect(readsFraming(0, 100).fails(EIO) + readsFraming(1, 200) + readsCounters(1, 2000));
   EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_STATUS_OK);
@@ -143,7 +148,7 @@ TEST_F(LineModule, ALineWhoseFramingCannotBeReadIsALineAllTheSame) {
   expectCountersAre(1, 2000);
 }
 
-TEST_F(LineModule, ALineWhoseCountersCannotBeReadStartsFromZero) {
+TEST_F(LineModule, StartsFromZeroWhenTheCountersCannotBeRead) {
   startBothDevices();
   driver_.expect(readsFraming(0, 100) + readsCounters(0, 1000).fails(EIO) + readsFraming(1, 200) +
                  readsCounters(1, 2000));
@@ -152,7 +157,7 @@ TEST_F(LineModule, ALineWhoseCountersCannotBeReadStartsFromZero) {
   EXPECT_TRUE(isZero(QVR_lineDescriptorForLine(0).counters));
 }
 
-TEST_F(LineModule, NeedsOneOfTheTwoQuarterHourSlots) {
+TEST_F(LineModule, FailsWithoutAFreeQuarterHourSlot) {
   const auto ignore = [](time_t) {};
   ASSERT_EQ(QVR_register15minCounterEventCB(-1, ignore), 0);
   ASSERT_EQ(QVR_register15minCounterEventCB(-1, ignore), 1);
@@ -171,7 +176,7 @@ TEST_F(LineModule, NeedsOneOfTheTwoQuarterHourSlots) {
   EXPECT_EQ(QVR_register15minCounterEventCB(-1, ignore), -1);
 }
 
-// What the observer was told, and how the line was framed at that moment.
+// One call of the observer, and the line's framing at that moment.
 struct Transition {
   QVR_lineId_t line;
   G9701_linkState_t before;
@@ -202,7 +207,7 @@ void drainEvents(int device) {
   QVR_handleAlarm(ExpectedRequests::descriptorOf(device), device);
 }
 
-TEST_F(LineModule, ShowtimeIsToldToTheObserverAndThenTheFramingIsRead) {
+TEST_F(LineModule, ShowtimeCallsTheObserverThenReadsTheFraming) {
   startBothLines();
   QVR_registerlinkStateChangeCB(observe, LS_SHOWTIME);
   driver_.expect(readsEvent(1, linkStatusEvent(LS_INIT_TRAIN, LS_SHOWTIME)) + readsFraming(1, 500) +
@@ -215,7 +220,7 @@ TEST_F(LineModule, ShowtimeIsToldToTheObserverAndThenTheFramingIsRead) {
   expectCountersAre(1, 2000);
 }
 
-TEST_F(LineModule, LeavingShowtimeIsOnlyToldToTheObserver) {
+TEST_F(LineModule, LeavingShowtimeOnlyCallsTheObserver) {
   startBothLines();
   QVR_registerlinkStateChangeCB(observe, LS_SHOWTIME);
   driver_.expect(readsEvent(0, linkStatusEvent(LS_SHOWTIME, LS_IDLE)) + readsEvent(0, {}));
@@ -224,7 +229,7 @@ TEST_F(LineModule, LeavingShowtimeIsOnlyToldToTheObserver) {
   EXPECT_EQ(QVR_lineDescriptorForLine(0).phyParams.firstTone, 102U);
 }
 
-TEST_F(LineModule, TheObserverSeesEveryTransitionWhateverItsMask) {
+TEST_F(LineModule, ObserverSeesEveryTransitionWhateverItsMask) {
   startBothLines();
   QVR_registerlinkStateChangeCB(observe, LS_IDLE);
   for (uint32_t state = LS_SELFTEST; state < LS_SHOWTIME; state++) {
@@ -234,14 +239,14 @@ TEST_F(LineModule, TheObserverSeesEveryTransitionWhateverItsMask) {
   EXPECT_EQ(observed().size(), 6U);
 }
 
-TEST_F(LineModule, AFramingThatCannotBeReadLeavesTheOneBefore) {
+TEST_F(LineModule, KeepsTheFramingWhenTheNewOneCannotBeRead) {
   startBothLines();
   driver_.expect(readsFraming(0, 500).fails(EIO));
   QVR_linkStateChangeEventHandler(0, LS_INIT_TRAIN, LS_SHOWTIME);
   EXPECT_EQ(QVR_lineDescriptorForLine(0).phyParams.firstTone, 102U);
 }
 
-TEST_F(LineModule, WithoutAnObserverTheFramingIsReadAllTheSame) {
+TEST_F(LineModule, ReadsTheFramingWithoutAnObserver) {
   startBothLines();
   QVR_registerlinkStateChangeCB(observe, LS_SHOWTIME);
   QVR_registerlinkStateChangeCB(nullptr, LS_SHOWTIME);
@@ -251,7 +256,7 @@ TEST_F(LineModule, WithoutAnObserverTheFramingIsReadAllTheSame) {
   EXPECT_EQ(QVR_lineDescriptorForLine(0).phyParams.firstTone, 502U);
 }
 
-TEST_F(LineModule, ALaterObserverReplacesTheOneBefore) {
+TEST_F(LineModule, LaterObserverReplacesTheEarlierOne) {
   startBothLines();
   QVR_registerlinkStateChangeCB([](QVR_lineId_t, G9701_linkState_t, G9701_linkState_t) { FAIL(); },
                                 LS_SHOWTIME);
@@ -260,7 +265,7 @@ TEST_F(LineModule, ALaterObserverReplacesTheOneBefore) {
   EXPECT_THAT(observed(), ElementsAre(Transition{1, LS_IDLE, LS_SILENT, 202}));
 }
 
-TEST_F(LineModule, AtARebootFramingAndCountersStartAfreshBeforeAnyoneIsTold) {
+TEST_F(LineModule, RebootReadsFramingAndCountersBeforeTheCallback) {
   startBothLines();
   QVR_registerRebootEventCB([] { observe(0, LS_SELFTEST, LS_SELFTEST); });
   driver_.expect(readsFraming(0, 500) + readsCounters(0, 5000) + readsFraming(1, 600) +
@@ -272,7 +277,7 @@ TEST_F(LineModule, AtARebootFramingAndCountersStartAfreshBeforeAnyoneIsTold) {
   expectCountersAre(1, 6000);
 }
 
-TEST_F(LineModule, AtARebootALineThatCannotBeReadStaysAsItWas) {
+TEST_F(LineModule, RebootKeepsALineWhoseFramingCannotBeRead) {
   startBothLines();
   driver_.expect(readsFraming(0, 500).fails(EIO) + readsFraming(1, 600) + readsCounters(1, 0).fails(EIO));
   QVR_rebootNotificationHandler();
@@ -303,7 +308,7 @@ class TrainsDuringStart final : public Driver {
   uint32_t framing_ = 100;
 };
 
-TEST(LineModuleStart, ALineThatReachesShowtimeMeanwhileIsNotMissed) {
+TEST(LineModuleStart, ReadsTheFramingOfALineThatReachesShowtimeMeanwhile) {
   testClock();
   static TrainsDuringStart chips;
   installDriver(chips);
@@ -311,46 +316,6 @@ TEST(LineModuleStart, ALineThatReachesShowtimeMeanwhileIsNotMissed) {
   EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_STATUS_OK);
   EXPECT_THAT(observed(), ElementsAre(Transition{0, LS_INIT_TRAIN, LS_SHOWTIME, 102}));
   EXPECT_EQ(QVR_lineDescriptorForLine(0).phyParams.firstTone, 902U);
-}
-
-TEST_F(LineModule, TheWholeLibraryStartsInOneCallOnce) {
-  driver_.expect(opens(0).fails(ENOENT));
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_ERROR);
-  startBothDevices();
-  driver_.expect(readsFraming(0, 100) + readsCounters(0, 1000) + readsFraming(1, 200) +
-                 readsCounters(1, 2000) + startsParameters());
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_initLineModule(FALSE), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_reInitFastModule(), QVR_E_STATUS_OK);
-}
-
-// Each request for the parameters fails in turn.
-TEST_F(LineModule, WithoutDictionaryTheLibraryDoesNotStartAndDoesNotAskForItAgain) {
-  startBothLines();
-  driver_.expect(startsParameters().failingAt(0, EIO));
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
-}
-
-TEST_F(LineModule, WithoutTheEntriesOfTheDictionaryTheLibraryDoesNotStart) {
-  startBothLines();
-  driver_.expect(startsParameters().failingAt(1, EIO));
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
-}
-
-TEST_F(LineModule, ParametersThatCannotBeReadAreReadByTheNextStart) {
-  startBothLines();
-  driver_.expect(startsParameters().failingAt(2, EIO));
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_MEMREAD_ERROR);
-  driver_.expect(reads(0, kArea, Bytes(8)));
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_initFastModule(FALSE), QVR_E_STATUS_OK);
-}
-
-TEST_F(LineModule, ItsRevisionIsAFixedText) {
-  EXPECT_STREQ(QVR_versionIdent(), "$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// What is received and sent by subcarrier: where each value lies, what it stands for, at both ends.
-#include "unit/sdk/qvrline/tones.h"
+// What is received and sent on each subcarrier at both ends: addresses, units, special values.
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
@@ -56,7 +56,7 @@ class RxSignal : public ToneTest {
   QVR_AFE_PARAMS_t afe_{-1, 99};
 };
 
-TEST_F(RxSignal, IsTheInverseOfTheCoefficientsPowerBehindTheGain) {
+TEST_F(RxSignal, IsTheInverseCoefficientPowerMinusTheGain) {
   for (const Reception& reception : kReceptions) {
     for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
       SCOPED_TRACE(reception.name);
@@ -78,7 +78,7 @@ TEST_F(RxSignal, IsTheInverseOfTheCoefficientsPowerBehindTheGain) {
   EXPECT_EQ(filled(feq_), 5U);
 }
 
-TEST_F(RxSignal, IsCalibratedForTheReceivePathOfItsMode) {
+TEST_F(RxSignal, IsCalibratedForTheReceivePathOfEachMode) {
   // What a subcarrier of 104.7 MHz loses in the receive path, and one of 0 Hz.
   driver_.expect(readsOnes(false, 0, 0, 2048, 7, 1) + readsOnes(false, 0, 0, 2048, 7, 0));
   EXPECT_EQ(QVR_readRxSignal(0, feq_.data(), calibrated_.data(), &afe_), QVR_E_STATUS_OK);
@@ -93,14 +93,14 @@ TEST_F(RxSignal, IsCalibratedForTheReceivePathOfItsMode) {
   EXPECT_NEAR(calibrated_[2047], 2.3971567178839215 - 7 + kAceOff, 1e-12);
 }
 
-TEST_F(RxSignal, IsCalibratedBySubcarrierNotByEntry) {
+TEST_F(RxSignal, CalibrationDependsOnTheSubcarrierNotTheEntry) {
   driver_.expect(readsOnes(false, 0, 1024, 4, 0, 0));
   EXPECT_EQ(QVR_readRxSignal(0, nullptr, calibrated_.data(), nullptr), QVR_E_STATUS_OK);
   EXPECT_NEAR(calibrated_[0], 0.7498377489498043 + kAceOff, 1e-12);
   EXPECT_EQ(filled(calibrated_), 4U);
 }
 
-TEST_F(RxSignal, GivesEachOutputThatIsWanted) {
+TEST_F(RxSignal, FillsOnlyTheOutputsThatAreGiven) {
   for (const Reception& reception : kReceptions) {
     for (unsigned wanted = 0; wanted < 8; wanted++) {
       SCOPED_TRACE(wanted);
@@ -119,14 +119,14 @@ TEST_F(RxSignal, GivesEachOutputThatIsWanted) {
   }
 }
 
-TEST_F(RxSignal, OfAnEqualiserOfZeroIsFinite) {
+TEST_F(RxSignal, IsFiniteForCoefficientsOfZero) {
   driver_.expect(findsTones(0, 100, 2) + readsEqualiser(false, 0, Bytes(8), {0x80, 0x7F}, 0, 0));
   EXPECT_EQ(QVR_readRxSignal(0, feq_.data(), nullptr, nullptr), QVR_E_STATUS_OK);
   EXPECT_DOUBLE_EQ(feq_[0], 200 + kAceOff);
   EXPECT_DOUBLE_EQ(feq_[1], 200 + kAceOff);
 }
 
-TEST_F(RxSignal, OfExtremeCoefficientsIsFinite) {
+TEST_F(RxSignal, IsFiniteForExtremeCoefficients) {
   const Bytes extremes = littleEndian16({0x8000, 0x8000, 0x8000, 0x8000});
   driver_.expect(findsTones(0, 100, 2) + readsEqualiser(false, 0, extremes, {0x80, 0x7F}, 63, 1));
   EXPECT_EQ(QVR_readRxSignal(0, feq_.data(), calibrated_.data(), nullptr), QVR_E_STATUS_OK);
@@ -134,7 +134,7 @@ TEST_F(RxSignal, OfExtremeCoefficientsIsFinite) {
   EXPECT_TRUE(std::isfinite(feq_[1]) && std::isfinite(calibrated_[1]));
 }
 
-TEST_F(RxSignal, OfAnOddNumberOfSubcarriersIsReadInEvenLengths) {
+TEST_F(RxSignal, ReadsEvenLengthsForAnOddNumberOfSubcarriers) {
   const Script script = readsOnes(false, 0, 43, 1929, 0, 0);
   // 7716 bytes of mantissas, 1930 of exponents
   EXPECT_EQ(script.size(), 3U + 1 + 9 + 3 + 1 + 1);
@@ -147,7 +147,7 @@ TEST_F(RxSignal, OfAnOddNumberOfSubcarriersIsReadInEvenLengths) {
   EXPECT_EQ(QVR_readFarEndRxSignal(0, feq_.data(), nullptr, nullptr), QVR_E_STATUS_OK);
 }
 
-TEST_F(RxSignal, PastTheGridIsNotAskedFor) {
+TEST_F(RxSignal, ReadsNothingPastTheGrid) {
   for (const Reception& reception : kReceptions) {
     driver_.expect(findsTones(0, 2047, 0xFFFFFFFF) +
                    readsEqualiser(reception.far, 0, ones(1), evenExponents(1), 0, 0));
@@ -161,7 +161,7 @@ TEST_F(RxSignal, PastTheGridIsNotAskedFor) {
   }
 }
 
-TEST_F(RxSignal, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(RxSignal, FailsAndFillsNothingWhenAnyRequestFails) {
   for (const Reception& reception : kReceptions) {
     SCOPED_TRACE(reception.name);
     expectEachFailureAnswered([&] { return readsOnes(reception.far, 1, 43, 600, 23, 1); },
@@ -174,7 +174,7 @@ TEST_F(RxSignal, EachRequestThatFailsIsAnsweredAndFillsNothing) {
   }
 }
 
-TEST_F(RxSignal, OfALineThatIsDownOrHasNoDeviceAsksNoFurther) {
+TEST_F(RxSignal, FailsForALineThatIsDownOrHasNoDevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const Reception& reception : kReceptions) {
     driver_.expect(readsIdentity(0, chipWithLine(LS_INIT_HS)));
@@ -209,7 +209,7 @@ class TxSignal : public ToneTest {
   std::vector<double> values_ = table();
 };
 
-TEST_F(TxSignal, IsInHundredthsOfADecibelAndNoNumberWhereNothingIsSent) {
+TEST_F(TxSignal, IsInHundredthsOfADecibelAndNaNWhereNothingIsSent) {
   for (const Transmission& transmission : {kTransmissions[0], kTransmissions[1]}) {
     for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
       SCOPED_TRACE(transmission.name);
@@ -241,7 +241,7 @@ TEST_F(TxSignal, AmplitudesHave14FractionalBitsAndNoSign) {
   EXPECT_EQ(filled(values_), 4U);
 }
 
-TEST_F(TxSignal, OfTheWholeGridTakesTheFewestRequests) {
+TEST_F(TxSignal, WholeGridTakesTheFewestRequests) {
   for (const Transmission& transmission : kTransmissions) {
     SCOPED_TRACE(transmission.name);
     const Script script = readsValues(transmission, 0, 0, Bytes(4096, 1));
@@ -252,7 +252,7 @@ TEST_F(TxSignal, OfTheWholeGridTakesTheFewestRequests) {
   }
 }
 
-TEST_F(TxSignal, PastTheGridIsNotAskedFor) {
+TEST_F(TxSignal, ReadsNothingPastTheGrid) {
   for (const Transmission& transmission : kTransmissions) {
     SCOPED_TRACE(transmission.name);
     values_ = table();
@@ -264,7 +264,7 @@ TEST_F(TxSignal, PastTheGridIsNotAskedFor) {
   }
 }
 
-TEST_F(TxSignal, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(TxSignal, FailsAndFillsNothingWhenAnyRequestFails) {
   for (const Transmission& transmission : kTransmissions) {
     SCOPED_TRACE(transmission.name);
     expectEachFailureAnswered([&] { return readsValues(transmission, 1, 43, Bytes(2000)); },
@@ -276,7 +276,7 @@ TEST_F(TxSignal, EachRequestThatFailsIsAnsweredAndFillsNothing) {
   }
 }
 
-TEST_F(TxSignal, OfALineThatIsDownOrHasNoDeviceAsksNoFurther) {
+TEST_F(TxSignal, FailsForALineThatIsDownOrHasNoDevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const Transmission& transmission : kTransmissions) {
     driver_.expect(readsIdentity(0, chipWithLine(LS_DEACTIVATING2)));

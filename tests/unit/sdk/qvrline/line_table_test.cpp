@@ -1,9 +1,11 @@
-// The table of lines: what it holds, what it hands out, whose questions it ends in an assertion.
+// The table of lines: what it holds and returns, and which line ids end in an assertion.
 #include <atomic>
 #include <cstring>
 #include <thread>
 
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/lines.h"
+#include "support/records.h"
 
 using namespace gfast;
 
@@ -29,7 +31,7 @@ TEST(LineTable, IsZeroBeforeItIsBuilt) {
   EXPECT_EQ(numberOfLines(), 0U);
 }
 
-TEST(LineTable, HoldsWhatCarriesALine) {
+TEST(LineTable, HoldsDeviceIndexAndSideOfALine) {
   addLine(1, 1, 0, TRUE);
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(1);
   EXPECT_EQ(line.deviceId, 1);
@@ -41,7 +43,7 @@ TEST(LineTable, HoldsWhatCarriesALine) {
   EXPECT_EQ(numberOfLines(), 1U);
 }
 
-TEST(LineTable, ALineOutOfRangeIsAnAssertion) {
+TEST(LineTable, AssertsOnAnUnknownLine) {
   for (const QVR_lineId_t line : {2, -1, 256, INT32_MIN}) {
     const auto report = asserts(200, "Invalid Line Identifier", line, "../qvrline");
     EXPECT_ASSERTION(QVR_lineDescriptorForLine(line), report);
@@ -49,7 +51,7 @@ TEST(LineTable, ALineOutOfRangeIsAnAssertion) {
   }
 }
 
-TEST(LineTable, ADescriptorIsACopyThatLaterChangesDoNotReach) {
+TEST(LineTable, DescriptorIsACopy) {
   enterBothLines();
   const QVR_lineDescriptor_t before = QVR_lineDescriptorForLine(0);
   storeFraming(0, countingFraming(100));
@@ -57,7 +59,7 @@ TEST(LineTable, ADescriptorIsACopyThatLaterChangesDoNotReach) {
   EXPECT_EQ(QVR_lineDescriptorForLine(0).phyParams.firstTone, 102U);
 }
 
-TEST(LineTable, TakesTheFramingThatCalculationsReadAndLeavesTheRest) {
+TEST(LineTable, StoreFramingChangesTheFramingOnly) {
   enterBothLines();
   storeFraming(0, countingFraming(100));
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(0);
@@ -76,7 +78,7 @@ TEST(LineTable, TakesTheFramingThatCalculationsReadAndLeavesTheRest) {
   EXPECT_EQ(QVR_lineDescriptorForLine(1).phyParams.firstTone, 0U);
 }
 
-TEST(LineTable, TheLatestCountersLeaveTheStartOfTheQuarterHour) {
+TEST(LineTable, StoreLatestCountersKeepsTheStartOfTheQuarterHour) {
   QVR_intervalCounterDB_t counters{};
   counters.curr15minSnapshot.ne.ES = 1;
   counters.prev15minSnapshot.ne.ES = 2;
@@ -89,12 +91,12 @@ TEST(LineTable, TheLatestCountersLeaveTheStartOfTheQuarterHour) {
   EXPECT_TRUE(isZero(QVR_lineDescriptorForLine(0).counters));
 }
 
-TEST(LineNumbers, LogicalOnesArePositionsInTheTable) {
+TEST(LineNumbers, LogicalNumbersAreTablePositions) {
   EXPECT_EQ(QVR_log2int(0), 0);
   EXPECT_EQ(QVR_log2int(1), 1);
 }
 
-TEST(LineNumbers, InternalOnesAreAllLine0UntilTheTableIsBuilt) {
+TEST(LineNumbers, InternalNumbersMeanLine0UntilTheTableIsBuilt) {
   EXPECT_EQ(QVR_int2log(0), 0);
   EXPECT_EQ(QVR_int2log(1), 0);
   buildLineNumberMap();

@@ -1,8 +1,7 @@
-// Medley sets: which of the two is read, and what a chip may say of their bands.
+// Medley sets: which of the two is read, and which bands it may have.
 #include "qvrline/medley_set.h"
 
-#include "qvrline/phy_params.h"
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
@@ -10,7 +9,7 @@ namespace {
 
 class MedleySets : public ToneTest {
  protected:
-  // Reads the set of line 0 that the chip transmits on, answered so.
+  // Reads the set that the chip of line 0 transmits on; this is the answer.
   QVR_retval_t readAnswered(const Bytes& answer) {
     driver_.expect(reads(0, kSentSet, answer));
     return QVR_getMedleySetLUT(QVR_lineDescriptorForLine(0), FALSE, &set_, table_);
@@ -35,7 +34,7 @@ class MedleySets : public ToneTest {
   QVR_medleySetLUT_t table_ = {};
 };
 
-TEST_F(MedleySets, AreTheOneTheChipTransmitsOnWhenTheDirectionIsNotItsSide) {
+TEST_F(MedleySets, DependOnSideAndDirection) {
   struct Case {
     QVR_lineId_t line;
     BOOL isUpstream;
@@ -56,7 +55,7 @@ TEST_F(MedleySets, AreTheOneTheChipTransmitsOnWhenTheDirectionIsNotItsSide) {
   }
 }
 
-TEST_F(MedleySets, OfALineThatIsNotTheFirstOfItsDeviceLieElsewhere) {
+TEST_F(MedleySets, AddressDependsOnTheLineIndex) {
   addLine(0, 0, 3, TRUE);
   driver_.expect(reads(0, 0xE6300000, medleySet({})) + reads(0, 0xE6380000, medleySet({})));
   EXPECT_EQ(QVR_getMedleySetLUT(QVR_lineDescriptorForLine(0), TRUE, &set_, table_), QVR_E_STATUS_OK);
@@ -80,13 +79,13 @@ TEST_F(MedleySets, AreLittleEndianRecords) {
   EXPECT_EQ(bandsOfTable(), (std::vector<Band>{{0x0234, 0x0401}}));
 }
 
-TEST_F(MedleySets, ReplaceWhatTheTableHeld) {
+TEST_F(MedleySets, ReplaceTheTable) {
   std::fill_n(table_, QVR_MAX_NUMBER_OF_TONES, BOOL{TRUE});
   EXPECT_EQ(readAnswered(medleySet({{0, 0}, {43, 44}, {2047, 2047}})), QVR_E_STATUS_OK);
   EXPECT_EQ(bandsOfTable(), (std::vector<Band>{{0, 0}, {43, 44}, {2047, 2047}}));
 }
 
-TEST_F(MedleySets, MayHave31BandsAndNoMore) {
+TEST_F(MedleySets, HaveAtMost31Bands) {
   std::vector<Band> bands;
   for (uint16_t i = 0; i < 31; i++) {
     bands.push_back({static_cast<uint16_t>(i * 60), static_cast<uint16_t>(i * 60 + 10)});
@@ -99,12 +98,12 @@ TEST_F(MedleySets, MayHave31BandsAndNoMore) {
   }
 }
 
-TEST_F(MedleySets, BandsBehindTheirNumberDoNotCount) {
+TEST_F(MedleySets, IgnoreBandsBeyondTheirNumber) {
   EXPECT_EQ(readAnswered(medleySet({{5, 6}, {0, 0xFFFF}}, 1)), QVR_E_STATUS_OK);
   EXPECT_EQ(bandsOfTable(), (std::vector<Band>{{5, 6}}));
 }
 
-TEST_F(MedleySets, ABandPastTheGridIsAnErrorThatKeepsWhatWasMarked) {
+TEST_F(MedleySets, FailForABandPastTheGridAndKeepWhatWasMarked) {
   for (const Band& band : {Band{2040, 2048}, Band{2040, 0xFFFF}}) {
     EXPECT_EQ(readAnswered(medleySet({{5, 6}, band, {7, 8}})), QVR_E_ERROR);
     EXPECT_EQ(bandsOfTable(), (std::vector<Band>{{5, 6}, {2040, 2047}}));
@@ -114,12 +113,12 @@ TEST_F(MedleySets, ABandPastTheGridIsAnErrorThatKeepsWhatWasMarked) {
   EXPECT_EQ(readAnswered(medleySet({{0xFFFF, 0xFFFF}})), QVR_E_ERROR);
 }
 
-TEST_F(MedleySets, ABandThatEndsBeforeItBeginsHasNoSubcarriers) {
+TEST_F(MedleySets, BandThatEndsBeforeItBeginsHasNoSubcarriers) {
   EXPECT_EQ(readAnswered(medleySet({{200, 100}, {0xFFFF, 0}, {7, 8}})), QVR_E_STATUS_OK);
   EXPECT_EQ(bandsOfTable(), (std::vector<Band>{{7, 8}}));
 }
 
-TEST_F(MedleySets, AFailedReadIsAnsweredAndFillsNothing) {
+TEST_F(MedleySets, FailAndFillNothingWhenTheReadFails) {
   table_[9] = TRUE;
   set_.numBands = 77;
   driver_.expect(reads(0, kSentSet, medleySet({{1, 2}})).fails(EIO));
@@ -145,7 +144,7 @@ TEST_F(MedleySets, HaveALowestAndAHighestSubcarrier) {
   EXPECT_EQ(QVR_findHighestSubcarrierInMedleySet(table, 0), 0U);
 }
 
-TEST_F(MedleySets, SpanWhatLiesBetweenAndNothingWhenEmpty) {
+TEST_F(MedleySets, SpanFromTheLowestToTheHighestSubcarrier) {
   MedleySet set;
   driver_.expect(reads(0, kSentSet, medleySet({{100, 110}, {190, 200}})) + reads(0, kSentSet, medleySet({})) +
                  reads(0, kSentSet, medleySet({{0, 0}})) + reads(0, kSentSet, medleySet({{0, 2047}})));
@@ -162,7 +161,7 @@ TEST_F(MedleySets, SpanWhatLiesBetweenAndNothingWhenEmpty) {
   EXPECT_EQ(set.span(), 2048U);
 }
 
-TEST_F(MedleySets, OfALineAreAskedForByWhatItsChipDoesWithThem) {
+TEST_F(MedleySets, OfALineAreReadForSendingAndReceiving) {
   for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
     driver_.expect(reads(line, kSentSet, medleySet({{43, 99}})) +
                    reads(line, kReceivedSet, medleySet({{50, 60}, {70, 80}})));
@@ -175,7 +174,7 @@ TEST_F(MedleySets, OfALineAreAskedForByWhatItsChipDoesWithThem) {
   }
 }
 
-TEST_F(MedleySets, OfALineThatCannotBeReadOrCannotBeAreAnsweredSo) {
+TEST_F(MedleySets, OfALineFailWhenUnreadableOrImpossible) {
   driver_.expect(reads(0, kSentSet, medleySet({})).fails(EIO) + reads(0, kSentSet, medleySet({}, 32)) +
                  reads(0, kSentSet, medleySet({{2048, 2048}})));
   EXPECT_EQ(QVR_getMedleySet(0, TRUE, &set_), QVR_E_MEMREAD_ERROR);
@@ -185,78 +184,6 @@ TEST_F(MedleySets, OfALineThatCannotBeReadOrCannotBeAreAnsweredSo) {
   EXPECT_EQ(QVR_getMedleySet(1, TRUE, &set_), QVR_E_NO_DEVICE_FOR_LINE);
   EXPECT_ASSERTION(QVR_getMedleySet(2, TRUE, &set_),
                    asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
-}
-
-using PhyParams = ToneTest;
-
-TEST_F(PhyParams, AreReadAnewAndKeptByTheLine) {
-  QVR_linePhyParams_t params{};
-  for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
-    driver_.expect(reads(line, 0xE2400000, framing(43, 1929)));
-    EXPECT_EQ(QVR_getLinePhyParams(line, &params), QVR_E_STATUS_OK);
-    EXPECT_EQ(params.firstTone, 43U);
-    EXPECT_EQ(params.numProcessedTones, 1929U);
-    EXPECT_EQ(QVR_lineDescriptorForLine(line).phyParams.numProcessedTones, 1929U);
-  }
-}
-
-TEST_F(PhyParams, LeaveTheLinesCountersAlone) {
-  QVR_intervalCounterDB_t counters{};
-  counters.prev15minSnapshot.ne.ES = 5;
-  storeCounters(0, counters);
-  QVR_linePhyParams_t params{};
-  driver_.expect(reads(0, 0xE2400000, framing(43, 1929)));
-  EXPECT_EQ(QVR_getLinePhyParams(0, &params), QVR_E_STATUS_OK);
-  EXPECT_EQ(QVR_lineDescriptorForLine(0).counters.prev15minSnapshot.ne.ES, 5U);
-}
-
-TEST_F(PhyParams, DoNotCountSubcarriersPastTheGrid) {
-  struct Case {
-    QVR_linePhyParams_t said;
-    uint32_t counted;
-  };
-  const Case cases[] = {
-      {{0, 2048}, 2048},        {{0, 2049}, 2048}, {{43, 2005}, 2005},   {{43, 2006}, 2005},
-      {{2047, 1}, 1},           {{2047, 9}, 1},    {{2048, 1}, 0},       {{0xFFFFFFFF, 0xFFFFFFFF}, 0},
-      {{43, 0xFFFFFFFF}, 2005}, {{43, 0}, 0},      {{0x80000000, 8}, 0},
-  };
-  for (const Case& each : cases) {
-    QVR_linePhyParams_t params{};
-    driver_.expect(reads(0, 0xE2400000, framing(each.said.firstTone, each.said.numProcessedTones)));
-    EXPECT_EQ(QVR_getLinePhyParams(0, &params), QVR_E_STATUS_OK);
-    EXPECT_EQ(params.firstTone, each.said.firstTone);
-    EXPECT_EQ(params.numProcessedTones, each.counted) << each.said.firstTone;
-  }
-}
-
-TEST_F(PhyParams, AFailedReadIsAnsweredAndFillsNothing) {
-  QVR_linePhyParams_t params{1, 2};
-  driver_.expect(reads(0, 0xE2400000, framing(43, 1929)).fails(EIO));
-  EXPECT_EQ(QVR_getLinePhyParams(0, &params), QVR_E_MEMREAD_ERROR);
-  EXPECT_EQ(params.firstTone, 1U);
-  EXPECT_EQ(params.numProcessedTones, 2U);
-  addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
-  EXPECT_EQ(QVR_getLinePhyParams(1, &params), QVR_E_NO_DEVICE_FOR_LINE);
-  EXPECT_ASSERTION(QVR_getLinePhyParams(2, &params),
-                   asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
-}
-
-TEST_F(MedleySets, OfALineAreAskedForBySendingAndReceiving) {
-  for (const QVR_lineId_t line : {kNetworkSide, kSubscriberSide}) {
-    driver_.expect(reads(line, kSentSet, medleySet({{100, 200}})) +
-                   reads(line, kReceivedSet, medleySet({{300, 400}, {500, 600}})));
-    EXPECT_EQ(QVR_getMedleySet(line, TRUE, &set_), QVR_E_STATUS_OK);
-    EXPECT_EQ(set_.numBands, 1);
-    EXPECT_EQ(set_.bands[0].firstSubCarrier, 100);
-    EXPECT_EQ(QVR_getMedleySet(line, FALSE, &set_), QVR_E_STATUS_OK);
-    EXPECT_EQ(set_.numBands, 2);
-    EXPECT_EQ(set_.bands[1].lastSubCarrier, 600);
-    driver_.expect(reads(line, kSentSet, medleySet({})).fails(EIO));
-    EXPECT_EQ(QVR_getMedleySet(line, TRUE, &set_), QVR_E_MEMREAD_ERROR);
-    driver_.verify();
-  }
-  addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
-  EXPECT_EQ(QVR_getMedleySet(1, TRUE, &set_), QVR_E_NO_DEVICE_FOR_LINE);
 }
 
 }  // namespace

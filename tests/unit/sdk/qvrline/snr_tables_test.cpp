@@ -1,10 +1,11 @@
-// SNR by subcarrier: noise energies at the near end, seen through a window; what the far end answers, block
-// by block.
+// SNR of each subcarrier: noise energies at the near end, read through a window; answers of the far end,
+// block by block.
 
 #include "chip/registers.h"
-#include "unit/sdk/qvrline/tones.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 #include <gfast_api.h>
+#include <cstring>
 
 using namespace gfast;
 
@@ -12,7 +13,7 @@ namespace {
 
 constexpr uint32_t kWindow = 0xE4180000;
 
-// An SNR table that shows what was filled.
+// An SNR table that shows which entries were filled.
 class SnrTables : public ToneTest {
  protected:
   void SetUp() override {
@@ -52,7 +53,7 @@ class SnrTables : public ToneTest {
 
 using NearEndSnr = SnrTables;
 
-TEST_F(NearEndSnr, IsTheWindowOverTheEnergyInDecibels) {
+TEST_F(NearEndSnr, IsWindowSizeOverEnergyInDecibels) {
   for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
     clear();
     driver_.expect(readsTable(line, 43, {1, 10, 1000, 0xFFFFFFFF}, 100, 10));
@@ -66,7 +67,7 @@ TEST_F(NearEndSnr, IsTheWindowOverTheEnergyInDecibels) {
   }
 }
 
-TEST_F(NearEndSnr, ComesIn220SubcarriersARequestAtTheirOwnAddresses) {
+TEST_F(NearEndSnr, Reads220SubcarriersARequest) {
   std::vector<uint32_t> energies(1929);
   for (uint32_t i = 0; i < energies.size(); i++) {
     energies[i] = i + 1;
@@ -81,7 +82,7 @@ TEST_F(NearEndSnr, ComesIn220SubcarriersARequestAtTheirOwnAddresses) {
   }
 }
 
-TEST_F(NearEndSnr, OfExactlyOneChunkOrTwoIsOneReadOrTwo) {
+TEST_F(NearEndSnr, Reads220SubcarriersOnceAnd221Twice) {
   driver_.expect(readsTable(0, 0, std::vector<uint32_t>(220, 1)));
   EXPECT_EQ(QVR_readSNRTable(0, snr_), QVR_E_STATUS_OK);
   EXPECT_EQ(filled(), 220U);
@@ -92,7 +93,7 @@ TEST_F(NearEndSnr, OfExactlyOneChunkOrTwoIsOneReadOrTwo) {
   EXPECT_EQ(filled(), 221U);
 }
 
-TEST_F(NearEndSnr, OfSubcarriersPastTheGridIsNotAskedFor) {
+TEST_F(NearEndSnr, ReadsNothingPastTheGrid) {
   driver_.expect(findsTones(0, 2040, 1000) + readsEnergies(0, 2040, std::vector<uint32_t>(8, 1)) +
                  readsScaling(0, 1, 0) + findsTones(0, 0xFFFFFFFF, 5) + readsScaling(0, 1, 0) +
                  findsTones(0, 43, 0) + readsScaling(0, 1, 0));
@@ -111,7 +112,7 @@ TEST_F(NearEndSnr, IsReadAgainUntilTheGuardWordsAreEqualAndNotZero) {
   EXPECT_EQ(snr_[0], 0.0F);
 }
 
-TEST_F(NearEndSnr, OfAGuardThatSettlesAtTheLastTryIsRead) {
+TEST_F(NearEndSnr, SucceedsWhenTheGuardWordsAgreeAtTheLastTry) {
   driver_.expect(findsTones(0, 43, 221) +
                  readsWindow(0, 43, window(std::vector<uint32_t>(220, 1), 1, 2)).times(49) +
                  readsWindow(0, 43, window(std::vector<uint32_t>(220, 1))) +
@@ -121,7 +122,7 @@ TEST_F(NearEndSnr, OfAGuardThatSettlesAtTheLastTryIsRead) {
   EXPECT_EQ(filled(), 221U);
 }
 
-TEST_F(NearEndSnr, OfAGuardThatNeverSettlesIsGivenUpAfter50Tries) {
+TEST_F(NearEndSnr, FailsAfter50TriesWithoutValidGuardWords) {
   for (const Bytes& unsettled : {window({1}, 1, 2), window({1}, 0, 0)}) {
     driver_.expect(findsTones(0, 43, 1) + readsWindow(0, 43, unsettled).times(50));
     EXPECT_EQ(QVR_readSNRTable(0, snr_), QVR_E_ERROR);
@@ -130,7 +131,7 @@ TEST_F(NearEndSnr, OfAGuardThatNeverSettlesIsGivenUpAfter50Tries) {
   }
 }
 
-TEST_F(NearEndSnr, IsInfiniteWithoutNoiseAndNoNumberWithoutAMeasurement) {
+TEST_F(NearEndSnr, IsInfiniteWithoutNoiseAndNaNWithoutAMeasurement) {
   driver_.expect(readsTable(0, 43, {0, 1}, 1, 0) + readsTable(0, 43, {0, 1}, 0, 0) +
                  readsTable(0, 43, {1}, 1, 0xFFFFFFFF));
   EXPECT_EQ(QVR_readSNRTable(0, snr_), QVR_E_STATUS_OK);
@@ -143,7 +144,7 @@ TEST_F(NearEndSnr, IsInfiniteWithoutNoiseAndNoNumberWithoutAMeasurement) {
   EXPECT_EQ(snr_[0], std::numeric_limits<float>::infinity());
 }
 
-TEST_F(NearEndSnr, EachRequestThatFailsIsAnsweredAndFillsNothing) {
+TEST_F(NearEndSnr, FailsAndFillsNothingWhenAnyRequestFails) {
   expectEachFailureAnswered([] { return readsTable(0, 43, std::vector<uint32_t>(450, 1)); },
                             [&](bool& untouched) {
                               const QVR_retval_t status = QVR_readSNRTable(0, snr_);
@@ -152,7 +153,7 @@ TEST_F(NearEndSnr, EachRequestThatFailsIsAnsweredAndFillsNothing) {
                             });
 }
 
-TEST_F(SnrTables, OfALineThatIsDownOrHasNoDeviceAskNoFurther) {
+TEST_F(SnrTables, FailForALineThatIsDownOrHasNoDevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const auto read : {QVR_readSNRTable, QVR_readFarEndSNRTable}) {
     driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
@@ -170,7 +171,7 @@ class FarEndSnr : public SnrTables {
   }
 };
 
-TEST_F(FarEndSnr, IsAskedForWithTheExactBytes) {
+TEST_F(FarEndSnr, RequestHasTheExactBytes) {
   const Bytes request{4, 0, 0, 100, 0};
   Bytes answer(2 + 101, 0x50);
   answer[0] = answer[1] = 0xFF;  // the measurement time
@@ -181,7 +182,7 @@ TEST_F(FarEndSnr, IsAskedForWithTheExactBytes) {
   EXPECT_EQ(filled(), 1U);
 }
 
-TEST_F(FarEndSnr, ComesFromSubcarrier0InBlocksOf248AndIsKeptFromTheLowestOn) {
+TEST_F(FarEndSnr, IsReadFromSubcarrier0InBlocksOf248AndStoredFromTheLowest) {
   for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
     clear();
     Bytes values(1972);
@@ -200,7 +201,7 @@ TEST_F(FarEndSnr, ComesFromSubcarrier0InBlocksOf248AndIsKeptFromTheLowestOn) {
   }
 }
 
-TEST_F(FarEndSnr, BelowTheSetIsAskedForAndNotKept) {
+TEST_F(FarEndSnr, BelowTheSetIsReadAndNotStored) {
   driver_.expect(findsSet(0, {{496, 497}}) + asksFarEndSnr(0, Bytes(498, 0x40)));
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr_), QVR_E_STATUS_OK);
   EXPECT_EQ(snr_[0], 0.0F);
@@ -208,7 +209,7 @@ TEST_F(FarEndSnr, BelowTheSetIsAskedForAndNotKept) {
   EXPECT_EQ(filled(), 2U);
 }
 
-TEST_F(FarEndSnr, OfABlockThatIsJustFullTakesNoOther) {
+TEST_F(FarEndSnr, NoExchangeFollowsAFullLastBlock) {
   driver_.expect(findsSet(0, {{0, 247}}) + asksFarEndSnr(0, Bytes(248, 2)) + findsSet(0, {{0, 248}}) +
                  asksFarEndSnr(0, Bytes(249, 2)) + findsSet(0, {{0, 2047}}) +
                  asksFarEndSnr(0, Bytes(2048, 2)) + findsSet(0, {{0, 0}}) + asksFarEndSnr(0, Bytes(1, 2)));
@@ -221,13 +222,13 @@ TEST_F(FarEndSnr, OfABlockThatIsJustFullTakesNoOther) {
   EXPECT_EQ(filled(), 1U);
 }
 
-TEST_F(FarEndSnr, OfAnEmptySetAsksNobody) {
+TEST_F(FarEndSnr, MakesNoExchangeForAnEmptySet) {
   driver_.expect(findsSet(0, {}));
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr_), QVR_E_STATUS_OK);
   EXPECT_EQ(filled(), 0U);
 }
 
-TEST_F(FarEndSnr, ThatTheFarEndDoesNotKnowIsNoNumber) {
+TEST_F(FarEndSnr, IsNaNWhereTheFarEndHasNoValue) {
   driver_.expect(findsSet(0, {{0, 2}}) + asksFarEndSnr(0, {254, 255, 0}));
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr_), QVR_E_STATUS_OK);
   EXPECT_EQ(snr_[0], 95.0F);
@@ -235,7 +236,7 @@ TEST_F(FarEndSnr, ThatTheFarEndDoesNotKnowIsNoNumber) {
   EXPECT_EQ(snr_[2], -32.0F);
 }
 
-TEST_F(FarEndSnr, ARefusalEndsTheReadAtOnce) {
+TEST_F(FarEndSnr, FailsAtOnceWhenTheFarEndRefuses) {
   const Bytes refusal{0xFF};
   driver_.expect(findsSet(0, {{0, 400}}) + asksSnrBlock(0, 0, 247, refusal));
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr_), QVR_E_FAREND_EOC_NACK);
@@ -246,7 +247,7 @@ TEST_F(FarEndSnr, ARefusalEndsTheReadAtOnce) {
   EXPECT_EQ(filled(), 248U);
 }
 
-TEST_F(FarEndSnr, ABlockThatFailsIsAskedForAgain) {
+TEST_F(FarEndSnr, ReadsAFailedBlockAgain) {
   const Bytes whole = Bytes(250, 0x40);
   const Script lost = asksSnrBlock(0, 0, 247, whole).fails(ETIMEDOUT);
   const Script cut = asksSnrBlock(0, 0, 247, Bytes(249, 0x40));
@@ -258,7 +259,7 @@ TEST_F(FarEndSnr, ABlockThatFailsIsAskedForAgain) {
   EXPECT_EQ(filled(), 248U);
 }
 
-TEST_F(FarEndSnr, ABlockThatFailedTenTimesIsGivenUp) {
+TEST_F(FarEndSnr, FailsAfterTenFailuresOfABlock) {
   driver_.expect(findsSet(0, {{0, 9}}) + asksSnrBlock(0, 0, 9, Bytes(12)).fails(ETIMEDOUT).times(10));
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr_), QVR_E_FAILED_SENDING_FAR_END_MSG);
   driver_.expect(findsSet(0, {{0, 9}}) + asksSnrBlock(0, 0, 9, Bytes(11)).times(10));
@@ -266,7 +267,7 @@ TEST_F(FarEndSnr, ABlockThatFailedTenTimesIsGivenUp) {
   EXPECT_EQ(filled(), 0U);
 }
 
-TEST_F(FarEndSnr, TriesAreCountedByBlock) {
+TEST_F(FarEndSnr, CountsTriesForEachBlock) {
   Bytes second(2 + 10, 0x40);
   driver_.expect(findsSet(0, {{0, 257}}) + asksSnrBlock(0, 0, 247, {}).times(9) +
                  asksFarEndSnr(0, Bytes(248, 2)) + asksSnrBlock(0, 248, 257, {}).times(9) +
@@ -275,7 +276,7 @@ TEST_F(FarEndSnr, TriesAreCountedByBlock) {
   EXPECT_EQ(filled(), 258U);
 }
 
-TEST_F(FarEndSnr, EachRequestThatFailsIsAnswered) {
+TEST_F(FarEndSnr, FailsWhenAnyRequestFails) {
   for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
     expectEachFailureAnswered(
         [&] {
@@ -290,7 +291,7 @@ TEST_F(FarEndSnr, EachRequestThatFailsIsAnswered) {
   }
 }
 
-// Says that it copied more than was asked for.
+// Reports so many copied bytes more than were asked for.
 class Claims final : public Driver {
  public:
   explicit Claims(uint32_t more) : more_(more) { installDriver(*this); }
@@ -322,7 +323,7 @@ class Claims final : public Driver {
   uint32_t more_;
 };
 
-TEST(FarEndSnrThroughADriver, ThatClaimsToHaveCopiedMoreThanThereIsRoomForIsNone) {
+TEST(FarEndSnrThroughADriver, RejectsCopiedLengthBeyondBuffer) {
   enterBothLines();
   QVR_SNRTBL_t snr;
   for (const uint32_t more : {1U, 0x7FFFFFFFU, 0xFFFFFFF0U}) {

@@ -1,61 +1,16 @@
-// Vectoring coefficients for which there is no memory. This program's own allocation can be told to refuse.
-#include <cstdlib>
-#include <new>
+// Vectoring coefficients for which there is no memory.
+#include <gtest/gtest.h>
+#include <qvr.h>
 
-#include "unit/sdk/qvrline/tones.h"
+#include "support/expected_requests.h"
+#include "support/lines.h"
+#include "support/scarce_memory.h"
 
 using namespace gfast;
 
 namespace {
 
-size_t refusedFrom = SIZE_MAX;  // bytes; smaller allocations succeed
-
-void* allocate(size_t size) {
-  return size >= refusedFrom ? nullptr : std::malloc(size);
-}
-
-}  // namespace
-
-// Inlined, these would look to the compiler like a free of what new has allocated.
-[[gnu::noinline]] void* operator new(size_t size) {
-  void* memory = allocate(size);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return memory;
-}
-
-[[gnu::noinline]] void* operator new[](size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return allocate(size);
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete[](void* memory, size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
-namespace {
-
-template <typename Read>
-QVR_retval_t refusing(size_t from, Read read) {
-  refusedFrom = from;
-  const QVR_retval_t status = read();
-  refusedFrom = SIZE_MAX;
-  return status;
-}
-
-TEST(VectorMatricesWithoutMemory, AreNotReadAndFillNothing) {
+TEST(VectorMatricesWithoutMemory, FailWithoutARequestAndFillNothing) {
   enterBothLines();
   const ExpectedRequests driver{Script()};
   QVR_tonePairMatrix_t matrix;
@@ -69,7 +24,7 @@ TEST(VectorMatricesWithoutMemory, AreNotReadAndFillNothing) {
   EXPECT_EQ(matrix.coefficients_re.matrix[0][0], 0.5);
 }
 
-TEST(VectorMatricesWithoutMemory, OfAllLinesAreAnError) {
+TEST(VectorMatricesWithoutMemory, OfAllLinesFail) {
   enterBothLines();
   const ExpectedRequests driver{Script()};
   QVR_tonePairMatrix_t matrices[2];

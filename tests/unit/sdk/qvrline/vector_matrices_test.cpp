@@ -1,5 +1,6 @@
-// Vectoring coefficients: the blocks they are seen through, and how they lie in matrices.
-#include "unit/sdk/qvrline/tones.h"
+// Vectoring coefficients: the blocks in which they are read, and their order in matrices.
+#include "support/vectoring.h"
+#include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
 
@@ -11,31 +12,15 @@ constexpr size_t kPairSize = 1024;
 
 class VectorMatrices : public ToneTest {
  protected:
-  // A block of the window: guard words, then what lies at the address, and beyond the end whatever.
-  static Script readsBlock(int device, uint32_t address, const Bytes& data, uint32_t secondGuard = 9) {
-    Bytes block(256, 0xEE);
-    store_le32(block.data(), 9);
-    store_le32(&block[4], secondGuard);
-    std::copy(data.begin(), data.end(), block.begin() + 8);
-    return reads(device, address, block);
-  }
-
   static Script readsUnsettled(int device, uint32_t address) {
-    return readsBlock(device, address, Bytes(248), 8);
-  }
-
-  // An area through as many blocks as it takes.
-  static Script readsArea(int device, uint32_t address, const Bytes& area) {
-    return inPieces(area, 248, [&](uint32_t offset, const Bytes& piece) {
-      return readsBlock(device, address + offset, piece);
-    });
+    return readsCoefficientBlock(device, address, Bytes(248), 8);
   }
 
   static int realPart(uint32_t i, uint32_t j, uint32_t t, int line = 0) {
     return static_cast<int>(i * 1000 + j * 10 + t) - 8000 + line;
   }
 
-  // What the chip keeps for so many pairs of subcarriers; imaginary parts are the real ones' opposites.
+  // What the chip keeps for so many pairs of subcarriers; imaginary parts are the negated real parts.
   static Bytes coefficients(uint32_t pairs, int line = 0) {
     Bytes area;
     for (uint32_t i = 0; i < COEF_NUM_USERS; i++) {
@@ -92,7 +77,7 @@ constexpr MatrixKind kKinds[] = {
 
 using CoefficientBlocks = VectorMatrices;
 
-TEST_F(CoefficientBlocks, CarryLittleEndianValuesBehindTwoGuardWords) {
+TEST_F(CoefficientBlocks, HoldLittleEndianValuesBehindTwoGuardWords) {
   Bytes block{1, 2, 3, 4, 1, 2, 3, 4, 0x34, 0x12, 0xFF, 0xFF, 0x00, 0x80};
   block.resize(256);
   driver_.expect(reads(1, 0xE4000010, block));
@@ -101,7 +86,7 @@ TEST_F(CoefficientBlocks, CarryLittleEndianValuesBehindTwoGuardWords) {
   EXPECT_THAT(values, testing::ElementsAre(0x1234, -1, -32768, 77));
 }
 
-TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
+TEST_F(CoefficientBlocks, AdvanceByTheirDataAndTheLastIsReadWhole) {
   Bytes area(500);
   for (size_t i = 0; i < area.size(); i += 2) {
     store_le16(&area[i], static_cast<uint16_t>(i / 2));
@@ -109,8 +94,9 @@ TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
   const Bytes first(area.begin(), area.begin() + 248);
   const Bytes second(area.begin() + 248, area.begin() + 496);
   const Bytes rest(area.begin() + 496, area.end());
-  driver_.expect(readsBlock(0, kCanceler, first) + readsBlock(0, kCanceler + 248, second) +
-                 readsBlock(0, kCanceler + 496, rest));
+  driver_.expect(readsCoefficientBlock(0, kCanceler, first) +
+                 readsCoefficientBlock(0, kCanceler + 248, second) +
+                 readsCoefficientBlock(0, kCanceler + 496, rest));
   std::vector<int16_t> values(251, 77);
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 500), QVR_E_STATUS_OK);
   for (size_t i = 0; i < 250; i++) {
@@ -119,22 +105,22 @@ TEST_F(CoefficientBlocks, AdvanceByTheirDataAndAreReadWholeForTheRest) {
   EXPECT_EQ(values[250], 77);
 }
 
-TEST_F(CoefficientBlocks, OfExactlyTheirDataAreOneRead) {
+TEST_F(CoefficientBlocks, FullBlockIsOneRead) {
   std::vector<int16_t> values(125, 77);
-  driver_.expect(readsBlock(0, kCanceler, Bytes(248, 1)));
+  driver_.expect(readsCoefficientBlock(0, kCanceler, Bytes(248, 1)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 248), QVR_E_STATUS_OK);
   EXPECT_EQ(values[123], 0x0101);
   EXPECT_EQ(values[124], 77);
 }
 
-TEST_F(CoefficientBlocks, OfHalfAValueGiveNone) {
+TEST_F(CoefficientBlocks, HalfAValueIsNotStored) {
   std::vector<int16_t> values(2, 77);
-  driver_.expect(readsBlock(0, kCanceler, Bytes(3, 1)));
+  driver_.expect(readsCoefficientBlock(0, kCanceler, Bytes(3, 1)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 3), QVR_E_STATUS_OK);
   EXPECT_THAT(values, testing::ElementsAre(0x0101, 77));
 }
 
-TEST_F(CoefficientBlocks, OfNothingAreNotRead) {
+TEST_F(CoefficientBlocks, LengthZeroMakesNoRequest) {
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, nullptr, 0), QVR_E_STATUS_OK);
 }
 
@@ -145,18 +131,18 @@ TEST_F(CoefficientBlocks, MayHaveGuardWordsOfZero) {
   EXPECT_EQ(value, 0);
 }
 
-TEST_F(CoefficientBlocks, ThatDifferInOneByteOfTheGuardAreReadAgain) {
+TEST_F(CoefficientBlocks, AreReadAgainWhenTheirGuardWordsDiffer) {
   for (size_t byte = 0; byte < 8; byte++) {
     Bytes unsettled(256);
     unsettled[byte] = 1;
-    driver_.expect(reads(0, kCanceler, unsettled) + readsBlock(0, kCanceler, {5, 0}));
+    driver_.expect(reads(0, kCanceler, unsettled) + readsCoefficientBlock(0, kCanceler, {5, 0}));
     int16_t value = 77;
     EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, &value, 2), QVR_E_STATUS_OK);
     EXPECT_EQ(value, 5);
   }
 }
 
-TEST_F(CoefficientBlocks, SixteenInARowThatFailAreAnError) {
+TEST_F(CoefficientBlocks, FailAfterSixteenFailuresInARow) {
   int16_t value = 77;
   driver_.expect(readsUnsettled(0, kCanceler).times(16));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, &value, 2), QVR_E_ERROR);
@@ -167,16 +153,17 @@ TEST_F(CoefficientBlocks, SixteenInARowThatFailAreAnError) {
   EXPECT_EQ(value, 77);
 }
 
-TEST_F(CoefficientBlocks, FifteenInARowThatFailAreNotAndTheyAreCountedAnew) {
+TEST_F(CoefficientBlocks, AllowFifteenFailuresForEachBlock) {
   std::vector<int16_t> values(126, 77);
-  driver_.expect(readsUnsettled(0, kCanceler).times(15) + readsBlock(0, kCanceler, Bytes(248, 1)) +
-                 readsUnsettled(0, kCanceler + 248).times(15) + readsBlock(0, kCanceler + 248, Bytes(4, 2)));
+  driver_.expect(readsUnsettled(0, kCanceler).times(15) + readsCoefficientBlock(0, kCanceler, Bytes(248, 1)) +
+                 readsUnsettled(0, kCanceler + 248).times(15) +
+                 readsCoefficientBlock(0, kCanceler + 248, Bytes(4, 2)));
   EXPECT_EQ(QVR_readVectMatrix(0, kCanceler, values.data(), 252), QVR_E_STATUS_OK);
   EXPECT_EQ(values[123], 0x0101);
   EXPECT_EQ(values[125], 0x0202);
 }
 
-TEST_F(CoefficientBlocks, OfALineWithoutADeviceAreNone) {
+TEST_F(CoefficientBlocks, FailForALineWithoutADevice) {
   int16_t value = 77;
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   EXPECT_EQ(QVR_readVectMatrix(1, kCanceler, &value, 2), QVR_E_NO_DEVICE_FOR_LINE);
@@ -187,7 +174,7 @@ TEST_F(CoefficientBlocks, OfALineWithoutADeviceAreNone) {
 TEST_F(VectorMatrices, AreTransposedAndInUnitsOf4096) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
-    driver_.expect(readsArea(0, kind.address, coefficients(3)));
+    driver_.expect(readsCoefficients(0, kind.address, coefficients(3)));
     std::vector<QVR_tonePairMatrix_t> matrices(3);
     EXPECT_EQ(kind.ofLine(0, 3, matrices.data()), QVR_E_STATUS_OK);
     expectCoefficients(matrices.data(), 3);
@@ -195,11 +182,11 @@ TEST_F(VectorMatrices, AreTransposedAndInUnitsOf4096) {
   }
 }
 
-TEST_F(VectorMatrices, Of4096IsOne) {
+TEST_F(VectorMatrices, Coefficient4096IsOne) {
   Bytes area(kPairSize);
   store_le16(&area[(2 * 16 + 5) * 4], 4096);        // i = 2, j = 5
   store_le16(&area[(2 * 16 + 5) * 4 + 2], 0x8000);  // -32768
-  driver_.expect(readsArea(0, kCanceler, area));
+  driver_.expect(readsCoefficients(0, kCanceler, area));
   QVR_tonePairMatrix_t matrix;
   EXPECT_EQ(QVR_readCancelerMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
   EXPECT_EQ(matrix.coefficients_re.matrix[5][2], 1.0);
@@ -207,10 +194,10 @@ TEST_F(VectorMatrices, Of4096IsOne) {
   EXPECT_EQ(matrix.coefficients_re.matrix[2][5], 0.0);
 }
 
-TEST_F(VectorMatrices, OfTheSecondLineStandBehindThoseOfTheFirst) {
+TEST_F(VectorMatrices, OfLine1AreStoredBehindThoseOfLine0) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
-    driver_.expect(readsArea(1, kind.address, coefficients(2, 1)));
+    driver_.expect(readsCoefficients(1, kind.address, coefficients(2, 1)));
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(4, 0.5);
     EXPECT_EQ(kind.ofLine(1, 2, matrices.data()), QVR_E_STATUS_OK);
     EXPECT_TRUE(allAre({matrices[0], matrices[1]}, 0.5));
@@ -219,23 +206,24 @@ TEST_F(VectorMatrices, OfTheSecondLineStandBehindThoseOfTheFirst) {
   }
 }
 
-TEST_F(VectorMatrices, OfALineThatIsNotTheFirstOfItsDeviceLieElsewhere) {
+TEST_F(VectorMatrices, AddressDependsOnTheLineIndex) {
   addLine(0, 0, 2, TRUE);
   QVR_tonePairMatrix_t matrix;
-  driver_.expect(readsArea(0, 0xE4800000, Bytes(kPairSize)) + readsArea(0, 0xE4B80000, Bytes(kPairSize)));
+  driver_.expect(readsCoefficients(0, 0xE4800000, Bytes(kPairSize)) +
+                 readsCoefficients(0, 0xE4B80000, Bytes(kPairSize)));
   EXPECT_EQ(QVR_readCancelerMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_readPrecoderMatrixForLine(0, 1, &matrix), QVR_E_STATUS_OK);
 }
 
-TEST_F(VectorMatrices, OfNoPairsAreNotRead) {
+TEST_F(VectorMatrices, ZeroPairsMakeNoRequest) {
   for (const MatrixKind& kind : kKinds) {
     EXPECT_EQ(kind.ofLine(0, 0, nullptr), QVR_E_STATUS_OK);
     EXPECT_EQ(kind.ofAllLines(0, nullptr), QVR_E_STATUS_OK);
   }
 }
 
-TEST_F(VectorMatrices, OfManyPairsTakeTheFewestBlocks) {
-  const Script script = readsArea(0, kPrecoder, Bytes(64 * kPairSize, 1));
+TEST_F(VectorMatrices, ManyPairsTakeTheFewestBlocks) {
+  const Script script = readsCoefficients(0, kPrecoder, Bytes(64 * kPairSize, 1));
   EXPECT_EQ(script.size(), (64 * kPairSize + 247) / 248);
   driver_.expect(script);
   std::vector<QVR_tonePairMatrix_t> matrices(64);
@@ -243,11 +231,11 @@ TEST_F(VectorMatrices, OfManyPairsTakeTheFewestBlocks) {
   EXPECT_TRUE(allAre(matrices, 0x0101 / 4096.0));
 }
 
-TEST_F(VectorMatrices, ThatCannotBeReadLeaveWhatThereWas) {
+TEST_F(VectorMatrices, FailAndFillNothingWhenAnyBlockFails) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(1, 0.5);
-    const Script area = readsArea(0, kind.address, Bytes(kPairSize));
+    const Script area = readsCoefficients(0, kind.address, Bytes(kPairSize));
     for (size_t position = 0; position < area.size(); position++) {
       const Script script = area.failingAt(position, EIO);
       driver_.expect(script + Script(script.calls().back()).times(15));
@@ -258,11 +246,11 @@ TEST_F(VectorMatrices, ThatCannotBeReadLeaveWhatThereWas) {
   }
 }
 
-TEST_F(VectorMatrices, OfAllLinesAreOneBehindTheOther) {
+TEST_F(VectorMatrices, OfAllLinesAreStoredInLineOrder) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
-    driver_.expect(readsArea(0, kind.address, coefficients(2, 0)) +
-                   readsArea(1, kind.address, coefficients(2, 1)));
+    driver_.expect(readsCoefficients(0, kind.address, coefficients(2, 0)) +
+                   readsCoefficients(1, kind.address, coefficients(2, 1)));
     std::vector<QVR_tonePairMatrix_t> matrices(4);
     EXPECT_EQ(kind.ofAllLines(2, matrices.data()), QVR_E_STATUS_OK);
     expectCoefficients(matrices.data(), 2, 0);
@@ -271,21 +259,22 @@ TEST_F(VectorMatrices, OfAllLinesAreOneBehindTheOther) {
   }
 }
 
-TEST_F(VectorMatrices, OfAllLinesEndAtTheFirstThatFails) {
+TEST_F(VectorMatrices, OfAllLinesStopAtTheFirstFailure) {
   for (const MatrixKind& kind : kKinds) {
     SCOPED_TRACE(kind.name);
     std::vector<QVR_tonePairMatrix_t> matrices = matricesOf(2, 0.5);
     driver_.expect(readsUnsettled(0, kind.address).times(16));
     EXPECT_EQ(kind.ofAllLines(1, matrices.data()), QVR_E_ERROR);
     EXPECT_TRUE(allAre(matrices, 0.5));
-    driver_.expect(readsArea(0, kind.address, coefficients(1)) + readsUnsettled(1, kind.address).times(16));
+    driver_.expect(readsCoefficients(0, kind.address, coefficients(1)) +
+                   readsUnsettled(1, kind.address).times(16));
     EXPECT_EQ(kind.ofAllLines(1, matrices.data()), QVR_E_ERROR);
     expectCoefficients(matrices.data(), 1);
     EXPECT_TRUE(allAre({matrices[1]}, 0.5));
   }
 }
 
-TEST(VectorMatricesOfAllLines, AreOfAsManyAsThereAre) {
+TEST(VectorMatricesOfAllLines, ReadOnlyLinesInTheTable) {
   addLine(0, 0, 0, TRUE);
   ExpectedRequests driver{Script()};
   openDevice(driver, 0);

@@ -40,18 +40,18 @@ TEST(TraceLog, StartsAtErrorLevel) {
   EXPECT_EQ(QVR_traceLogLevel(), QVRLOG_ERR);
 }
 
-TEST(TraceLog, AtTheFirstLevelWarningsPrintNothing) {
+TEST(TraceLog, PrintsNoWarningAtErrorLevel) {
   EXPECT_EQ(printedAt(QVRLOG_WARNING), "");
   EXPECT_EQ(printedAt(QVRLOG_INFO), "");
   EXPECT_EQ(printedAt(QVRLOG_DEBUG), "");
 }
 
-TEST(TraceLog, AMessageShowsSeverityFunctionLineAndText) {
+TEST(TraceLog, PrintsSeverityFunctionLineAndText) {
   EXPECT_EQ(printedAt(QVRLOG_CRIT), "[LOG_CRIT] function:12 text 34\n");
   EXPECT_EQ(printedAt(QVRLOG_ERR), "[LOG_ERR] function:12 text 34\n");
 }
 
-TEST(TraceLog, AtDebugLevelEveryMessagePrints) {
+TEST(TraceLog, PrintsEveryMessageAtDebugLevel) {
   QVR_setTraceLogLevel(QVRLOG_DEBUG);
   EXPECT_EQ(QVR_traceLogLevel(), QVRLOG_DEBUG);
   EXPECT_EQ(printedAt(QVRLOG_WARNING), "[LOG_WARNING] function:12 text 34\n");
@@ -59,20 +59,20 @@ TEST(TraceLog, AtDebugLevelEveryMessagePrints) {
   EXPECT_EQ(printedAt(QVRLOG_DEBUG), "[LOG_DEBUG] function:12 text 34\n");
 }
 
-TEST(TraceLog, ALevelOutOfRangeIsKeptAndLetsUnknownSeveritiesPass) {
+TEST(TraceLog, KeepsALevelOutOfRangeAndPrintsUnknownSeverities) {
   QVR_setTraceLogLevel(static_cast<QVR_logSeverity_t>(9));
   EXPECT_EQ(QVR_traceLogLevel(), static_cast<QVR_logSeverity_t>(9));
   EXPECT_EQ(printedAt(static_cast<QVR_logSeverity_t>(7)), "[LOG_UNKNOWN] function:12 text 34\n");
   EXPECT_EQ(printedAt(static_cast<QVR_logSeverity_t>(10)), "");
 }
 
-TEST(TraceLog, NoLineEndIsAdded) {
+TEST(TraceLog, AddsNoLineEnd) {
   CaptureStdout();
   QVR_traceLogMessage(QVRLOG_ERR, "function", 12, "text");
   EXPECT_EQ(GetCapturedStdout(), "[LOG_ERR] function:12 text");
 }
 
-TEST(TraceLog, SeveritiesHaveNamesAndOthersAHarmlessText) {
+TEST(TraceLog, NamesSeveritiesAndCallsOthersUnknown) {
   EXPECT_STREQ(QVR_traceLogLevelString(QVRLOG_CRIT), "LOG_CRIT");
   EXPECT_STREQ(QVR_traceLogLevelString(QVRLOG_ERR), "LOG_ERR");
   EXPECT_STREQ(QVR_traceLogLevelString(QVRLOG_WARNING), "LOG_WARNING");
@@ -82,7 +82,7 @@ TEST(TraceLog, SeveritiesHaveNamesAndOthersAHarmlessText) {
   EXPECT_STREQ(QVR_traceLogLevelString(static_cast<QVR_logSeverity_t>(0xFFFFFFFFU)), "LOG_UNKNOWN");
 }
 
-TEST(TraceLog, AHandlerReceivesTheMessageInsteadOfStandardOutput) {
+TEST(TraceLog, PassesMessagesToTheHandlerInsteadOfStandardOutput) {
   QVR_registerTraceLogHandlerCB(receive);
   EXPECT_EQ(printedAt(QVRLOG_ERR), "");
   EXPECT_EQ(printedAt(QVRLOG_WARNING), "");
@@ -91,14 +91,14 @@ TEST(TraceLog, AHandlerReceivesTheMessageInsteadOfStandardOutput) {
   EXPECT_EQ(received()[0].message, "[LOG_ERR] function:12 text 34\n");
 }
 
-TEST(TraceLog, WithoutItsHandlerItPrintsAgain) {
+TEST(TraceLog, PrintsAgainAfterTheHandlerIsRemoved) {
   QVR_registerTraceLogHandlerCB(receive);
   QVR_registerTraceLogHandlerCB(nullptr);
   EXPECT_EQ(printedAt(QVRLOG_ERR), "[LOG_ERR] function:12 text 34\n");
   EXPECT_TRUE(received().empty());
 }
 
-TEST(TraceLog, AHandlersMessageIsCutAt255Characters) {
+TEST(TraceLog, CutsMessagesForTheHandlerAt255Characters) {
   QVR_registerTraceLogHandlerCB(receive);
   const std::string longText(1000, 'x');
   QVR_traceLogMessage(QVRLOG_ERR, "function", 12, "%s", longText.c_str());
@@ -106,7 +106,7 @@ TEST(TraceLog, AHandlersMessageIsCutAt255Characters) {
   EXPECT_EQ(received()[0].message, ("[LOG_ERR] function:12 " + longText).substr(0, 255));
 }
 
-TEST(TraceLog, AFunctionNameThatFillsTheBufferIsCutToo) {
+TEST(TraceLog, CutsALongFunctionNameAt255Characters) {
   QVR_registerTraceLogHandlerCB(receive);
   const std::string longName(300, 'f');
   QVR_traceLogMessage(QVRLOG_ERR, longName.c_str(), 12, "text\n");
@@ -114,14 +114,14 @@ TEST(TraceLog, AFunctionNameThatFillsTheBufferIsCutToo) {
   EXPECT_EQ(received()[0].message, ("[LOG_ERR] " + longName).substr(0, 255));
 }
 
-TEST(TraceLog, ConversionsInTheFunctionNameStayText) {
+TEST(TraceLog, PrintsConversionsInTheFunctionNameAsText) {
   QVR_registerTraceLogHandlerCB(receive);
   QVR_traceLogMessage(QVRLOG_ERR, "%s%n", 12, "%d%%\n", 7);
   ASSERT_EQ(received().size(), 1U);
   EXPECT_EQ(received()[0].message, "[LOG_ERR] %s%n:12 7%\n");
 }
 
-TEST(TraceLog, TheMacroNamesItsCaller) {
+TEST(TraceLog, MacroNamesItsCaller) {
   QVR_registerTraceLogHandlerCB(receive);
   const int line = __LINE__ + 1;
   TRACE_LOG(QVRLOG_ERR, "text\n");

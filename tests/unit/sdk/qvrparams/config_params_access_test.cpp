@@ -1,6 +1,8 @@
 // Reading and writing parameters: the requests, their order and bytes, and what happens when one fails.
 #include "chip/boot_register.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
+#include "support/assertions.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 

@@ -1,6 +1,7 @@
 // The dictionary of the parameters, from valid and from invalid data of a chip.
 #include "qvrparams/dictionary.h"
-#include "unit/sdk/qvrparams/dictionaries.h"
+#include "support/trace_log.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 

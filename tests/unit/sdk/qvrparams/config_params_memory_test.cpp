@@ -1,46 +1,15 @@
-// Loading a dictionary without enough memory. This program replaces operator new with one that can fail.
-#include <cstdlib>
-#include <new>
-
-#include "unit/sdk/qvrparams/dictionaries.h"
+// A dictionary for which there is no memory.
+#include "support/scarce_memory.h"
+#include "unit/sdk/qvrparams/parameters.h"
 
 using namespace gfast;
 
 namespace {
 
-size_t refusedFrom = SIZE_MAX;  // bytes; smaller allocations always succeed
-
-}  // namespace
-
-// Not inlined, because the compiler would then warn of free() for memory from operator new.
-[[gnu::noinline]] void* operator new(size_t size) {
-  void* memory = size >= refusedFrom ? nullptr : std::malloc(size);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  return memory;
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-
-[[gnu::noinline]] void operator delete(void* memory, size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
-namespace {
-
 class ParametersWithoutMemory : public Parameters {
  protected:
-  // Loads while allocations of this size and above fail. The largest are the copy of the area and the words
-  // of the dictionary.
-  static QVR_retval_t loadRefusing(size_t from) {
-    refusedFrom = from;
-    const QVR_retval_t status = QVR_initParams();
-    refusedFrom = SIZE_MAX;
-    return status;
-  }
+  // The largest allocation of a test is the library's copy of the area, or its words of the dictionary.
+  static QVR_retval_t loadRefusing(size_t from) { return refusing(from, QVR_initParams); }
 };
 
 TEST_F(ParametersWithoutMemory, FailToLoadWithoutMemoryForTheArea) {

@@ -1,4 +1,4 @@
-// Loop-back tests of the analogue front end: the path, the missing-tone power ratio of one capture and of
+// Loop-back tests of the analogue front end: the path, and the missing-tone power ratio of one capture and of
 // several.
 #include <cmath>
 
@@ -40,7 +40,7 @@ Words tonesAround60(double below, double at, double above) {
   return words;
 }
 
-TEST(MissingToneRatio, IsTheNeighboursMeanPowerOverTheNotchs) {
+TEST(MissingToneRatio, IsMeanPowerOfTheNeighboursOverPowerOfTheNotch) {
   Points spectrum(QVR_K_SIGNAL_POINTS, 1);
   spectrum[59] = {3, 4};   // 25
   spectrum[60] = {0, 2};   // 4
@@ -51,7 +51,7 @@ TEST(MissingToneRatio, IsTheNeighboursMeanPowerOverTheNotchs) {
   EXPECT_EQ(ratios[1], 1);
 }
 
-TEST(MissingToneRatio, OfHalfTheNeighboursPowerIsTwo) {
+TEST(MissingToneRatio, IsTwoForHalfTheNeighboursPower) {
   Points spectrum(QVR_K_SIGNAL_POINTS, {1, 1});
   for (uint32_t tone = 60; tone <= 1960; tone += 20) {
     spectrum[tone] = {0, 1};
@@ -73,7 +73,7 @@ TEST(MissingToneRatio, HasAnEntryForEveryTwentiethToneFrom60To1960) {
   }
 }
 
-TEST(MissingToneRatio, KnowsNothingOfTone1980) {
+TEST(MissingToneRatio, HasNoEntryForTone1980) {
   Points spectrum(QVR_K_SIGNAL_POINTS, 1);
   spectrum[1980] = 0;
   QVR_MTPR_t ratios = {};
@@ -83,7 +83,7 @@ TEST(MissingToneRatio, KnowsNothingOfTone1980) {
   EXPECT_EQ(ratios[96], 7);
 }
 
-TEST(MissingToneRatio, OfASilentNotchIsInfiniteOrNoNumber) {
+TEST(MissingToneRatio, IsInfiniteOrNaNForASilentNotch) {
   Points spectrum(QVR_K_SIGNAL_POINTS);
   spectrum[79] = 1;
   QVR_MTPR_t ratios;
@@ -115,12 +115,12 @@ TEST_F(AfePath, SendsOnOneLineAndCapturesOnTheOther) {
   EXPECT_LT(std::abs(spectrum_[60]), 1);
 }
 
-TEST_F(AfePath, MayBeOneLineAndTheDefaultSignal) {
+TEST_F(AfePath, TakesOneLineAndTheDefaultSignal) {
   driver_.expect(sends(0, defaultWords()) + capturesSymbol(0, defaultWords()));
   EXPECT_EQ(QVR_testAfeTxRxPath(0, 0, nullptr, spectrum_.data()), QVR_E_STATUS_OK);
 }
 
-TEST_F(AfePath, AnswersItsFailures) {
+TEST_F(AfePath, ReturnsTheCodeOfEachFailure) {
   const Script script = sends(0, defaultWords()) + capturesSymbol(1, defaultWords());
   const size_t sent = sends(0, defaultWords()).size();
   for (const size_t position : {size_t{0}, sent - 1, sent, sent + 3, sent + 4, script.size() - 1}) {
@@ -134,7 +134,7 @@ TEST_F(AfePath, AnswersItsFailures) {
   }
 }
 
-TEST_F(AfeMtpr, AnswersLinearRatiosAndTheSpectrum) {
+TEST_F(AfeMtpr, ReturnsLinearRatiosAndTheSpectrum) {
   driver_.expect(sends(0, defaultWords()) + capturesSymbol(1, tonesAround60(8000, 4000, 8000)));
   EXPECT_EQ(QVR_testAfePerformanceMTPR(0, 1, nullptr, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
   EXPECT_NEAR(ratios_[0], 4, 0.001);
@@ -142,13 +142,13 @@ TEST_F(AfeMtpr, AnswersLinearRatiosAndTheSpectrum) {
   EXPECT_NEAR(std::abs(spectrum_[60]), 4000 * 4096 / 2 / 64.0, 10);
 }
 
-TEST_F(AfeMtpr, OfAPathThatAnswersTheSignalSeesNothingButRounding) {
+TEST_F(AfeMtpr, ShowsOnlyRoundingWhenThePathReturnsTheSignal) {
   driver_.expect(sends(0, defaultWords()) + capturesSymbol(0, defaultWords()));
   EXPECT_EQ(QVR_testAfePerformanceMTPR(0, 0, nullptr, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
   EXPECT_THAT(std::vector<double>(ratios_.begin(), ratios_.begin() + 96), Each(testing::Gt(1e6)));
 }
 
-TEST_F(AfeMtpr, LeavesTheRatiosUntouchedOnFailure) {
+TEST_F(AfeMtpr, KeepsTheRatiosOnFailure) {
   const Script script = sends(0, defaultWords()) + capturesSymbol(1, defaultWords());
   for (const size_t position : {size_t{1}, size_t{10}, script.size() - 1}) {
     driver_.expect(script.failingAt(position, EIO));
@@ -158,7 +158,7 @@ TEST_F(AfeMtpr, LeavesTheRatiosUntouchedOnFailure) {
   }
 }
 
-TEST_F(AfeMtprLoop, AnswersDecibelsAndTheSummedPowers) {
+TEST_F(AfeMtprLoop, ReturnsDecibelsAndTheSummedPowers) {
   const Words captured = tonesAround60(8000, 5656.854, 8000);
   driver_.expect((sends(0, generatedWords()) + capturesSymbol(1, captured)).times(2));
   EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
@@ -176,7 +176,7 @@ TEST_F(AfeMtprLoop, SumsAllPointsOfTheSpectrum) {
   EXPECT_NEAR(spectrum_[4096 - 59].real() / spectrum_[59].real(), 1, 1e-9);
 }
 
-TEST_F(AfeMtprLoop, OfOneCaptureAnswersDecibelsToo) {
+TEST_F(AfeMtprLoop, ReturnsDecibelsForOneCapture) {
   const Words captured = tonesAround60(8000, 800, 8000);
   driver_.expect((sends(0, generatedWords()) + capturesSymbol(1, captured)).times(2));
   QVR_testAfePerformanceMTPRInLoop(0, 1, 1, spectrum_.data(), ratios_.data());
@@ -193,7 +193,7 @@ TEST_F(AfeMtprLoop, PrintsTheNumberOfEveryCapture) {
 }
 
 // The second capture fails: what the first one left counts twice.
-TEST_F(AfeMtprLoop, GoesOnBehindAFailureAndAnswersTheLast) {
+TEST_F(AfeMtprLoop, GoesOnAfterAFailureAndReturnsTheLastCode) {
   const Script once = sends(0, generatedWords()) + capturesSymbol(1, tonesAround60(8000, 4000, 8000));
   driver_.expect(once + once.failingAt(once.size() - 1, EIO));
   EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_MEMREAD_ERROR);
@@ -203,7 +203,7 @@ TEST_F(AfeMtprLoop, GoesOnBehindAFailureAndAnswersTheLast) {
   EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
 }
 
-TEST_F(AfeMtprLoop, OfNoCapturesHasNoRatios) {
+TEST_F(AfeMtprLoop, HasNoRatiosWithoutCaptures) {
   for (const int captures : {0, -1}) {
     EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, captures, spectrum_.data(), ratios_.data()),
               QVR_E_STATUS_OK);

@@ -1,4 +1,4 @@
-// Transforms answer the bits of the plain loop, whatever goes in and however the stages are carried out.
+// Transforms return the same bits as the plain loop, for every input and every variant of the stages.
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -86,7 +86,7 @@ const Input kInputs[] = {
      }},
 };
 
-// The same bits; which not-a-number stands for none is not defined.
+// The same bits, or both are not a number.
 bool isSame(double a, double b) {
   return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b) || (std::isnan(a) && std::isnan(b));
 }
@@ -107,7 +107,7 @@ double transform(Direction direction, Points& output, const Points& input) {
 
 class FftBits : public testing::TestWithParam<Input> {
  protected:
-  // Both ways of handing over vectors: apart, and input and output in one.
+  // With the output in a vector of its own, and in that of the input.
   static void expectPlainBits(int points, const Mode& mode, Direction direction) {
     const Points input = GetParam().points(points);
     PlainTransform plain(input.size(), mode, direction);
@@ -126,7 +126,7 @@ class FftBits : public testing::TestWithParam<Input> {
   }
 };
 
-TEST_P(FftBits, AreThoseOfThePlainLoop) {
+TEST_P(FftBits, EqualThoseOfThePlainLoop) {
   for (const Mode& mode : kModes) {
     for (int points = mode.isMixed == TRUE ? 2 : 1; points <= kLargestSize; points *= 2) {
       expectPlainBits(points, mode, Direction::kForward);
@@ -135,12 +135,12 @@ TEST_P(FftBits, AreThoseOfThePlainLoop) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, FftBits, testing::ValuesIn(kInputs),
+INSTANTIATE_TEST_SUITE_P(Inputs, FftBits, testing::ValuesIn(kInputs),
                          [](const auto& each) { return std::string(each.param.name); });
 
-// Sizes that are no power of two: the loop as far as it stays inside its vectors, which have no room to
-// spare.
-TEST(FftOfAnySize, DoesWhatThePlainLoopDoesInsideItsVectors) {
+// Sizes that are no power of two. The vectors are exactly as long as the size, so a sanitizer sees every
+// access outside.
+TEST(FftOfAnySize, EqualsThePlainLoopInsideItsVectors) {
   for (int points = 1; points <= 300; points++) {
     const Points input = randomPoints(points);
     for (const Direction direction : {Direction::kForward, Direction::kInverse}) {
@@ -155,7 +155,7 @@ TEST(FftOfAnySize, DoesWhatThePlainLoopDoesInsideItsVectors) {
   }
 }
 
-TEST(FftOfAnySize, CompletesASpectrumOfAnyHalf) {
+TEST(FftOfAnySize, CompletesASpectrumOfAnySize) {
   const Mode mode{"mixed", FALSE, TRUE};
   for (int half = 1; half <= 150; half++) {
     const Points input = randomPoints(2 * half);

@@ -1,4 +1,4 @@
-// A transform without memory for it is reported, and nothing happens until there is some.
+// A transform without memory: it is reported, and nothing is transformed until there is some.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -6,9 +6,10 @@
 #include <new>
 
 #include "qvrtest/fft.h"
+#include "support/expected_requests.h"
+#include "support/lines.h"
 #include "support/plain_transform.h"
 #include "support/test_clock.h"
-#include "unit/sdk/lines.h"
 
 using namespace gfast;
 
@@ -38,10 +39,10 @@ void operator delete[](void* memory, std::align_val_t /*alignment*/) noexcept {
 
 namespace {
 
-// The work vector is the second of two.
+// So many allocations succeed. A transform needs two: factors, then a work vector.
 class FftMemory : public testing::TestWithParam<int> {};
 
-TEST_P(FftMemory, IsReportedAndNothingIsTransformed) {
+TEST_P(FftMemory, InitFailsAndNothingIsTransformed) {
   allocationsLeft = GetParam();
   EXPECT_FALSE(FFT_init(16, TRUE, FALSE));
   const Points input = randomPoints(16);
@@ -52,7 +53,7 @@ TEST_P(FftMemory, IsReportedAndNothingIsTransformed) {
   EXPECT_EQ(output, Points(16, {7, 7}));
 }
 
-TEST_P(FftMemory, IsNoMatterAnyMoreOnceThereIsSome) {
+TEST_P(FftMemory, InitSucceedsOnceThereIsMemory) {
   ASSERT_TRUE(FFT_init(8, TRUE, FALSE));
   allocationsLeft = GetParam();
   EXPECT_FALSE(FFT_init(16, TRUE, FALSE));
@@ -62,7 +63,7 @@ TEST_P(FftMemory, IsNoMatterAnyMoreOnceThereIsSome) {
   EXPECT_EQ(FFT_transform(output.data(), randomPoints(16).data()), 0.25);
 }
 
-TEST_P(FftMemory, IsNotNeededAgainForTheSameSize) {
+TEST_P(FftMemory, InitForTheSameSizeNeedsNoMemory) {
   ASSERT_TRUE(FFT_init(16, TRUE, FALSE));
   allocationsLeft = GetParam();
   EXPECT_TRUE(FFT_init(8, FALSE, TRUE));
@@ -70,7 +71,7 @@ TEST_P(FftMemory, IsNotNeededAgainForTheSameSize) {
   EXPECT_EQ(FFT_inverseTransform(points.data(), points.data()), 1.0 / 16);
 }
 
-TEST_P(FftMemory, IsTheResultOfGeneratingAndCapturing) {
+TEST_P(FftMemory, GeneratingAndCapturingReportTheFailedAllocation) {
   allocationsLeft = GetParam();
   enterBothLines();
   testClock();
@@ -86,10 +87,11 @@ TEST_P(FftMemory, IsTheResultOfGeneratingAndCapturing) {
   EXPECT_EQ(frequency[0], QVR_complex_t(7, 7));
 }
 
-INSTANTIATE_TEST_SUITE_P(AfterAllocations, FftMemory, testing::Values(0, 1),
-                         [](const auto& each) { return std::to_string(each.param); });
+INSTANTIATE_TEST_SUITE_P(Vectors, FftMemory, testing::Values(0, 1), [](const auto& each) {
+  return each.param == 0 ? "FirstAllocationFails" : "SecondAllocationFails";
+});
 
-TEST(FftSize, BeyondWhatCountsIsReportedLikeMissingMemory) {
+TEST(FftSize, InitFailsForASizeThatDoesNotFitItsType) {
   ASSERT_TRUE(FFT_init(16, TRUE, FALSE));
   EXPECT_FALSE(FFT_init(0x40000000, TRUE, TRUE));
   Points points = randomPoints(16);

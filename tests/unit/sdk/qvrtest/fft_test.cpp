@@ -1,8 +1,8 @@
 // The transform's modes, its gains, and the chip's samples as vectors.
 #include "qvrtest/fft.h"
 
+#include "support/assertions.h"
 #include "support/plain_transform.h"
-#include "unit/sdk/seams.h"
 
 using namespace gfast;
 
@@ -14,7 +14,7 @@ using testing::HasSubstr;
 
 constexpr double kNear = 1e-12;
 
-// The transform by its sum, for sizes small enough.
+// The transform by its definition, for small sizes.
 Points directTransform(const Points& input, Direction direction) {
   const size_t size = input.size();
   const double sign = direction == Direction::kInverse ? 1 : -1;
@@ -36,7 +36,7 @@ double furthest(const Points& a, const Points& b) {
   return distance;
 }
 
-TEST(Fft, IsTheTransformBothWays) {
+TEST(Fft, EqualsTheDefinitionInBothDirections) {
   for (int points = 1; points <= 512; points *= 2) {
     const Points input = randomPoints(points);
     Points output(input.size());
@@ -59,14 +59,14 @@ TEST(Fft, MixedTransformsHaveTwiceTheSize) {
   EXPECT_EQ(FFT_inverseTransform(output.data(), input.data()), 1.0 / 64);
 }
 
-TEST(Fft, WithoutASizeThereIsNoTransform) {
+TEST(Fft, TransformsNothingBeforeInit) {
   Points output(1, {7, 7});
   EXPECT_EQ(FFT_transform(output.data(), output.data()), 0);
   EXPECT_EQ(FFT_inverseTransform(output.data(), output.data()), 0);
   EXPECT_EQ(output[0], QVR_complex_t(7, 7));
 }
 
-TEST(Fft, TheLastInitialisationCounts) {
+TEST(Fft, LastInitDecidesTheSize) {
   Points points = randomPoints(64);
   FFT_init(64, FALSE, FALSE);
   FFT_init(4, TRUE, FALSE);
@@ -77,8 +77,8 @@ TEST(Fft, TheLastInitialisationCounts) {
   EXPECT_EQ(FFT_transform(points.data(), points.data()), 1);
 }
 
-// There and back again; the gains multiply to 1/N.
-TEST(Fft, BackAndForthAnswersTheInput) {
+// The product of both gains is 1/N.
+TEST(Fft, ForwardThenInverseReturnsTheInput) {
   for (const BOOL isUnitary : {BOOL{TRUE}, BOOL{FALSE}}) {
     for (int points = 1; points <= 4096; points *= 2) {
       const Points input = randomPoints(points);
@@ -93,8 +93,8 @@ TEST(Fft, BackAndForthAnswersTheInput) {
   }
 }
 
-// The spectrum's lower half is all that counts; point 2048 becomes that of point 0, without imaginary part.
-TEST(Fft, AMixedInverseIsReal) {
+// Only the lower half of the spectrum is read; point 2048 takes the real part of point 0.
+TEST(Fft, MixedInverseIsReal) {
   Points half = randomPoints(4096);
   half[2048] = {99, 99};
   Points whole = half;
@@ -116,7 +116,7 @@ TEST(Fft, AMixedInverseIsReal) {
   EXPECT_LE(furthest(fromHalf, whole), kNear * 100);
 }
 
-TEST(Fft, TheInputStaysAsItIs) {
+TEST(Fft, KeepsTheInput) {
   const Points input = randomPoints(256);
   const Points before = input;
   Points output(input.size());
@@ -125,7 +125,7 @@ TEST(Fft, TheInputStaysAsItIs) {
   EXPECT_EQ(input, before);
 }
 
-TEST(Fft, APowerSpectrumOfAnImpulseIsFlat) {
+TEST(Fft, PowerSpectrumOfAnImpulseIsFlat) {
   for (const size_t place : {size_t{0}, size_t{5}, size_t{31}}) {
     Points signal(32);
     signal[place] = 1;
@@ -138,7 +138,7 @@ TEST(Fft, APowerSpectrumOfAnImpulseIsFlat) {
   }
 }
 
-TEST(Fft, APowerSpectrumHasTheTransformsGain) {
+TEST(Fft, PowerSpectrumHasTheGainOfTheTransform) {
   Points signal(16, 1);
   FFT_init(16, TRUE, FALSE);
   EXPECT_EQ(FFT_transformAbsoluteSquare(signal.data(), signal.data()), 0.25);
@@ -146,15 +146,14 @@ TEST(Fft, APowerSpectrumHasTheTransformsGain) {
   EXPECT_EQ(signal[1], 0.0);
 }
 
-TEST(Fft, ASizeThatIsNoPowerOfTwoIsAccepted) {
-  Points points = randomPoints(6);
+TEST(Fft, AcceptsASizeThatIsNoPowerOfTwo) {
   EXPECT_TRUE(FFT_init(6, FALSE, FALSE));
   EXPECT_EQ(FFT_inverseTransform(points.data(), points.data()), 1.0 / 6);
   EXPECT_TRUE(FFT_init(3, FALSE, TRUE));
   EXPECT_EQ(FFT_inverseTransform(points.data(), points.data()), 1.0 / 6);
 }
 
-TEST(Fft, ASizeBelowOneIsAnAssertion) {
+TEST(Fft, AssertsOnASizeBelowOne) {
   for (const int size : {0, -1, -4096, -2147483647 - 1}) {
     EXPECT_ASSERTION(FFT_init(size, FALSE, FALSE),
                      AllOf(asserts(201, "size must be a power of 2", size, "../fft.c"),
@@ -164,7 +163,7 @@ TEST(Fft, ASizeBelowOneIsAnAssertion) {
   }
 }
 
-TEST(FftConversion, ComplexSamples) {
+TEST(FftConversion, ConvertsComplexSamples) {
   FFT_init(4, FALSE, FALSE);
   const COMPLEX16 samples[] = {
       {.im = 1, .re = 2}, {.im = -1, .re = -2}, {.im = 32767, .re = -32768}, {.im = -32768, .re = 32767}};
@@ -173,7 +172,7 @@ TEST(FftConversion, ComplexSamples) {
   EXPECT_EQ(output, (Points{{2, 1}, {-2, -1}, {-32768, 32767}, {32767, -32768}, {7, 7}}));
 }
 
-TEST(FftConversion, RealSamplesTheEarlierInTheRealPart) {
+TEST(FftConversion, ConvertsRealSamplesTheEarlierFromTheRealPart) {
   FFT_init(2, TRUE, TRUE);
   const COMPLEX16 samples[] = {{.im = 2, .re = 1}, {.im = -32768, .re = 32767}};
   Points output(5, {7, 7});

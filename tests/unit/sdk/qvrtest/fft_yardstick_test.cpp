@@ -73,7 +73,7 @@ TEST_P(FftYardstick, Inverse) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Of, FftYardstick, testing::ValuesIn(kModes),
+INSTANTIATE_TEST_SUITE_P(Modes, FftYardstick, testing::ValuesIn(kModes),
                          [](const auto& each) { return std::string(each.param.name); });
 
 }  // namespace

@@ -1,10 +1,8 @@
-// Test signals: the pattern and what is made of it, sending, capturing.
+// Test signals: generated from the pattern, sent, captured.
 #include <cmath>
-#include <numeric>
 
 #include "chip/test_memory.h"
 #include "qvrtest/default_signal.h"
-#include "qvrtest/random.h"
 #include "qvrtest/test_pattern.h"
 #include "support/plain_transform.h"
 #include "unit/sdk/qvrtest/signals.h"
@@ -13,11 +11,8 @@ using namespace gfast;
 
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::Ge;
 using testing::IsEmpty;
-using testing::Le;
 
 const Mode kMixed{"mixed", FALSE, TRUE};
 
@@ -52,47 +47,6 @@ Words generated(uint32_t tones, uint32_t startTone = 43, uint32_t endTone = 1971
   return words;
 }
 
-TEST(Pattern, StartsAndEndsAsItsDigitsSay) {
-  EXPECT_EQ(kpatternFreq.size(), 2048U);
-  EXPECT_EQ(kpatternFreq[0], QVR_complex_t(1, 0));
-  // 7D: 01 11 11 01
-  EXPECT_EQ(kpatternFreq[1], QVR_complex_t(1, -1));
-  EXPECT_EQ(kpatternFreq[2], QVR_complex_t(-1, -1));
-  EXPECT_EQ(kpatternFreq[3], QVR_complex_t(-1, -1));
-  EXPECT_EQ(kpatternFreq[4], QVR_complex_t(1, -1));
-  // ... C158: 11 00 00 01 01 01 10, and two bits of padding
-  EXPECT_EQ(kpatternFreq[2041], QVR_complex_t(-1, -1));
-  EXPECT_EQ(kpatternFreq[2042], QVR_complex_t(1, 1));
-  EXPECT_EQ(kpatternFreq[2043], QVR_complex_t(1, 1));
-  EXPECT_EQ(kpatternFreq[2044], QVR_complex_t(1, -1));
-  EXPECT_EQ(kpatternFreq[2045], QVR_complex_t(1, -1));
-  EXPECT_EQ(kpatternFreq[2046], QVR_complex_t(1, -1));
-  EXPECT_EQ(kpatternFreq[2047], QVR_complex_t(-1, 1));
-}
-
-// The first digits of some rows of 128 subcarriers.
-TEST(Pattern, GoesOnAsItsDigitsSay) {
-  EXPECT_EQ(kpatternFreq[129], QVR_complex_t(1, -1));  // 53: 01 01 00 11
-  EXPECT_EQ(kpatternFreq[132], QVR_complex_t(-1, -1));
-  EXPECT_EQ(kpatternFreq[1025], QVR_complex_t(-1, 1));  // 8E: 10 00 11 10
-  EXPECT_EQ(kpatternFreq[1027], QVR_complex_t(-1, -1));
-  EXPECT_EQ(kpatternFreq[1921], QVR_complex_t(1, -1));  // 46: 01 00 01 10
-  EXPECT_EQ(kpatternFreq[1924], QVR_complex_t(-1, 1));
-}
-
-TEST(Pattern, LoadsTheTonesOfTheBandButEveryTwentieth) {
-  Points spectrum(2048, {7, 7});
-  writePattern(spectrum.data(), 2048);
-  int loaded = 0;
-  for (uint32_t tone = 0; tone < 2048; tone++) {
-    const bool isEmpty = tone <= 42 || tone >= 1973 || tone % 20 == 0;
-    EXPECT_EQ(spectrum[tone], isEmpty ? QVR_complex_t() : kpatternFreq[tone]) << tone;
-    loaded += isEmpty ? 0 : 1;
-  }
-  EXPECT_EQ(loaded, 1834);
-  EXPECT_NE(spectrum[1972], QVR_complex_t());
-}
-
 // Odd samples in the high halves, and once more in the low half of the next word.
 TEST(GeneratedSignal, HoldsTheOddSamplesTwice) {
   const Words words = generated(2048);
@@ -120,14 +74,14 @@ TEST(GeneratedSignal, HasNegativeSamplesInTwosComplement) {
   EXPECT_EQ(words[1] & 0xFFFF, static_cast<uint32_t>(65536 + samples[1]));
 }
 
-TEST(GeneratedSignal, DoesNotConsultItsBand) {
+TEST(GeneratedSignal, IgnoresTheBandArguments) {
   const Words words = generated(2048);
   EXPECT_EQ(generated(2048, 0, 0), words);
   EXPECT_EQ(generated(2048, 0xFFFFFFFF, 5), words);
   EXPECT_EQ(generated(2048), words);
 }
 
-TEST(GeneratedSignal, OfFewerTonesIsShorter) {
+TEST(GeneratedSignal, IsShorterForFewerTones) {
   for (const uint32_t tones : {64U, 256U, 1024U}) {
     const Words words = generated(tones);
     const std::vector<int> samples = patternSamples(tones);
@@ -138,14 +92,14 @@ TEST(GeneratedSignal, OfFewerTonesIsShorter) {
   }
 }
 
-TEST(GeneratedSignal, WithoutALoadedToneIsSilence) {
+TEST(GeneratedSignal, IsSilentWithoutALoadedTone) {
   for (const uint32_t tones : {1U, 2U, 32U, 43U}) {
     EXPECT_EQ(generated(tones), Words(tones, 0)) << tones;
   }
 }
 
-// The vectors have no room to spare, and every sample fits its half.
-TEST(GeneratedSignal, OfNoPowerOfTwoStaysInside) {
+// The vectors are exactly as long as the signal, so a sanitizer sees every access outside.
+TEST(GeneratedSignal, StaysInRangeForAnyNumberOfTones) {
   for (uint32_t tones = 44; tones <= 2048; tones += 61) {
     for (const uint32_t word : generated(tones)) {
       ASSERT_LE(std::abs(lowSample(word)), 16384);
@@ -154,7 +108,7 @@ TEST(GeneratedSignal, OfNoPowerOfTwoStaysInside) {
   }
 }
 
-TEST(GeneratedSignal, OfNoneOrTooManyTonesIsRefused) {
+TEST(GeneratedSignal, RefusesZeroOrTooManyTones) {
   QVR_txSignal_t words = {7};
   for (const uint32_t tones : {0U, 2049U, 4096U, 0x80000000U, 0xFFFFFFFFU}) {
     EXPECT_EQ(QVR_generateRandomTxSignal(43, 1971, tones, words), QVR_E_INVALID_OPERATION) << tones;
@@ -162,7 +116,7 @@ TEST(GeneratedSignal, OfNoneOrTooManyTonesIsRefused) {
   }
 }
 
-TEST(DefaultSignal, IsThePatternsSymbolTwoSamplesAWord) {
+TEST(DefaultSignal, IsTheSymbolOfThePatternWithTwoSamplesAWord) {
   const std::vector<int> samples = patternSamples(2048);
   for (size_t i = 0; i < defaultTxSignal.size(); i++) {
     EXPECT_EQ(lowSample(defaultTxSignal[i]), samples[2 * i]) << i;
@@ -183,7 +137,7 @@ TEST(DefaultSignal, HasACrestFactorOf11Point5Decibels) {
   EXPECT_NEAR(20 * std::log10(peak / std::sqrt(power)), 11.5, 0.05);
 }
 
-TEST(TestAddresses, AreThoseOfTheLineInItsDevice) {
+TEST(TestAddresses, DependOnTheLineIndex) {
   EXPECT_EQ(QVR_G_GHS_TX_BUFF0_ADDR(0), kTransmitBuffer);
   EXPECT_EQ(QVR_G_TEST_SNAPSHOT_COUNT_ADDR(0), kSnapshotCounter);
   EXPECT_EQ(QVR_G_GHS_RX_FFT_SYMBOL0_ADDR(0), kCapturedSymbol);
@@ -192,38 +146,14 @@ TEST(TestAddresses, AreThoseOfTheLineInItsDevice) {
   EXPECT_EQ(QVR_G_GHS_RX_FFT_SYMBOL0_ADDR(3), 0x91817DD4U);
 }
 
-TEST(TestMode, NeedsNothing) {
+TEST(TestMode, MakesNoRequest) {
   const ExpectedRequests driver{Script()};
   EXPECT_EQ(QVR_initTestModule(), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_enterTestMode(), QVR_E_STATUS_OK);
   EXPECT_EQ(QVR_exitTestMode(), QVR_E_STATUS_OK);
 }
 
-TEST(RandomIntegers, StayInTheirRange) {
-  std::vector<int> seen(5);
-  for (int i = 0; i < 1000; i++) {
-    const int number = randi(-2, 2);
-    ASSERT_THAT(number, AllOf(Ge(-2), Le(2)));
-    seen[static_cast<size_t>(number + 2)]++;
-  }
-  EXPECT_THAT(seen, testing::Each(Ge(1)));
-}
-
-TEST(RandomIntegers, AreThoseOfTheLibrarysGenerator) {
-  std::srand(5);
-  const int drawn = std::rand();
-  std::srand(5);
-  EXPECT_EQ(randi(10, 109), drawn % 100 + 10);
-}
-
-TEST(RandomIntegers, AnEmptyRangeIsItsStart) {
-  EXPECT_EQ(randi(3, 2), 3);
-  EXPECT_EQ(randi(3, -9), 3);
-  EXPECT_EQ(randi(3, 3), 3);
-  EXPECT_LE(randi(-2147483647 - 1, 2147483647), 2147483647);
-}
-
-// Every word has its place in its bytes.
+// Words that all differ.
 Words countingWords() {
   Words words(QVR_K_SIGNAL_WORDS);
   for (uint32_t i = 0; i < words.size(); i++) {
@@ -234,7 +164,7 @@ Words countingWords() {
 
 using Transmission = SignalsTest;
 
-TEST_F(Transmission, PutsTheWordsIntoTheTransmitBuffer) {
+TEST_F(Transmission, WritesTheWordsIntoTheTransmitBuffer) {
   const Words words = countingWords();
   driver_.expect(finds(1, LS_SHOWTIME) + sendsSymbol(1, words));
   EXPECT_EQ(QVR_startSignalTransmission(1, words.data()), QVR_E_STATUS_OK);
@@ -248,7 +178,7 @@ TEST_F(Transmission, WritesWordsLittleEndianIn64Pieces) {
             (Bytes{0x44, 0x33, 0x22, 0x11}));
 }
 
-TEST_F(Transmission, WithoutASignalSendsTheDefaultOne) {
+TEST_F(Transmission, SendsTheDefaultSignalWithoutOne) {
   driver_.expect(finds(0, LS_SILENT) + sendsSymbol(0, {defaultTxSignal.begin(), defaultTxSignal.end()}));
   EXPECT_EQ(QVR_startSignalTransmission(0, nullptr), QVR_E_STATUS_OK);
 }
@@ -264,14 +194,14 @@ TEST_F(Transmission, ActivatesAnIdleLineFirst) {
   EXPECT_THAT(testClock().sleeps(), ElementsAre(1s));
 }
 
-TEST_F(Transmission, GoesOnBehindAFailedActivation) {
+TEST_F(Transmission, GoesOnAfterAFailedActivation) {
   const Words words = countingWords();
   driver_.expect(finds(0, LS_IDLE) + activatesLine(0).fails(EIO) + sendsSymbol(0, words));
   EXPECT_EQ(QVR_startSignalTransmission(0, words.data()), QVR_E_STATUS_OK);
   EXPECT_THAT(testClock().sleeps(), ElementsAre(1s));
 }
 
-TEST_F(Transmission, AnswersItsFailures) {
+TEST_F(Transmission, ReturnsTheCodeOfEachFailure) {
   const Words words = countingWords();
   const Script script = finds(0, LS_SHOWTIME) + sendsSymbol(0, words);
   for (size_t position = 0; position < script.size(); position++) {
@@ -300,7 +230,7 @@ auto tracedBy(const std::string& operation, const std::string& text) {
   return testing::MatchesRegex("\\[LOG_DEBUG\\] " + operation + ":[0-9]+ " + text + "\n");
 }
 
-TEST_F(Transmission, TracesTheBuffersAddress) {
+TEST_F(Transmission, TracesTheBufferAddress) {
   traceEverything();
   driver_.expect(finds(0, LS_SHOWTIME) + sendsSymbol(0, countingWords()));
   QVR_startSignalTransmission(0, countingWords().data());
@@ -308,7 +238,7 @@ TEST_F(Transmission, TracesTheBuffersAddress) {
               ElementsAre(tracedBy("QVR_startSignalTransmission", "QVR_G_GHS_TX_BUFF0_ADDR = 9003C114")));
 }
 
-TEST_F(Transmission, ALineOutOfRangeIsAnAssertion) {
+TEST_F(Transmission, AssertsOnAnUnknownLine) {
   EXPECT_ASSERTION(QVR_startSignalTransmission(2, nullptr),
                    asserts(200, "Invalid Line Identifier", 2, "../qvrline"));
 }
@@ -323,8 +253,9 @@ class Capture : public SignalsTest {
   Points frequency_ = Points(QVR_K_SIGNAL_POINTS, {7, 7});
 };
 
-// Low half first, both with their signs; the second half of the samples is not handed out.
-TEST_F(Capture, AnswersTheFirstHalfOfTheSamples) {
+// The low half of a word is the earlier sample; both are signed. The second half of the samples is not
+// returned.
+TEST_F(Capture, ReturnsTheFirstHalfOfTheSamples) {
   Words words(QVR_K_SIGNAL_WORDS, 0);
   words[0] = 0x00020001;
   words[1] = 0xFFFEFFFF;
@@ -337,7 +268,7 @@ TEST_F(Capture, AnswersTheFirstHalfOfTheSamples) {
   EXPECT_EQ(Points(time_.begin() + 2046, time_.begin() + 2050), (Points{4, 5, {7, 7}, {7, 7}}));
 }
 
-TEST_F(Capture, AnswersTheUnitaryTransformOfAllSamples) {
+TEST_F(Capture, ReturnsTheUnitaryTransformOfAllSamples) {
   const Words words = countingWords();
   Points samples;
   for (const uint32_t word : words) {
@@ -351,7 +282,7 @@ TEST_F(Capture, AnswersTheUnitaryTransformOfAllSamples) {
   EXPECT_EQ(frequency_, expected);
 }
 
-TEST_F(Capture, OfTheDefaultSignalHasThePatternsDecisionsAndEmptyNotches) {
+TEST_F(Capture, OfTheDefaultSignalHasThePatternAndEmptyNotches) {
   driver_.expect(capturesSymbol(0, {defaultTxSignal.begin(), defaultTxSignal.end()}));
   ASSERT_EQ(capture(0), QVR_E_STATUS_OK);
   const double loudness = std::abs(frequency_[43]);
@@ -366,19 +297,19 @@ TEST_F(Capture, OfTheDefaultSignalHasThePatternsDecisionsAndEmptyNotches) {
   }
 }
 
-TEST_F(Capture, WaitsBeforeEveryLook) {
+TEST_F(Capture, WaitsBeforeEveryPoll) {
   driver_.expect(finds(0, LS_SHOWTIME) + requestsSnapshot(0, 3) + readsSymbol(0, countingWords()));
   EXPECT_EQ(capture(0), QVR_E_STATUS_OK);
   EXPECT_THAT(testClock().sleeps(), ElementsAre(50ms, 50ms, 50ms));
 }
 
-TEST_F(Capture, NoticesACounterThatReachesZeroAtTheLastLook) {
+TEST_F(Capture, NoticesACounterThatReachesZeroAtTheLastPoll) {
   driver_.expect(finds(0, LS_SHOWTIME) + requestsSnapshot(0, 10) + readsSymbol(0, countingWords()));
   EXPECT_EQ(capture(0), QVR_E_STATUS_OK);
   EXPECT_EQ(testClock().sleeps().size(), 10U);
 }
 
-TEST_F(Capture, ThatIsNeverReportedIsReadAllTheSame) {
+TEST_F(Capture, ReadsTheSymbolAlthoughTheCounterNeverReachesZero) {
   driver_.expect(finds(0, LS_SHOWTIME) + writes(0, kSnapshotCounter, {0, 0, 0, 1}) +
                  reads(0, kSnapshotCounter, {0, 0, 0, 1}).times(10) + readsSymbol(0, countingWords()));
   EXPECT_EQ(capture(0), QVR_E_STATUS_OK);
@@ -393,7 +324,7 @@ TEST_F(Capture, ActivatesAnIdleLineFirst) {
   EXPECT_THAT(testClock().sleeps(), ElementsAre(1s, 50ms));
 }
 
-TEST_F(Capture, AnswersItsFailuresAndWritesNothing) {
+TEST_F(Capture, FailsAndWritesNothingWhenAnyRequestFails) {
   const Script script = finds(0, LS_SHOWTIME) + requestsSnapshot(0, 2) + readsSymbol(0, countingWords());
   for (size_t position = 0; position < script.size(); position++) {
     driver_.expect(script.failingAt(position, EIO));
@@ -413,11 +344,11 @@ TEST_F(Capture, TracesItsAddresses) {
                           tracedBy("QVR_receiveSignalSnapshot", "QVR_G_GHS_RX_FFT_SYMBOL0_ADDR = 90017DD4")));
 }
 
-TEST_F(Capture, ALineOutOfRangeIsAnAssertion) {
+TEST_F(Capture, AssertsOnAnUnknownLine) {
   EXPECT_ASSERTION(capture(-1), asserts(200, "Invalid Line Identifier", -1, "../qvrline"));
 }
 
-TEST(SignalsWithoutDevice, AreAnsweredByTheirCode) {
+TEST(SignalsWithoutDevice, ReturnDeviceNotExists) {
   enterBothLines();
   const ExpectedRequests driver(opens(1).fails(ENOENT).times(2));
   Points buffer(QVR_K_SIGNAL_POINTS);

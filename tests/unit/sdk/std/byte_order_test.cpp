@@ -1,10 +1,7 @@
-// Byte order and the small arithmetic of std/.
+// Byte order: what is loaded from and stored into bytes.
 #include "std/byte_order.h"
-#include <algorithm>
 
 #include <gtest/gtest.h>
-
-#include "std/bits.h"
 
 using namespace gfast;
 
@@ -23,7 +20,7 @@ TEST(ByteOrder, SwapsExchangesTheTwoBytes) {
   EXPECT_EQ(QVRHTONS(0x1122), 0x2211);
 }
 
-TEST(ByteOrder, SwappingTwiceGivesAnyValueBack) {
+TEST(ByteOrder, SwappingTwiceReturnsTheValue) {
   uint32_t value = 1;
   for (int i = 0; i < 1000; i++) {
     value = value * 1664525U + 1013904223U;
@@ -33,7 +30,7 @@ TEST(ByteOrder, SwappingTwiceGivesAnyValueBack) {
   }
 }
 
-TEST(ByteOrder, ChipWordsReadTheSameOnEveryMachine) {
+TEST(ByteOrder, LoadsReturnTheSameOnEveryMachine) {
   const uint8_t bytes[] = {0x11, 0x22, 0x33, 0x84};
   EXPECT_EQ(load_le16(bytes), 0x2211);
   EXPECT_EQ(load_le32(bytes), 0x84332211U);
@@ -41,13 +38,13 @@ TEST(ByteOrder, ChipWordsReadTheSameOnEveryMachine) {
   EXPECT_EQ(load_be32(bytes), 0x11223384U);
 }
 
-TEST(ByteOrder, WordsNeedNoAlignment) {
+TEST(ByteOrder, LoadsNeedNoAlignment) {
   const uint8_t bytes[] = {0, 1, 2, 3, 4, 5};
   EXPECT_EQ(load_le32(bytes + 1), 0x04030201U);
   EXPECT_EQ(load_be32(bytes + 1), 0x01020304U);
 }
 
-TEST(ByteOrder, WordsAreWrittenByteByByte) {
+TEST(ByteOrder, StoresWriteTheSameBytesOnEveryMachine) {
   uint8_t bytes[4] = {};
   store_le32(bytes, 0x84332211U);
   EXPECT_EQ(bytes[0], 0x11);
@@ -58,31 +55,6 @@ TEST(ByteOrder, WordsAreWrittenByteByByte) {
   store_le16(bytes, 0x1122);
   EXPECT_EQ(bytes[0], 0x22);
   EXPECT_EQ(bytes[1], 0x11);
-}
-
-constexpr uint32_t FIELD_SIZE = 3;
-constexpr uint32_t FIELD_OFFSET = 25;
-
-TEST(Bits, MaskCoversTheField) {
-  EXPECT_EQ(MASK(FIELD), 0x0E000000U);
-}
-
-TEST(Bits, MinAndMaxEvaluateTheirArgumentsOnce) {
-  int a = 1;
-  int b = 5;
-  EXPECT_EQ(std::min(a++, b++), 1);
-  EXPECT_EQ(a, 2);
-  EXPECT_EQ(b, 6);
-  EXPECT_EQ(std::max(a++, b++), 6);
-  EXPECT_EQ(a, 3);
-  EXPECT_EQ(b, 7);
-}
-
-TEST(Bits, CountersThatWrappedAreSubtractedAcrossTheWrap) {
-  EXPECT_EQ(WA32bSUBTRACT(10, 3), 7U);
-  EXPECT_EQ(WA32bSUBTRACT(2, 0xFFFFFFFFU), 3U);
-  EXPECT_EQ(WA32bSUBTRACT(0, 1), 0xFFFFFFFFU);
-  EXPECT_EQ(WA32bSUBTRACT(5, 5), 0U);
 }
 
 }  // namespace

@@ -1,8 +1,11 @@
-// The counter blocks at the near end: where they lie, how long they are, what becomes of their bytes.
+// The counter blocks at the near end: their addresses and sizes, and how their bytes are converted.
 #include <cstring>
 #include <functional>
 
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/lines.h"
+#include "support/records.h"
 
 using namespace gfast;
 
@@ -10,13 +13,13 @@ namespace {
 
 constexpr uint32_t kFirst = 0x01020304;  // no byte alike, so a wrong byte order shows
 
-// A reader of the line's block, by its size and its address for index 0 in the device.
+// An operation that reads a block, with the block's size and its address for line index 0.
 struct Reader {
   const char* name;
   uint32_t address;
   size_t size;
   bool clearedOnFailure;
-  // Reads into the bytes of a block that were there before, and leaves in them what the block holds then.
+  // Takes what the block holds before the read, and returns in its place what it holds after.
   std::function<QVR_retval_t(QVR_lineId_t line, Bytes& block)> read;
 };
 
@@ -60,7 +63,7 @@ TEST(CounterWords, AreLittleEndianInChipMemory) {
   EXPECT_THAT(words, testing::ElementsAre(0x12345678U, 0xFFU, 0x80000000U));
 }
 
-TEST(CounterWords, BehindTheLastWholeWordAndOfNoLengthBytesStay) {
+TEST(CounterWords, KeepBytesBehindTheLastWholeWord) {
   uint8_t bytes[] = {4, 3, 2, 1, 4, 3, 2};
   QVR_NTOHGfastCounters(bytes, sizeof bytes);
   EXPECT_EQ(Bytes(bytes + 4, bytes + 7), (Bytes{4, 3, 2}));
@@ -70,7 +73,7 @@ TEST(CounterWords, BehindTheLastWholeWordAndOfNoLengthBytesStay) {
   QVR_NTOHGfastCounters(nullptr, 0);
 }
 
-TEST(CounterBlocks, AreReadFromTheLinesDeviceInOneRequest) {
+TEST(CounterBlocks, AreReadFromTheDeviceOfTheLineInOneRequest) {
   enterBothLines();
   ExpectedRequests driver{Script()};
   openDevice(driver, 0);
@@ -89,7 +92,7 @@ TEST(CounterBlocks, AreReadFromTheLinesDeviceInOneRequest) {
   }
 }
 
-TEST(CounterBlocks, TheLinesIndexInItsDeviceIsPartOfTheAddress) {
+TEST(CounterBlocks, AddressDependsOnTheLineIndex) {
   addLine(0, 1, 2, TRUE);
   ExpectedRequests driver{Script()};
   openDevice(driver, 1);
@@ -102,7 +105,7 @@ TEST(CounterBlocks, TheLinesIndexInItsDeviceIsPartOfTheAddress) {
   }
 }
 
-TEST(CounterBlocks, AFailedReadIsAnsweredAndWhatTheBlockHeldIsConverted) {
+TEST(CounterBlocks, FailedReadConvertsOrClearsWhatTheBlockHeld) {
   enterBothLines();
   ExpectedRequests driver{Script()};
   openDevice(driver, 0);
@@ -118,7 +121,7 @@ TEST(CounterBlocks, AFailedReadIsAnsweredAndWhatTheBlockHeldIsConverted) {
   }
 }
 
-// Fills part of what it is asked for, and fails.
+// Fills half of the buffer, then fails.
 class FailsHalfway final : public Driver {
  public:
   int open(int device) override { return device; }
@@ -130,7 +133,7 @@ class FailsHalfway final : public Driver {
   void rediscover() override {}
 };
 
-TEST(CounterBlocks, PartOfThePerformanceMonitoringBlockIsNoBlock) {
+TEST(CounterBlocks, PerformanceMonitoringBlockIsZeroAfterAPartialRead) {
   enterBothLines();
   FailsHalfway driver;
   installDriver(driver);
@@ -139,7 +142,7 @@ TEST(CounterBlocks, PartOfThePerformanceMonitoringBlockIsNoBlock) {
   EXPECT_TRUE(isZero(counters));
 }
 
-TEST(CounterBlocks, WithoutTheDeviceThereAreNone) {
+TEST(CounterBlocks, FailWithoutTheDevice) {
   enterBothLines();
   ExpectedRequests driver{Script()};
   for (const Reader& block : readers()) {
@@ -151,7 +154,7 @@ TEST(CounterBlocks, WithoutTheDeviceThereAreNone) {
   }
 }
 
-TEST(CounterBlocks, ALineThatNoDeviceCarriesAsksNobody) {
+TEST(CounterBlocks, FailWithoutARequestForALineWithoutADevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   const ExpectedRequests driver{Script()};
   for (const Reader& block : readers()) {
@@ -162,7 +165,7 @@ TEST(CounterBlocks, ALineThatNoDeviceCarriesAsksNobody) {
   }
 }
 
-TEST(CounterBlocks, OfALineOutOfRangeAreAnAssertion) {
+TEST(CounterBlocks, AssertOnAnUnknownLine) {
   for (const Reader& block : readers()) {
     SCOPED_TRACE(block.name);
     Bytes bytes(block.size);
@@ -170,7 +173,7 @@ TEST(CounterBlocks, OfALineOutOfRangeAreAnAssertion) {
   }
 }
 
-TEST(CounterFields, LieWhereTheChipPutsThem) {
+TEST(CounterFields, AreReadFromTheirWordsOfTheBlock) {
   enterBothLines();
   ExpectedRequests driver{Script()};
   openDevice(driver, 0);

@@ -1,6 +1,9 @@
-// A quarter hour ends: the lines' counters are read, accounted for, and become the start of the next.
+// A quarter hour ends: the lines' counters are read and reported, and the next quarter hour starts with them.
 #include "qvrline/interval_counters.h"
-#include "unit/sdk/lines.h"
+#include "support/devices.h"
+#include "support/lines.h"
+#include "support/records.h"
+#include "support/trace_log.h"
 
 using namespace gfast;
 
@@ -15,7 +18,7 @@ Script readsCounters(int device, uint32_t first) {
   return reads(device, 0xF0000000, countingWords(156, first));
 }
 
-// What the callback found, call by call.
+// What each call of the callback found.
 struct Update {
   QVR_lineId_t line;
   time_t boundary;
@@ -57,7 +60,7 @@ class QuarterHour : public testing::Test {
   ExpectedRequests driver_{Script()};
 };
 
-TEST(IntervalCounters, StartAfreshFromTheLatestRead) {
+TEST(IntervalCounters, StartAgainFromTheLatestRead) {
   QVR_intervalCounterDB_t counters{};
   counters.curr15minSnapshot.ne.LOS = 1;
   counters.curr15minSnapshot.fe.EFB = 2;
@@ -69,7 +72,7 @@ TEST(IntervalCounters, StartAfreshFromTheLatestRead) {
   EXPECT_EQ(counters.curr15minSnapshot.ne.LOS, 1U);
 }
 
-TEST_F(QuarterHour, IsAccountedForLineByLineAndTheNextStartsThere) {
+TEST_F(QuarterHour, IsReportedForEachLineAndTheNextStartsThere) {
   driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
   EXPECT_THAT(updates(), ElementsAre(Update{0, kBoundary, 1000, 5}, Update{1, kBoundary, 2000, 5}));
@@ -78,7 +81,7 @@ TEST_F(QuarterHour, IsAccountedForLineByLineAndTheNextStartsThere) {
   expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
 }
 
-TEST_F(QuarterHour, ALineThatCannotBeReadIsLoggedAndItsQuarterHourGoesOn) {
+TEST_F(QuarterHour, LogsALineThatCannotBeReadAndKeepsItsCounters) {
   const TraceLog trace;
   driver_.expect(readsCounters(0, 1000).fails(EIO) + readsCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
@@ -90,7 +93,7 @@ TEST_F(QuarterHour, ALineThatCannotBeReadIsLoggedAndItsQuarterHourGoesOn) {
                                                 "reading performance monitoring counters for line 0\n")));
 }
 
-TEST_F(QuarterHour, WithNoLineToReadIsOnlyLogged) {
+TEST_F(QuarterHour, OnlyLogsWhenNoLineCanBeRead) {
   const TraceLog trace;
   driver_.expect(readsCounters(0, 0).fails(EIO) + readsCounters(1, 0).fails(EIO));
   QVR_15minCounterEventHandler(kBoundary);
@@ -98,7 +101,7 @@ TEST_F(QuarterHour, WithNoLineToReadIsOnlyLogged) {
   EXPECT_EQ(trace.lines().size(), 2U);
 }
 
-TEST_F(QuarterHour, WithoutACallbackStartsAfreshAllTheSame) {
+TEST_F(QuarterHour, StartsTheNextWithoutACallback) {
   QVR_register15minCounterUpdateNotificationCB(nullptr);
   driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
@@ -107,7 +110,7 @@ TEST_F(QuarterHour, WithoutACallbackStartsAfreshAllTheSame) {
   expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
 }
 
-TEST_F(QuarterHour, ALaterReadDuringTheAccountingDoesNotMoveTheNextStart) {
+TEST_F(QuarterHour, ReadDuringTheCallbackDoesNotMoveTheNextStart) {
   QVR_register15minCounterUpdateNotificationCB([](QVR_lineId_t line, time_t) {
     G9972_PM_COUNTERS_S later{};
     later.ne.LOS = 1500;
@@ -119,7 +122,7 @@ TEST_F(QuarterHour, ALaterReadDuringTheAccountingDoesNotMoveTheNextStart) {
   expectCountingWords(countersOf(1).prev15minSnapshot, 2000);
 }
 
-TEST_F(QuarterHour, ALookThatEndsLateDoesNotReplaceTheClosingRead) {
+TEST_F(QuarterHour, LateReadDoesNotReplaceTheClosingRead) {
   G9972_PM_COUNTERS_S block{};
   block.ne.LOS = 8;
   storeLatestCounters(0, block);

@@ -1,6 +1,11 @@
-// The far end's counter blocks: from its memory, completed by what it answers and by what the near end
-// counted.
-#include "unit/sdk/lines.h"
+// The far end's counter blocks: read from its memory, completed by its answers and by counters of the near
+// end.
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/far_end_answers.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
+#include "support/records.h"
 
 using namespace gfast;
 
@@ -10,19 +15,6 @@ constexpr uint32_t kFirst = 0x01020304;
 
 // What a far end answers about itself, byte by byte.
 const Bytes kManagement = countingWords(44, 0x0A0B0C01);
-const Bytes kPmd{0x34, 0x12, 0x78, 0x56, 0x34, 0x92, 0xCD, 0xAB, 0x04, 0x03, 0x02, 0xF1, 0x07, 0x06};
-
-Script asksManagement(int device, const Bytes& answer = kManagement) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_MGMT_COUNTERS, {}, 44, answer);
-}
-
-Script asksPmd(int device, const Bytes& answer = kPmd) {
-  return sendsToFarEnd(device, 0, MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ, {}, 14, answer);
-}
-
-Script findsLineUp(int device) {
-  return readsIdentity(device, chipWithLine(LS_SHOWTIME));
-}
 
 class FarEndCounters : public testing::Test {
  protected:
@@ -31,7 +23,7 @@ class FarEndCounters : public testing::Test {
     startDevice(driver_, 0, LS_SHOWTIME);
   }
 
-  // Only the last step of a reading decides its result, so each is tried good and bad.
+  // Only the last step decides the result, so each step is tested good and bad.
   static Script step(const Script& good, bool fails) { return fails ? good.fails(EIO) : good; }
 
   // The next exchange over far-end memory.
@@ -49,7 +41,7 @@ using FarEndFramerRaw = FarEndCounters;
 using FarEndFduRaw = FarEndCounters;
 using FarEndDerived = FarEndCounters;
 
-// A reader of a far-end block of memory, of any type.
+// Calls an operation with a block of its type, whatever the type.
 template <typename Block, QVR_retval_t (*Read)(QVR_lineId_t, Block*)>
 QVR_retval_t readInto(QVR_lineId_t line, bool& zero) {
   Block block;
@@ -77,7 +69,7 @@ constexpr AnyReader kAnswerReaders[] = {
     {"PMD", readInto<G9701_PMDTestParameters_t, QVR_readFarEndPMDTestParameters>},
 };
 
-TEST_F(FarEndCounters, OfALineThatIsDownAreZeroAndAskedOfNobody) {
+TEST_F(FarEndCounters, AreZeroWithoutARequestForALineThatIsDown) {
   for (const AnyReader& block : kBlockReaders) {
     SCOPED_TRACE(block.name);
     bool zero = false;
@@ -88,7 +80,7 @@ TEST_F(FarEndCounters, OfALineThatIsDownAreZeroAndAskedOfNobody) {
   }
 }
 
-TEST_F(FarEndCounters, OfALineWhoseDeviceDoesNotAnswerAreThoseOfALineThatIsDown) {
+TEST_F(FarEndCounters, AreZeroWhenTheDeviceDoesNotAnswer) {
   const Script finds = findsLineUp(0);
   for (const AnyReader& block : kBlockReaders) {
     for (size_t position = 0; position < finds.size(); position++) {
@@ -102,7 +94,7 @@ TEST_F(FarEndCounters, OfALineWhoseDeviceDoesNotAnswerAreThoseOfALineThatIsDown)
   }
 }
 
-TEST_F(FarEndCounters, OfALineWhoseDeviceCannotBeOpened) {
+TEST_F(FarEndCounters, AreZeroWhenTheDeviceCannotBeOpened) {
   for (const AnyReader& block : kBlockReaders) {
     SCOPED_TRACE(block.name);
     bool zero = false;
@@ -131,13 +123,13 @@ void expectNoDevice(const AnyReader (&readers)[Count]) {
   }
 }
 
-TEST_F(FarEndCounters, OfALineThatNoDeviceCarriesAskNobodyAndOfNoLineAreAnAssertion) {
+TEST_F(FarEndCounters, FailForALineWithoutADeviceAndAssertOnAnUnknownLine) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   expectNoDevice(kBlockReaders);
   expectNoDevice(kAnswerReaders);
 }
 
-TEST_F(FarEndCounters, OfInitialisationComeFromFarEndMemory) {
+TEST_F(FarEndCounters, OfInitialisationAreReadFromFarEndMemory) {
   GFAST_FRAMER_INIT_COUNTERS_S framer;
   driver_.expect(findsLineUp(0) + readsBlock(0xE2400000, 72));
   EXPECT_EQ(QVR_readGfastFramerInitCountersFE(0, &framer), QVR_E_STATUS_OK);
@@ -148,7 +140,7 @@ TEST_F(FarEndCounters, OfInitialisationComeFromFarEndMemory) {
   expectCountingWords(fdu, kFirst);
 }
 
-TEST_F(FarEndCounters, TheLinesIndexInItsDeviceIsNoPartOfTheFarEndsAddress) {
+TEST_F(FarEndCounters, FarEndAddressIsTheSameForEveryLine) {
   addLine(1, 1, 0, FALSE);
   startDevice(driver_, 1, LS_SHOWTIME);
   GFAST_FRAMER_INIT_COUNTERS_S framer;
@@ -157,7 +149,7 @@ TEST_F(FarEndCounters, TheLinesIndexInItsDeviceIsNoPartOfTheFarEndsAddress) {
   expectCountingWords(framer, kFirst);
 }
 
-TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndDoesNotGiveThem) {
+TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndFails) {
   struct Failure {
     Script exchange;
     QVR_retval_t status;
@@ -184,7 +176,7 @@ TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndDoesNotGiveThem) {
 
 TEST_F(ManagementCounters, AreElevenLittleEndianWords) {
   G9701_ManagementCounters_t counters;
-  driver_.expect(asksManagement(0));
+  driver_.expect(asksManagement(0, kManagement));
   EXPECT_EQ(QVR_readFarEndFTUmanagementCounters(0, &counters), QVR_E_STATUS_OK);
   expectCountingWords(counters, 0x0A0B0C01);
   EXPECT_EQ(counters.fec, 0x0A0B0C01U);
@@ -203,7 +195,7 @@ TEST_F(PmdTestParameters, AreLittleEndianAndPacked) {
   EXPECT_EQ(uint16_t{parameters.RXpower_dBm_DS}, 0x0607);
 }
 
-TEST_F(FarEndCounters, AnAnswerTooShortForItsRecordIsNone) {
+TEST_F(FarEndCounters, RejectAnAnswerTooShortForItsRecord) {
   for (size_t length = 0; length < kManagement.size(); length++) {
     bool zero = false;
     driver_.expect(asksManagement(0, Bytes(length, 0x55)));
@@ -218,16 +210,16 @@ TEST_F(FarEndCounters, AnAnswerTooShortForItsRecordIsNone) {
   }
 }
 
-TEST_F(FarEndCounters, AFarEndThatDoesNotAnswerIsAFailedMessage) {
+TEST_F(FarEndCounters, FailWhenTheFarEndDoesNotAnswer) {
   bool zero = false;
-  driver_.expect(asksManagement(0).fails(ETIMEDOUT, 44) + asksPmd(0).fails(ETIMEDOUT, 14));
+  driver_.expect(asksManagement(0, kManagement).fails(ETIMEDOUT, 44) + asksPmd(0).fails(ETIMEDOUT, 14));
   EXPECT_EQ(kAnswerReaders[0].read(0, zero), QVR_E_FAILED_SENDING_FAR_END_MSG);
   EXPECT_TRUE(zero);
   EXPECT_EQ(kAnswerReaders[1].read(0, zero), QVR_E_FAILED_SENDING_FAR_END_MSG);
   EXPECT_TRUE(zero);
 }
 
-TEST_F(FarEndCounters, AnswersOfALineThatIsDownAreFailedMessagesWithoutARequest) {
+TEST_F(FarEndCounters, AnswersFailWithoutARequestForALineThatIsDown) {
   driver_.expect(readsIdentity(0, chipWithLine(LS_IDLE)));
   ASSERT_EQ(QVR_isLineUp(0), FALSE);
   for (const AnyReader& answer : kAnswerReaders) {
@@ -271,11 +263,11 @@ GFAST_FRAMER_RAW_COUNTERS_S expectedFramer(unsigned failing) {
   return framer;
 }
 
-TEST_F(FarEndFramerRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
+TEST_F(FarEndFramerRaw, EachStepFailsAloneAndTheLastStepDecidesTheResult) {
   for (unsigned failing = 0; failing < kAllSteps; failing++) {
     SCOPED_TRACE(failing);
     driver_.expect(findsLineUp(0) + readsBlock(0xE2440000, 340, (failing & kBlock) != 0) +
-                   step(asksManagement(0), (failing & kAnswers) != 0) +
+                   step(asksManagement(0, kManagement), (failing & kAnswers) != 0) +
                    step(reads(0, 0xE2440000, countingWords(340, 0x70000000)), (failing & kNearEnd) != 0) +
                    step(asksPmd(0), (failing & kMeasurements) != 0));
     GFAST_FRAMER_RAW_COUNTERS_S framer;
@@ -290,7 +282,7 @@ TEST_F(FarEndFramerRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
   }
 }
 
-TEST_F(FarEndFduRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
+TEST_F(FarEndFduRaw, EachStepFailsAloneAndTheLastStepDecidesTheResult) {
   for (const bool blockFails : {false, true}) {
     for (const bool pmdFails : {false, true}) {
       driver_.expect(findsLineUp(0) + readsBlock(0xE2040000, 40, blockFails) + step(asksPmd(0), pmdFails));
@@ -307,18 +299,18 @@ TEST_F(FarEndFduRaw, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
   }
 }
 
-TEST_F(FarEndFduRaw, ThePowerIsWidenedWithoutItsSign) {
+TEST_F(FarEndFduRaw, PowerIsNotSignExtended) {
   driver_.expect(findsLineUp(0) + readsBlock(0xE2040000, 40) + asksPmd(0));
   GFAST_FDU_RAW_COUNTERS_S fdu;
   EXPECT_EQ(QVR_readGfastFduRawCountersFE(0, &fdu), QVR_E_STATUS_OK);
   EXPECT_EQ(fdu.ACTATPds, 0xABCD);
 }
 
-TEST_F(FarEndDerived, EveryStepStandsForItselfAndTheLastOneIsTheResult) {
+TEST_F(FarEndDerived, EachStepFailsAloneAndTheLastStepDecidesTheResult) {
   for (const bool blockFails : {false, true}) {
     for (const bool managementFails : {false, true}) {
       driver_.expect(findsLineUp(0) + readsBlock(0xE2880000, 216, blockFails) +
-                     step(asksManagement(0), managementFails));
+                     step(asksManagement(0, kManagement), managementFails));
       GFAST_DERIVED_COUNTERS_S derived;
       std::memset(&derived, 0xAA, sizeof derived);
       EXPECT_EQ(QVR_readGfastDerivedCountersFE(0, &derived),

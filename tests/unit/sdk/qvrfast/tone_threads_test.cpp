@@ -2,22 +2,26 @@
 // and again.
 
 #include <gfast_api.h>
+#include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <thread>
 
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
 #include "chip/registers.h"
+#include "driver/driver.h"
 #include "qvrline/line_module.h"
-#include "unit/sdk/qvrline/tones.h"
+#include "support/lines.h"
+#include "support/tones.h"
 
 using namespace gfast;
 
 namespace {
 
-// A line in showtime on each device, whose framing is another one at every reading; guard words are settled
-// and far ends answer everything.
+// A line in showtime on each device, whose framing differs at every read. Guard words agree, and far ends
+// answer every request.
 class RestlessChips final : public Driver {
  public:
   RestlessChips() {
@@ -80,7 +84,7 @@ class RestlessChips final : public Driver {
   std::atomic<uint32_t> reading_{0};
 };
 
-TEST(TonesOfARestlessLine, AreReadWhileItsFramingChanges) {
+TEST(ToneThreads, ReadTablesWhileTheFramingChanges) {
   const RestlessChips chips;
   std::atomic<bool> done{false};
   std::thread notifications([&] {

@@ -1,4 +1,4 @@
-// The eoc of a line carries one exchange at a time, and no longer than that.
+// The eoc of a line carries one exchange at a time, and is released after it.
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -8,9 +8,12 @@
 #include <thread>
 
 #include "chip/far_end_messages.h"
+#include "driver/driver.h"
 #include "qvrdev/device_table.h"
 #include "qvrline/eoc.h"
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/bytes.h"
+#include "support/lines.h"
 
 using namespace gfast;
 
@@ -72,7 +75,7 @@ bool isFree(QVR_lineId_t line) {
   return captured.wait_for(10s) == std::future_status::ready;
 }
 
-TEST(Eoc, OfALineOutOfRangeIsAnAssertion) {
+TEST(Eoc, AssertsOnAnUnknownLine) {
   for (const QVR_lineId_t line : {2, -1}) {
     const auto report = asserts(200, "Invalid Line Identifier", line, "../qvrline");
     EXPECT_ASSERTION(QVR_EOC_CaptureLine(line), report);
@@ -80,7 +83,7 @@ TEST(Eoc, OfALineOutOfRangeIsAnAssertion) {
   }
 }
 
-TEST(Eoc, ACapturedLineMakesOthersWaitForIt) {
+TEST(Eoc, CaptureWaitsWhileTheLineIsCaptured) {
   std::atomic<bool> captured{false};
   QVR_EOC_CaptureLine(1);
   std::thread other([&] {
@@ -95,13 +98,13 @@ TEST(Eoc, ACapturedLineMakesOthersWaitForIt) {
   EXPECT_TRUE(captured);
 }
 
-TEST(Eoc, OneLineDoesNotWaitForTheOther) {
+TEST(Eoc, CaptureDoesNotWaitForTheOtherLine) {
   QVR_EOC_CaptureLine(0);
   EXPECT_TRUE(isFree(1));
   QVR_EOC_ReleaseLine(0);
 }
 
-TEST(Eoc, IsHeldForTheLengthOfAScope) {
+TEST(Eoc, IsReleasedAtTheEndOfTheScope) {
   {
     const EocExchange exchange(0);
     EXPECT_TRUE(isFree(1));
@@ -109,7 +112,7 @@ TEST(Eoc, IsHeldForTheLengthOfAScope) {
   EXPECT_TRUE(isFree(0));
 }
 
-// What exchanges with the far end of line 0, in one exchange each.
+// Three operations that make one exchange each with the far end of line 0.
 void makeEveryExchange() {
   uint8_t bytes[4];
   QVR_readmemFarEnd(0, kAddress, bytes, sizeof bytes);
@@ -144,7 +147,7 @@ TEST(Eoc, IsHeldDuringEveryExchange) {
   EXPECT_EQ(captures, 9);
 }
 
-TEST(Eoc, IsFreeBehindEveryExchangeGoodOrBad) {
+TEST(Eoc, IsReleasedAfterEveryExchangeGoodOrBad) {
   AnsweringFarEnds farEnds;
   makeEveryExchange();
   EXPECT_TRUE(isFree(0));
@@ -159,7 +162,7 @@ TEST(Eoc, IsFreeBehindEveryExchangeGoodOrBad) {
   EXPECT_EQ(farEnds.exchanges, 9);
 }
 
-TEST(Eoc, ReadingFarEndMemoryLetsOthersInBetweenTwoPieces) {
+TEST(Eoc, IsReleasedBetweenPiecesOfFarEndMemory) {
   const AnsweringFarEnds farEnds;
   constexpr int kPieces = 128;
   std::atomic<bool> stop{false};
@@ -182,7 +185,7 @@ TEST(Eoc, ReadingFarEndMemoryLetsOthersInBetweenTwoPieces) {
   EXPECT_TRUE(cameBetween);
 }
 
-TEST(Eoc, ALineThatTakesItsTimeDoesNotKeepTheOther) {
+TEST(Eoc, SlowExchangeDoesNotDelayTheOtherLine) {
   AnsweringFarEnds farEnds;
   std::promise<void> otherLineDone;
   auto done = otherLineDone.get_future();

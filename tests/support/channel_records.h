@@ -1,7 +1,8 @@
 // The blocks of a line that carries data, and the requests that read them.
 #pragma once
 
-#include "unit/sdk/qvrfast/status_records.h"
+#include "support/counter_blocks.h"
+#include "support/far_end_answers.h"
 
 using namespace gfast;
 

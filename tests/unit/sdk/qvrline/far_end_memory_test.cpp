@@ -1,9 +1,12 @@
-// Far-end memory over the eoc: the pieces, and the answers that a far end gives, good and bad.
+// Far-end memory over the eoc: the pieces, and good and bad answers of the far end.
 #include <cstring>
 
 #include "chip/far_end_messages.h"
 #include "qvrdev/device_table.h"
-#include "unit/sdk/lines.h"
+#include "support/assertions.h"
+#include "support/devices.h"
+#include "support/far_end_memory.h"
+#include "support/lines.h"
 
 using namespace gfast;
 
@@ -34,7 +37,7 @@ class FarEndMemory : public testing::Test {
   Bytes bytes_;
 };
 
-TEST_F(FarEndMemory, IsAskedForByAHeaderAndAnsweredByOneWithTheData) {
+TEST_F(FarEndMemory, RequestIsAHeaderAndAnswerIsAHeaderWithData) {
   const Bytes request{2, 0, 4, 0, 1, 0, 0, 0, 0x78, 0x56, 0x34, 0xE2};
   const Bytes answer{2, 0x80, 4, 0, 1, 0, 0, 0, 0x78, 0x56, 0x34, 0xE2, 0xDE, 0xAD, 0xBE, 0xEF};
   driver_.expect(sendsToFarEnd(0, 0, MGMT_FAR_END_REQ_TYPE_READMEM, request, 16, answer));
@@ -42,7 +45,7 @@ TEST_F(FarEndMemory, IsAskedForByAHeaderAndAnsweredByOneWithTheData) {
   EXPECT_EQ(bytes_, (Bytes{0xDE, 0xAD, 0xBE, 0xEF}));
 }
 
-TEST_F(FarEndMemory, IsThatOfTheLineAsked) {
+TEST_F(FarEndMemory, IsReadOverTheGivenLine) {
   addLine(1, 1, 0, FALSE);
   startDevice(driver_, 1, LS_SHOWTIME);
   driver_.expect(readsFarEnd(1, 1, kAddress, {1, 2, 3}));
@@ -51,7 +54,7 @@ TEST_F(FarEndMemory, IsThatOfTheLineAsked) {
   EXPECT_EQ(bytes_, (Bytes{1, 2, 3}));
 }
 
-TEST_F(FarEndMemory, ComesInPiecesOf512BytesEachWithItsOwnNumber) {
+TEST_F(FarEndMemory, IsReadInNumberedPiecesOf512Bytes) {
   const Bytes first = countingWords(512, 0x11223344);
   const Bytes second = countingWords(512, 0x55667788);
   driver_.expect(readsFarEnd(0, 1, kAddress, first) + readsFarEnd(0, 2, kAddress + 512, second) +
@@ -62,23 +65,23 @@ TEST_F(FarEndMemory, ComesInPiecesOf512BytesEachWithItsOwnNumber) {
   EXPECT_EQ(bytes_.back(), 7);
 }
 
-TEST_F(FarEndMemory, OfExactlyOnePieceIsOneExchange) {
+TEST_F(FarEndMemory, OnePieceIsOneExchange) {
   driver_.expect(readsFarEnd(0, 1, kAddress, Bytes(512, 3)));
   EXPECT_EQ(read(512), QVR_E_STATUS_OK);
   driver_.expect(readsFarEnd(0, 2, kAddress, Bytes(512, 4)) + readsFarEnd(0, 3, kAddress + 512, {5}));
   EXPECT_EQ(read(513), QVR_E_STATUS_OK);
 }
 
-TEST_F(FarEndMemory, OfNoLengthIsNoExchange) {
+TEST_F(FarEndMemory, LengthZeroMakesNoExchange) {
   EXPECT_EQ(read(0), QVR_E_STATUS_OK);
 }
 
-TEST_F(FarEndMemory, AtTheEndOfTheAddressSpaceGoesOnAtItsBeginning) {
+TEST_F(FarEndMemory, AddressWrapsAroundAtTheEndOfTheAddressSpace) {
   driver_.expect(readsFarEnd(0, 1, 0xFFFFFF00, Bytes(512, 1)) + readsFarEnd(0, 2, 0x00000100, {2}));
   EXPECT_EQ(read(513, 0xFFFFFF00), QVR_E_STATUS_OK);
 }
 
-TEST_F(FarEndMemory, OfTheMostBytesIsReadWhole) {
+TEST_F(FarEndMemory, LargestLengthIsReadWhole) {
   Script script;
   for (uint32_t piece = 0; piece < 128; piece++) {
     script = script + readsFarEnd(0, static_cast<uint16_t>(piece + 1), kAddress + piece * 512,
@@ -91,7 +94,7 @@ TEST_F(FarEndMemory, OfTheMostBytesIsReadWhole) {
   }
 }
 
-TEST_F(FarEndMemory, MoreThanFitsIsTheCallersMistake) {
+TEST_F(FarEndMemory, AssertsOnALengthBeyondTheLargest) {
   uint8_t byte = 0;
   const auto report = testing::AllOf(
       testing::ContainsRegex("Assert 200 in file ../qvrline at line [0-9]+\nResponse message too large\n"),
@@ -100,7 +103,7 @@ TEST_F(FarEndMemory, MoreThanFitsIsTheCallersMistake) {
   EXPECT_ASSERTION(QVR_readmemFarEnd(0, kAddress, &byte, 0xFFFFFFFF), report);
 }
 
-TEST_F(FarEndMemory, OfALineOutOfRangeIsAnAssertion) {
+TEST_F(FarEndMemory, AssertsOnAnUnknownLine) {
   uint8_t byte = 0;
   for (const QVR_lineId_t line : {2, -1}) {
     const auto report = asserts(200, "Invalid Line Identifier", line, "../qvrline");
@@ -109,7 +112,7 @@ TEST_F(FarEndMemory, OfALineOutOfRangeIsAnAssertion) {
   }
 }
 
-TEST_F(FarEndMemory, ARefusalIsAnsweredWhateverElseItsHeaderSays) {
+TEST_F(FarEndMemory, ReturnsNackForARefusalWhateverItsOtherFieldsSay) {
   EXPECT_EQ(readAnswered(4, farEndHeader(0xFFFF, 4, 1, kAddress)), QVR_E_FAREND_EOC_NACK);
   driver_.expect(asksFarEndMemory(0, 2, kAddress, 4, farEndHeader(0xFFFF, 0, 0, 0)));
   EXPECT_EQ(read(4), QVR_E_FAREND_EOC_NACK);
@@ -120,7 +123,7 @@ TEST_F(FarEndMemory, ARefusalIsAnsweredWhateverElseItsHeaderSays) {
   EXPECT_EQ(bytes_, Bytes(4, 0xAA));
 }
 
-TEST_F(FarEndMemory, AnAnswerThatIsNotThePieceAskedForIsNone) {
+TEST_F(FarEndMemory, RejectsAnAnswerToAnotherRequest) {
   const Bytes data{1, 2, 3, 4};
   const auto answer = [&](uint16_t opcode, size_t length, uint16_t sequence, uint32_t address) {
     Bytes bytes = farEndHeader(opcode, length, sequence, address);
@@ -128,17 +131,15 @@ TEST_F(FarEndMemory, AnAnswerThatIsNotThePieceAskedForIsNone) {
     return bytes;
   };
   const std::vector<Bytes> strays{
-      answer(0x0002, 4, 1, kAddress),      // the request itself
-      answer(0x8003, 4, 2, kAddress),      // the answer to a write
-      answer(0x0280, 4, 3, kAddress),      // its opcode's bytes exchanged
-      answer(0x0000, 4, 4, kAddress),      // nothing
-      answer(0x8002, 4, 4, kAddress),      // the exchange before
-      answer(0x8002, 4, 7, kAddress),      // the exchange to come
-      answer(0x8002, 4, 7, kAddress + 4),  // another place
-      answer(0x8002, 4, 8, swapl(kAddress)),
-      answer(0x8002, 3, 9, kAddress),  // it says that it is shorter than it is
-      answer(0x8002, 5, 10, kAddress),
-      answer(0x8002, 0xFFFF, 11, kAddress),
+      answer(0x0002, 4, 1, kAddress),                                         // the request itself
+      answer(0x8003, 4, 2, kAddress),                                         // the answer to a write
+      answer(0x0280, 4, 3, kAddress),                                         // its opcode's bytes exchanged
+      answer(0x0000, 4, 4, kAddress),                                         // nothing
+      answer(0x8002, 4, 4, kAddress),                                         // the exchange before
+      answer(0x8002, 4, 7, kAddress),                                         // the exchange to come
+      answer(0x8002, 4, 7, kAddress + 4),                                     // another place
+      answer(0x8002, 4, 8, swapl(kAddress)), answer(0x8002, 3, 9, kAddress),  // the length says one byte less
+      answer(0x8002, 5, 10, kAddress),       answer(0x8002, 0xFFFF, 11, kAddress),
   };
   for (size_t i = 0; i < strays.size(); i++) {
     driver_.expect(asksFarEndMemory(0, static_cast<uint16_t>(i + 1), kAddress, 4, strays[i]));
@@ -147,7 +148,7 @@ TEST_F(FarEndMemory, AnAnswerThatIsNotThePieceAskedForIsNone) {
   }
 }
 
-TEST_F(FarEndMemory, AnAnswerOfAnyOtherLengthIsNone) {
+TEST_F(FarEndMemory, RejectsAnAnswerThatIsTooShort) {
   uint16_t sequence = 0;
   for (size_t length = 0; length < 16; length++) {
     Bytes answer = readAnswer(++sequence, kAddress, {1, 2, 3, 4});
@@ -158,7 +159,7 @@ TEST_F(FarEndMemory, AnAnswerOfAnyOtherLengthIsNone) {
   }
 }
 
-// Answers rightly, but claims to have copied as much as it is told to.
+// Answers correctly, but reports this copied length.
 class Claims final : public Driver {
  public:
   explicit Claims(uint32_t claimed) : claimed_(claimed) {
@@ -194,14 +195,14 @@ QVR_retval_t readThroughADriverThatClaims(uint32_t claimed) {
   return QVR_readmemFarEnd(0, kAddress, bytes, sizeof bytes);
 }
 
-TEST(FarEndMemoryThroughADriver, ThatClaimsToHaveCopiedMoreThanThereIsRoomForIsNone) {
+TEST(FarEndMemoryThroughADriver, RejectsCopiedLengthBeyondBuffer) {
   EXPECT_EQ(readThroughADriverThatClaims(16), QVR_E_STATUS_OK);
   for (const uint32_t claimed : {17U, 524U, 525U, 0x80000000U, 0xFFFFFFFFU}) {
     EXPECT_EQ(readThroughADriverThatClaims(claimed), QVR_E_FAILED_GETTING_FE_DATA) << claimed;
   }
 }
 
-TEST(FarEndMemoryThroughADriver, ExchangesAreNumberedAfreshWhenTheNumbersEnd) {
+TEST(FarEndMemoryThroughADriver, SequenceNumbersWrapAround) {
   const Claims driver(MGMT_HEADER_SIZE + 1);
   uint8_t byte = 0;
   for (uint32_t exchange = 1; exchange <= 0x10001; exchange++) {
@@ -210,7 +211,7 @@ TEST(FarEndMemoryThroughADriver, ExchangesAreNumberedAfreshWhenTheNumbersEnd) {
   }
 }
 
-TEST_F(FarEndMemory, ReadingEndsAtTheFirstPieceThatFailsAndKeepsThoseBefore) {
+TEST_F(FarEndMemory, StopsAtAFailedPieceAndKeepsThePiecesBefore) {
   const Bytes first(512, 1);
   driver_.expect(readsFarEnd(0, 1, kAddress, first) +
                  asksFarEndMemory(0, 2, kAddress + 512, 512, farEndHeader(0xFFFF, 0, 2, 0)));
@@ -219,7 +220,7 @@ TEST_F(FarEndMemory, ReadingEndsAtTheFirstPieceThatFailsAndKeepsThoseBefore) {
   EXPECT_EQ(Bytes(bytes_.begin() + 512, bytes_.end()), Bytes(1024, 0xAA));
 }
 
-TEST_F(FarEndMemory, ADriverThatRefusesAPieceIsAnswered) {
+TEST_F(FarEndMemory, FailsWhenTheDriverRefusesAPiece) {
   const Script pieces = readsFarEnd(0, 0, kAddress, Bytes(512)) +
                         readsFarEnd(0, 0, kAddress + 512, Bytes(512)) +
                         readsFarEnd(0, 0, kAddress + 1024, Bytes(10));
@@ -235,14 +236,14 @@ TEST_F(FarEndMemory, ADriverThatRefusesAPieceIsAnswered) {
   }
 }
 
-TEST_F(FarEndMemory, OfALineThatLeavesShowtimeBetweenTwoPiecesEndsThere) {
+TEST_F(FarEndMemory, FailsAfterTheLineLeftShowtime) {
   driver_.expect(readsFarEnd(0, 1, kAddress, Bytes(512)));
   EXPECT_EQ(read(512), QVR_E_STATUS_OK);
   setLineState(0, 0, LS_DEACTIVATING1);
   EXPECT_EQ(read(512), QVR_E_LINE_NOT_ACTIVE);
 }
 
-TEST(FarEndMemoryOfALineThatIsDown, IsNotAskedFor) {
+TEST(FarEndMemoryOfALineThatIsDown, FailsWithoutARequest) {
   enterBothLines();
   ExpectedRequests driver{Script()};
   startDevice(driver, 0, LS_INIT_TRAIN);
@@ -250,7 +251,7 @@ TEST(FarEndMemoryOfALineThatIsDown, IsNotAskedFor) {
   EXPECT_EQ(QVR_readmemFarEnd(0, kAddress, bytes, 4), QVR_E_LINE_NOT_ACTIVE);
 }
 
-TEST(FarEndMemoryWithoutADevice, IsAnsweredByItsCode) {
+TEST(FarEndMemoryWithoutADevice, ReturnsDeviceNotExists) {
   addLine(0, 0, 0, TRUE);
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   const ExpectedRequests driver(opens(0).fails(ENOENT));

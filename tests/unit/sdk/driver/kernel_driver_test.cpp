@@ -1,0 +1,30 @@
+// The driver that passes requests to the kernel.
+#include "driver/kernel_driver.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+
+#include "driver/envelope.h"
+
+using namespace gfast;
+
+namespace {
+
+TEST(KernelDriver, OpenFailsWithoutTheDeviceFile) {
+  KernelDriver kernel;
+  errno = 0;
+  EXPECT_EQ(kernel.open(7), -1);
+  EXPECT_EQ(errno, ENOENT);
+}
+
+TEST(KernelDriver, RequestFailsOnAClosedDescriptor) {
+  KernelDriver kernel;
+  gfast_iocreq request = emptyRequest();
+  errno = 0;
+  EXPECT_EQ(kernel.request(-1, DFEIOCMEMRD, request), -1);
+  // User-mode emulation refuses codes it does not know before it looks at the descriptor.
+  EXPECT_TRUE(errno == EBADF || errno == ENOSYS) << errno;
+}
+
+}  // namespace
