@@ -1,5 +1,6 @@
 // Activating, deactivating and resetting lines: when this is typed, these requests are made.
 #include "chip/registers.h"
+#include "support/chip_identity.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;

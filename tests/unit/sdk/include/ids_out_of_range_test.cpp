@@ -3,6 +3,8 @@
 #include <array>
 #include <type_traits>
 
+#include <qvr.h>
+
 #include "support/assertions.h"
 
 namespace {

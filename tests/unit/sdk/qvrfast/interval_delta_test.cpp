@@ -1,5 +1,10 @@
 // Arithmetic on interval counters: differences of snapshots, and sums of intervals.
 #include "qvrfast/interval_delta.h"
+
+#include <cstring>
+
+#include "support/records.h"
+#include "support/trace_log.h"
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

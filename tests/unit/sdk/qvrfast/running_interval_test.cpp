@@ -4,6 +4,7 @@
 #include <functional>
 #include <utility>
 
+#include "support/records.h"
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

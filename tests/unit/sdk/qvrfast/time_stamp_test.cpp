@@ -1,5 +1,8 @@
 // Time stamps in local time, and the numbers of quarter hours.
 #include "qvrfast/time_stamp.h"
+
+#include <cstring>
+
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

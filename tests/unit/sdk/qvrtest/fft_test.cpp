@@ -147,6 +147,7 @@ TEST(Fft, PowerSpectrumHasTheGainOfTheTransform) {
 }
 
 TEST(Fft, AcceptsASizeThatIsNoPowerOfTwo) {
+  Points points = randomPoints(6);
   EXPECT_TRUE(FFT_init(6, FALSE, FALSE));
   EXPECT_EQ(FFT_inverseTransform(points.data(), points.data()), 1.0 / 6);
   EXPECT_TRUE(FFT_init(3, FALSE, TRUE));
