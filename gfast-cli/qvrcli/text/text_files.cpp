@@ -51,7 +51,8 @@ bool LineReader::next(std::string_view& line) {
 }
 
 bool OutputFile::finish() {
-  // Some C libraries' fflush and fclose return 0 after a write that failed; the mark on the file always stays.
+  // Some C libraries' fflush and fclose return 0 after a write that failed; the mark on the file always
+  // stays.
   const bool flushed = std::fflush(file_.get()) == 0;
   const bool written = std::ferror(file_.get()) == 0;
   const int reason = errno;
