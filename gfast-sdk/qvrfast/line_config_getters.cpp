@@ -56,13 +56,13 @@ QVR_retval_t getLowBits(QVR_lineId_t lineId, eConstParams id, void* field) {
 QVR_retval_t getTestMode(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t linkId), void* field) {
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);
   if (deviceRecord(line.deviceId).lineState[line.narrowLineID] != LS_SHOWTIME) {
-    store(field, FALSE);
+    store<BOOL>(field, FALSE);
     return QVR_E_STATUS_OK;
   }
   uint8_t word[4] = {};
   const QVR_retval_t status = QVR_readmem(line.deviceId, addressOf(line.narrowLineID), word, sizeof word);
   if (QVR_STATUS_OK(status)) {
-    store(field, load_le32(word) != 0 ? TRUE : FALSE);
+    store<BOOL>(field, load_le32(word) != 0 ? TRUE : FALSE);
   }
   return status;
 }
@@ -100,7 +100,7 @@ QVR_retval_t gfast::QVR_getBoolParam(QVR_lineId_t lineId, eConstParams id, void*
   uint32_t disabled = 0;
   const QVR_retval_t status = readNumber(lineId, id, disabled);
   if (QVR_STATUS_OK(status)) {
-    store(field, disabled == 0 ? TRUE : FALSE);
+    store<BOOL>(field, disabled == 0 ? TRUE : FALSE);
   }
   return status;
 }
@@ -145,6 +145,6 @@ QVR_retval_t gfast::QVR_getTpsTestMode(QVR_lineId_t lineId, eConstParams /*id*/,
 }
 
 QVR_retval_t gfast::QVR_getDraTestMode(QVR_lineId_t /*lineId*/, eConstParams /*id*/, void* field) {
-  store(field, FALSE);
+  store<BOOL>(field, FALSE);
   return QVR_E_STATUS_OK;
 }

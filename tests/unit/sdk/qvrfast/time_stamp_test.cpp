@@ -2,6 +2,8 @@
 #include "qvrfast/time_stamp.h"
 
 #include <cstring>
+#include <ctime>
+#include <string>
 
 #include "unit/sdk/qvrfast/history.h"
 
@@ -20,7 +22,9 @@ TEST(TimeStamp, CutsALongZoneName) {
   setZone("<ABCDEFGHIJKLMNOPQRSTUVWXYZ>0");
   G9972_timeStamp_t stamp;
   formatTimeStamp(at(10, 15, 7), stamp);
-  EXPECT_STREQ(stamp, "2023-11-15T10:15:07+ABCDEFGHI");
+  // A C library may refuse such a name, and the time is then UTC's.
+  const bool known = std::string(tzname[0]) == "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  EXPECT_STREQ(stamp, known ? "2023-11-15T10:15:07+ABCDEFGHI" : "2023-11-15T10:15:07+UTC");
 }
 
 TEST(TimeStamp, IsTerminatedForTimesWithoutACalendarDate) {
