@@ -48,10 +48,10 @@ void QVR_registerNonCdtaCpeJoinNotificationCB(QVR_nonCdtaCpeJoinNotificationCB x
 // is ignored, both devices deliver. Always QVR_E_STATUS_OK: a device that refuses stays silent.
 QVR_retval_t QVR_registerLogMessageCB(QVR_deviceId_t xi_deviceId, QVR_logMessageCB xi_callback);
 
-// Two slots for callbacks that run on the notification thread at each quarter-hour boundary, the first of
-// which QVR_initLineModule takes unless it is taken.
-// Handle -1 takes the first free slot and answers its index, or -1 when both are taken. Handle 0 or 1
-// replaces that slot (NULL frees it) and answers 0; any other handle changes nothing and answers 0.
+// Two slots for callbacks that run on the notification thread at each quarter-hour boundary.
+// QVR_initLineModule takes one of them: use no handle but your own. Handle -1 takes the first free slot and
+// answers its index, or -1 when both are taken. Handle 0 or 1 replaces that slot (NULL frees it) and answers
+// 0; any other handle changes nothing and answers 0.
 int QVR_register15minCounterEventCB(int xi_handle, QVR_15minCounterEventCB xi_callback);
 
 // Seconds left to the next quarter-hour boundary of local time, 1 to 900 (900 at a boundary). Unless NULL,

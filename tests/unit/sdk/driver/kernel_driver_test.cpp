@@ -2,6 +2,7 @@
 #include "driver/kernel_driver.h"
 
 #include <gtest/gtest.h>
+#include <qvr/kernel_driver.h>
 
 #include <cerrno>
 
@@ -25,6 +26,14 @@ TEST(KernelDriver, RequestFailsOnAClosedDescriptor) {
   EXPECT_EQ(kernel.request(-1, DFEIOCMEMRD, request), -1);
   // User-mode emulation refuses codes it does not know before it looks at the descriptor.
   EXPECT_TRUE(errno == EBADF || errno == ENOSYS) << errno;
+}
+
+TEST(KernelDriver, CarriesTheRequestsOnceAProgramUsesIt) {
+  QVR_useKernelDriver();
+  Driver* const used = &driver();
+  EXPECT_NE(dynamic_cast<KernelDriver*>(used), nullptr);
+  QVR_useKernelDriver();
+  EXPECT_EQ(&driver(), used);
 }
 
 }  // namespace
