@@ -1,5 +1,5 @@
-// The transform of a captured symbol, 4096 points, beside FFTW's (planned by estimate) and the plain loop: in
-// turns and by processor time, so that other load affects all of them alike.
+// The transform of a captured symbol, 4096 points, compared with FFTW's (planned by estimate) and the plain
+// loop: in turns and by processor time, so that other load affects all of them alike.
 #include <fftw3.h>
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-// What the virtual board's lines carry, and what its cables lose, beside the figures that are known of them.
+// What the virtual board's lines carry and what its cables lose, compared with known figures.
 //
 // The rates are those that chips in showtime report: the net data rates of both directions, from the derived
 // counters in chip memory.
@@ -72,7 +72,7 @@ Rates ratesOf(const char* cable, double length_m) {
   return {net(offsetof(GFAST_DERIVED_COUNTERS_S, TxNDR)), net(offsetof(GFAST_DERIVED_COUNTERS_S, RxNDR))};
 }
 
-// False when a rate lies outside what is known of CAD55, or a longer loop carries more.
+// False when a rate is outside the known range of CAD55, or a longer loop carries more.
 bool printRates() {
   bool good = true;
   std::printf("| metres | CAD55 down + up | both | known | CAT5 down + up | both |\n");
@@ -110,7 +110,7 @@ bool printLosses() {
 
 }  // namespace
 
-// Exit status 1: something lies outside what is known.
+// Exit status 1: a figure is outside its known range.
 int main() {
   const bool rates = printRates();
   const bool losses = printLosses();

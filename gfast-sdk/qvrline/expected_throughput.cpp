@@ -17,7 +17,7 @@ namespace {
 
 constexpr float EOC_OVERHEAD = 1000.0F;  // bit/s
 
-// What one direction's throughput depends on, beside what both share.
+// The values of one direction; the others are common to both.
 struct Framing {
   uint32_t symbols;         // of a frame, in this direction
   uint32_t kFec;            // bytes of a Reed-Solomon code word that carry data

@@ -22,7 +22,7 @@ static_assert(sizeof(G9972_PM_COUNTERS_S) == 156);
 
 namespace {
 
-// Reads a block of the line from where it lies on the line's device.
+// Reads a block of the line from the line's device.
 QVR_retval_t readBlock(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t linkId), void* block,
                        uint32_t size) {
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(lineId);

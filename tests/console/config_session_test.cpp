@@ -1,4 +1,4 @@
-// Configuration mode at the real program: a record that is edited, shown, saved, read again and left behind.
+// Configuration mode at the real program: its record is edited, shown, saved, read again and kept.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// gfast-cli on its own port, with and without a script.
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>

@@ -1,3 +1,4 @@
+// Clients that do what no operator does: the server goes on for the next one.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/socket.h>

@@ -83,7 +83,7 @@ TEST_F(RequestTrace, BootRegisterTakesOneRead) {
 TEST_F(RequestTrace, RebootReadsTheBootRegisterAndWritesThreeWords) {
   Requests requests = requestsOf("reboot b1 1\n");
   ASSERT_GE(requests.size(), 4U);
-  requests.resize(4);  // the library looks at a chip that is back, if the program still runs by then
+  requests.resize(4);  // the library reads a chip that is back, if the program still runs then
   EXPECT_THAT(requests, ElementsAre("1 memread 0xe0000238 4 ok", "1 memwrite 0xe0000238 4 ok",
                                     "1 memwrite 0xe0000018 4 ok", "1 memwrite 0xe0000014 4 ok"));
 }

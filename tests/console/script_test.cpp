@@ -1,3 +1,4 @@
+// Scripts that the program is started with: what they print, and the exit status.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

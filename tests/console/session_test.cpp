@@ -1,3 +1,4 @@
+// Sessions over telnet: how they begin and end, and what they print when.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// Every command word, typed at the real program.
 #include <gtest/gtest.h>
 
 #include <set>

@@ -20,7 +20,7 @@ class ExpectedRequests final : public Driver {
   explicit ExpectedRequests(const Script& script);
   ~ExpectedRequests() override;
 
-  // Further calls, expected behind those not made yet.
+  // Further calls, expected after those that were not made yet.
   void expect(const Script& script);
 
   // Fails the test when a call was not made, and forgets those.

@@ -5,7 +5,7 @@
 
 using namespace gfast;
 
-// What lies at the address; behind the end of the data anything.
+// Reads the block at the address, which begins with this data.
 inline Script readsCoefficientBlock(int device, uint32_t address, const Bytes& data,
                                     uint32_t secondGuard = 9) {
   Bytes block = words({9, secondGuard}) + data;

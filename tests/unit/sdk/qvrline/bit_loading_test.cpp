@@ -1,10 +1,10 @@
 // Bit loading of data and RMC symbols: which table of the chip is read, what its entries mean, and what
 // happens when a table cannot be read or changes meanwhile.
 #include "qvrline/bit_loading.h"
-#include "chip/tones.h"
 
 #include <gfast_api.h>
 
+#include "chip/tones.h"
 #include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;

@@ -27,7 +27,7 @@ class FarEndMemory : public testing::Test {
     return QVR_readmemFarEnd(0, address, bytes_.data(), length);
   }
 
-  // The first exchange of the process asks for so many bytes and is answered so.
+  // Reads so many bytes in the first exchange of the process, which gets this answer.
   QVR_retval_t readAnswered(uint32_t length, const Bytes& answer) {
     driver_.expect(asksFarEndMemory(0, 1, kAddress, length, answer));
     return read(length);

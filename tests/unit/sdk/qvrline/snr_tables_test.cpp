@@ -1,11 +1,12 @@
 // SNR of each subcarrier: noise energies at the near end, read through a window; answers of the far end,
 // block by block.
 
+#include <gfast_api.h>
+
+#include <cstring>
+
 #include "chip/registers.h"
 #include "unit/sdk/qvrline/tone_test.h"
-
-#include <gfast_api.h>
-#include <cstring>
 
 using namespace gfast;
 

@@ -1,4 +1,4 @@
-// The trace log: what passes, where it goes, how it looks.
+// The trace log: which messages pass, where they go, what they look like.
 #include "qvrlog/qvrlog.h"
 
 #include <gmock/gmock.h>
