@@ -33,7 +33,7 @@ struct ConfigField {
   void (*store)(QVR_lineConfig_t& config, const ConfigValues& values) = nullptr;  // narrows to the field
   ConfigValues (*load)(const QVR_lineConfig_t& config, int index) = nullptr;      // index of a list
 
-  constexpr bool exists() const { return load != nullptr; }
+  constexpr bool exists() const { return *name != '\0'; }
 };
 
 constexpr bool isList(ConfigForm form) {
