@@ -87,11 +87,17 @@ constexpr size_t numberOfFields() {
   return number;
 }
 
-// A name without a field does not compile.
+// A name without a field, or with two, does not compile.
 constexpr const ConfigField* fieldNamed(std::string_view name) {
   const ConfigField* found = nullptr;
-  forEachField([&](const ConfigField& field) { found = field.name == name ? &field : found; });
-  return found != nullptr ? found : throw "no field has this name";
+  int number = 0;
+  forEachField([&](const ConfigField& field) {
+    if (field.name == name) {
+      found = &field;
+      number++;
+    }
+  });
+  return number == 1 ? found : throw "not one field has this name";
 }
 
 constexpr auto kShown = [] {
