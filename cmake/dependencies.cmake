@@ -5,6 +5,13 @@ find_package(Threads REQUIRED)
 add_library(gfast_libcli INTERFACE)
 add_library(gfast::libcli ALIAS gfast_libcli)
 
+# What ships carries {fmt} inside; its functions are then compiled again in every file that formats. A build that only
+# looks for faults takes the distribution's compiled ones and is done in half the time.
+option(GFAST_FMT_HEADER_ONLY "Compile {fmt} into the programs" ON)
+add_library(gfast_fmt INTERFACE)
+add_library(gfast::fmt ALIAS gfast_fmt)
+target_link_libraries(gfast_fmt INTERFACE $<IF:$<BOOL:${GFAST_FMT_HEADER_ONLY}>,fmt::fmt-header-only,fmt::fmt>)
+
 if(NOT CMAKE_CROSSCOMPILING)
   find_package(fmt REQUIRED)
   find_package(tomlplusplus REQUIRED)
