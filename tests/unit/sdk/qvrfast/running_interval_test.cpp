@@ -125,6 +125,7 @@ class BoundaryClock final : public Clock {
     }
     return before;
   }
+  std::chrono::microseconds steady() override { return {}; }
   void sleep(std::chrono::microseconds /*duration*/) override {}
   int waitReadable(fd_set& /*descriptors*/, int /*limit*/, std::chrono::microseconds /*duration*/) override {
     return 0;
