@@ -115,7 +115,6 @@ TEST_F(ShownParameters, PrintNothingWithoutADictionary) {
 
 TEST_F(ShownParameters, CommandsPrintTheirUsage) {
   EXPECT_THAT(typed("show dictionary ?"), ElementsAre("show dictionary"));
-  EXPECT_THAT(typed("show dictionary 0"), ElementsAre("show dictionary"));
   EXPECT_THAT(typed("show params ?"), ElementsAre("show params [<lineId>]"));
   EXPECT_THAT(typed("show params 0 1"), ElementsAre("show params [<lineId>]"));
 }
