@@ -23,10 +23,10 @@ TEST_F(ShowPhyParams, ShowsTheProcessedSubcarriers) {
   }
 }
 
-TEST_F(ShowPhyParams, CountsNoSubcarrierBeyondTheLast) {
-  expect(findsLineUp(0) + readsFraming(0, 2040, 4000000000));
+TEST_F(ShowPhyParams, ShowsWhatTheChipSaysBeyondTheLastSubcarrierToo) {
+  expect(findsLineUp(0) + readsFraming(0, 2040, 70000));
   EXPECT_THAT(typed("show phy params"),
-              ElementsAre("", "firstTone             2040", "numProcessedTones     8"));
+              ElementsAre("", "firstTone             2040", "numProcessedTones     70000"));
 }
 
 TEST_F(ShowPhyParams, ReportsALineThatIsNotUpInItsOwnWords) {
