@@ -116,6 +116,14 @@ TEST_F(SignalFile, HoldsBothPartsOfEachPointOfASpectrum) {
   EXPECT_TRUE(text.ends_with("\n-0.000000 7.000000\n"));
 }
 
+TEST_F(SignalFile, ShowsNoSignOfAPointThatIsNoNumber) {
+  const auto points = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
+  const double minusNan = std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0);
+  points[0] = {minusNan, minusNan};
+  ASSERT_TRUE(dumpSignalToFile(points.get(), path("fd.out").c_str()));
+  EXPECT_THAT(readText(path("fd.out")), StartsWith("nan nan\n"));
+}
+
 TEST_F(SignalFile, Holds96RatiosOfAnyValue) {
   double mtpr[1024] = {2.0, std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
                        -3.0103};
