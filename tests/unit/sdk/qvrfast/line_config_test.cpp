@@ -204,6 +204,23 @@ TEST_F(LineConfig, KeepsTheLowBitsOfNumbersOfFourBytes) {
   EXPECT_THAT(byte, ElementsAre(0x34, 0xAA));
 }
 
+TEST_F(LineConfig, FlagIsOffWhenAnyBitOfItsNumberIsSet) {
+  loadAll();
+  for (const uint32_t disabled : {1U, 0x8000U, 0x10000U, 0x80000000U}) {
+    BOOL on = 7;
+    driver_.expect(gives(PARAMS_disableDsSra, disabled));
+    EXPECT_EQ(QVR_getBoolParam(0, PARAMS_disableDsSra, &on), QVR_E_STATUS_OK);
+    EXPECT_EQ(on, FALSE) << disabled;
+  }
+}
+
+TEST_F(LineConfig, BandHasSixteenBitsOfEachEdge) {
+  loadAll();
+  const QVR_lineConfig_t read = config({{PARAMS_RFIBand_2, 0xFEDC9876}});
+  EXPECT_EQ(read.rfiProfile.RFIBANDS[2].startSubcarrierIdx, 0x9876);
+  EXPECT_EQ(read.rfiProfile.RFIBANDS[2].stopSubcarrierIdx, 0xFEDC);
+}
+
 // Each getter that reads one parameter, and the size of its field.
 struct Getter {
   QVR_getConfigParam_t get;
@@ -316,6 +333,10 @@ TEST_F(LineConfig, ReadsTestModesInShowtime) {
     EXPECT_EQ(getter(1, id(0), &on), QVR_E_STATUS_OK);
     EXPECT_EQ(on, FALSE);
   }
+  driver_.verify();
+  BOOL on = 7;
+  EXPECT_EQ(QVR_getDraTestMode(1, id(0), &on), QVR_E_STATUS_OK);
+  EXPECT_EQ(on, FALSE) << "without a request";
 }
 
 TEST_F(LineConfig, KeepsATestModeThatCannotBeRead) {

@@ -40,6 +40,12 @@ TEST_F(RunningInterval, CollectionTimeStartsWithinTheInterval) {
   EXPECT_EQ(running(0, 2).collectionTime, 240U);
 }
 
+TEST_F(RunningInterval, HasCollectedNothingInTheSecondInWhichCollectionStarts) {
+  setStartOfCollection(0, 0, 600);
+  testClock().setNow(at(10, 5));
+  EXPECT_EQ(running(0, 1).collectionTime, 0U);
+}
+
 TEST_F(RunningInterval, FailedReadKeepsTheEntryMarkedAndItsCounters) {
   testClock().setNow(at(10, 1));
   running(0, 5);

@@ -1,4 +1,5 @@
 // The processed subcarriers of a line.
+#include "chip/tones.h"
 #include "qvrline/tone_memory.h"
 #include "unit/sdk/qvrline/tone_test.h"
 
@@ -55,6 +56,14 @@ TEST_F(PhyParams, AreLimitedToTheGridWhereTonesAreRead) {
     EXPECT_EQ(line.tones.firstTone, each.said.firstTone);
     EXPECT_EQ(line.tones.numProcessedTones, each.counted) << each.said.firstTone;
   }
+}
+
+TEST_F(PhyParams, LeadToTheToneMemoryOfTheLinesIndexOnItsDevice) {
+  addLine(0, 1, 3, TRUE);
+  const LineInShowtime line{0, QVR_lineDescriptorForLine(0), {}};
+  uint8_t bytes[4];
+  driver_.expect(reads(1, 0xE5300000, Bytes(4)));
+  EXPECT_EQ(readTones(line, LineEnd::kNear, VIRT_ADDR_TX_BLT, bytes, sizeof bytes), QVR_E_STATUS_OK);
 }
 
 TEST_F(PhyParams, FailAndFillNothingWhenTheReadFails) {

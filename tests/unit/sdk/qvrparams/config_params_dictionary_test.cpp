@@ -64,6 +64,8 @@ TEST_F(Dictionary, ReadsTypeAndStateSeparately) {
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_config_state, CONFIG_STATE_SYSTEM);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_config_type, CONFIG_TYPE_PER_DEVICE);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_config_state, CONFIG_STATE_LINE);
+  EXPECT_EQ(QVR_paramConfigState(id(0)), CONFIG_STATE_SYSTEM);
+  EXPECT_EQ(QVR_paramConfigState(id(1)), CONFIG_STATE_LINE);
 }
 
 TEST_F(Dictionary, IgnoresWordsOfLength0) {
