@@ -20,6 +20,10 @@ class SystemClock final : public Clock {
  public:
   time_t now() override { return ::time(nullptr); }
 
+  microseconds steady() override {
+    return std::chrono::duration_cast<microseconds>(steady_clock::now().time_since_epoch());
+  }
+
   void sleep(microseconds duration) override { std::this_thread::sleep_for(duration); }
 
   int waitReadable(fd_set& descriptors, int limit, microseconds duration) override {

@@ -18,6 +18,9 @@ class Clock {
   // Wall-clock time, seconds since the epoch.
   virtual time_t now() = 0;
 
+  // Time since a fixed moment. Setting the wall clock does not change it.
+  virtual std::chrono::microseconds steady() = 0;
+
   virtual void sleep(std::chrono::microseconds duration) = 0;
 
   // Waits until one of the descriptors below `limit` in `descriptors` is readable or the duration has passed,

@@ -78,7 +78,7 @@
 //   200  a line id out of range; QVR_readmemFarEnd: more than QVR_K_MAX_FAR_END_READ bytes. QVR_log2int and
 //        QVR_int2log do not check theirs, QVR_loadConfigParams and QVR_saveConfigParams do not use it, and
 //        operations that need the dictionary answer that it is missing before they look at the line
-//   201  a transform without points, which no operation of these headers asks for
+//   201  QVR_generateRandomTxSignal: no tones
 //
 // ---- What it prints ----
 //

@@ -1,5 +1,6 @@
 #include "qvrdev/device_table.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -31,10 +32,17 @@ constexpr size_t at(QVR_deviceId_t device) {
 
 using Locked = std::lock_guard<std::mutex>;
 
-void setInactive(QVR_deviceId_t device) {
+void setInactive(QVR_deviceInfo_t& record) {
+  record.fwState = FW_UNDEFINED;
+  record.deviceState = SS_INACTIVE_STATE;
+}
+
+// Another thread may have opened the device meanwhile, and found it active.
+void setInactiveUnlessOpen(QVR_deviceId_t device) {
   const Locked locked(table.mutex);
-  table.deviceInfoTable[at(device)].fwState = FW_UNDEFINED;
-  table.deviceInfoTable[at(device)].deviceState = SS_INACTIVE_STATE;
+  if (table.fds[at(device)] < 0) {
+    setInactive(table.deviceInfoTable[at(device)]);
+  }
 }
 
 // Another thread may have opened the device meanwhile. Then its descriptor is kept, and this one is closed.
@@ -104,13 +112,14 @@ void gfast::clearDeviceTable() {
 void gfast::closeDevices() {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     if (closeDevice(device)) {
-      setInactive(device);
+      setInactiveUnlessOpen(device);
     }
   }
 }
 
-void gfast::clearDeviceCounts() {
+void gfast::forgetDevices() {
   const Locked locked(table.mutex);
+  std::ranges::for_each(table.deviceInfoTable, setInactive);
   table.numberOfDevices = 0;
   table.numberOfLinesInDevice = 0;
 }
@@ -124,7 +133,7 @@ int QVR_deviceHandle(QVR_deviceId_t xi_deviceId) {
   }
   const int opened = driver().open(xi_deviceId);
   if (opened < 0) {
-    setInactive(xi_deviceId);
+    setInactiveUnlessOpen(xi_deviceId);
     return -1;
   }
   return rememberDescriptor(xi_deviceId, opened);

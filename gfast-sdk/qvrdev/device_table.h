@@ -35,7 +35,8 @@ void clearDeviceTable();
 // Closes every open descriptor; those devices become inactive.
 void closeDevices();
 
-// Sets the counts of devices and of their lines to zero.
-void clearDeviceCounts();
+// Makes every device inactive and sets the counts of devices and of their lines to zero. Both in one step: a
+// device that another thread has found since closeDevices is counted when it is read again.
+void forgetDevices();
 
 }  // namespace gfast

@@ -84,7 +84,7 @@ QVR_retval_t QVR_initDeviceModule(BOOL xi_waitForDevice) {
 QVR_retval_t QVR_rediscoverDevices() {
   closeDevices();
   driver().rediscover();
-  clearDeviceCounts();
+  forgetDevices();
   readDevices();
   return QVR_E_STATUS_OK;
 }

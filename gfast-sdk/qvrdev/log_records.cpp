@@ -38,11 +38,8 @@ class LogRecord {
  public:
   explicit LogRecord(Bytes left) : left_(left) {}
 
-  // Whether its header, text and parameters lie within what is left. Only the last record may lack its
-  // padding.
-  bool isWhole() const {
-    return left_.size() >= STRING_HEADER_SIZE && left_.size() >= afterText() + kWordSize * numParams();
-  }
+  // Whether its header and text lie within what is left. The last record may lack parameters and padding.
+  bool isReadable() const { return left_.size() >= STRING_HEADER_SIZE && left_.size() >= afterText(); }
 
   uint8_t coreId() const { return left_[STRING_HEADER_CORE_ID]; }
   uint8_t coreType() const { return left_[STRING_HEADER_CORE_TYPE]; }
@@ -102,7 +99,7 @@ void gfast::QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& x
   Bytes left(reinterpret_cast<const uint8_t*>(read.buf), std::min(read.datalen_copied_to_user, read.bufsize));
   while (!left.empty()) {
     const LogRecord record(left);
-    if (!record.isWhole()) {
+    if (!record.isReadable()) {
       return;
     }
     std::string line = time + originOf(record, device);

@@ -16,7 +16,7 @@ constexpr int kMostLogBuffersInOneGo = 16;
 QVR_retval_t QVR_handleLogEvents(int xi_descriptor, QVR_deviceId_t xi_deviceId, int* xo_taken = nullptr);
 
 // Delivers the records of a completed log read, in order: "<time> CP - <text>" of the control processor,
-// "<time> <core><line> - <text>" of the others. A record whose lengths reach past what the driver copied ends
+// "<time> <core><line> - <text>" of the others. A record whose text reaches past what the driver copied ends
 // the delivery. Parameter words beyond what was copied are 0.
 void QVR_sendLogMessage(QVR_deviceId_t xi_deviceId, const gfast_iocreq& xi_request);
 

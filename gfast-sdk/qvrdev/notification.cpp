@@ -15,14 +15,18 @@ using namespace gfast;
 
 namespace {
 
-constexpr std::chrono::microseconds kPollingInterval{QVR_K_POLLING_INTERVAL};
+using std::chrono::microseconds;
+
+constexpr microseconds kPollingInterval{QVR_K_POLLING_INTERVAL};
+constexpr microseconds kCheckInterval = QVR_K_DEVICE_COMM_WATCHDOG_PERIOD * kPollingInterval;
 
 // Slept after the quarter-hour callbacks, so that the second of the boundary is over at the next check.
 constexpr std::chrono::seconds kBoundaryPause{1};
 
 }  // namespace
 
-NotificationRound::NotificationRound() : secondsLeft_(QVR_secsTo15minBoundary(nullptr)) {
+NotificationRound::NotificationRound()
+    : secondsLeft_(QVR_secsTo15minBoundary(nullptr)), nextCheck_(clockSource().steady() + kCheckInterval) {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     limit_ = std::max(limit_, std::min(openDescriptor(device) + 1, FD_SETSIZE));
   }
@@ -31,24 +35,32 @@ NotificationRound::NotificationRound() : secondsLeft_(QVR_secsTo15minBoundary(nu
 
 void NotificationRound::step() {
   const bool continued = hasUnfinished();
-  const bool readable = waitForDevices(continued ? std::chrono::microseconds{0} : kPollingInterval);
+  const microseconds left = timeLeftInRound();
+  const bool readable = waitForDevices(continued ? microseconds{0} : left);
   watchBoundary();
   if (readable || continued) {
     drainDevices();
   }
-  // A step that only continues the draining is part of the round before: a flood of events does not bring the
-  // liveness checks closer together.
-  if (!continued && --roundsLeft_ == 0) {
+  if (const microseconds now = clockSource().steady(); now >= nextCheck_) {
     checkDevices();
-    roundsLeft_ = QVR_K_DEVICE_COMM_WATCHDOG_PERIOD;
+    nextCheck_ = now + kCheckInterval;
   }
+}
+
+microseconds NotificationRound::timeLeftInRound() {
+  const microseconds now = clockSource().steady();
+  if (now >= roundEnd_) {
+    roundEnd_ = now + kPollingInterval;
+    fruitless_.fill(false);
+  }
+  return roundEnd_ - now;
 }
 
 bool NotificationRound::hasUnfinished() const {
   return std::ranges::find(unfinished_, true) != unfinished_.end();
 }
 
-bool NotificationRound::waitForDevices(std::chrono::microseconds duration) {
+bool NotificationRound::waitForDevices(microseconds duration) {
   fd_set descriptors;
   FD_ZERO(&descriptors);
   std::array<int, QVR_K_MAX_DEVICES> waitedFor;
@@ -60,7 +72,6 @@ bool NotificationRound::waitForDevices(std::chrono::microseconds duration) {
       FD_SET(descriptor, &descriptors);
     }
   }
-  fruitless_.fill(false);
   const int readable = clockSource().waitReadable(descriptors, limit_, duration);
   for (size_t i = 0; i < ready_.size(); i++) {
     ready_[i] = readable > 0 && waitedFor[i] >= 0 && FD_ISSET(waitedFor[i], &descriptors);
@@ -89,7 +100,7 @@ void NotificationRound::drainDevices() {
     taken[static_cast<size_t>(device)] += drainLogs(device);
   }
   for (size_t i = 0; i < taken.size(); i++) {
-    fruitless_[i] = ready_[i] && taken[i] == 0;
+    fruitless_[i] = (ready_[i] || fruitless_[i]) && taken[i] == 0;
   }
 }
 
@@ -97,7 +108,7 @@ int NotificationRound::drainEvents(QVR_deviceId_t device) {
   const auto i = static_cast<size_t>(device);
   const int descriptor = openDescriptor(device);
   int taken = 0;
-  if (descriptor >= 0 && (ready_[i] || unfinished_[i])) {
+  if (descriptor >= 0 && (ready_[i] || unfinished_[i] || fruitless_[i])) {
     QVR_handleAlarm(descriptor, device, &taken);
   }
   unfinished_[i] = taken == kMostEventsInOneGo;

@@ -17,21 +17,25 @@ constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_PERIOD =
 constexpr uint32_t QVR_K_DEVICE_COMM_WATCHDOG_COUNT =
     3;  // failed checks tolerated before the failure callback
 
-// The work of the thread, one round a step. The highest descriptor is fixed when the first round
-// is prepared: a descriptor that is opened later and is higher is not waited for.
+// The work of the thread, in rounds of QVR_K_POLLING_INTERVAL by the clock, each of one step or more. The
+// highest descriptor is fixed when the first round is prepared: a descriptor that is opened later and is
+// higher is not waited for.
 class NotificationRound {
  public:
   NotificationRound();
 
-  // Waits up to QVR_K_POLLING_INTERVAL for the devices, then: quarter-hour callbacks when a boundary has
-  // passed (and a second of sleep), pending events and log records, and every
-  // QVR_K_DEVICE_COMM_WATCHDOG_PERIOD rounds the liveness check. A queue that still holds more is continued
-  // in the next step, which does not wait and does not count as a round. A device that was readable but
-  // delivered nothing (log records that nobody takes) is left out of the next wait: it would end every wait
-  // at once.
+  // Waits for the devices until the round ends at the latest, then: quarter-hour callbacks when a boundary
+  // has passed (and a second of sleep), pending events and log records, and the liveness check when
+  // QVR_K_DEVICE_COMM_WATCHDOG_PERIOD rounds have passed since the last one. A queue that still holds more is
+  // continued in the next step, which does not wait.
+  //
+  // A device that was readable but delivered nothing (log records that nobody takes, reads that fail) would
+  // end every wait at once. It is not waited for during the rest of the round; its events are still read
+  // whenever another device ends the wait.
   void step();
 
  private:
+  std::chrono::microseconds timeLeftInRound();  // begins a round when the last one is over
   bool hasUnfinished() const;
   bool waitForDevices(std::chrono::microseconds duration);
   void watchBoundary();
@@ -43,7 +47,8 @@ class NotificationRound {
 
   int limit_ = 0;         // one above the highest descriptor at start
   uint32_t secondsLeft_;  // to the quarter-hour boundary, as of the last round
-  uint32_t roundsLeft_ = QVR_K_DEVICE_COMM_WATCHDOG_PERIOD;
+  std::chrono::microseconds roundEnd_{0};
+  std::chrono::microseconds nextCheck_;
   std::array<uint32_t, QVR_K_MAX_DEVICES> checksLeft_;  // failures still tolerated
   std::array<bool, QVR_K_MAX_DEVICES> ready_{};         // devices whose events are drained in this round
   std::array<bool, QVR_K_MAX_DEVICES> unfinished_{};    // devices whose queues still hold more

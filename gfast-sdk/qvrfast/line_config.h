@@ -6,20 +6,20 @@
 
 namespace gfast {
 
-// Each getter reads a parameter of a line into a field. If that fails, the field stays as it was, unless
-// noted. A parameter that is not a number of two or four bytes fails with QVR_E_ERROR.
+// Each getter reads a parameter of a line into a field. If the chip cannot be read, the field gets the value
+// that was read last. A parameter that the dictionary does not have, or that is not a number of two or four
+// bytes (QVR_E_ERROR), leaves the field as it was.
 QVR_retval_t QVR_getMF(QVR_lineId_t lineId, eConstParams id, void* field);  // G9972_MF_t: always MF_36
 QVR_retval_t QVR_getCE(QVR_lineId_t lineId, eConstParams id, void* field);  // uint8_t: samples / 16
 
-// 16 G9972_subCarrierIdxRange_t: cleared, then read from 16 parameters, of which id is the first. Returns the
-// result of the last read.
+// 16 G9972_subCarrierIdxRange_t: cleared, then read from 16 parameters, of which id is the first. A warning
+// names each that cannot be read. Returns the result of the last read.
 QVR_retval_t QVR_getRFIBANDS(QVR_lineId_t lineId, eConstParams id, void* field);
 QVR_retval_t QVR_getBoolParam(QVR_lineId_t lineId, eConstParams id, void* field);  // BOOL: TRUE for 0
 QVR_retval_t QVR_getByteParam(QVR_lineId_t lineId, eConstParams id, void* field);  // uint8_t: low 8 bits
 QVR_retval_t QVR_getWordParam(QVR_lineId_t lineId, eConstParams id, void* field);  // uint16_t: low 16 bits
 
-// uint32_t: the parameter as it is. If the chip cannot be read, the field gets the value that was read last.
-QVR_retval_t QVR_getLongParam(QVR_lineId_t lineId, eConstParams id, void* field);
+QVR_retval_t QVR_getLongParam(QVR_lineId_t lineId, eConstParams id, void* field);  // uint32_t: as it is
 
 // G9972_IAT_REIN_t: the enumerator of a rate in Hz. Any other rate leaves the field as it was.
 QVR_retval_t QVR_getIAT_REIN(QVR_lineId_t lineId, eConstParams id, void* field);

@@ -1,9 +1,11 @@
 #include <cstring>
+#include <optional>
 
 #include "chip/registers.h"
 #include "qvrdev/device_table.h"
 #include "qvrfast/line_config.h"
 #include "qvrline/line_table.h"
+#include "qvrlog/qvrlog.h"
 #include "std/byte_order.h"
 
 using namespace gfast;
@@ -21,23 +23,31 @@ bool isNumber(const QVR_paramInfo_t& entry) {
   return entry.param_len == sizeof(uint16_t) || entry.param_len == sizeof(uint32_t);
 }
 
+struct Number {
+  QVR_retval_t status;
+  std::optional<uint32_t> value;  // none when the dictionary does not have it as a number
+
+  bool isOld() const { return QVR_STATUS_ERROR(status) && value.has_value(); }
+};
+
 // Refuses a value of any other length: it would not fit into the number. If the chip cannot be read, the
 // number is the value that was read last.
-QVR_retval_t readNumber(QVR_lineId_t lineId, eConstParams id, uint32_t& number) {
+Number readNumber(QVR_lineId_t lineId, eConstParams id) {
+  uint32_t whole = 0;
   const QVR_paramInfo_t* entry = QVR_getParamDictionaryEntry(id);
   if (entry == nullptr) {
-    return QVR_getConfigParam(lineId, id, &number);  // logs that there is none
+    return {QVR_getConfigParam(lineId, id, &whole), std::nullopt};  // logs that there is none
   }
   if (!isNumber(*entry)) {
-    return QVR_E_ERROR;
+    return {QVR_E_ERROR, std::nullopt};
   }
-  if (entry->param_len == sizeof(uint32_t)) {
-    return QVR_getConfigParam(lineId, id, &number);
+  if (entry->param_len == sizeof whole) {
+    const QVR_retval_t status = QVR_getConfigParam(lineId, id, &whole);
+    return {status, whole};
   }
-  auto half = static_cast<uint16_t>(number);
+  uint16_t half = 0;
   const QVR_retval_t status = QVR_getConfigParam(lineId, id, &half);
-  number = half;
-  return status;
+  return {status, half};
 }
 
 template <typename Field>
@@ -45,12 +55,11 @@ QVR_retval_t getLowBits(QVR_lineId_t lineId, eConstParams id, void* field) {
   if (QVR_getParamDictionaryEntry(id) == nullptr) {
     return QVR_E_ERROR;
   }
-  uint32_t number = 0;
-  const QVR_retval_t status = readNumber(lineId, id, number);
-  if (QVR_STATUS_OK(status)) {
-    store(field, static_cast<Field>(number));
+  const Number number = readNumber(lineId, id);
+  if (number.value) {
+    store(field, static_cast<Field>(*number.value));
   }
-  return status;
+  return number.status;
 }
 
 QVR_retval_t getTestMode(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t linkId), void* field) {
@@ -75,12 +84,11 @@ QVR_retval_t gfast::QVR_getMF(QVR_lineId_t /*lineId*/, eConstParams /*id*/, void
 }
 
 QVR_retval_t gfast::QVR_getCE(QVR_lineId_t lineId, eConstParams id, void* field) {
-  uint32_t samples = 0;
-  const QVR_retval_t status = readNumber(lineId, id, samples);
-  if (QVR_STATUS_OK(status)) {
-    store(field, static_cast<uint8_t>(samples / kSamplesPerCE));
+  const Number samples = readNumber(lineId, id);
+  if (samples.value) {
+    store(field, static_cast<uint8_t>(*samples.value / kSamplesPerCE));
   }
-  return status;
+  return samples.status;
 }
 
 QVR_retval_t gfast::QVR_getRFIBANDS(QVR_lineId_t lineId, eConstParams id, void* field) {
@@ -88,21 +96,25 @@ QVR_retval_t gfast::QVR_getRFIBANDS(QVR_lineId_t lineId, eConstParams id, void* 
   QVR_retval_t status = QVR_E_STATUS_OK;
   uint32_t next = id;
   for (G9972_subCarrierIdxRange_t& band : bands) {
-    uint32_t startAndStop = 0;
-    status = readNumber(lineId, static_cast<eConstParams>(next++), startAndStop);
-    band = {static_cast<uint16_t>(startAndStop), static_cast<uint16_t>(startAndStop >> 16)};
+    const uint32_t bandId = next++;
+    const Number startAndStop = readNumber(lineId, static_cast<eConstParams>(bandId));
+    if (startAndStop.isOld()) {
+      TRACE_LOG(QVRLOG_WARNING, "Failed getting parameter %d\n", static_cast<int>(bandId));
+    }
+    const uint32_t value = startAndStop.value.value_or(0);
+    band = {static_cast<uint16_t>(value), static_cast<uint16_t>(value >> 16)};
+    status = startAndStop.status;
   }
   std::memcpy(field, bands, sizeof bands);
   return status;
 }
 
 QVR_retval_t gfast::QVR_getBoolParam(QVR_lineId_t lineId, eConstParams id, void* field) {
-  uint32_t disabled = 0;
-  const QVR_retval_t status = readNumber(lineId, id, disabled);
-  if (QVR_STATUS_OK(status)) {
-    store<BOOL>(field, disabled == 0 ? TRUE : FALSE);
+  const Number disabled = readNumber(lineId, id);
+  if (disabled.value) {
+    store<BOOL>(field, *disabled.value == 0 ? TRUE : FALSE);
   }
-  return status;
+  return disabled.status;
 }
 
 QVR_retval_t gfast::QVR_getByteParam(QVR_lineId_t lineId, eConstParams id, void* field) {
@@ -114,11 +126,11 @@ QVR_retval_t gfast::QVR_getWordParam(QVR_lineId_t lineId, eConstParams id, void*
 }
 
 QVR_retval_t gfast::QVR_getLongParam(QVR_lineId_t lineId, eConstParams id, void* field) {
-  uint32_t number = 0;
-  std::memcpy(&number, field, sizeof number);
-  const QVR_retval_t status = readNumber(lineId, id, number);
-  store(field, number);
-  return status;
+  const Number number = readNumber(lineId, id);
+  if (number.value) {
+    store(field, *number.value);
+  }
+  return number.status;
 }
 
 QVR_retval_t gfast::QVR_getIAT_REIN(QVR_lineId_t lineId, eConstParams id, void* field) {
@@ -126,14 +138,13 @@ QVR_retval_t gfast::QVR_getIAT_REIN(QVR_lineId_t lineId, eConstParams id, void* 
     uint32_t hertz;
     G9972_IAT_REIN_t rate;
   } kRates[] = {{100, IAT_REIN_100Hz}, {120, IAT_REIN_120Hz}, {300, IAT_REIN_300Hz}, {360, IAT_REIN_360Hz}};
-  uint32_t hertz = 0;
-  const QVR_retval_t status = readNumber(lineId, id, hertz);
+  const Number hertz = readNumber(lineId, id);
   for (const auto& known : kRates) {
-    if (QVR_STATUS_OK(status) && known.hertz == hertz) {
+    if (known.hertz == hertz.value) {
       store(field, known.rate);
     }
   }
-  return status;
+  return hertz.status;
 }
 
 QVR_retval_t gfast::QVR_getRtxTestMode(QVR_lineId_t lineId, eConstParams /*id*/, void* field) {

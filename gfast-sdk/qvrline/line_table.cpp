@@ -127,6 +127,10 @@ QVR_deviceId_t QVR_deviceIdforLine(QVR_lineId_t xi_lineId) {
   return QVR_lineDescriptorForLine(xi_lineId).deviceId;
 }
 
+BOOL QVR_isNetworkSideLine(QVR_lineId_t xi_lineId) {
+  return QVR_lineDescriptorForLine(xi_lineId).isDPsideLink;
+}
+
 QVR_lineId_t QVR_log2int(QVR_lineId_t xi_logicalId) {
   return logicalToInternalPortMappingTable[static_cast<size_t>(xi_logicalId)];
 }

@@ -14,7 +14,7 @@ QVR_linePhyParams_t gfast::withinGrid(const QVR_linePhyParams_t& said) {
 QVR_retval_t QVR_getLinePhyParams(QVR_lineId_t xi_lineId, QVR_linePhyParams_t* xo_params) {
   const QVR_retval_t status = QVR_refreshLineInfo(xi_lineId, FALSE);
   if (QVR_STATUS_OK(status)) {
-    *xo_params = withinGrid(QVR_lineDescriptorForLine(xi_lineId).phyParams);
+    *xo_params = QVR_lineDescriptorForLine(xi_lineId).phyParams;
   }
   return status;
 }

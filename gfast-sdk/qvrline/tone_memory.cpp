@@ -1,5 +1,7 @@
 #include "qvrline/tone_memory.h"
 
+#include "qvrline/phy_params.h"
+
 using namespace gfast;
 
 QVR_retval_t gfast::findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line) {
@@ -7,7 +9,9 @@ QVR_retval_t gfast::findLineInShowtime(QVR_lineId_t lineId, LineInShowtime* line
     return QVR_E_ERROR;
   }
   line->id = lineId;
-  const QVR_retval_t status = QVR_getLinePhyParams(lineId, &line->tones);
+  QVR_linePhyParams_t said{};
+  const QVR_retval_t status = QVR_getLinePhyParams(lineId, &said);
+  line->tones = withinGrid(said);
   line->descriptor = QVR_lineDescriptorForLine(lineId);
   return status;
 }

@@ -75,9 +75,9 @@ bool isSetPerLine(const QVR_paramInfo_t& slot) {
 }  // namespace
 
 QVR_retval_t QVR_getConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void* xo_value) {
-  QVR_paramsDictionary_t& dictionary = paramsDictionary();
-  if (QVR_STATUS_ERROR(dictionary.loadStatus)) {
-    return dictionary.loadStatus;
+  const auto [dictionary, loaded] = loadedDictionary();
+  if (QVR_STATUS_ERROR(loaded)) {
+    return loaded;
   }
   const QVR_deviceId_t device = QVR_deviceIdforLine(xi_lineId);
   const QVR_paramInfo_t* slot = dictionary.slotOf(xi_id);
@@ -94,9 +94,9 @@ QVR_retval_t QVR_getConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, void
 }
 
 QVR_retval_t QVR_setConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, const void* xi_value) {
-  QVR_paramsDictionary_t& dictionary = paramsDictionary();
-  if (QVR_STATUS_ERROR(dictionary.loadStatus)) {
-    return dictionary.loadStatus;
+  const auto [dictionary, loaded] = loadedDictionary();
+  if (QVR_STATUS_ERROR(loaded)) {
+    return loaded;
   }
   const QVR_lineDescriptor_t line = QVR_lineDescriptorForLine(xi_lineId);
   const QVR_paramInfo_t* slot = dictionary.slotOf(xi_id);
@@ -116,16 +116,16 @@ QVR_retval_t QVR_setConfigParam(QVR_lineId_t xi_lineId, eConstParams xi_id, cons
 }
 
 QVR_retval_t QVR_loadConfigParams(QVR_lineId_t /*xi_lineId*/) {
-  QVR_paramsDictionary_t& dictionary = paramsDictionary();
-  return QVR_STATUS_ERROR(dictionary.loadStatus)
-             ? dictionary.loadStatus
+  const auto [dictionary, loaded] = loadedDictionary();
+  return QVR_STATUS_ERROR(loaded)
+             ? loaded
              : refresh(dictionary, QVR_K_DEVICE_ID_FIRST, 0, dictionary.startupParameters.size());
 }
 
 QVR_retval_t QVR_saveConfigParams(QVR_lineId_t /*xi_lineId*/) {
-  const QVR_paramsDictionary_t& dictionary = paramsDictionary();
-  return QVR_STATUS_ERROR(dictionary.loadStatus)
-             ? dictionary.loadStatus
+  const auto [dictionary, loaded] = loadedDictionary();
+  return QVR_STATUS_ERROR(loaded)
+             ? loaded
              : writeCovered(QVR_K_DEVICE_ID_FIRST, dictionary.params_header.params_address,
                             dictionary.startupParameters.range(0, dictionary.startupParameters.size()));
 }

@@ -23,7 +23,7 @@ constexpr uint32_t kReachOfEntries = PARAMS_ENTRY_OFFSET(~0U) + PARAMS_ENTRY_LEN
 constexpr uint32_t kUnusedEntry = 0xFFFF;  // param_entry of a slot with every bit set
 
 // Never freed, because any thread may use it until the process ends.
-constinit std::atomic<QVR_paramsDictionary_t*> loadedDictionary{nullptr};
+constinit std::atomic<QVR_paramsDictionary_t*> paramsDictionary{nullptr};
 
 QVR_paramInfo_t unusedSlot() {
   QVR_paramInfo_t slot;
@@ -73,80 +73,138 @@ size_t slotsFor(const std::vector<uint32_t>& words) {
   return slots;
 }
 
-void fillSlot(QVR_paramsDictionary_t& dictionary, uint32_t position, uint32_t word) {
-  const uint32_t id = PARAMS_ENTRY_ID(word);
-  const uint32_t length = PARAMS_ENTRY_LENGTH(word);
-  const uint32_t offset = PARAMS_ENTRY_OFFSET(word);
-  if (length == 0) {
-    return;
-  }
-  if (offset + length > dictionary.startupParameters.size()) {
-    TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%u leaves the parameter area (offset %u, length %u)\n", id,
-              offset, length);
-    return;
-  }
-  if (dictionary.slotOf(id) != nullptr) {
-    TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%u is more than once in dictionary\n", id);
-  }
-  QVR_paramInfo_t& slot = dictionary.param_info[id];
-  slot.param_id = id & 0x3FFU;
-  slot.param_len = length & 0x1FFU;
-  slot.param_offset = offset & 0x7FFU;
-  slot.param_config_state = PARAMS_ENTRY_STATE(word) & 1U;
-  slot.param_config_type = PARAMS_ENTRY_TYPE(word) & 1U;
-  slot.param_address = dictionary.params_header.params_address + offset;
-  slot.param_entry = position & 0xFFFFU;
-}
+// Fills the slots of a dictionary's entries.
+class SlotFiller {
+ public:
+  SlotFiller(const QVR_paramsDictionary_t& dictionary, DictionaryEntries& entries)
+      : dictionary_(dictionary), entries_(entries) {}
 
-// A firmware lists its parameters without gaps, so no more words are used than there are slots.
-void fillSlots(QVR_paramsDictionary_t& dictionary, const std::vector<uint32_t>& words) {
-  dictionary.param_info.assign(slotsFor(words), unusedSlot());
-  if (words.size() != dictionary.param_info.size()) {
-    TRACE_LOG(QVRLOG_WARNING, "Dictionary has %zu words for %zu parameters\n", words.size(),
-              dictionary.param_info.size());
+  // A firmware lists its parameters without gaps, so no more words are used than there are slots.
+  void fillSlots(const std::vector<uint32_t>& words) {
+    entries_.slots.assign(slotsFor(words), unusedSlot());
+    if (words.size() != entries_.slots.size() && entries_.complete) {
+      TRACE_LOG(QVRLOG_WARNING, "Dictionary has %zu words for %zu parameters\n", words.size(),
+                entries_.slots.size());
+    }
+    const size_t looked = std::min(words.size(), entries_.slots.size());
+    for (size_t i = 0; i < looked; i++) {
+      fillSlot(static_cast<uint32_t>(i), words[i]);
+    }
   }
-  const size_t looked = std::min(words.size(), dictionary.param_info.size());
-  for (size_t i = 0; i < looked; i++) {
-    fillSlot(dictionary, static_cast<uint32_t>(i), words[i]);
+
+ private:
+  void fillSlot(uint32_t position, uint32_t word) {
+    const uint32_t id = PARAMS_ENTRY_ID(word);
+    const uint32_t length = PARAMS_ENTRY_LENGTH(word);
+    const uint32_t offset = PARAMS_ENTRY_OFFSET(word);
+    if (length == 0) {
+      return;
+    }
+    if (offset + length > dictionary_.startupParameters.size()) {
+      TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%u leaves the parameter area (offset %u, length %u)\n", id,
+                offset, length);
+      return;
+    }
+    if (entries_.slotOf(id) != nullptr) {
+      TRACE_LOG(QVRLOG_WARNING, "Parameter with ID=%u is more than once in dictionary\n", id);
+    }
+    QVR_paramInfo_t& slot = entries_.slots[id];
+    slot.param_id = id & 0x3FFU;
+    slot.param_len = length & 0x1FFU;
+    slot.param_offset = offset & 0x7FFU;
+    slot.param_config_state = PARAMS_ENTRY_STATE(word) & 1U;
+    slot.param_config_type = PARAMS_ENTRY_TYPE(word) & 1U;
+    slot.param_address = dictionary_.params_header.params_address + offset;
+    slot.param_entry = position & 0xFFFFU;
   }
+
+  const QVR_paramsDictionary_t& dictionary_;
+  DictionaryEntries& entries_;
+};
+
+// Words that could not be read are zero, which fills no slot.
+std::unique_ptr<DictionaryEntries> entriesOf(const QVR_paramsDictionary_t& dictionary,
+                                             const std::vector<uint32_t>& words, bool complete) {
+  auto entries = std::make_unique<DictionaryEntries>();
+  entries->complete = complete;
+  SlotFiller(dictionary, *entries).fillSlots(words);
+  return entries;
 }
 
 QVR_retval_t QVR_loadParamsDictionary(QVR_paramsDictionary_t& dictionary) {
-  if (const QVR_retval_t status = readHeader(dictionary.params_header); QVR_STATUS_ERROR(status)) {
-    return status;
+  dictionary.loadStatus = readHeader(dictionary.params_header);
+  if (QVR_STATUS_ERROR(dictionary.loadStatus)) {
+    return dictionary.loadStatus;
   }
   try {
     std::vector<uint32_t> words;
     const QVR_retval_t status = readEntryWords(dictionary.params_header.dictionary_size, words);
     dictionary.startupParameters.allocate(believedSize(
         "the parameter area", dictionary.params_header.params_size, kMostAreaBytes, kReachOfEntries));
-    if (QVR_STATUS_OK(status)) {
-      fillSlots(dictionary, words);
-    }
+    dictionary.entries = entriesOf(dictionary, words, QVR_STATUS_OK(status)).release();
     return status;
   } catch (const std::bad_alloc&) {
-    return QVR_E_FAILED_TO_ALLOCATE_MEMORY;
+    return dictionary.loadStatus = QVR_E_FAILED_TO_ALLOCATE_MEMORY;
+  }
+}
+
+// Reads the entries again. If another thread was faster, its reading stays.
+void completeEntries(QVR_paramsDictionary_t& dictionary, DictionaryEntries* known) {
+  try {
+    std::vector<uint32_t> words;
+    if (QVR_STATUS_ERROR(readEntryWords(dictionary.params_header.dictionary_size, words))) {
+      return;
+    }
+    auto entries = entriesOf(dictionary, words, true);
+    entries->before.reset(known);
+    if (dictionary.entries.compare_exchange_strong(known, entries.get())) {
+      entries.release();
+    } else {
+      entries->before.release();
+    }
+  } catch (const std::bad_alloc&) {
+    return;
   }
 }
 
 }  // namespace
 
-const QVR_paramInfo_t* QVR_paramsDictionary_t::slotOf(uint32_t id) const {
-  if (id >= param_info.size()) {
+const QVR_paramInfo_t* DictionaryEntries::slotOf(uint32_t id) const {
+  if (id >= slots.size()) {
     return nullptr;
   }
-  const QVR_paramInfo_t& slot = param_info[id];
+  const QVR_paramInfo_t& slot = slots[id];
   // An unused slot has id 1023, which is a possible index too.
   return slot.param_id == id && slot.param_entry != kUnusedEntry ? &slot : nullptr;
 }
 
-QVR_paramsDictionary_t& gfast::paramsDictionary() {
-  if (QVR_paramsDictionary_t* known = loadedDictionary) {
-    return *known;
+QVR_paramsDictionary_t::~QVR_paramsDictionary_t() {
+  delete entries;
+}
+
+size_t QVR_paramsDictionary_t::numOfEntries() const {
+  const DictionaryEntries* known = entries;
+  return known == nullptr ? 0 : known->slots.size();
+}
+
+const QVR_paramInfo_t* QVR_paramsDictionary_t::slotOf(uint32_t id) const {
+  const DictionaryEntries* known = entries;
+  return known == nullptr ? nullptr : known->slotOf(id);
+}
+
+LoadedDictionary gfast::loadedDictionary() {
+  QVR_paramsDictionary_t* known = paramsDictionary;
+  if (known == nullptr) {
+    auto loading = std::make_unique<QVR_paramsDictionary_t>();
+    const QVR_retval_t status = QVR_loadParamsDictionary(*loading);
+    // If two threads load at the same time, the second one uses the dictionary of the first.
+    if (paramsDictionary.compare_exchange_strong(known, loading.get())) {
+      return {*loading.release(), status};
+    }
   }
-  auto loading = std::make_unique<QVR_paramsDictionary_t>();
-  loading->loadStatus = QVR_loadParamsDictionary(*loading);
-  // If two threads load at the same time, the second one uses the dictionary of the first and drops its own.
-  QVR_paramsDictionary_t* known = nullptr;
-  return loadedDictionary.compare_exchange_strong(known, loading.get()) ? *loading.release() : *known;
+  DictionaryEntries* const entries = known->entries;
+  if (entries != nullptr && !entries->complete) {
+    completeEntries(*known, entries);
+  }
+  return {*known, known->loadStatus};
 }

@@ -28,11 +28,12 @@ constexpr std::array<const char*, QVR_K_PARAM_NAMES> paramNameTable{
 }  // namespace
 
 QVR_retval_t QVR_initParams() {
-  return paramsDictionary().loadStatus;
+  return loadedDictionary().status;
 }
 
 const QVR_paramInfo_t* QVR_getParamDictionaryEntry(eConstParams xi_id) {
-  return paramsDictionary().slotOf(xi_id);
+  const auto [dictionary, loaded] = loadedDictionary();
+  return QVR_STATUS_ERROR(loaded) ? nullptr : dictionary.slotOf(xi_id);
 }
 
 eConfigState QVR_paramConfigState(eConstParams xi_id) {
@@ -42,11 +43,12 @@ eConfigState QVR_paramConfigState(eConstParams xi_id) {
 }
 
 QVR_retval_t QVR_listDictionary(QVR_dictionaryEntryHandlerCB xi_handler) {
-  const QVR_paramsDictionary_t& dictionary = paramsDictionary();
-  if (QVR_STATUS_ERROR(dictionary.loadStatus)) {
+  const auto [dictionary, loaded] = loadedDictionary();
+  if (QVR_STATUS_ERROR(loaded)) {
     return QVR_E_ERROR;
   }
-  for (uint32_t id = 0; id < dictionary.param_info.size(); id++) {
+  const size_t slots = dictionary.numOfEntries();
+  for (uint32_t id = 0; id < slots; id++) {
     const QVR_paramInfo_t* slot = dictionary.slotOf(id);
     if (slot != nullptr && xi_handler(id, slot) == FALSE) {
       break;

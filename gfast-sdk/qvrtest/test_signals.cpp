@@ -106,7 +106,7 @@ void convertSymbol() {
 
 QVR_retval_t QVR_generateRandomTxSignal(uint32_t /*xi_startTone*/, uint32_t /*xi_endTone*/,
                                         uint32_t xi_numberOfTones, uint32_t* xo_txSignal) {
-  if (xi_numberOfTones == 0 || xi_numberOfTones > QVR_K_SIGNAL_WORDS) {
+  if (xi_numberOfTones > QVR_K_SIGNAL_WORDS) {
     return QVR_E_INVALID_OPERATION;
   }
   if (!generateSymbol(xi_numberOfTones)) {

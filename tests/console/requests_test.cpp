@@ -123,4 +123,22 @@ TEST_F(RequestTrace, UsageAndBadArgumentsMakeNoRequest) {
               IsEmpty());
 }
 
+// After the reboot both chips hold log records that nobody takes. What is left are the checks that the chips
+// answer, each 5 seconds, and a look at the queues each half second. The bound is twice what is measured.
+TEST(NotificationThread, RestsWhileLogRecordsWaitInBothChips) {
+  const TemporaryFolder folder;
+  const std::string script =
+      folder.write("script.txt", "start logging\nstop logging\nreboot APP 1\nsleep 8\n");
+  const std::string trace = folder.file("trace.txt");
+  ConsoleProgram program(LAUNCHER, {gfastLab(), "--trace-requests", trace, script});
+  EXPECT_EQ(program.wait(), 0);
+  std::ifstream requests(trace);
+  int all = 0;
+  for (std::string line; std::getline(requests, line);) {
+    all++;
+  }
+  EXPECT_GT(all, 0);
+  EXPECT_LT(all, 250);
+}
+
 }  // namespace

@@ -63,7 +63,7 @@ const struct {
     {"show phy info 0 ne", kLine + 2 * (kLine + kSet + kLoading) + kLine + kSnr + kLine + kReceived},
     {"show phy info 0 fe",
      kLine + 2 * (kLine + kSet + kLoading) + kSet + kLine + kFarSnr + kLine + kFarReceived},
-    {"show ETR 0", kLineUp + kLineUp + 3 + kLineUp},  // framing, framer, derived counters; the line's side
+    {"show ETR 0", kLineUp + kLineUp + 3},  // framing, framer, derived counters
 };
 
 // The requests between two reads of this word, which no command reads by itself.

@@ -36,6 +36,7 @@ class SimulatedTime final : public Clock {
   double seconds() const { return elapsed_ms_ / 1000.0; }  // since power-up
 
   time_t now() override { return kPowerUp + static_cast<time_t>(elapsed_ms_ / 1000); }
+  std::chrono::microseconds steady() override { return std::chrono::milliseconds(elapsed_ms_); }
   void sleep(std::chrono::microseconds duration) override {
     elapsed_ms_ += static_cast<uint32_t>(std::chrono::ceil<std::chrono::milliseconds>(duration).count());
   }

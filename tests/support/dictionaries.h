@@ -31,10 +31,13 @@ inline Script readsHeader(uint32_t address, uint32_t paramsSize, uint32_t dictio
                words({address, paramsSize, dictionarySize}));
 }
 
+inline Script readsEntries(const std::vector<Entry>& entries) {
+  return readsInPieces(0, kEntries, entryWords(entries));
+}
+
 inline Script readsDictionary(uint32_t paramsSize, const std::vector<Entry>& entries) {
-  const Bytes list = entryWords(entries);
-  return readsHeader(kArea, paramsSize, static_cast<uint32_t>(list.size())) +
-         readsInPieces(0, kEntries, list);
+  return readsHeader(kArea, paramsSize, static_cast<uint32_t>(entryWords(entries).size())) +
+         readsEntries(entries);
 }
 
 // The start of the library reads a small dictionary and its parameters.

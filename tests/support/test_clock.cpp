@@ -33,6 +33,11 @@ time_t TestClock::now() {
   return static_cast<time_t>(std::chrono::duration_cast<std::chrono::seconds>(now_).count());
 }
 
+std::chrono::microseconds TestClock::steady() {
+  const std::lock_guard guard(lock_);
+  return now_;
+}
+
 void TestClock::sleep(std::chrono::microseconds duration) {
   std::function<void()> action;
   {

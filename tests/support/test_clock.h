@@ -26,6 +26,7 @@ class TestClock final : public Clock {
   std::vector<std::chrono::microseconds> sleeps();
 
   time_t now() override;
+  std::chrono::microseconds steady() override;
   void sleep(std::chrono::microseconds duration) override;
 
   // On the test's own thread nothing becomes readable, and the clock moves on by the duration at once. Any

@@ -72,7 +72,7 @@ int CLI_showParams(cli_def* session, const char* /*command*/, char* argv[], int 
 }
 
 constexpr Command kCommands[] = {
-    exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, exactly<0>, "show dictionary"),
+    exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, anyNumber, "show dictionary"),
     exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>,
          "show params [<lineId>]"),
 };

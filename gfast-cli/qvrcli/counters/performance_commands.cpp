@@ -271,13 +271,13 @@ int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, ch
 
 constexpr Command kCommands[] = {
     exec("show pm-counters", "Show performance monitoring counters for line",
-         CLI_showPerformanceMonitoringCounters, exactly<1>, "show pm-counters <line-id>"),
+         CLI_showPerformanceMonitoringCounters, atLeast<1>, "show pm-counters <line-id>"),
     exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
          "show 15min-counters [<line-id>] [interval]"),
     exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
          "show 24hr-counters [<line-id>] [interval]"),
     exec("show line performance-counters", "Show (near-end) line performance counters",
-         CLI_showLinePerformanceCounters, between<0, 2>,
+         CLI_showLinePerformanceCounters, anyNumber,
          "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
     exec("show channel performance-counters", "Show (near-end) line performance counters",
          CLI_showChannelPerformanceCounters, between<1, 2>,

@@ -137,7 +137,7 @@ int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int arg
 }
 
 constexpr Command kCommands[] = {
-    exec("read memory", "Read memory from device", CLI_readMemory, between<3, 4>,
+    exec("read memory", "Read memory from device", CLI_readMemory, atLeast<3>,
          "read memory <device-id | line-id> <address> <length> [(ne | fe)]"),
     exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>,
          "read sbr <device-id> [ 0 ]"),

@@ -66,7 +66,10 @@ BOOL dumpTxSignalToFile(const uint32_t* signal, const char* path) {
 
 BOOL dumpSignalToFile(const QVR_complex_t* signal, const char* path) {
   return writeLines(path, QVR_K_SIGNAL_WORDS, [signal](FILE* file, uint32_t i) {
-    return std::fputs(fmt::format("{:f} {:f}\n", signal[i].real(), signal[i].imag()).c_str(), file);
+    return std::fputs(
+        fmt::format("{:f} {:f}\n", withoutNanSign(signal[i].real()), withoutNanSign(signal[i].imag()))
+            .c_str(),
+        file);
   });
 }
 

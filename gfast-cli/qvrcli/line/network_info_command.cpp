@@ -84,7 +84,7 @@ void printRow(cli_def* cli, QVR_lineId_t line) {
   const QVR_deviceId_t device = QVR_deviceIdforLine(line);
   if (device != QVR_K_DEVICE_NULL && QVR_STATUS_OK(QVR_getDeviceInfo(device, &info))) {
     state = static_cast<int>(info.lineState[kTheLine]);
-    rates = state == LS_SHOWTIME ? ratesOf(line, info.isDPdevice != FALSE) : rates;
+    rates = state == LS_SHOWTIME ? ratesOf(line, QVR_isNetworkSideLine(line) != FALSE) : rates;
   }
   const DirectionRates& ds = rates.ds;
   const DirectionRates& us = rates.us;

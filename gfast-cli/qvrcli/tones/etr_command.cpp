@@ -37,12 +37,7 @@ QVR_retval_t readRates(QVR_lineId_t line, Rates& rates) {
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
-  QVR_deviceInfo_t device;
-  status = QVR_getDeviceInfo(QVR_deviceIdforLine(line), &device);
-  if (QVR_STATUS_ERROR(status)) {
-    return status;
-  }
-  const bool network = device.isDPdevice == TRUE;
+  const bool network = QVR_isNetworkSideLine(line) != FALSE;
   rates.netDs = network ? counters.TxNDR : counters.RxNDR;
   rates.netUs = network ? counters.RxNDR : counters.TxNDR;
   rates.averageDs = network ? counters.TxEtrAvg : counters.RxEtrAvg;

@@ -36,11 +36,18 @@ struct LineMatrices {
   uint32_t subcarriers() const { return std::min(tones.numProcessedTones, kSubcarriersPerPair * pairs); }
 };
 
+// How many processed subcarriers there are: a chip may count some past the last.
+uint32_t countOf(const QVR_linePhyParams_t& tones) {
+  const uint32_t first = std::min<uint32_t>(tones.firstTone, QVR_MAX_NUMBER_OF_TONES);
+  return std::min<uint32_t>(tones.numProcessedTones, QVR_MAX_NUMBER_OF_TONES - first);
+}
+
 QVR_retval_t readMatrices(QVR_lineId_t line, const MatrixKind& kind, LineMatrices& matrices) {
   QVR_retval_t status = QVR_getLinePhyParams(line, &matrices.tones);
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
+  matrices.tones.numProcessedTones = countOf(matrices.tones);
   const uint32_t pairs = (matrices.tones.numProcessedTones + kSubcarriersPerPair - 1) / kSubcarriersPerPair;
   matrices.pairs = static_cast<uint16_t>(std::min(pairs, QVR_K_MAX_TONE_PAIRS));
   const size_t before = size_t{matrices.pairs} * static_cast<size_t>(line);

@@ -25,10 +25,12 @@ typedef struct QVR_paramInfo_t {
 #define QVR_K_MAX_PARAM_LEN 0x1FFU
 
 // The dictionary is read from device 0 by the first of these operations and then kept, also across a reboot
-// of the device. When that reading failed, each operation answers its failure from then on. What is wrong in
-// a dictionary is logged as warnings and left out: an entry that leaves the startup-parameters area, an id
-// that comes twice (the later entry counts), words behind the highest id. Of the area, sizes beyond 64 KiB
-// are cut to what entries can reach.
+// of the device. That operation answers the failure of a reading. When it was the header that could not be
+// read, or memory was missing, each later operation answers the same. When it was entries, the later
+// operations use those that were read, and read the entries again until that succeeds. What is wrong in a
+// dictionary is logged as warnings and left out: an entry that leaves the startup-parameters area, an id that
+// comes twice (the later entry counts), words behind the highest id. Of the area, sizes beyond 64 KiB are cut
+// to what entries can reach.
 //
 // The library keeps a copy of the startup-parameters area, through which every value passes.
 

@@ -63,7 +63,8 @@ QVR_retval_t QVR_exitTestMode(void);
 // next one; the low half of the first word is 0. xi_startTone and xi_endTone are not consulted. xo_txSignal
 // takes xi_numberOfTones words; with 43 or fewer no tone is loaded and all are 0, and with a number that is
 // no power of two the tones are wrong ones.
-//   QVR_E_INVALID_OPERATION          xi_numberOfTones is 0 or above QVR_K_SIGNAL_WORDS; nothing is written
+// No tones at all are assertion 201.
+//   QVR_E_INVALID_OPERATION          xi_numberOfTones is above QVR_K_SIGNAL_WORDS; nothing is written
 //   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform; nothing is written
 QVR_retval_t QVR_generateRandomTxSignal(uint32_t xi_startTone, uint32_t xi_endTone, uint32_t xi_numberOfTones,
                                         uint32_t* xo_txSignal);

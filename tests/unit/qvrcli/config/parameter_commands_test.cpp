@@ -106,6 +106,16 @@ TEST_F(ShownParameters, ShowParamsPrintsTheLastValueWhenAReadFails) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
+TEST_F(ShownParameters, ShowTheLongestValueWhole) {
+  expect(readsDictionary(512, {{0, 511, 0}}) + reads(0, kArea, Bytes(512, 0xAB)));
+  std::string bytes;
+  for (int i = 0; i < 511; i++) {
+    bytes += "AB ";
+  }
+  EXPECT_THAT(typed("show params"),
+              ElementsAre("  0 ParamsRevision                       [EB000000] " + bytes + " SCS device"));
+}
+
 TEST_F(ShownParameters, PrintNothingWithoutADictionary) {
   expect(reads(0, VIRT_BASE_ADDR_CONFIGURATION_PARAMS_DICTIONARY, Bytes(12)).fails(EIO));
   EXPECT_THAT(typed("show dictionary"), IsEmpty());
@@ -115,7 +125,6 @@ TEST_F(ShownParameters, PrintNothingWithoutADictionary) {
 
 TEST_F(ShownParameters, CommandsPrintTheirUsage) {
   EXPECT_THAT(typed("show dictionary ?"), ElementsAre("show dictionary"));
-  EXPECT_THAT(typed("show dictionary 0"), ElementsAre("show dictionary"));
   EXPECT_THAT(typed("show params ?"), ElementsAre("show params [<lineId>]"));
   EXPECT_THAT(typed("show params 0 1"), ElementsAre("show params [<lineId>]"));
 }

@@ -122,7 +122,6 @@ TEST_F(ReadMemory, EndsTheProcessForAnOddLength) {
 TEST_F(ReadMemory, TakesThreeWordsOrFour) {
   constexpr const char* usage = "read memory <device-id | line-id> <address> <length> [(ne | fe)]";
   EXPECT_THAT(typed("read memory 0 0"), ElementsAre(usage));
-  EXPECT_THAT(typed("read memory 0 0 4 ne x"), ElementsAre(usage));
   EXPECT_THAT(typed("read memory 0 0 4?"), ElementsAre(usage));
 }
 

@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
@@ -114,6 +115,14 @@ TEST_F(SignalFile, HoldsBothPartsOfEachPointOfASpectrum) {
   EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2048);
   EXPECT_THAT(text, StartsWith("1.500000 -2.250000\n0.000000 123456789.125000\n0.000000 0.000000\n"));
   EXPECT_TRUE(text.ends_with("\n-0.000000 7.000000\n"));
+}
+
+TEST_F(SignalFile, ShowsNoSignOfAPointThatIsNoNumber) {
+  const auto points = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
+  const double minusNan = std::copysign(std::numeric_limits<double>::quiet_NaN(), -1.0);
+  points[0] = {minusNan, minusNan};
+  ASSERT_TRUE(dumpSignalToFile(points.get(), path("fd.out").c_str()));
+  EXPECT_THAT(readText(path("fd.out")), StartsWith("nan nan\n"));
 }
 
 TEST_F(SignalFile, Holds96RatiosOfAnyValue) {

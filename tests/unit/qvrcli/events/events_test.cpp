@@ -181,7 +181,7 @@ TEST(LogLine, IsWrittenWhileTheTerminalIsReplaced) {
 // A chip whose boot register holds the state of the system, and which records what is written to it.
 class RebootedChip final : public Driver {
  public:
-  explicit RebootedChip(uint32_t sbr) : sbr_(sbr) {}
+  explicit RebootedChip(uint32_t sbr) : otherSbr(sbr), sbr_(sbr) {}
 
   int open(int device) override { return device + 10; }
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
@@ -189,7 +189,7 @@ class RebootedChip final : public Driver {
       gfast_memread& read = request.req_u.memread;
       std::fill_n(read.buf, read.bufsize, '\0');
       if (read.hw_mem_addr == SBR_REG_ADDRESS) {
-        store_le32(read.buf, sbr_);
+        store_le32(read.buf, descriptor == 10 ? sbr_ : otherSbr);
       }
       return 0;
     }
@@ -207,6 +207,7 @@ class RebootedChip final : public Driver {
 
   bool answers = true;
   std::vector<std::string> writes;
+  uint32_t otherSbr;  // device 1's
 
  private:
   uint32_t sbr_;
@@ -234,6 +235,13 @@ TEST(Reboot, InLineStateActivatesBothLines) {
 TEST(Reboot, InConfigurationStateActivatesNothing) {
   const RebootedChip& chip = rebooted(kConfigurationState);
   EXPECT_EQ(printedBy([] { handleRebootEvent(); }), "Reboot notification...\n");
+  EXPECT_THAT(chip.writes, testing::IsEmpty());
+}
+
+TEST(Reboot, FollowsTheStateOfDevice0) {
+  RebootedChip& chip = rebooted(kConfigurationState);
+  chip.otherSbr = kLineState;
+  printedBy([] { handleRebootEvent(); });
   EXPECT_THAT(chip.writes, testing::IsEmpty());
 }
 

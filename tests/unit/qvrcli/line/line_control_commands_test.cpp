@@ -1,6 +1,7 @@
 // Activating, deactivating and resetting lines: when this is typed, these requests are made.
 #include "chip/registers.h"
 #include "support/chip_identity.h"
+#include "support/lines.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;
@@ -39,6 +40,18 @@ TEST_F(LineControl, ActivatesALineOrAll) {
   expect(opens(0) + writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 1).times(3));
   EXPECT_THAT(typed("activate line 0"), IsEmpty());
   EXPECT_THAT(typed("activate line all"), IsEmpty());
+}
+
+TEST_F(LineControl, ActivatesAndDeactivatesAllLinesInTheirOrder) {
+  enterBothLines();
+  expect(opens(0) + writesWord(0, VIRT_ADDR_LINKS_PROVISION(0), 1) + opens(1) +
+         writesWord(1, VIRT_ADDR_LINKS_PROVISION(0), 1));
+  EXPECT_THAT(typed("activate line all"), IsEmpty());
+  const auto down = [](int device) {
+    return writesWord(device, VIRT_ADDR_LINKS_PROVISION(0), 0) + writesWord(device, VIRT_ADDR_REINIT(0), 0);
+  };
+  expect(down(0) + down(1));
+  EXPECT_THAT(typed("deactivate line all"), IsEmpty());
 }
 
 TEST_F(LineControl, DeactivatesALineOrAll) {

@@ -140,6 +140,21 @@ TEST_F(ShowLineStatus, ShowsValuesThatAnIdleLineDoesNotHave) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
+// Byte 0 of the chip's word is the last signal downstream, byte 2 the one upstream.
+TEST_F(ShowLineStatus, ShowsHowTheLastInitialisationOfANetworkSideLineEnded) {
+  ChipIdentity chip = chipWithLine(LS_IDLE);
+  chip.setWord(DEV_INF_INIT_FAILURE_CAUSE, 5);
+  chip.setWord(DEV_INF_LAST_SIGNAL, 0x00160011);
+  expect(readsIdentity(0, chip));
+  ASSERT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
+  expect(readsFdu(0, {}));
+  const Lines shown = typed("show line status");
+  ASSERT_GE(shown.size(), 3U);
+  EXPECT_EQ(shown[0], "INITSFCAUSE           5");
+  EXPECT_EQ(shown[1], "INITLASTSIGNALds      17");
+  EXPECT_EQ(shown[2], "INITLASTSIGNALus      22");
+}
+
 TEST_F(ShowLineStatus, ShowsBothEndsOfALineInShowtime) {
   startDevice(1, LS_SHOWTIME);
   GFAST_FRAMER_RAW_COUNTERS_S framer{};

@@ -135,6 +135,15 @@ TEST_F(ShowNetworkInfo, ShowsTheNetworksDirectionsFromEitherSide) {
             "715.2  |     847.1  |   117.4   |   711.9   |"}));
 }
 
+// A board with one chip at the network side: its second line was never found.
+TEST_F(ShowNetworkInfo, TakesAllDirectionsFromTheLine) {
+  addLine(1, 0, 0, FALSE);
+  expect(readsIdentity(0, chip(LS_IDLE, true)) + readsUpTo(0) + asksFarEnd(0));
+  EXPECT_EQ(typed("show network-info")[5],
+            "|  01  |  show time        |\t 240    |   800    |   840  |   120  |   720  |    118.3 |   "
+            "715.2  |     847.1  |   117.4   |   711.9   |");
+}
+
 TEST_F(ShowNetworkInfo, ShowsZerosBehindAReadThatFails) {
   const Script whole = readsUpTo(0);
   for (size_t position = 0; position < kBeforeDerived; position++) {

@@ -23,10 +23,10 @@ TEST_F(ShowPhyParams, ShowsTheProcessedSubcarriers) {
   }
 }
 
-TEST_F(ShowPhyParams, CountsNoSubcarrierBeyondTheLast) {
-  expect(findsLineUp(0) + readsFraming(0, 2040, 4000000000));
+TEST_F(ShowPhyParams, ShowsWhatTheChipSaysBeyondTheLastSubcarrierToo) {
+  expect(findsLineUp(0) + readsFraming(0, 2040, 70000));
   EXPECT_THAT(typed("show phy params"),
-              ElementsAre("", "firstTone             2040", "numProcessedTones     8"));
+              ElementsAre("", "firstTone             2040", "numProcessedTones     70000"));
 }
 
 TEST_F(ShowPhyParams, ReportsALineThatIsNotUpInItsOwnWords) {
@@ -158,6 +158,30 @@ TEST_F(ShowPhyInfo, ShowsTheFarEnd) {
     EXPECT_EQ(typed("show phy info" + words), kFarEnd) << words;
     verify();
   }
+}
+
+// The far end receives on subcarrier 101 only, and its SNR table begins there.
+TEST_F(ShowPhyInfo, ShowsTheFarEndsSnrWhereItsSetStarts) {
+  const Script readsSentSet = reads(0, kSentSet, medleySet({{101, 101}}));
+  Bytes snr(102, 0xFF);
+  snr[101] = 84;                                                                                // 10 dB
+  expect(findsTones(0) + findsTones(0) + readsSet(0, false) + readsLoading(0, false) +          //
+         findsTones(0) + readsSentSet + reads(0, 0xE5000000, littleEndian16({101 << 4 | 7})) +  //
+         readsSentSet + findsTones(0) + readsSentSet + asksSnrBlock(0, 0, 101, Bytes(2) + snr) +
+         findsTones(0) + readsReceived(0, true));
+  EXPECT_EQ(typed("show phy info 0 fe"), shown("005.17500\t9\t0\t0.00000\t-57.51304\t-57.76120",
+                                               "005.22675\t0\t7\t10.00000\t-45.47180\t-45.72000"));
+}
+
+TEST_F(ShowPhyInfo, ShowsNoBitsOfAnotherLineWhenTheLoadingCannotBeRead) {
+  expect(readsNearEnd(0));
+  typed("show phy info 0");
+  expect(findsTones(1) +                                                                           //
+         findsTones(1) + readsSet(1, true) + readsLoading(1, true).fails(EIO) +                    //
+         findsTones(1) + readsSet(1, false) + readsLoading(1, false).fails(EIO) + findsTones(1) +  //
+         readsEnergies(1) + findsTones(1) + readsReceived(1));
+  EXPECT_EQ(typed("show phy info 1"), shown("005.17500\t0\t0\t70.20600\t-57.51304\t-57.76120",
+                                            "005.22675\t0\t0\t10.29999\t-45.47180\t-45.72000"));
 }
 
 TEST_F(ShowPhyInfo, WritesIntoAFileAndPrintsNothing) {

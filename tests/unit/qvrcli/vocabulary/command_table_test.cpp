@@ -113,7 +113,10 @@ constexpr int kAny = 127;  // more words than a line holds
 TEST(CommandTable, TakesTheRightNumberOfWordsForEachCommand) {
   constexpr Accepted expected[] = {
       {"show device-info", MODE_EXEC, 0, 1},
-      {"read memory", MODE_EXEC, 3, 4},
+      {"read memory", MODE_EXEC, 3, kAny},
+      {"show dictionary", MODE_EXEC, 0, kAny},
+      {"show pm-counters", MODE_EXEC, 1, kAny},
+      {"show line performance-counters", MODE_EXEC, 0, kAny},
       {"read sbr", MODE_EXEC, 0, 1},
       {"write memory", MODE_EXEC, 4, kAny},
       {"restart line", MODE_EXEC, 1, 1},

@@ -66,6 +66,12 @@ TEST(SystemClock, ReturnsTheTimeOfDay) {
   EXPECT_LE(now, time(nullptr));
 }
 
+TEST(SystemClock, SteadyTimeGoesOnWhileItSleeps) {
+  const std::chrono::microseconds before = clockSource().steady();
+  clockSource().sleep(kShort);
+  EXPECT_GE(clockSource().steady() - before, kShort);
+}
+
 TEST(SystemClock, SleepsAtLeastAsLongAsAsked) {
   EXPECT_GE(timeOf([] { clockSource().sleep(kShort); }), kShort);
 }

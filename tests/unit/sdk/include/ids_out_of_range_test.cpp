@@ -68,6 +68,7 @@ constexpr Operation kOfLines[] = {
     OPERATION(QVR_dump15minCounterHistoryDB),
     OPERATION(QVR_dump24hrCounterHistoryDB),
     OPERATION(QVR_deviceIdforLine),
+    OPERATION(QVR_isNetworkSideLine),
     OPERATION(QVR_isLineUp),
     OPERATION(QVR_resetLine),
     OPERATION(QVR_activateLine),

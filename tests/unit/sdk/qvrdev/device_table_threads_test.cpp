@@ -3,7 +3,9 @@
 
 #include <atomic>
 #include <cstring>
+#include <functional>
 #include <thread>
+#include <utility>
 
 #include "chip/boot_register.h"
 #include "driver/driver.h"
@@ -18,6 +20,10 @@ namespace {
 class AnsweringDriver final : public Driver {
  public:
   int open(int device) override {
+    if (onNextOpen) {
+      std::exchange(onNextOpen, nullptr)();
+      return -1;
+    }
     open_++;
     return device;
   }
@@ -28,9 +34,12 @@ class AnsweringDriver final : public Driver {
     return 0;
   }
   void close(int /*descriptor*/) override { open_--; }
-  void rediscover() override {}
+  void rediscover() override { onRediscovery(); }
 
   int openDescriptors() const { return open_; }
+
+  std::function<void()> onNextOpen;  // the next open does this and fails
+  std::function<void()> onRediscovery = [] {};
 
  private:
   std::atomic<int> open_{0};
@@ -61,6 +70,32 @@ TEST(DeviceTableThreads, ReadersSeeWholeRecordsWhileDevicesComeAndGo) {
   stop = true;
   notifications.join();
   EXPECT_EQ(chips.openDescriptors(), 2);
+}
+
+// A chip that boots while the driver searches is read by the notification thread.
+TEST(DeviceTableThreads, DeviceThatIsReadDuringRediscoveryIsCounted) {
+  testClock();
+  static AnsweringDriver chips;
+  installDriver(chips);
+  chips.onRediscovery = [] {
+    std::thread([] { EXPECT_EQ(QVR_getDeviceInfo(1, nullptr), QVR_E_STATUS_OK); }).join();
+  };
+  QVR_rediscoverDevices();
+  EXPECT_EQ(QVR_numberOfDevices(), 2U);
+  EXPECT_EQ(QVR_isDeviceActive(1), TRUE);
+}
+
+TEST(DeviceTableThreads, FailedOpenDoesNotMakeADeviceInactiveThatAnotherThreadHasRead) {
+  testClock();
+  static AnsweringDriver chips;
+  installDriver(chips);
+  chips.onNextOpen = [] {
+    std::thread([] { EXPECT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK); }).join();
+  };
+  EXPECT_EQ(QVR_deviceHandle(0), -1);
+  EXPECT_EQ(QVR_isDeviceActive(0), TRUE);
+  EXPECT_EQ(QVR_getDeviceInfo(0, nullptr), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_numberOfDevices(), 1U);
 }
 
 }  // namespace

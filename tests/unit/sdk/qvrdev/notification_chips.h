@@ -9,6 +9,7 @@
 #include <cstring>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -30,6 +31,7 @@ inline Record event(uint32_t type, uint32_t param0 = 0, uint32_t param1 = 0) {
 struct Chip {
   int descriptor = -1;  // -1: the device cannot be opened
   bool answers = true;  // memory reads
+  bool eventsAreRefused = false;
   std::deque<Record> events;
   std::deque<Record> logs;
   uint32_t claimed = 0;  // unless 0, the copied length that the driver reports
@@ -54,7 +56,7 @@ class Chips final : public Driver {
         return readMemory(*found, request.req_u.memread);
       case DFEIOCALMRD:
         found->eventReads++;
-        return takeRecord(*found, found->events, request.req_u.logalm_read);
+        return found->eventsAreRefused ? -1 : takeRecord(*found, found->events, request.req_u.logalm_read);
       case DFEIOCLOGRD:
         found->logReads++;
         return takeRecord(*found, found->logs, request.req_u.logalm_read);
@@ -119,29 +121,39 @@ class Chips final : public Driver {
   std::array<Chip, QVR_K_MAX_DEVICES> chips_;
 };
 
-// Time moves only when the test moves it. Waiting takes no time; `readable` says which descriptors are
-// readable.
+// The wall clock moves only when the test moves it, the steady one while nothing is readable. `readable` says
+// which descriptors are readable.
 class StandingClock final : public Clock {
  public:
   time_t now() override { return time; }
+  std::chrono::microseconds steady() override { return waited; }
   void sleep(std::chrono::microseconds duration) override { sleeps.push_back(duration); }
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override {
     waits.push_back(duration);
     limits.push_back(limit);
     waitedFor.clear();
-    int count = 0;
     for (int descriptor = 0; descriptor < FD_SETSIZE; descriptor++) {
-      if (!FD_ISSET(descriptor, &descriptors)) {
+      if (FD_ISSET(descriptor, &descriptors)) {
+        waitedFor.push_back(descriptor);
+      }
+    }
+    const std::chrono::microseconds end = waited + duration;
+    while (readableBelow(limit) == 0 && waited < end) {
+      const auto next = agenda.begin();
+      if (next == agenda.end() || next->first > end) {
+        waited = end;
         continue;
       }
-      waitedFor.push_back(descriptor);
-      if (descriptor < limit && readable(descriptor)) {
-        count++;
-      } else {
+      const auto due = agenda.extract(next);
+      waited = std::max(waited, due.key());
+      due.mapped()();
+    }
+    for (const int descriptor : waitedFor) {
+      if (descriptor >= limit || !readable(descriptor)) {
         FD_CLR(descriptor, &descriptors);
       }
     }
-    return count;
+    return readableBelow(limit);
   }
   bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) override {
     sleep(duration);
@@ -149,11 +161,19 @@ class StandingClock final : public Clock {
   }
 
   time_t time = 1000000000;
+  std::chrono::microseconds waited{0};
+  std::multimap<std::chrono::microseconds, std::function<void()>> agenda;  // what happens during waits
   std::function<bool(int descriptor)> readable = [](int) { return false; };
   std::vector<std::chrono::microseconds> sleeps;
   std::vector<std::chrono::microseconds> waits;
   std::vector<int> limits;
   std::vector<int> waitedFor;  // in the last wait
+
+ private:
+  int readableBelow(int limit) const {
+    return static_cast<int>(std::ranges::count_if(
+        waitedFor, [&](int descriptor) { return descriptor < limit && readable(descriptor); }));
+  }
 };
 
 // Keeps an object until the process ends, because the notification thread may still use it. The pointer is

@@ -13,6 +13,8 @@ using namespace gfast;
 namespace {
 
 using std::chrono::microseconds;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -344,6 +346,121 @@ TEST_F(RoundWatch, SkipsInactiveDevices) {
   EXPECT_THAT(told(), IsEmpty());
 }
 
+// ---- Devices that stay readable ----
+
+class RoundWithFullQueues : public Round {
+ protected:
+  // The devices are readable while something is pending.
+  RoundWithFullQueues() {
+    clock().readable = [this](int descriptor) { return bench_.chips.pending(descriptor); };
+    QVR_registerLinkFailureNotificationCB([](QVR_lineId_t, LINK_FAILURE_TYPE_E, time_t) {
+      told().push_back(std::to_string(clockSource().steady().count() / 1000) + " ms");
+    });
+    QVR_registerCommFailureNotificationCB([](QVR_deviceId_t device) {
+      told().push_back("lost " + std::to_string(device) + " after " +
+                       std::to_string(clockSource().steady().count() / 1000) + " ms");
+    });
+  }
+
+  void runFor(seconds duration) {
+    NotificationRound round;
+    const microseconds end = clock().waited + duration;
+    for (int i = 0; clock().waited < end; i++) {
+      ASSERT_LT(i, 10000) << "the thread spins";
+      const microseconds before = clock().waited;
+      round.step();
+      wakeUps_ += clock().waited > before ? 1 : 0;
+    }
+  }
+
+  void after(microseconds time, std::function<void()> action) { clock().agenda.emplace(time, action); }
+
+  void expectRestFor(seconds duration) {
+    runFor(duration);
+    EXPECT_LE(wakeUps_, 2 * duration.count());
+    for (const int device : {0, 1}) {
+      EXPECT_EQ(chip(device).livenessReads, duration / seconds{5});
+      EXPECT_LE(chip(device).eventReads, 2 * duration.count() + 2);
+    }
+    EXPECT_THAT(told(), IsEmpty());
+  }
+
+  int wakeUps_ = 0;
+};
+
+TEST_F(RoundWithFullQueues, WakesTwiceASecondWithUnreadLogsOnOneChip) {
+  chip(0).logs = {Record(8, 0)};
+  expectRestFor(seconds{60});
+}
+
+TEST_F(RoundWithFullQueues, WakesTwiceASecondWithUnreadLogsOnBothChips) {
+  chip(0).logs = {Record(8, 0)};
+  chip(1).logs = {Record(8, 0)};
+  expectRestFor(seconds{60});
+}
+
+// One wake-up more: the moment at which the second chip's record comes.
+TEST_F(RoundWithFullQueues, WakesTwiceASecondWithUnreadLogsOutOfPhase) {
+  chip(0).logs = {Record(8, 0)};
+  after(milliseconds{250}, [this] { chip(1).logs = {Record(8, 0)}; });
+  wakeUps_ = -1;
+  expectRestFor(seconds{60});
+}
+
+TEST_F(RoundWithFullQueues, WakesTwiceASecondWhenEventsCannotBeRead) {
+  for (const int device : {0, 1}) {
+    chip(device).events = {event(EVENT_TYPE_LINE_FAILURE)};
+    chip(device).eventsAreRefused = true;
+  }
+  expectRestFor(seconds{60});
+}
+
+TEST_F(RoundWithFullQueues, ChecksEveryFiveSecondsHoweverManyEventsCome) {
+  int events = 0;
+  for (milliseconds time{100}; time < seconds{60}; time += milliseconds{100}) {
+    after(time, [this] { chip(0).events = {event(EVENT_TYPE_MODEM_IS_READY)}; });
+    events++;
+  }
+  runFor(seconds{60});
+  EXPECT_EQ(chip(0).livenessReads, 12);
+  EXPECT_GE(chip(0).eventReads, 2 * events);
+}
+
+TEST_F(RoundWithFullQueues, ChipThatDoesNotAnswerForFifteenSecondsIsNotReported) {
+  chip(0).logs = {Record(8, 0)};
+  chip(1).logs = {Record(8, 0)};
+  after(seconds{7}, [this] { chip(0).answers = false; });
+  after(seconds{22}, [this] { chip(0).answers = true; });
+  runFor(seconds{60});
+  EXPECT_THAT(told(), IsEmpty());
+}
+
+TEST_F(RoundWithFullQueues, LostChipIsReportedAfterAboutTwentySeconds) {
+  chip(0).logs = {Record(8, 0)};
+  chip(1).logs = {Record(8, 0)};
+  after(seconds{7}, [this] { chip(1).answers = false; });
+  runFor(seconds{32});
+  EXPECT_THAT(told(), ElementsAre("lost 1 after 25000 ms", "lost 1 after 30000 ms"));
+}
+
+// The descriptor is readable all the time, so that it does not tell when the event comes.
+TEST_F(RoundWithFullQueues, EventBehindUnreadLogsIsToldWithinHalfASecond) {
+  chip(0).logs = {Record(8, 0)};
+  after(milliseconds{3100}, [this] { chip(0).events = {event(EVENT_TYPE_LINE_FAILURE)}; });
+  runFor(seconds{5});
+  EXPECT_THAT(told(), ElementsAre("3500 ms"));
+}
+
+TEST_F(RoundWithFullQueues, EventBehindUnreadLogsIsToldAtOnceWhenTheOtherChipHasOne) {
+  chip(0).logs = {Record(8, 0)};
+  after(milliseconds{3100}, [this] {
+    chip(0).events = {event(EVENT_TYPE_LINE_FAILURE)};
+    chip(1).events = {event(EVENT_TYPE_LINE_FAILURE)};
+  });
+  runFor(seconds{5});
+  EXPECT_THAT(told(), ElementsAre("3100 ms", "3100 ms"));
+}
+
 // ---- Floods ----
 
 class RoundFlood : public Round {
@@ -396,12 +513,12 @@ TEST_F(RoundFlood, DrainingGoesOnWhenTheDescriptorIsNotReadableAgain) {
   EXPECT_EQ(clock().waits.back(), microseconds{500000});
 }
 
-TEST_F(RoundFlood, CountsAsOneRoundOfTheLivenessWatch) {
+TEST_F(RoundFlood, DoesNotBringTheLivenessCheckForward) {
   chip(0).events.assign(kFlood, event(EVENT_TYPE_MODEM_IS_READY));
   NotificationRound round;
   steps(round, 1 + kFlood / kMostEventsInOneGo);
   EXPECT_EQ(chip(0).livenessReads, 0);
-  steps(round, 9);
+  steps(round, 10);
   EXPECT_EQ(chip(0).livenessReads, 1);
 }
 

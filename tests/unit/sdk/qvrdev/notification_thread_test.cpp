@@ -36,6 +36,7 @@ class BusyClock final : public Clock {
   explicit BusyClock(Chips& chips) : chips_(chips) {}
 
   time_t now() override { return time_++; }
+  std::chrono::microseconds steady() override { return std::chrono::seconds{time_++}; }
   void sleep(std::chrono::microseconds) override { std::this_thread::yield(); }
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds) override {
     int count = 0;

@@ -43,7 +43,9 @@ TEST_F(DayHistory, SumsTheQuarterHoursForTheRunningDay) {
   EXPECT_TRUE(isZero(day.neCounters.linePerformanceCounters.timeInterval));
   EXPECT_TRUE(isZero(day.feCounters.channelPerformanceCounters.timeInterval));
   expect(readsPm(0, 46));
-  expectCounted(previousDay(0, 0), 46);
+  day = previousDay(0, 0);
+  expectCounted(day, 46);
+  EXPECT_EQ(day.collectionTime, 900U + 900U + 60U) << "summed up anew";
 }
 
 TEST_F(DayHistory, FailsWhenTheLineCannotBeRead) {

@@ -74,6 +74,17 @@ TEST(IntervalDelta, MovesTheStartOfTooManyUnavailableSeconds) {
   EXPECT_EQ(interval.neCounters.linePerformanceCounters.UAS, 49U);
 }
 
+TEST(IntervalDelta, LogsNoLimitWhenAllSecondsWereUnavailable) {
+  const TraceLog trace;
+  QVR_setTraceLogLevel(QVRLOG_DEBUG);
+  QVR_intervalCounterDB_t snapshots{};
+  snapshots.curr15minSnapshot.ne.UAS = 50;
+  QVR_intervalLinkCounterDB_t interval{};
+  interval.collectionTime = 50;
+  QVR_update15minPeformanceCounters(&snapshots, &interval);
+  EXPECT_THAT(TraceLog::lines(), testing::Not(testing::Contains(testing::HasSubstr("collectionTime"))));
+}
+
 TEST(IntervalDelta, LogsItsCounters) {
   const TraceLog trace;
   QVR_setTraceLogLevel(QVRLOG_DEBUG);

@@ -204,6 +204,23 @@ TEST_F(LineConfig, KeepsTheLowBitsOfNumbersOfFourBytes) {
   EXPECT_THAT(byte, ElementsAre(0x34, 0xAA));
 }
 
+TEST_F(LineConfig, FlagIsOffWhenAnyBitOfItsNumberIsSet) {
+  loadAll();
+  for (const uint32_t disabled : {1U, 0x8000U, 0x10000U, 0x80000000U}) {
+    BOOL on = 7;
+    driver_.expect(gives(PARAMS_disableDsSra, disabled));
+    EXPECT_EQ(QVR_getBoolParam(0, PARAMS_disableDsSra, &on), QVR_E_STATUS_OK);
+    EXPECT_EQ(on, FALSE) << disabled;
+  }
+}
+
+TEST_F(LineConfig, BandHasSixteenBitsOfEachEdge) {
+  loadAll();
+  const QVR_lineConfig_t read = config({{PARAMS_RFIBand_2, 0xFEDC9876}});
+  EXPECT_EQ(read.rfiProfile.RFIBANDS[2].startSubcarrierIdx, 0x9876);
+  EXPECT_EQ(read.rfiProfile.RFIBANDS[2].stopSubcarrierIdx, 0xFEDC);
+}
+
 // Each getter that reads one parameter, and the size of its field.
 struct Getter {
   QVR_getConfigParam_t get;
@@ -233,15 +250,17 @@ TEST_F(LineConfig, RefusesParametersOfOtherLengths) {
   EXPECT_EQ(bands[16].startSubcarrierIdx, 0xAAAA);
 }
 
-TEST_F(LineConfig, KeepsAFieldThatCannotBeRead) {
+TEST_F(LineConfig, FieldThatCannotBeReadGetsTheValueThatWasReadLast) {
   loadAll();
   for (const Getter& getter : kGetters) {
+    Bytes before(8, 0xAA);
+    driver_.expect(gives(id(0), 360));
+    EXPECT_EQ(getter.get(0, id(0), before.data()), QVR_E_STATUS_OK);
+    EXPECT_NE(before, Bytes(8, 0xAA));
     Bytes field(8, 0xAA);
-    const bool keepsField = getter.get != QVR_getLongParam;
-    driver_.expect(gives(id(0), 0).fails(EIO) + gives(id(0), 0).fails(EIO));
+    driver_.expect(gives(id(0), 0).fails(EIO).times(2));
     EXPECT_EQ(getter.get(0, id(0), field.data()), QVR_E_MEMREAD_ERROR);
-    // The getter of plain numbers stores the value that was read last.
-    EXPECT_EQ(field, keepsField ? Bytes(8, 0xAA) : Bytes({0, 0, 0, 0, 0xAA, 0xAA, 0xAA, 0xAA}));
+    EXPECT_EQ(field, before);
   }
 }
 
@@ -268,12 +287,15 @@ TEST_F(LineConfig, ClearsTheBandsAndReturnsTheResultOfTheLastRead) {
     }
     return QVR_getRFIBANDS(0, PARAMS_RFIBand_0, bands);
   };
+  log_.lines().clear();
   EXPECT_EQ(readBands(7), QVR_E_STATUS_OK);
   EXPECT_EQ(bands[7].startSubcarrierIdx, 0);
   EXPECT_EQ(bands[8].startSubcarrierIdx, 4);
   EXPECT_EQ(bands[8].stopSubcarrierIdx, 5);
+  EXPECT_THAT(log_.lines(), ElementsAre(warns("QVR_getRFIBANDS", "Failed getting parameter 110\n")));
   EXPECT_EQ(readBands(15), QVR_E_MEMREAD_ERROR);
   EXPECT_EQ(bands[14].stopSubcarrierIdx, 5);
+  EXPECT_EQ(bands[15].stopSubcarrierIdx, 5) << "read last";
 }
 
 TEST_F(LineConfig, ConvertsImpulseNoiseRates) {
@@ -311,6 +333,10 @@ TEST_F(LineConfig, ReadsTestModesInShowtime) {
     EXPECT_EQ(getter(1, id(0), &on), QVR_E_STATUS_OK);
     EXPECT_EQ(on, FALSE);
   }
+  driver_.verify();
+  BOOL on = 7;
+  EXPECT_EQ(QVR_getDraTestMode(1, id(0), &on), QVR_E_STATUS_OK);
+  EXPECT_EQ(on, FALSE) << "without a request";
 }
 
 TEST_F(LineConfig, KeepsATestModeThatCannotBeRead) {
@@ -361,14 +387,14 @@ TEST_F(LineConfig, LogsEveryFieldThatCannotBeRead) {
     QVR_lineConfig_t config{};
     EXPECT_EQ(QVR_getLineConfig(0, &config), QVR_E_STATUS_OK);
     const bool isBand = order[failing] >= PARAMS_RFIBand_0 && order[failing] <= PARAMS_RFIBand_15;
-    if (isBand && order[failing] != PARAMS_RFIBand_15) {
-      EXPECT_THAT(log_.lines(), IsEmpty()) << order[failing];
-      continue;
+    std::vector<testing::Matcher<const std::string&>> logged{
+        warns(isBand ? "QVR_getRFIBANDS" : "QVR_getLineConfig",
+              "Failed getting parameter " + std::to_string(order[failing]) + "\n")};
+    if (order[failing] == PARAMS_RFIBand_15) {
+      logged.push_back(warns("QVR_getLineConfig", "Failed getting parameter 103\n"));
     }
-    const eConstParams row = isBand ? PARAMS_RFIBand_0 : order[failing];
-    EXPECT_THAT(log_.lines(), ElementsAre(warns("QVR_getLineConfig",
-                                                "Failed getting parameter " + std::to_string(row) + "\n")));
-    EXPECT_EQ(config.dataRateProfile.BLUPPERLIMITus, failing + 1 == order.size() ? 0 : 1);
+    EXPECT_THAT(log_.lines(), testing::ElementsAreArray(logged));
+    EXPECT_EQ(config.dataRateProfile.BLUPPERLIMITus, 1) << "read for the other direction just before";
     EXPECT_EQ(config.tddProfile.Mds, failing == 0 ? 0 : 1);
   }
 }

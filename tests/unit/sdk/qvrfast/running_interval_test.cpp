@@ -40,6 +40,12 @@ TEST_F(RunningInterval, CollectionTimeStartsWithinTheInterval) {
   EXPECT_EQ(running(0, 2).collectionTime, 240U);
 }
 
+TEST_F(RunningInterval, HasCollectedNothingInTheSecondInWhichCollectionStarts) {
+  setStartOfCollection(0, 0, 600);
+  testClock().setNow(at(10, 5));
+  EXPECT_EQ(running(0, 1).collectionTime, 0U);
+}
+
 TEST_F(RunningInterval, FailedReadKeepsTheEntryMarkedAndItsCounters) {
   testClock().setNow(at(10, 1));
   running(0, 5);
@@ -125,6 +131,7 @@ class BoundaryClock final : public Clock {
     }
     return before;
   }
+  std::chrono::microseconds steady() override { return {}; }
   void sleep(std::chrono::microseconds /*duration*/) override {}
   int waitReadable(fd_set& /*descriptors*/, int /*limit*/, std::chrono::microseconds /*duration*/) override {
     return 0;

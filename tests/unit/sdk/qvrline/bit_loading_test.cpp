@@ -150,6 +150,23 @@ TEST_F(BitLoading, EntriesNameTheirSubcarrierAndCountOnlyInsideTheSet) {
   EXPECT_EQ(loaded(), (Loaded{{10, 4}, {15, 5}}));
 }
 
+// An entry has twelve bits for its subcarrier, one more than there are subcarriers.
+TEST_F(BitLoading, EntriesPastTheLastSubcarrierChangeNothing) {
+  for (const Table& table : kDataTables) {
+    struct {
+      QVR_BLT_t bits;
+      int32_t behind[2048];
+    } memory{};
+    driver_.expect(readsData(0, table.isTx, medleySet({{1, 3}}),
+                             littleEndian16({entry(2048, 5), entry(2049, 6), entry(2050, 7)})));
+    EXPECT_EQ(table.read(0, memory.bits), QVR_E_STATUS_OK);
+    for (size_t i = 0; i < std::size(memory.bits); i++) {
+      EXPECT_EQ(memory.bits[i], 0) << i;
+      EXPECT_EQ(memory.behind[i], 0) << i;
+    }
+  }
+}
+
 TEST_F(BitLoading, IsZeroWithoutARequestForAnEmptySet) {
   driver_.expect(findsSet(0, true, medleySet({})) + findsSet(0, false, medleySet({{9, 3}})));
   EXPECT_EQ(QVR_readTxBitLoadingTable(0, bits_), QVR_E_STATUS_OK);

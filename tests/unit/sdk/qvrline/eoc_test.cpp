@@ -8,12 +8,14 @@
 #include <thread>
 
 #include "chip/far_end_messages.h"
+#include "chip/registers.h"
 #include "driver/driver.h"
 #include "qvrdev/device_table.h"
 #include "qvrline/eoc.h"
 #include "support/assertions.h"
 #include "support/bytes.h"
 #include "support/lines.h"
+#include "support/tones.h"
 
 using namespace gfast;
 
@@ -38,7 +40,7 @@ class AnsweringFarEnds final : public Driver {
   int open(int device) override { return device; }
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override {
     if (code == DFEIOCMEMRD) {
-      std::memset(request.req_u.memread.buf, 0, request.req_u.memread.bufsize);
+      readMemory(request.req_u.memread);
       return 0;
     }
     gfast_farendmsg& message = request.req_u.farendmsg;
@@ -62,6 +64,17 @@ class AnsweringFarEnds final : public Driver {
   bool refuses = false;
 
  private:
+  // The lines send on subcarriers 0 to 300.
+  static void readMemory(gfast_memread& read) {
+    std::memset(read.buf, 0, read.bufsize);
+    if (read.hw_mem_addr == VIRT_ADDR_B0_REGS) {
+      store_le32(read.buf + B0_REGS_LINK_STATES, LS_SHOWTIME);
+    } else if (read.hw_mem_addr == kSentSet) {
+      const Bytes set = medleySet({{0, 300}});
+      std::copy(set.begin(), set.end(), read.buf);
+    }
+  }
+
   std::atomic<int> under_way_[QVR_K_MAX_DEVICES] = {};
 };
 
@@ -145,6 +158,27 @@ TEST(Eoc, IsHeldDuringEveryExchange) {
     waiting.clear();
   }
   EXPECT_EQ(captures, 9);
+}
+
+TEST(Eoc, IsHeldDuringEveryBlockOfFarEndSnr) {
+  AnsweringFarEnds farEnds;
+  std::atomic<int> captures{0};
+  std::vector<std::thread> waiting;
+  farEnds.duringExchange = [&](int) {
+    const int before = captures;
+    waiting.emplace_back([&captures] {
+      exchangeOn(0);
+      captures++;
+    });
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(captures, before);
+  };
+  QVR_SNRTBL_t snr;
+  EXPECT_EQ(QVR_readFarEndSNRTable(0, snr), QVR_E_STATUS_OK);
+  for (std::thread& thread : waiting) {
+    thread.join();
+  }
+  EXPECT_EQ(captures, 2);
 }
 
 TEST(Eoc, IsReleasedAfterEveryExchangeGoodOrBad) {

@@ -54,6 +54,43 @@ TEST(ExpectedThroughput, IsTheSameToTheLastBitOnEveryMachine) {
   EXPECT_EQ(etr, 0x1.44d43p+53F);
 }
 
+// Framings for which another order of the operations, or one of them in double precision, changes the result.
+TEST(ExpectedThroughput, IsEvaluatedInItsOrderInSinglePrecision) {
+  const struct {
+    std::vector<uint32_t> shared;
+    std::vector<uint32_t> direction;
+    float etr;
+  } cases[] = {
+      {{8, 4416, 105984000, 8, 36}, {29, 112, 128, 6, 1747, 1223}, 0x1.c1964ap+17F},
+      {{11, 4416, 211968000, 32, 36}, {26, 226, 240, 9, 1266, 1539}, 0x1.43677ep+18F},
+      {{11, 4288, 105984000, 8, 36}, {9, 130, 144, 14, 415, 1355}, 0x1.64019ep+14F},
+      {{12, 4288, 211968000, 9, 36}, {28, 156, 160, 15, 831, 1064}, 0x1.e72b4cp+17F},
+      {{9, 2208, 105984000, 9, 36}, {28, 114, 128, 7, 2454, 285}, 0x1.2ff056p+19F},
+      {{171579, 40617, 187936793, 1863, 1993}, {1207, 7613, 46047, 4033, 59043, 53773}, 0x1.a8fd7p+17F},
+      {{128025, 58895, 204592813, 19, 1355}, {3, 91965, 9267, 1355, 24389, 93779}, 0x1.c0cff8p+14F},
+      {{165611, 31599, 109799195, 2363, 279}, {125, 30691, 72889, 7, 44909, 80401}, 0x1.a83c5ap+15F},
+      {{67469, 89913, 177527439, 695, 4717}, {893, 22543, 30405, 3445, 1433, 98911}, 0x1.aae494p+11F},
+      {{139119, 73095, 120059081, 3045, 2823}, {323, 29595, 92403, 335, 44411, 57853}, 0x1.49bf1ep+14F},
+  };
+  for (const auto& [shared, direction, expected] : cases) {
+    std::vector<uint32_t> values = shared;
+    values.insert(values.end(), direction.begin(), direction.end());
+    values.insert(values.end(), direction.begin(), direction.end());
+    float etr = 0;
+    QVR_calcTxETR(framingOf(values), &etr);
+    EXPECT_EQ(etr, expected) << direction[4];
+    QVR_calcRxETR(framingOf(values), &etr);
+    EXPECT_EQ(etr, expected) << direction[4];
+  }
+}
+
+// A symbol less than none is -1, and not the largest number of symbols.
+TEST(ExpectedThroughput, IsNegativeForAFrameWithoutSymbols) {
+  float etr = 0;
+  QVR_calcTxETR(framingOf({10, 4416, 211968000, 8, 36, 0, 239, 255, 4, 1871, 702, 0, 0, 0, 0, 0, 0}), &etr);
+  EXPECT_EQ(etr, -0x1.b1bbp+13F);
+}
+
 TEST(ExpectedThroughput, SucceedsWithoutAFiniteValueWhenItDividesByZero) {
   float etr = 0;
   EXPECT_EQ(QVR_calcTxETR(framingOf(std::vector<uint32_t>(17, 0)), &etr), QVR_E_STATUS_OK);
@@ -99,6 +136,18 @@ TEST(RawRate, CountsBitsIn32BitsAndDividesInSinglePrecision) {
   values[15] = 1733;
   QVR_calcRxRawPhyRate(framingOf(values), &rate);
   EXPECT_EQ(rate, 0x1.5e111cp+19F);
+}
+
+TEST(RawRate, IsEvaluatedInItsOrderInSinglePrecision) {
+  std::vector<uint32_t> values(17, 0);
+  values[1] = 4416;
+  values[2] = 211968000;
+  values[9] = values[15] = 688;
+  float rate = 0;
+  QVR_calcTxRawPhyRate(framingOf(values), &rate);
+  EXPECT_EQ(rate, 0x1.01fffep+18F);
+  QVR_calcRxRawPhyRate(framingOf(values), &rate);
+  EXPECT_EQ(rate, 0x1.01fffep+18F);
 }
 
 class LineThroughput : public ToneTest {

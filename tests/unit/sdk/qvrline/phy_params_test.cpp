@@ -1,4 +1,6 @@
 // The processed subcarriers of a line.
+#include "chip/tones.h"
+#include "qvrline/tone_memory.h"
 #include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
@@ -28,7 +30,15 @@ TEST_F(PhyParams, KeepTheCountersOfTheLine) {
   EXPECT_EQ(QVR_lineDescriptorForLine(0).counters.prev15minSnapshot.ne.ES, 5U);
 }
 
-TEST_F(PhyParams, DoNotCountSubcarriersPastTheGrid) {
+TEST_F(PhyParams, AreWhatTheChipSays) {
+  QVR_linePhyParams_t params{};
+  driver_.expect(reads(0, 0xE2400000, framing(2040, 4000000000)));
+  EXPECT_EQ(QVR_getLinePhyParams(0, &params), QVR_E_STATUS_OK);
+  EXPECT_EQ(params.firstTone, 2040U);
+  EXPECT_EQ(params.numProcessedTones, 4000000000U);
+}
+
+TEST_F(PhyParams, AreLimitedToTheGridWhereTonesAreRead) {
   struct Case {
     QVR_linePhyParams_t said;
     uint32_t counted;
@@ -39,12 +49,21 @@ TEST_F(PhyParams, DoNotCountSubcarriersPastTheGrid) {
       {{43, 0xFFFFFFFF}, 2005}, {{43, 0}, 0},      {{0x80000000, 8}, 0},
   };
   for (const Case& each : cases) {
-    QVR_linePhyParams_t params{};
-    driver_.expect(reads(0, 0xE2400000, framing(each.said.firstTone, each.said.numProcessedTones)));
-    EXPECT_EQ(QVR_getLinePhyParams(0, &params), QVR_E_STATUS_OK);
-    EXPECT_EQ(params.firstTone, each.said.firstTone);
-    EXPECT_EQ(params.numProcessedTones, each.counted) << each.said.firstTone;
+    LineInShowtime line{};
+    driver_.expect(findsLineUp(0) +
+                   reads(0, 0xE2400000, framing(each.said.firstTone, each.said.numProcessedTones)));
+    EXPECT_EQ(findLineInShowtime(0, &line), QVR_E_STATUS_OK);
+    EXPECT_EQ(line.tones.firstTone, each.said.firstTone);
+    EXPECT_EQ(line.tones.numProcessedTones, each.counted) << each.said.firstTone;
   }
+}
+
+TEST_F(PhyParams, LeadToTheToneMemoryOfTheLinesIndexOnItsDevice) {
+  addLine(0, 1, 3, TRUE);
+  const LineInShowtime line{0, QVR_lineDescriptorForLine(0), {}};
+  uint8_t bytes[4];
+  driver_.expect(reads(1, 0xE5300000, Bytes(4)));
+  EXPECT_EQ(readTones(line, LineEnd::kNear, VIRT_ADDR_TX_BLT, bytes, sizeof bytes), QVR_E_STATUS_OK);
 }
 
 TEST_F(PhyParams, FailAndFillNothingWhenTheReadFails) {

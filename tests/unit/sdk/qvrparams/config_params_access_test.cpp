@@ -1,4 +1,7 @@
 // Reading and writing parameters: the requests, their order and bytes, and what happens when one fails.
+#include <numeric>
+#include <tuple>
+
 #include "chip/boot_register.h"
 #include "support/assertions.h"
 #include "support/trace_log.h"
@@ -14,7 +17,16 @@ using testing::IsEmpty;
 constexpr uint32_t kOwnArea = 0xEC000000;
 constexpr uint32_t kRestartBit = 0x10000;
 
-enum : uint32_t { kNumber4, kNumber2, kSixBytes, kThreeBytes, kOfLine, kOfLineInSystemState, kOddOfLine };
+enum : uint32_t {
+  kNumber4,
+  kNumber2,
+  kSixBytes,
+  kThreeBytes,
+  kOfLine,
+  kOfLineInSystemState,
+  kOddOfLine,
+  kOfDeviceInLineState
+};
 
 class ParameterAccess : public Parameters {
  protected:
@@ -25,7 +37,8 @@ class ParameterAccess : public Parameters {
               {kThreeBytes, 3, 12},
               {kOfLine, 4, 20, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE},
               {kOfLineInSystemState, 4, 24, CONFIG_TYPE_PER_LINE, CONFIG_STATE_SYSTEM},
-              {kOddOfLine, 1, 31, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE}});
+              {kOddOfLine, 1, 31, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE},
+              {kOfDeviceInLineState, 4, 40, CONFIG_TYPE_PER_DEVICE, CONFIG_STATE_LINE}});
   }
 
   // Reads a parameter of four bytes.
@@ -174,6 +187,11 @@ TEST_F(ParameterAccess, ChoosesTheOwnAreaByTheLinesIndexOnItsDevice) {
 TEST_F(ParameterAccess, WritesALineParameterInSystemStateAsASystemParameter) {
   driver_.expect(writesWord(0, kArea + 24, 5) + writesWord(1, kArea + 24, 5) + setsRestartBit(0));
   EXPECT_EQ(set(1, kOfLineInSystemState, 5), QVR_E_STATUS_OK);
+}
+
+TEST_F(ParameterAccess, WritesADeviceParameterInLineStateAsASystemParameter) {
+  driver_.expect(writesWord(0, kArea + 40, 5) + writesWord(1, kArea + 40, 5) + setsRestartBit(0));
+  EXPECT_EQ(set(1, kOfDeviceInLineState, 5), QVR_E_STATUS_OK);
 }
 
 TEST_F(ParameterAccess, KeepsTheByteBehindAnOddLengthOnEachDevice) {
@@ -353,6 +371,52 @@ TEST_F(ParameterAccess, KeepsTheDictionaryAfterARediscovery) {
   EXPECT_EQ(get(0, kNumber4), 42U);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(kSixBytes))->param_offset, 6U);
   EXPECT_THAT(log_.lines(), IsEmpty());
+}
+
+// ---- The limits of an entry ----
+
+class FarParameters : public Parameters {
+ protected:
+  static Bytes counting(size_t length, uint8_t first) {
+    Bytes bytes(length);
+    std::iota(bytes.begin(), bytes.end(), first);
+    return bytes;
+  }
+};
+
+TEST_F(FarParameters, LieAtOffsetsUpTo2047) {
+  load(2048, {{0, 4, 1024},
+              {1, 4, 2044},
+              {2, 4, 1020, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE},
+              {3, 4, 1500, CONFIG_TYPE_PER_LINE, CONFIG_STATE_LINE}});
+  uint32_t value = 0;
+  driver_.expect(readsWord(0, kArea + 1024, 11) + readsWord(0, kArea + 2044, 12));
+  EXPECT_EQ(QVR_getConfigParam(0, id(0), &value), QVR_E_STATUS_OK);
+  EXPECT_EQ(value, 11U);
+  EXPECT_EQ(QVR_getConfigParam(0, id(1), &value), QVR_E_STATUS_OK);
+  EXPECT_EQ(value, 12U);
+  EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_offset, 2044U);
+  driver_.expect(writesWord(1, kOwnArea + 1500, 12));
+  EXPECT_EQ(QVR_setConfigParam(1, id(3), &value), QVR_E_STATUS_OK);
+}
+
+TEST_F(FarParameters, HaveUpTo511Bytes) {
+  load(1024, {{0, 8, 0}, {1, 511, 8}, {2, 256, 520}});
+  for (const auto& [parameter, length, offset] : {std::tuple{0U, 8U, 0U}, {1U, 511U, 8U}, {2U, 256U, 520U}}) {
+    const Bytes bytes = counting(length, 3);
+    Bytes inChip = bytes;
+    inChip.resize(length + length % 2, 0x77);
+    Bytes value(length + 1, 0xAA);
+    driver_.expect(reads(0, kArea + offset, inChip));
+    EXPECT_EQ(QVR_getConfigParam(0, id(parameter), value.data()), QVR_E_STATUS_OK);
+    EXPECT_EQ(value.back(), 0xAA);
+    value.pop_back();
+    EXPECT_EQ(value, bytes);
+  }
+  driver_.verify();
+  const Bytes changed = counting(8, 4);
+  driver_.expect(writes(0, kArea, changed) + writes(1, kArea, changed) + setsRestartBit(0));
+  EXPECT_EQ(QVR_setConfigParam(0, id(0), changed.data()), QVR_E_STATUS_OK);
 }
 
 }  // namespace

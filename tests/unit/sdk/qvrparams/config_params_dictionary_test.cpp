@@ -7,8 +7,11 @@ using namespace gfast;
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 std::vector<uint32_t>& listed() {
   static auto& ids = *new std::vector<uint32_t>;
@@ -29,7 +32,7 @@ std::vector<uint32_t> ids() {
 }
 
 size_t slots() {
-  return paramsDictionary().param_info.size();
+  return loadedDictionary().dictionary.numOfEntries();
 }
 
 class Dictionary : public Parameters {
@@ -61,6 +64,8 @@ TEST_F(Dictionary, ReadsTypeAndStateSeparately) {
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(0))->param_config_state, CONFIG_STATE_SYSTEM);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_config_type, CONFIG_TYPE_PER_DEVICE);
   EXPECT_EQ(QVR_getParamDictionaryEntry(id(1))->param_config_state, CONFIG_STATE_LINE);
+  EXPECT_EQ(QVR_paramConfigState(id(0)), CONFIG_STATE_SYSTEM);
+  EXPECT_EQ(QVR_paramConfigState(id(1)), CONFIG_STATE_LINE);
 }
 
 TEST_F(Dictionary, IgnoresWordsOfLength0) {
@@ -153,18 +158,34 @@ TEST_F(Dictionary, IsNotReadAgainAfterAFailedHeader) {
   expectEveryOperationFails(QVR_E_MEMREAD_ERROR);
 }
 
-TEST_F(Dictionary, IsNotReadAgainAfterFailedEntries) {
-  driver_.expect(readsDictionary(64, {{0, 4, 0}}).fails(EIO));
-  expectEveryOperationFails(QVR_E_MEMREAD_ERROR);
+TEST_F(Dictionary, ReadsItsEntriesAgainAtTheNextUse) {
+  driver_.expect(readsDictionary(64, {{0, 4, 8}}).fails(EIO));
+  EXPECT_EQ(QVR_initParams(), QVR_E_MEMREAD_ERROR);
+  driver_.expect(readsEntries({{0, 4, 8}}));
+  EXPECT_THAT(ids(), ElementsAre(0));
+  driver_.expect(readsWord(0, kArea + 8, 77));
+  uint32_t value = 0;
+  EXPECT_EQ(QVR_getConfigParam(0, id(0), &value), QVR_E_STATUS_OK);
+  EXPECT_EQ(value, 77U);
 }
 
-TEST_F(Dictionary, IsNotUsedWhenAllItsEntriesCannotBeRead) {
+// 300 words are read in pieces of 225 and 75.
+TEST_F(Dictionary, UsesTheEntriesThatWereReadUntilAllAre) {
   std::vector<Entry> entries;
   for (uint32_t i = 0; i < 300; i++) {
     entries.push_back({i, 2, i * 2});
   }
   driver_.expect(readsDictionary(600, entries).fails(EIO));
-  expectEveryOperationFails(QVR_E_MEMREAD_ERROR);
+  EXPECT_EQ(QVR_getParamDictionaryEntry(id(0)), nullptr);
+  driver_.expect(readsEntries(entries).fails(EIO));
+  EXPECT_EQ(ids().size(), 225U);
+  driver_.expect(readsEntries(entries).fails(EIO));
+  const QVR_paramInfo_t* kept = QVR_getParamDictionaryEntry(id(224));
+  ASSERT_NE(kept, nullptr);
+  driver_.expect(readsEntries(entries));
+  EXPECT_EQ(ids().size(), 300U);
+  EXPECT_EQ(kept->param_offset, 448U);
+  EXPECT_THAT(log_.lines(), Not(Contains(HasSubstr("words for"))));
 }
 
 TEST(DictionaryOfNoDevice, IsNotReadAgain) {

