@@ -109,6 +109,23 @@ TEST(ConsoleSessions, RunsWhatWasSentBeforeThePeerEndedItsInput) {
   EXPECT_NE(all.find("read sbr <device-id> [ 0 ]\r\n"), std::string::npos);
 }
 
+TEST(ConsoleSessions, RunsLinesThatEndInALineFeedOnly) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  session.send("show version\nread sbr ?x\nquit\n");
+  const std::string all = session.readToEnd();
+  EXPECT_NE(all.find(kVersion), std::string::npos);
+  EXPECT_NE(all.find("read sbr <device-id> [ 0 ]\r\n"), std::string::npos);
+}
+
+TEST(ConsoleSessions, CountsACarriageReturnWithALineFeedAsOneLineEnd) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  session.send("show version\r\nshow version\r\n");
+  const std::string one = std::string("show version\r\n") + kVersion + std::string(kPrompt);
+  EXPECT_EQ(session.readUntil(one + one), one + one);
+}
+
 TEST(ConsoleSessions, ReceivesOutputBeforeAWait) {
   LabServer lab;
   TemporaryFolder folder;

@@ -1,7 +1,9 @@
 #include "qvrcli/session/typed_input.h"
-#include <algorithm>
 
 #include <libcli.h>
+
+#include <algorithm>
+#include <utility>
 
 namespace gfast::console {
 
@@ -92,6 +94,7 @@ void TypedInput::takeText(char character, std::string& typed) {
     state_ = State::kCommand;
     return;
   }
+  const bool afterReturn = std::exchange(afterReturn_, character == '\r');
   switch (character) {
     case kEscape:
       state_ = State::kEscape;
@@ -106,9 +109,12 @@ void TypedInput::takeText(char character, std::string& typed) {
       typed += character;
       return;
     case '\r':
-      longest_ = std::max(longest_, lineHigh_);
-      length_ = lineHigh_ = 0;
-      typed += character;
+      endLine(typed);
+      return;
+    case '\n':
+      if (!afterReturn) {
+        endLine(typed);
+      }
       return;
     case control('U'):
       length_ = 0;
@@ -122,6 +128,12 @@ void TypedInput::takeText(char character, std::string& typed) {
     default:
       pass(character, typed);
   }
+}
+
+void TypedInput::endLine(std::string& typed) {
+  longest_ = std::max(longest_, lineHigh_);
+  length_ = lineHigh_ = 0;
+  typed += '\r';
 }
 
 void TypedInput::pass(char character, std::string& typed) {

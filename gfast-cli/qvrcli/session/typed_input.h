@@ -8,7 +8,8 @@
 namespace gfast::console {
 
 // Passes on typed characters and editing keys. Takes out telnet commands, with their options and
-// subnegotiations, and the escape sequences of keys that the editor does not know.
+// subnegotiations, and the escape sequences of keys that the editor does not know. A line ends with a
+// carriage return, with a line feed, or with both; the editor is given a carriage return.
 //
 // The editor completes words into its line buffer without checking the room that is left. So the greatest
 // length that the line can have is counted here, and a TAB for which there might be no room is replaced by a
@@ -28,11 +29,13 @@ class TypedInput {
   void takeCommand(unsigned char character, std::string& typed);
   void takeSequence(char character, std::string& typed);
   void takeText(char character, std::string& typed);
+  void endLine(std::string& typed);
   void pass(char character, std::string& typed);
   void recall();
 
   State state_ = State::kText;
-  bool parameters_ = false;  // the escape sequence has more than its last letter
+  bool afterReturn_ = false;  // the character before was a carriage return
+  bool parameters_ = false;   // the escape sequence has more than its last letter
   // Upper bounds: of the line now, of this line at any time, of every earlier line.
   size_t length_ = 0;
   size_t lineHigh_ = 0;

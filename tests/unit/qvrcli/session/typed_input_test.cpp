@@ -31,8 +31,19 @@ std::string passed(const std::string& received) {
 
 TEST(TypedInput, PassesOnWhatIsTyped) {
   EXPECT_EQ(passed("show version\r"), "show version\r");
-  EXPECT_EQ(passed("a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r\n"),
-            "a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r\n");
+  EXPECT_EQ(passed("a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r"),
+            "a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r");
+}
+
+TEST(TypedInput, EndsALineAtALineFeedToo) {
+  EXPECT_EQ(passed("a\nb\r\nc\rd\n\ne"), "a\rb\rc\rd\r\re");
+}
+
+TEST(TypedInput, TakesALineFeedBehindACarriageReturnThatCameBefore) {
+  TypedInput input;
+  EXPECT_EQ(passed(input, "a\r"), "a\r");
+  EXPECT_EQ(passed(input, "\xFF\xF1\nb"), "b");
+  EXPECT_EQ(passed(input, "\x1b\n"), "\r");
 }
 
 TEST(TypedInput, TakesOutTelnetCommands) {
