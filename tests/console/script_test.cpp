@@ -48,6 +48,15 @@ TEST(Script, MayHoldAnyBytes) {
   EXPECT_THAT(program.output(), HasSubstr(kVersionLine));
 }
 
+TEST(Script, RefusesALineThatIsTooLongWhole) {
+  TemporaryFolder folder;
+  ConsoleProgram program =
+      lab({folder.write("a.txt", "# " + std::string(4092, 'x') + "show version\nsleep ?\n")});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(),
+            "Line 1 of the script is too long (more than 4095 characters)\nsleep <seconds>\n");
+}
+
 TEST(Script, MissingFileStartsTheServer) {
   ConsoleProgram program = lab({"--port", "0", "/no/such/script.txt"});
   OpenSession session(program.port());

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "qvrcli/session/libcli_structs.h"
+#include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/text_files.h"
 
@@ -91,7 +92,7 @@ bool runOnce(cli_def* cli, const char* filename) {
     cli_print(cli, "Unable to open file [%s]", filename);
     return false;
   }
-  cli_file(cli, script.get(), PRIVILEGE_UNPRIVILEGED, MODE_EXEC);
+  runLines(cli, script.get());
   return true;
 }
 
