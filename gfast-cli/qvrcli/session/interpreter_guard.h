@@ -1,12 +1,12 @@
-// Protects the interpreter from typed lines that crash it. To be called once, on a fresh interpreter, before
-// it reads anything.
+// Protects the interpreter from typed lines that crash it or mean something else to it. To be called once, on
+// a fresh interpreter, before it reads anything.
 #pragma once
 
 #include <libcli.h>
 
 namespace gfast::console {
 
-// libcli's filters, made safe:
+// libcli's commands refuse an abbreviation that fits two commands. Its filters are made safe:
 //  - A filter that takes the rest of the line joins its words also while a line is only completed. There may
 //    be no last word then, and libcli reads through a null pointer. Here such a filter takes one word, and is
 //    given the rest of the line when the line runs.

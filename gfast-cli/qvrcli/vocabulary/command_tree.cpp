@@ -4,6 +4,7 @@
 #include <map>
 #include <string_view>
 
+#include "qvrcli/session/abbreviations.h"
 #include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/line_limit.h"
 #include "qvrcli/session/session_stream.h"
@@ -84,6 +85,9 @@ int dispatchCommand(cli_def* cli, const char* command, char* argv[], int argc) {
   if (hasTooManyWords(cli)) {
     cli_error(cli, "Line too long (more than %zu words)", kMostWords);
     return CLI_OK;
+  }
+  if (refusesAbbreviation(cli)) {
+    return CLI_ERROR;
   }
   const BufferedSession buffered(cli);
   const int result = run(*row, cli, command, argv, argc);
