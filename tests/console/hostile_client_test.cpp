@@ -138,6 +138,16 @@ TEST(HostileClient, TypesQuotesPipesAndWordsWithoutEnd) {
   expectAlive(lab);
 }
 
+TEST(HostileClient, TypesPatternsThatTakeTimeToCompile) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  for (const std::string& pattern :
+       {repeat("(^)*", 40), repeat("($)*", 40), repeat("((.+[a-b]*a)*)*", 40), repeat("(a*)+", 100)}) {
+    EXPECT_EQ(session.type("show version | egrep " + pattern), "Pattern too large\r\n") << pattern;
+  }
+  EXPECT_EQ(session.type("show version | egrep \"(Date|x)*\""), kVersion);
+}
+
 TEST(HostileClient, ClosesInTheMiddleOfOutput) {
   LabServer lab;
   for (int i = 0; i < 5; i++) {

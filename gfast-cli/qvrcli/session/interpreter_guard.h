@@ -13,8 +13,9 @@ namespace gfast::console {
 //  - A filter compares the typed name with its full name, so that an abbreviated one does not find the text
 //  it
 //    is to search for. Here it is always called by its full name.
-//  - egrep's repetitions multiply ("((a{99}){99}){99}"), and the compiled pattern grows with them. Here a
-//    pattern larger than kLargestPattern is refused.
+//  - egrep's repetitions multiply ("((a{99}){99}){99}"), and the compiled pattern grows with them. So does
+//    the time to compile repetitions of what may match nothing ("(^)*(^)*(^)*"). Here a pattern whose size is
+//    above kLargestPattern is refused.
 void guardInterpreter(cli_def* cli);
 
 }  // namespace gfast::console
