@@ -4,6 +4,7 @@
 #include <string>
 
 #include "qvrcli/session/line_limit.h"
+#include "qvrcli/session/stop.h"
 
 namespace gfast::console {
 
@@ -73,7 +74,7 @@ void runLines(cli_def* cli, FILE* script) {
   const int privilege = cli_set_privilege(cli, PRIVILEGE_UNPRIVILEGED);
   const int mode = cli_set_configmode(cli, MODE_EXEC, nullptr);
   ScriptLines lines(script);
-  while (lines.next() && runLine(cli, lines)) {
+  while (mayGoOn(cli) && lines.next() && runLine(cli, lines)) {
   }
   cli_set_privilege(cli, privilege);
   cli_set_configmode(cli, mode, nullptr);

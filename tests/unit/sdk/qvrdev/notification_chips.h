@@ -143,10 +143,6 @@ class StandingClock final : public Clock {
     }
     return count;
   }
-  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) override {
-    sleep(duration);
-    return true;
-  }
 
   time_t time = 1000000000;
   std::function<bool(int descriptor)> readable = [](int) { return false; };
