@@ -187,6 +187,31 @@ TEST(HostileClient, ResetsWhileACommandWaits) {
   expectAlive(lab);
 }
 
+constexpr const char* kTelnet = "\xFF\xFD\x03";
+
+TEST(HostileClient, ClosesATelnetSessionWhileACommandWaits) {
+  LabServer lab;
+  TemporaryFolder folder;
+  const std::string script = folder.write("a.txt", "sleep 1\n");
+  for (const std::string& command : {"sleep 86400"s, "run " + script + " 1000000"}) {
+    OpenSession session(lab.port());
+    session.send(kTelnet + command + "\r");
+    session.readUntil("\n");
+    session.close();
+    const auto start = std::chrono::steady_clock::now();
+    expectAlive(lab);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s) << command;
+  }
+}
+
+TEST(HostileClient, EndsItsInputAndKeepsItsAnswers) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  session.send("sleep 3\nshow version\nquit\n");
+  session.endInput();
+  EXPECT_NE(session.readToEnd().find(kVersion), std::string::npos);
+}
+
 TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
   LabServer lab;
   TemporaryFolder folder;

@@ -66,7 +66,10 @@ void TypedInput::takeCommand(unsigned char character, std::string& typed) {
       typed += static_cast<char>(kTelnet);  // twice: the interpreter takes telnet commands out as well
       pass(static_cast<char>(kTelnet), typed);
     }
-  } else if (character == kSubnegotiationBegin) {
+    return;
+  }
+  speaksTelnet_ = true;
+  if (character == kSubnegotiationBegin) {
     state_ = State::kSubnegotiation;
   } else if (character >= kWill && character <= kDont) {
     state_ = State::kOption;

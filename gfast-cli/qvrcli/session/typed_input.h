@@ -25,6 +25,9 @@ class TypedInput {
   // Appends the received bytes that are passed on to `typed`.
   void receive(std::string_view received, std::string& typed);
 
+  // Whether a telnet command was received: nothing but telnet sends one.
+  bool speaksTelnet() const { return speaksTelnet_; }
+
  private:
   enum class State { kText, kCommand, kOption, kSubnegotiation, kSubnegotiationCommand, kEscape, kSequence };
 
@@ -41,6 +44,7 @@ class TypedInput {
   void recall();
 
   State state_ = State::kText;
+  bool speaksTelnet_ = false;
   bool afterReturn_ = false;  // the character before was a carriage return
   bool parameters_ = false;   // the escape sequence has more than its last letter
   bool atEnd_ = true;         // the cursor is behind the last character, and the line's length is known
