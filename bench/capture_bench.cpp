@@ -68,10 +68,6 @@ class AddingClock final : public Clock {
   int waitReadable(fd_set& /*descriptors*/, int /*limit*/, std::chrono::microseconds /*duration*/) override {
     return 0;
   }
-  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) override {
-    sleep(duration);
-    return true;
-  }
 
   std::chrono::microseconds waited{0};
 };

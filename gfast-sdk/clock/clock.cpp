@@ -1,11 +1,8 @@
 #include "clock/clock.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <limits>
 #include <thread>
 
 using namespace gfast;
@@ -13,8 +10,9 @@ using namespace gfast;
 namespace {
 
 using std::chrono::microseconds;
-using std::chrono::milliseconds;
 using std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kLongestSleep{500};  // without asking whether to go on
 
 class SystemClock final : public Clock {
  public:
@@ -42,18 +40,17 @@ class SystemClock final : public Clock {
     return 0;
   }
 
-  bool sleepWhileConnected(int descriptor, microseconds duration) override {
+  bool sleepWhile(microseconds duration, const std::function<bool()>& mayGoOn) override {
     const auto end = steady_clock::now() + duration;
     for (;;) {
-      const auto left = std::chrono::ceil<milliseconds>(end - steady_clock::now());
-      if (left.count() <= 0) {
-        return true;
-      }
-      constexpr long long longest = std::numeric_limits<int>::max();
-      pollfd peer{descriptor, 0, 0};  // no events: a hang-up is always reported
-      if (::poll(&peer, 1, static_cast<int>(std::min<long long>(left.count(), longest))) > 0) {
+      if (!mayGoOn()) {
         return false;
       }
+      const auto now = steady_clock::now();
+      if (now >= end) {
+        return true;
+      }
+      std::this_thread::sleep_for(std::min<steady_clock::duration>(end - now, kLongestSleep));
     }
   }
 };

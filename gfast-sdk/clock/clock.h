@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <ctime>
+#include <functional>
 
 namespace gfast {
 
@@ -27,10 +28,12 @@ class Clock {
   // as select: the number of ready descriptors, which are left set, or 0.
   virtual int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) = 0;
 
-  // Sleeps like sleep, but wakes when the connection behind `descriptor` is gone, and returns false then. A
-  // peer that has only finished sending (a script piped into a session) counts as connected. Without a
-  // descriptor (-1) it just sleeps.
-  virtual bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) = 0;
+  // Sleeps like sleep, but asks now and then whether to go on, at least twice a second. Returns the last
+  // answer, at once when it is false.
+  virtual bool sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) {
+    sleep(duration);
+    return mayGoOn();
+  }
 };
 
 // Uses this clock from now on. It must live until the process ends.

@@ -138,6 +138,16 @@ TEST(HostileClient, TypesQuotesPipesAndWordsWithoutEnd) {
   expectAlive(lab);
 }
 
+TEST(HostileClient, TypesPatternsThatTakeTimeToCompile) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  for (const std::string& pattern :
+       {repeat("(^)*", 40), repeat("($)*", 40), repeat("((.+[a-b]*a)*)*", 40), repeat("(a*)+", 100)}) {
+    EXPECT_EQ(session.type("show version | egrep " + pattern), "Pattern too large\r\n") << pattern;
+  }
+  EXPECT_EQ(session.type("show version | egrep \"(Date|x)*\""), kVersion);
+}
+
 TEST(HostileClient, ClosesInTheMiddleOfOutput) {
   LabServer lab;
   for (int i = 0; i < 5; i++) {
@@ -175,6 +185,31 @@ TEST(HostileClient, ResetsWhileACommandWaits) {
   EXPECT_EQ(session.readUntil("\n"), "sleep 86400\r\n");
   session.reset();
   expectAlive(lab);
+}
+
+constexpr const char* kTelnet = "\xFF\xFD\x03";
+
+TEST(HostileClient, ClosesATelnetSessionWhileACommandWaits) {
+  LabServer lab;
+  TemporaryFolder folder;
+  const std::string script = folder.write("a.txt", "sleep 1\n");
+  for (const std::string& command : {"sleep 86400"s, "run " + script + " 1000000"}) {
+    OpenSession session(lab.port());
+    session.send(kTelnet + command + "\r");
+    session.readUntil("\n");
+    session.close();
+    const auto start = std::chrono::steady_clock::now();
+    expectAlive(lab);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s) << command;
+  }
+}
+
+TEST(HostileClient, EndsItsInputAndKeepsItsAnswers) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  session.send("sleep 3\nshow version\nquit\n");
+  session.endInput();
+  EXPECT_NE(session.readToEnd().find(kVersion), std::string::npos);
 }
 
 TEST(HostileClient, ResetsWhileAScriptRunsForEver) {

@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -46,6 +49,32 @@ TEST(Script, MayHoldAnyBytes) {
   ConsoleProgram program = lab({folder.write("a.txt", text)});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_THAT(program.output(), HasSubstr(kVersionLine));
+}
+
+TEST(Script, RefusesALineThatIsTooLongWhole) {
+  TemporaryFolder folder;
+  ConsoleProgram program =
+      lab({folder.write("a.txt", "# " + std::string(4092, 'x') + "show version\nsleep ?\n")});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(),
+            "Line 1 of the script is too long (more than 4095 characters)\nsleep <seconds>\n");
+}
+
+// What `head -1` leaves of a script: the first line, and what it did until then.
+TEST(Script, EndsWhenNobodyReadsItsOutputAnyMore) {
+  TemporaryFolder folder;
+  const std::string script =
+      folder.write("a.txt", "show version\nsleep 2\ngenerate signal after.dat\nsleep 60\n");
+  const std::string command = "cd " + folder.path() + " && " LAUNCHER " " + gfastLab() + " --board " +
+                              quietBoard() + " a.txt | head -1";
+  FILE* const shell = popen(command.c_str(), "r");
+  char line[100] = {};
+  EXPECT_NE(std::fgets(line, sizeof line, shell), nullptr);
+  EXPECT_EQ(line, kVersionLine);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(pclose(shell), 0);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+  EXPECT_FALSE(std::filesystem::exists(folder.path() + "/after.dat"));
 }
 
 TEST(Script, MissingFileStartsTheServer) {

@@ -109,6 +109,59 @@ TEST(ConsoleSessions, RunsWhatWasSentBeforeThePeerEndedItsInput) {
   EXPECT_NE(all.find("read sbr <device-id> [ 0 ]\r\n"), std::string::npos);
 }
 
+TEST(ConsoleSessions, RunsLinesThatEndInALineFeedOnly) {
+  LabServer lab;
+  ConsoleSession session(lab.port());
+  session.send("show version\nread sbr ?x\nquit\n");
+  const std::string all = session.readToEnd();
+  EXPECT_NE(all.find(kVersion), std::string::npos);
+  EXPECT_NE(all.find("read sbr <device-id> [ 0 ]\r\n"), std::string::npos);
+}
+
+TEST(ConsoleSessions, CountsACarriageReturnWithALineFeedAsOneLineEnd) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  session.send("show version\r\nshow version\r\n");
+  const std::string one = std::string("show version\r\n") + kVersion + std::string(kPrompt);
+  EXPECT_EQ(session.readUntil(one + one), one + one);
+}
+
+TEST(ConsoleSessions, RefusesALineThatIsTooLongWhole) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  session.type("write memory 0 d0000000 4 12345678");
+  std::string bytes = "11";
+  for (int i = 1; i < 2000; i++) {
+    bytes += ":22";
+  }
+  session.send("write memory 0 d0000000 2000 " + bytes + "\r");
+  const std::string answer = session.readUntil(kPrompt);
+  EXPECT_TRUE(answer.ends_with("\r\nLine too long (more than 4095 characters)\r\n" + std::string(kPrompt)))
+      << answer.substr(answer.size() - 200);
+  EXPECT_EQ(session.type("read memory 0 d0000000 4"), "d0000000: 78563412\r\n");
+  EXPECT_EQ(session.type("history"),
+            "\r\nCommand history:\r\n  0. write memory 0 d0000000 4 12345678\r\n"
+            "  1. read memory 0 d0000000 4\r\n");
+  session.type("configure");
+  session.send(std::string(5000, 'x') + "\r");
+  EXPECT_TRUE(
+      session.readUntil(kConfigPrompt)
+          .ends_with("\r\nLine too long (more than 4095 characters)\r\n" + std::string(kConfigPrompt)));
+}
+
+TEST(ConsoleSessions, WritesAsMuchMemoryAsOneLineHolds) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  std::string bytes = "11";
+  for (int i = 1; i < 1354; i++) {
+    bytes += ":22";
+  }
+  const std::string line = "write memory 0 d0000000 1354 " + bytes;
+  ASSERT_LE(line.size(), 4095U);
+  EXPECT_EQ(session.type(line), "");
+  EXPECT_EQ(session.type("read memory 0 d0000548 4"), "d0000548: 00002222\r\n");
+}
+
 TEST(ConsoleSessions, ReceivesOutputBeforeAWait) {
   LabServer lab;
   TemporaryFolder folder;

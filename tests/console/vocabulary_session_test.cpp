@@ -152,4 +152,13 @@ TEST(Vocabulary, CompletesWords) {
             "sh\b\bshow ver\b\b\bversion \r\n$Date: 2017-03-30 21:49:22 +0300 (Thu, 30 Mar 2017) $\r\n");
 }
 
+TEST(Vocabulary, RefusesAnAbbreviationThatFitsTwoWordsWhateverTheirCase) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.type("show e"), "Invalid command \"show e\"\r\n");
+  session.type("configure");
+  EXPECT_EQ(session.type("sh"), "Invalid command \"sh\"\r\n");
+  EXPECT_EQ(session.type("lo"), "Invalid command \"lo\"\r\n");
+}
+
 }  // namespace

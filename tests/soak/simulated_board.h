@@ -47,10 +47,6 @@ class SimulatedTime final : public Clock {
     timeval now{0, 0};
     return std::max(0, select(limit, &descriptors, nullptr, nullptr, &now));
   }
-  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) override {
-    sleep(duration);
-    return true;
-  }
 
  private:
   const std::thread::id owner_ = std::this_thread::get_id();

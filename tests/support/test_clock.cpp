@@ -61,10 +61,11 @@ int TestClock::waitReadable(fd_set& descriptors, int /*limit*/, std::chrono::mic
   return 0;
 }
 
-bool TestClock::sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) {
+bool TestClock::sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) {
   sleep(duration);
+  const bool goesOn = mayGoOn();
   const std::lock_guard guard(lock_);
-  return !peerGone_;
+  return goesOn && !peerGone_;
 }
 
 TestClock& testClock() {

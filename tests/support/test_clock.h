@@ -18,7 +18,7 @@ class TestClock final : public Clock {
   TestClock();
 
   void setNow(time_t seconds);
-  void setPeerGone(bool gone);  // what sleepWhileConnected finds
+  void setPeerGone(bool gone);  // what sleepWhile finds
 
   // Runs at every sleep, on the thread that sleeps.
   void onSleep(std::function<void()> action);
@@ -33,7 +33,7 @@ class TestClock final : public Clock {
   // other thread waits until the process ends.
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override;
 
-  bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) override;
+  bool sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) override;
 
  private:
   const std::thread::id owner_ = std::this_thread::get_id();

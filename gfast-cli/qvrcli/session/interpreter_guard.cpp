@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "qvrcli/session/abbreviations.h"
 #include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/pattern_size.h"
 
@@ -66,6 +67,37 @@ int initGuarded(cli_def* cli, int argc, char** argv, cli_filter* filter) {
   return result;
 }
 
+using Callback = int (*)(cli_def*, const char*, char**, int);
+
+struct GuardedCommand {
+  const cli_command* command;
+  Callback run;  // libcli's own
+};
+
+std::vector<GuardedCommand>& guardedCommands() {
+  static auto& commands = *new std::vector<GuardedCommand>;
+  return commands;
+}
+
+int runGuarded(cli_def* cli, const char* name, char** argv, int argc) {
+  if (refusesAbbreviation(cli)) {
+    return CLI_ERROR;
+  }
+  for (const GuardedCommand& guarded : guardedCommands()) {
+    if (guarded.command == cli->pipeline->current_stage->command) {
+      return guarded.run(cli, name, argv, argc);
+    }
+  }
+  return CLI_ERROR;
+}
+
+void guardCommand(cli_command* command) {
+  if (command->callback != nullptr) {
+    guardedCommands().push_back({command, command->callback});
+    command->callback = runGuarded;
+  }
+}
+
 void guardFilter(cli_command* command) {
   GuardedFilter guarded{command, command->init, nullptr};
   for (cli_optarg* argument = command->optargs; argument != nullptr; argument = argument->next) {
@@ -82,9 +114,12 @@ void guardFilter(cli_command* command) {
 
 void guardInterpreter(cli_def* cli) {
   guardedFilters().clear();
+  guardedCommands().clear();
   for (cli_command* command = cli->commands; command != nullptr; command = command->next) {
     if (command->command_type == CLI_FILTER_COMMAND) {
       guardFilter(command);
+    } else {
+      guardCommand(command);
     }
   }
 }

@@ -10,6 +10,9 @@ namespace {
 
 constexpr size_t kTooLarge = kLargestPattern + 1;
 
+// Copies that may each match nothing are compiled in a time that grows with the square of their number.
+constexpr size_t kOptionalWeight = 4;
+
 size_t add(size_t a, size_t b) {
   return std::min(a + b, kTooLarge);
 }
@@ -38,6 +41,11 @@ class PatternMeter {
   struct Group {
     size_t size = 0;  // of all pieces so far
     size_t last = 0;  // of the piece that a repetition would repeat
+
+    bool lastIsCharacter = false;
+    bool lastMayBeEmpty = false;   // and matches nothing then
+    bool mayBeEmpty = true;        // every piece of this alternative
+    bool otherMayBeEmpty = false;  // an alternative before this one
   };
 
   void step(char character) {
@@ -48,48 +56,94 @@ class PatternMeter {
       case ')':
         closeGroup();
         break;
+      case '|':
+        nextAlternative();
+        break;
+      case '^':
+      case '$':
+        piece(1, true);
+        groups_.back().lastIsCharacter = false;
+        break;
       case '[':
         skipBracket();
-        piece(1);
+        piece(1, false);
+        break;
+      case '*':
+      case '?':
+        repeatInPlace();
         break;
       case '+':
-        repeat(2);  // one, and one that repeats in place
+        repeat(2, false);  // one, and one that repeats in place
         break;
       case '{':
         repeatCounted();
         break;
       case '\\':
         next_ = std::min(next_ + 1, pattern_.size());
-        piece(1);
+        piece(1, false);
         break;
       default:
-        piece(character == '*' || character == '?' ? 0 : 1);
+        piece(1, false);
     }
   }
 
-  void piece(size_t size) {
+  void piece(size_t size, bool mayBeEmpty) {
+    settleLast();
     Group& group = groups_.back();
-    if (size == 0) {
-      group.size = add(group.size, 1);  // repeats in place
-      return;
-    }
     group.size = add(group.size, size);
     group.last = size;
+    group.lastIsCharacter = true;
+    group.lastMayBeEmpty = mayBeEmpty;
+  }
+
+  // Nothing repeats the last piece any more.
+  void settleLast() {
+    Group& group = groups_.back();
+    group.mayBeEmpty = group.mayBeEmpty && (group.last == 0 || group.lastMayBeEmpty);
+    group.last = 0;
+  }
+
+  void nextAlternative() {
+    settleLast();
+    Group& group = groups_.back();
+    group.size = add(group.size, 1);
+    group.otherMayBeEmpty = group.otherMayBeEmpty || group.mayBeEmpty;
+    group.mayBeEmpty = true;
   }
 
   void closeGroup() {
-    const size_t size = add(groups_.back().size, 1);
+    settleLast();
+    const Group closed = groups_.back();
     if (groups_.size() > 1) {
       groups_.pop_back();
     }
-    piece(size);
+    piece(add(closed.size, 1), closed.mayBeEmpty || closed.otherMayBeEmpty);
+    groups_.back().lastIsCharacter = false;
   }
 
-  void repeat(size_t copies) {
+  void repeatInPlace() {
     Group& group = groups_.back();
-    const size_t repeated = multiply(group.last, copies);
+    countEmptyRepetition();
+    group.size = add(group.size, 1);
+    group.lastMayBeEmpty = true;
+  }
+
+  void repeat(size_t copies, bool mayBeEmpty) {
+    Group& group = groups_.back();
+    countEmptyRepetition();
+    group.lastMayBeEmpty = group.lastMayBeEmpty || mayBeEmpty;
+    const size_t repeated = multiply(group.last, group.lastMayBeEmpty ? copies * kOptionalWeight : copies);
     group.size = add(group.size, repeated);
     group.last = std::max<size_t>(repeated, 1);
+  }
+
+  // A group, or a place in the line, that is repeated though it may match nothing: some C libraries take a
+  // time that doubles with each.
+  void countEmptyRepetition() {
+    Group& group = groups_.back();
+    if (group.lastMayBeEmpty && !group.lastIsCharacter) {
+      group.size = kTooLarge;
+    }
   }
 
   size_t number() {
@@ -111,7 +165,7 @@ class PatternMeter {
     if (next_ < pattern_.size() && pattern_[next_] == '}') {
       next_++;
     }
-    repeat(add(most, 1));
+    repeat(add(most, 1), least == 0);
   }
 
   // Moves behind the next occurrence of the text, or to the end.

@@ -1,4 +1,4 @@
-// The size of a regular expression, known before it is compiled.
+// The size of a regular expression, known before it is compiled: what the C library needs for it.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,8 @@ namespace gfast::console {
 constexpr size_t kLargestPattern = 1000;  // pieces, each matching one character at most
 
 // How many pieces an extended regular expression has when its repetitions are written out; some number above
-// kLargestPattern when it has more than that.
+// kLargestPattern when it has more than that. So has one that repeats a group, or a place in the line, which
+// may match nothing, like "(^)*" or "(a?)+": the time that some C libraries take doubles with each of them.
 size_t patternSize(std::string_view pattern);
 
 }  // namespace gfast::console

@@ -3,7 +3,8 @@
 #include <cstdio>
 
 #include "qvrcli/session/libcli_structs.h"
-#include "qvrcli/session/session_stream.h"
+#include "qvrcli/session/script_lines.h"
+#include "qvrcli/session/stop.h"
 #include "qvrcli/text/text_files.h"
 
 namespace gfast::console {
@@ -91,7 +92,7 @@ bool runOnce(cli_def* cli, const char* filename) {
     cli_print(cli, "Unable to open file [%s]", filename);
     return false;
   }
-  cli_file(cli, script.get(), PRIVILEGE_UNPRIVILEGED, MODE_EXEC);
+  runLines(cli, script.get());
   return true;
 }
 
@@ -103,7 +104,7 @@ int runScript(cli_def* cli, const char* filename, uint32_t iterations) {
     cli_print(cli, "Scripts run each other more than %d deep, stopped at [%s]", kDeepest, filename);
     stopping = true;
   }
-  for (uint32_t i = 0; i < iterations && !stopping && !sessionLost(cli); i++) {
+  for (uint32_t i = 0; i < iterations && !stopping && mayGoOn(cli); i++) {
     if (iterations > 1) {
       cli_print(cli, ">run %s %d of %d", filename, static_cast<int>(i + 1), static_cast<int>(iterations));
     }

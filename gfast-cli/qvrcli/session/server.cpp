@@ -14,6 +14,8 @@
 
 #include "clock/clock.h"
 #include "qvrcli/qvrcli.h"
+#include "qvrcli/session/script_lines.h"
+#include "qvrcli/session/session_printer.h"
 #include "qvrcli/session/session_relay.h"
 #include "qvrcli/session/session_stream.h"
 
@@ -81,12 +83,14 @@ void runSession(cli_def* interpreter, int connection) {
   try {
     const SessionRelay relay(connection);
     forgetWaiting();
+    cli_print_callback(interpreter, printToSession);
     if (cli_loop(interpreter, relay.interpreterSocket()) != CLI_OK) {
       close(relay.interpreterSocket());
     }
   } catch (const std::system_error& error) {
     std::fprintf(stderr, "session: %s\n", error.what());
   }
+  cli_print_callback(interpreter, nullptr);
 }
 
 // A connection that could not be accepted is a session that ends at once. The pause keeps the processor free
@@ -98,7 +102,7 @@ void runFailedSession(cli_def* interpreter) {
 
 void runScript(cli_def* interpreter, FILE* script) {
   cli_print_callback(interpreter, printToStandardOutput);
-  cli_file(interpreter, script, PRIVILEGE_UNPRIVILEGED, MODE_EXEC);
+  runLines(interpreter, script);
   cli_print_callback(interpreter, nullptr);
   std::fclose(script);
 }

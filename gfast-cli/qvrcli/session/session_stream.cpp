@@ -10,6 +10,7 @@
 
 #include "clock/clock.h"
 #include "qvrcli/session/libcli_structs.h"
+#include "qvrcli/session/stop.h"
 
 namespace gfast::console {
 
@@ -69,11 +70,7 @@ void flushSession(cli_def* cli) {
 
 bool sleepInSession(cli_def* cli, std::chrono::seconds duration) {
   flushSession(cli);
-  if (cli->client != nullptr) {
-    return clockSource().sleepWhileConnected(fileno(cli->client), duration);
-  }
-  clockSource().sleep(duration);
-  return true;
+  return clockSource().sleepWhile(duration, [cli] { return mayGoOn(cli); });
 }
 
 bool sessionLost(const cli_def* cli) {

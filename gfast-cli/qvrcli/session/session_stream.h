@@ -26,8 +26,7 @@ class BufferedSession {
 // happened so far.
 void flushSession(cli_def* cli);
 
-// Sends what is buffered and sleeps. Ends early and returns false when the session is lost, so that the next
-// client is served.
+// Sends what is buffered and sleeps. Ends early and returns false when the command may not go on.
 bool sleepInSession(cli_def* cli, std::chrono::seconds duration);
 
 // Whether the session's peer can no longer be reached; false without a session. A peer that has closed its

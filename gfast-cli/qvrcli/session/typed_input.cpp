@@ -1,7 +1,9 @@
 #include "qvrcli/session/typed_input.h"
-#include <algorithm>
 
 #include <libcli.h>
+
+#include <algorithm>
+#include <utility>
 
 namespace gfast::console {
 
@@ -19,7 +21,10 @@ constexpr char control(char letter) {
   return static_cast<char>(letter - '@');
 }
 
-constexpr size_t kLongestLine = CLI_MAX_LINE_LENGTH - 1;
+// Whether the editor may put the character into the line.
+bool isText(char character) {
+  return static_cast<unsigned char>(character) >= ' ' && character != '\x7f';
+}
 
 }  // namespace
 
@@ -57,9 +62,14 @@ void TypedInput::take(char character, std::string& typed) {
 void TypedInput::takeCommand(unsigned char character, std::string& typed) {
   state_ = State::kText;
   if (character == kTelnet) {
-    typed += static_cast<char>(kTelnet);  // twice: the interpreter takes telnet commands out as well
-    pass(static_cast<char>(kTelnet), typed);
-  } else if (character == kSubnegotiationBegin) {
+    if (!tooLong_) {
+      typed += static_cast<char>(kTelnet);  // twice: the interpreter takes telnet commands out as well
+      pass(static_cast<char>(kTelnet), typed);
+    }
+    return;
+  }
+  speaksTelnet_ = true;
+  if (character == kSubnegotiationBegin) {
     state_ = State::kSubnegotiation;
   } else if (character >= kWill && character <= kDont) {
     state_ = State::kOption;
@@ -80,10 +90,21 @@ void TypedInput::takeSequence(char character, std::string& typed) {
   } else {
     state_ = State::kText;
     if (!parameters_ && character <= 'D' && character >= 'A') {
-      const char arrow[] = {kEscape, '[', character};
-      typed.append(arrow, sizeof arrow);
-      recall();
+      takeArrow(character, typed);
     }
+  }
+}
+
+// Up and down bring back other lines, right and left stay in this one.
+void TypedInput::takeArrow(char arrow, std::string& typed) {
+  if (tooLong_) {
+    return;
+  }
+  const char sequence[] = {kEscape, '[', arrow};
+  typed.append(sequence, sizeof sequence);
+  atEnd_ = false;
+  if (arrow <= 'B') {
+    recall();
   }
 }
 
@@ -92,41 +113,95 @@ void TypedInput::takeText(char character, std::string& typed) {
     state_ = State::kCommand;
     return;
   }
+  const bool afterReturn = std::exchange(afterReturn_, character == '\r');
   switch (character) {
     case kEscape:
       state_ = State::kEscape;
       return;
-    case '\t':
-      if (length_ + kLongestCompletion > kLongestLine) {
-        typed += control('C');
-        return;
-      }
-      length_ += kLongestCompletion;
-      lineHigh_ = std::max(lineHigh_, length_);
-      typed += character;
-      return;
     case '\r':
-      longest_ = std::max(longest_, lineHigh_);
-      length_ = lineHigh_ = 0;
-      typed += character;
+      endLine(typed);
+      return;
+    case '\n':
+      if (!afterReturn) {
+        endLine(typed);
+      }
       return;
     case control('U'):
-      length_ = 0;
+      clearLine();
       typed += character;
+      return;
+    default:
+      if (!tooLong_) {
+        takeKey(character, typed);
+      }
+  }
+}
+
+// A key of a line that fits so far.
+void TypedInput::takeKey(char character, std::string& typed) {
+  switch (character) {
+    case '\t':
+      takeTab(typed);
       return;
     case control('P'):
     case control('N'):
       recall();
-      typed += character;
+      break;
+    case control('H'):
+    case '\x7f':
+      if (atEnd_ && length_ > 0) {
+        length_--;
+      }
+      break;
+    case control('A'):
+    case control('B'):
+    case control('F'):
+    case control('E'):
+      atEnd_ = false;
+      break;
+    case kRefusedLine:
       return;
     default:
       pass(character, typed);
+      return;
   }
+  typed += character;
+}
+
+void TypedInput::takeTab(std::string& typed) {
+  if (length_ + kLongestCompletion > kLongestLine) {
+    typed += control('C');
+    return;
+  }
+  length_ += kLongestCompletion;
+  lineHigh_ = std::max(lineHigh_, length_);
+  atEnd_ = false;
+  typed += '\t';
+}
+
+// The editor has the beginning of a line that is too long: it is cleared.
+void TypedInput::endLine(std::string& typed) {
+  if (tooLong_) {
+    typed += control('U');
+    typed += kRefusedLine;
+  }
+  clearLine();
+  longest_ = std::max(longest_, std::exchange(lineHigh_, 0));
+  typed += '\r';
+}
+
+void TypedInput::clearLine() {
+  length_ = 0;
+  atEnd_ = true;
+  tooLong_ = false;
 }
 
 void TypedInput::pass(char character, std::string& typed) {
-  length_ = std::min(length_ + 1, kLongestLine);
-  lineHigh_ = std::max(lineHigh_, length_);
+  if (isText(character)) {
+    tooLong_ = length_ == kLongestLine;
+    length_ = std::min(length_ + 1, kLongestLine);
+    lineHigh_ = std::max(lineHigh_, length_);
+  }
   typed += character;
 }
 
@@ -134,6 +209,7 @@ void TypedInput::pass(char character, std::string& typed) {
 void TypedInput::recall() {
   length_ = std::max(length_, longest_);
   lineHigh_ = std::max(lineHigh_, length_);
+  atEnd_ = false;
 }
 
 }  // namespace gfast::console

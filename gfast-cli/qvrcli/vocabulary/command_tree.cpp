@@ -4,6 +4,9 @@
 #include <map>
 #include <string_view>
 
+#include "qvrcli/session/abbreviations.h"
+#include "qvrcli/session/libcli_structs.h"
+#include "qvrcli/session/line_limit.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/vocabulary/command_table.h"
 
@@ -24,6 +27,11 @@ const Command* findCommand(const char* path) {
 // Of a line without arguments the last word is a keyword, and no keyword contains a question mark.
 bool asksForUsage(char* argv[], int argc) {
   return argc > 0 && std::strchr(argv[argc - 1], '?') != nullptr;
+}
+
+// libcli drops the words for which it has no room.
+bool hasTooManyWords(const cli_def* cli) {
+  return static_cast<size_t>(cli->pipeline->num_words) > kMostWords;
 }
 
 int run(const Command& row, cli_def* cli, const char* command, char* argv[], int argc) {
@@ -73,6 +81,13 @@ int dispatchCommand(cli_def* cli, const char* command, char* argv[], int argc) {
   }
   if (sessionLost(cli)) {
     return CLI_QUIT;
+  }
+  if (hasTooManyWords(cli)) {
+    cli_error(cli, "Line too long (more than %zu words)", kMostWords);
+    return CLI_OK;
+  }
+  if (refusesAbbreviation(cli)) {
+    return CLI_ERROR;
   }
   const BufferedSession buffered(cli);
   const int result = run(*row, cli, command, argv, argc);

@@ -10,7 +10,8 @@ namespace gfast::console {
 void registerCommandTree(cli_def* cli);
 
 // What libcli calls for every command of the table. A last word that contains '?', or a number of words that
-// the command does not take, prints the usage line and does nothing else. The session's output is buffered
+// the command does not take, prints the usage line and does nothing else. A line of too many words and an
+// abbreviation that fits two commands are refused. The session's output is buffered
 // while the command runs.
 int dispatchCommand(cli_def* cli, const char* command, char* argv[], int argc);
 

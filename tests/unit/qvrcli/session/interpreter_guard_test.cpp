@@ -3,6 +3,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -143,6 +146,78 @@ TEST(PatternSize, IsTooLargeWhenRepetitionsNest) {
   EXPECT_THAT(patternSize("((((((((((a+)+)+)+)+)+)+)+)+)+)"), Gt(kLargestPattern));
   EXPECT_THAT(patternSize("a++++++++++"), Gt(kLargestPattern));
   EXPECT_THAT(patternSize("(((((a{99}){99}){99}"), Gt(kLargestPattern));
+}
+
+TEST(PatternSize, IsTooLargeWhenWhatMayMatchNothingIsRepeated) {
+  for (const char* const pattern :
+       {"(^)*", "($)+", "^*", "$?", "(^){2}", "(a?)*", "(a*)+", "(a|)*", "(|a)*", "()*", "((a)*)*",
+        "(a*b?){2,3}", "x(a{0,3})?", "(a|b?|c)+", "((^))*", "(a+|b){2}(a|b*){2}"}) {
+    EXPECT_GT(patternSize(pattern), kLargestPattern) << pattern;
+  }
+}
+
+TEST(PatternSize, IsSmallForWhatIsUsuallyTyped) {
+  for (const char* const pattern : {"^State", "[0-9]+$", "(FW|Config) State", "(State|Version)?", "(ab)*",
+                                    "(a|b)+x", "(foo.*)?bar", ".*?x", "^(Version|Compiled)?.*[0-9]{1,3}$",
+                                    "(^a|b$)", "(a?b)*", "([0-9a-f]{2}:){5}[0-9a-f]{2}", "^$", "a*b*c*"}) {
+    EXPECT_LT(patternSize(pattern), 100U) << pattern;
+  }
+}
+
+// Writes random patterns: what a repetition, a group, an alternative or an anchor can stand next to.
+class RandomPatterns {
+ public:
+  std::string next() {
+    const std::string one = alternatives(0);
+    std::string all;
+    for (int i = random(3) == 0 ? random(60) : 1; i > 0; i--) {
+      all += one + (random(2) == 0 ? "*" : "");
+    }
+    return all;
+  }
+
+ private:
+  int random(int limit) { return static_cast<int>(generator_() % static_cast<unsigned>(limit)); }
+
+  std::string alternatives(int depth) {
+    std::string all = sequence(depth);
+    while (random(4) == 0) {
+      all += "|" + sequence(depth);
+    }
+    return all;
+  }
+
+  std::string sequence(int depth) {
+    static constexpr const char* kRepetitions[] = {"", "", "", "*", "+", "?", "{2}", "{0,3}", "{3,}", "{40}"};
+    std::string all;
+    for (int i = 1 + random(4); i > 0; i--) {
+      all += piece(depth) + kRepetitions[random(std::size(kRepetitions))];
+    }
+    return all;
+  }
+
+  std::string piece(int depth) {
+    static constexpr const char* kPieces[] = {"a", "p", ".", "^", "$", "[a-r]", "[^ ]", ""};
+    return depth < 5 && random(2) == 0 ? "(" + alternatives(depth + 1) + ")"
+                                       : kPieces[random(std::size(kPieces))];
+  }
+
+  std::mt19937 generator_{20170330};
+};
+
+TEST_F(GuardedFilters, TakeLittleTimeForEveryPattern) {
+  using Clock = std::chrono::steady_clock;
+  RandomPatterns patterns;
+  const auto begin = Clock::now();
+  int answered = 0;
+  for (int i = 0; i < 3000 && Clock::now() - begin < std::chrono::seconds(20); i++) {
+    const std::string pattern = patterns.next();
+    const auto start = Clock::now();
+    const std::vector<std::string> lines = run("fruit | egrep \"" + pattern + "\"");
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(1)) << pattern;
+    answered += lines != std::vector<std::string>{"Pattern too large"} ? 1 : 0;
+  }
+  EXPECT_GT(answered, 100);
 }
 
 TEST(PatternSize, CountsABracketAsOnePiece) {

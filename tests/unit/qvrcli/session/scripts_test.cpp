@@ -139,6 +139,38 @@ TEST_F(Scripts, SurviveABrokenFilterInside) {
   EXPECT_THAT(console_.run("run a.txt | include sleep <"), ElementsAre("sleep <seconds>"));
 }
 
+constexpr const char* kTooLong = "Line 1 of the script is too long (more than 4095 characters)";
+
+TEST_F(Scripts, RefuseALineThatIsTooLongWhole) {
+  directory_.write("a.txt", "# " + std::string(4092, 'x') + "show version ?\nsleep ?\n");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kTooLong, "sleep <seconds>"));
+  directory_.write("a.txt", "show version " + std::string(100000, ' ') + "?");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kTooLong));
+}
+
+TEST_F(Scripts, TakeLinesOf4095Characters) {
+  const std::string line = "show version " + std::string(4081, ' ') + "?";
+  directory_.write("a.txt", line + "\n" + line + "\r\n" + line);
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre("show version", "show version", "show version"));
+  directory_.write("a.txt", line + " \n");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kTooLong));
+}
+
+TEST_F(Scripts, RefuseALineOfTooManyWords) {
+  std::string line = "show version";
+  for (int i = 2; i < 126; i++) {
+    line += " x";
+  }
+  directory_.write("a.txt", line + "\n" + line + " x\n");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre(kVersion, "Line too long (more than 126 words)"));
+}
+
+TEST_F(Scripts, EndTheirCommandsAtACommentAReturnOrANul) {
+  directory_.write("a.txt", std::string("\t sleep ?#x\n sleep ?\rx\nsleep ?\0x\n#\n \n\n", 38));
+  EXPECT_THAT(console_.run("run a.txt"),
+              ElementsAre("sleep <seconds>", "sleep <seconds>", "sleep <seconds>"));
+}
+
 TEST_F(Scripts, StopWhenTheSessionIsLost) {
   directory_.write("a.txt", "show version\n");
   int sockets[2];

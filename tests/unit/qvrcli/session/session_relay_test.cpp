@@ -164,6 +164,46 @@ TEST_F(Relay, HangsUpWhenThereIsOutputForAPeerThatIsGone) {
   EXPECT_TRUE(hangsUp());
 }
 
+constexpr const char* kTelnet = "\xFF\xFD\x03";
+
+TEST_F(Relay, HangsUpWhenATelnetClientIsGone) {
+  write(connection_.peer, kTelnet);
+  endPeer();
+  EXPECT_EQ(readAll(interpreter_), "");
+  pollfd interpreter{interpreter_, 0, 0};
+  EXPECT_EQ(poll(&interpreter, 1, 2000), 1);
+}
+
+TEST_F(Relay, HangsUpWhenATelnetClientIsGoneThatTypedMoreThanTheInterpreterTakes) {
+  const std::string much(1000000, 'x');
+  write(connection_.peer, kTelnet + much);
+  endPeer();
+  pollfd interpreter{interpreter_, 0, 0};
+  EXPECT_EQ(poll(&interpreter, 1, 2000), 1);
+}
+
+TEST_F(Relay, HangsUpWhenThePeerResetsThatTypedMoreThanTheInterpreterTakes) {
+  const std::string much(1000000, 'x');
+  write(connection_.peer, much);
+  resetPeer();
+  pollfd interpreter{interpreter_, 0, 0};
+  EXPECT_EQ(poll(&interpreter, 1, 2000), 1);
+}
+
+TEST_F(Relay, AsksATelnetClientThatSendsNoMoreWhetherItIsThere) {
+  write(connection_.peer, kTelnet);
+  shutdown(connection_.peer, SHUT_WR);
+  EXPECT_EQ(readExactly(connection_.peer, 4), "\xFF\xF1\xFF\xF1");
+  pollfd interpreter{interpreter_, 0, 0};
+  EXPECT_EQ(poll(&interpreter, 1, 100), 0);
+}
+
+TEST_F(Relay, SendsNothingOfItsOwnToAClientWithoutTelnet) {
+  shutdown(connection_.peer, SHUT_WR);
+  pollfd peer{connection_.peer, POLLIN, 0};
+  EXPECT_EQ(poll(&peer, 1, 1200), 0);
+}
+
 TEST_F(Relay, HangsUpOnAPeerThatDoesNotRead) {
   const timeval timeout{0, 300000};
   setsockopt(connection_.server, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);

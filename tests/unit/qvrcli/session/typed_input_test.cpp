@@ -31,8 +31,19 @@ std::string passed(const std::string& received) {
 
 TEST(TypedInput, PassesOnWhatIsTyped) {
   EXPECT_EQ(passed("show version\r"), "show version\r");
-  EXPECT_EQ(passed("a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r\n"),
-            "a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r\n");
+  EXPECT_EQ(passed("a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r"),
+            "a\x01\x02\x05\x06\x08\x0b\x0c\x17\x1a\x7fz\r");
+}
+
+TEST(TypedInput, EndsALineAtALineFeedToo) {
+  EXPECT_EQ(passed("a\nb\r\nc\rd\n\ne"), "a\rb\rc\rd\r\re");
+}
+
+TEST(TypedInput, TakesALineFeedBehindACarriageReturnThatCameBefore) {
+  TypedInput input;
+  EXPECT_EQ(passed(input, "a\r"), "a\r");
+  EXPECT_EQ(passed(input, "\xFF\xF1\nb"), "b");
+  EXPECT_EQ(passed(input, "\x1b\n"), "\r");
 }
 
 TEST(TypedInput, TakesOutTelnetCommands) {
@@ -131,6 +142,45 @@ TEST(TypedInput, IsNotMisledByTabsAndLineEndsInsideTelnetCommands) {
   TypedInput input;
   passed(input, std::string(4090, 'x') + "\xFF\xFB\r");
   EXPECT_EQ(passed(input, "\t"), "\x03");
+}
+
+const std::string kRefused = "\x15" + std::string(1, kRefusedLine) + "\r";
+
+TEST(TypedInput, ReplacesALineThatIsTooLong) {
+  TypedInput input;
+  const std::string longest(kLongestLine, 'x');
+  EXPECT_EQ(passed(input, longest + "\r"), longest + "\r");
+  // The editor answers the first character that does not fit with a bell.
+  EXPECT_EQ(passed(input, longest + "yz\t\x1b[A\x10\x7f\r"), longest + "y" + kRefused);
+  EXPECT_EQ(passed(input, "show version\r"), "show version\r");
+  EXPECT_EQ(passed(input, longest + "y\xFF\xFFz\n"), longest + "y" + kRefused);
+}
+
+TEST(TypedInput, TakesANewLineAfterOneThatIsTooLongIsCleared) {
+  TypedInput input;
+  passed(input, std::string(5000, 'x'));
+  EXPECT_EQ(passed(input, "\x15show version\r"), "\x15show version\r");
+}
+
+TEST(TypedInput, TakesALineWhoseEndIsDeletedBeforeItIsTooLong) {
+  TypedInput input;
+  std::string keys(4000, 'x');
+  for (int i = 0; i < 100; i++) {
+    keys += "abcdefgh\x7f\x7f\x7f\x7f\x08\x08\x08\x08";
+  }
+  EXPECT_EQ(passed(input, keys + "\r"), keys + "\r");
+}
+
+TEST(TypedInput, CountsALineWhoseCursorMayStandAtItsBeginning) {
+  for (const std::string& key : {"\x01"s, "\x02"s, "\x1b[D"s}) {
+    TypedInput input;
+    const std::string keys = std::string(kLongestLine, 'x') + key + "\x7f";
+    EXPECT_EQ(passed(input, keys + "y\r"), keys + "y" + kRefused);
+  }
+}
+
+TEST(TypedInput, DoesNotPassOnTheSignOfARefusedLine) {
+  EXPECT_EQ(passed("a" + std::string(1, kRefusedLine) + "b\r"), "ab\r");
 }
 
 TEST(TypedInput, LeavesRoomForTheLongestWordThereIs) {

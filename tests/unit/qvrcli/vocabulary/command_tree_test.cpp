@@ -69,6 +69,33 @@ TEST(Dispatch, ReachesEveryCommandByItsFullName) {
   }
 }
 
+TEST(Dispatch, RefusesAnAbbreviationThatFitsTwoCommandsWhateverTheirCase) {
+  CapturedConsole console;
+  EXPECT_THAT(console.run("show e"), ElementsAre("Invalid command \"show e\""));
+  EXPECT_THAT(console.run("sh E"), ElementsAre("Invalid command \"show E\""));
+  EXPECT_THAT(console.run("show et ?"), ElementsAre("show ETR <lineId>"));
+  console.run("configure");
+  EXPECT_THAT(console.run("sh ds 1"), ElementsAre("Invalid command \"sh\""));
+  EXPECT_THAT(console.run("shi ?"), ElementsAre("SHINERATIO (ds | us) <0..100> (0 to 0.1)"));
+  EXPECT_THAT(console.run("sho ?"), ElementsAre("show"));
+}
+
+TEST(Dispatch, RefusesAnAbbreviationThatFitsOneOfLibclisCommands) {
+  CapturedConsole console;
+  console.run("configure");
+  EXPECT_THAT(console.run("lo"), ElementsAre("Invalid command \"lo\""));
+  EXPECT_NE(console.result(), CLI_QUIT);
+  console.run("logo");
+  EXPECT_EQ(console.result(), CLI_QUIT);
+}
+
+TEST(Dispatch, TakesAFullNameThatOthersBeginWith) {
+  CapturedConsole console;
+  console.run("configure");
+  EXPECT_THAT(console.run("TARSNRM ?"), ElementsAre("TARSNRM (ds | us) <0..310> * (0.1) dB"));
+  EXPECT_THAT(console.run("tarsnrm ?"), ElementsAre("TARSNRM (ds | us) <0..310> * (0.1) dB"));
+}
+
 TEST(Dispatch, RefusesAKeywordAlone) {
   CapturedConsole console;
   for (const Command& command : commandTable()) {

@@ -155,10 +155,6 @@ class StandingClock final : public Clock {
     }
     return readableBelow(limit);
   }
-  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds duration) override {
-    sleep(duration);
-    return true;
-  }
 
   time_t time = 1000000000;
   std::chrono::microseconds waited{0};

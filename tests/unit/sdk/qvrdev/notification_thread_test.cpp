@@ -50,10 +50,6 @@ class BusyClock final : public Clock {
     std::this_thread::sleep_for(std::chrono::microseconds{count == 0 ? 200 : 0});
     return count;
   }
-  bool sleepWhileConnected(int, std::chrono::microseconds duration) override {
-    sleep(duration);
-    return true;
-  }
 
  private:
   Chips& chips_;

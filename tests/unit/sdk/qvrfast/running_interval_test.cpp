@@ -136,9 +136,6 @@ class BoundaryClock final : public Clock {
   int waitReadable(fd_set& /*descriptors*/, int /*limit*/, std::chrono::microseconds /*duration*/) override {
     return 0;
   }
-  bool sleepWhileConnected(int /*descriptor*/, std::chrono::microseconds /*duration*/) override {
-    return true;
-  }
 
  private:
   std::function<void()> boundary_;

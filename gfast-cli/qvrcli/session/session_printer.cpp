@@ -1,0 +1,43 @@
+#include "qvrcli/session/session_printer.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "qvrcli/session/libcli_structs.h"
+#include "qvrcli/session/line_limit.h"
+
+namespace gfast::console {
+
+namespace {
+
+constexpr char kRefusedCommand[] = {kRefusedLine, '\0'};
+
+// Whether the line that runs stands for one that was refused. It is not one to bring back later.
+bool takeRefusedLine(cli_def* cli) {
+  int last = MAX_HISTORY - 1;
+  while (last >= 0 && cli->history[last] == nullptr) {
+    last--;
+  }
+  if (last < 0 || std::string_view(cli->history[last]) != kRefusedCommand) {
+    return false;
+  }
+  std::free(cli->history[last]);
+  cli->history[last] = nullptr;
+  return true;
+}
+
+}  // namespace
+
+void printToSession(cli_def* cli, const char* line) {
+  if (cli->client == nullptr) {
+    return;
+  }
+  if (takeRefusedLine(cli)) {
+    std::fprintf(cli->client, "Line too long (more than %zu characters)\r\n", kLongestLine);
+  } else {
+    std::fprintf(cli->client, "%s\r\n", line);
+  }
+}
+
+}  // namespace gfast::console

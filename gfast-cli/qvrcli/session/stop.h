@@ -1,0 +1,29 @@
+// Ends what runs in a session or a script before it has ended by itself.
+#pragma once
+
+#include <libcli.h>
+
+namespace gfast::console {
+
+// Whether what runs may go on. It may not when its session is lost, when Ctrl-C was typed meanwhile, or, for
+// a script without a session, when nobody reads standard output any more. Whatever waits or repeats asks it;
+// one system call or two.
+bool mayGoOn(cli_def* cli);
+
+// Whether Ctrl-C was typed while the present command runs. What that still prints is not shown.
+bool interrupted();
+
+// Exists while a command runs, also for each that a script runs. The outermost ends the interruption, and
+// says so in one line.
+class RunningCommand {
+ public:
+  explicit RunningCommand(cli_def* cli);
+  ~RunningCommand();
+  RunningCommand(const RunningCommand&) = delete;
+  RunningCommand& operator=(const RunningCommand&) = delete;
+
+ private:
+  cli_def* cli_;
+};
+
+}  // namespace gfast::console
