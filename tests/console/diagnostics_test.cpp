@@ -125,7 +125,7 @@ TEST_F(Diagnostics, LogIsShownUntilItIsStopped) {
   std::string shown = typed("start logging");
   program().awaitOutput("first\n");
   shown += typed("show version");
-  EXPECT_EQ(withoutLogLine(shown, "first"), "Logging started...\r\n" + kVersion);
+  EXPECT_EQ(withoutLogLine(shown, "first"), std::string("Logging started...\r\n") + kVersion);
   EXPECT_EQ(typed("stop logging"), "Logging stopped\r\n");
   EXPECT_EQ(typed("show version"), kVersion);
 }
