@@ -190,9 +190,9 @@ typedef struct QVR_lineConfig_t {
 
 // Reads the configuration of a line from the chip's parameters: MF, Mds, CE, RFIBANDS, IARBANDS, TARSNRM,
 // FEXT_CANCEL_ENABLE, SRA_ENABLE, INPMIN_REIN, IAT_REIN (the rate in Hz), SHINERATIO and BLUPPERLIMIT. All
-// other fields stay as they were. A parameter that cannot be read is named in a warning, and its field gets the
-// value that the library read last; one that the dictionary does not have leaves its field as it was, but for
-// RFIBANDS, which is then empty.
+// other fields stay as they were. A parameter that cannot be read is named in a warning, and its field gets
+// the value that the library read last; one that the dictionary does not have leaves its field as it was, but
+// for RFIBANDS, which is then empty.
 //   as QVR_loadConfigParams
 QVR_retval_t QVR_getLineConfig(QVR_lineId_t xi_lineId, QVR_lineConfig_t* xo_config);
 

@@ -28,8 +28,8 @@ QVR_retval_t QVR_initLineModule(QVR_bool_t xi_waitForDevice);
 QVR_deviceId_t QVR_deviceIdforLine(QVR_lineId_t xi_lineId);
 
 // TRUE when the line's chip is at the network (distribution point) side and sends downstream; FALSE at the
-// subscriber's side, and for a line whose chip did not answer when the line table was built. The operations of
-// a line take their directions from this. A line id out of range is assertion 200.
+// subscriber's side, and for a line whose chip did not answer when the line table was built. The operations
+// of a line take their directions from this. A line id out of range is assertion 200.
 QVR_bool_t QVR_isNetworkSideLine(QVR_lineId_t xi_lineId);
 
 // Map between the line numbers callers see and positions in the line table. Not range-checked. Until the line

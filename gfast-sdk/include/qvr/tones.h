@@ -86,8 +86,8 @@ typedef QVR_tonePairMatrix_t* QVR_cancelerMatrix_t;  // one element a pair of su
 // Whatever a chip says of them, subcarriers past 2047 are neither asked for nor filled. Outputs are untouched
 // on failure, unless said otherwise.
 
-// First processed subcarrier and their number, read anew, of a line in any state. They are what the chip says,
-// also where that leads past subcarrier 2047.
+// First processed subcarrier and their number, read anew, of a line in any state. They are what the chip
+// says, also where that leads past subcarrier 2047.
 //   as QVR_readGfastFramerInitCounters
 QVR_retval_t QVR_getLinePhyParams(QVR_lineId_t xi_lineId, QVR_linePhyParams_t* xo_params);
 

@@ -4,9 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "qvrcli/config/config_commands.h"
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/session/interpreter.h"
 #include "qvrcli/session/session_stream.h"
+#include "support/chip_identity.h"
+#include "support/dictionaries.h"
+#include "support/expected_requests.h"
+#include "support/test_clock.h"
 
 using namespace gfast;
 using namespace gfast::console;
@@ -80,6 +85,38 @@ TEST(StartUp, HasTheIdleInterpreterPrintWhatWaits) {
   EXPECT_EQ(interpreter->regular_callback(interpreter), CLI_OK);
   EXPECT_THAT(printed, ElementsAre("Event occurred"));
   EXPECT_TRUE(interpreter->showprompt);
+}
+
+// Both chips answer. Their only parameter is the upstream margin, which the record of configuration mode
+// holds afterwards.
+class StartUpWithChips : public testing::Test {
+ protected:
+  StartUpWithChips() {
+    testClock();
+    driver_.expect(opens(0) + readsIdentity(0, {}).times(2) + opens(1) + readsIdentity(1, {}) + readsLine(0) +
+                   readsLine(1) + readsDictionary(8, {{0, 0, 0}, {PARAMS_usMargin, 2, 4}}) +
+                   reads(0, kArea, Bytes(8)).times(2) + reads(0, kArea + 4, {61, 0}));
+    testing::internal::CaptureStdout();
+    QVR_cliInit(cli_init());
+    printed_ = testing::internal::GetCapturedStdout();
+  }
+
+  static Script readsLine(int device) {
+    return reads(device, 0xE2400000, Bytes(72)) + reads(device, 0xF0000000, Bytes(156));
+  }
+
+  ExpectedRequests driver_{Script()};
+  std::string printed_;
+};
+
+TEST_F(StartUpWithChips, TakesTheConfigurationOfTheFirstLine) {
+  EXPECT_EQ(configParams.noiseMarginProfile.TARSNRMus, 61);
+}
+
+// The trace level is raised behind the start of the library: what is odd in a dictionary is not printed.
+TEST_F(StartUpWithChips, TracesNothingOfTheLibrarysStart) {
+  EXPECT_THAT(printed_, testing::Not(testing::HasSubstr("Dictionary has")));
+  EXPECT_THAT(printed_, testing::HasSubstr("Parameter with ID=87 not found in dictionary"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <thread>
 
+#include "chip/inventory.h"
 #include "qvrline/eoc.h"
 #include "support/assertions.h"
 #include "support/devices.h"
@@ -60,6 +61,12 @@ TEST_F(Inventory, ReadsBothEndsFromTheDeviceAtTheNetworkSide) {
   EXPECT_EQ(bytesOf(inventory_.FTU_R.SYSTEM_VENDOR), "SYSOTHER");
   EXPECT_EQ(bytesOf(inventory_.FTU_R.VERSION), padded("7.1.4 rel", 16));
   EXPECT_EQ(bytesOf(inventory_.FTU_R.SERIALNR), kFarEndSerial);
+}
+
+TEST_F(Inventory, IsReadAtTheLinesIndexOnItsDevice) {
+  addLine(0, 1, 2, TRUE);
+  driver_.expect(reads(1, 0xF1200000, Bytes(NE_AND_FE_INVENTORY_SIZE)).fails(EIO));
+  EXPECT_EQ(QVR_getInventory(0, &inventory_), QVR_E_MEMREAD_ERROR);
 }
 
 TEST_F(Inventory, AsksTheFarEndAtTheSubscriberSide) {

@@ -165,13 +165,14 @@ TEST(Eoc, IsHeldDuringEveryBlockOfFarEndSnr) {
   std::atomic<int> captures{0};
   std::vector<std::thread> waiting;
   farEnds.duringExchange = [&](int) {
-    const int before = captures;
-    waiting.emplace_back([&captures] {
+    const auto captured = std::make_shared<std::atomic<bool>>(false);
+    waiting.emplace_back([&captures, captured] {
       exchangeOn(0);
+      *captured = true;
       captures++;
     });
     std::this_thread::sleep_for(20ms);
-    EXPECT_EQ(captures, before);
+    EXPECT_FALSE(*captured);
   };
   QVR_SNRTBL_t snr;
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr), QVR_E_STATUS_OK);

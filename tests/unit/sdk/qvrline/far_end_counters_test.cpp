@@ -149,6 +149,13 @@ TEST_F(FarEndCounters, FarEndAddressIsTheSameForEveryLine) {
   expectCountingWords(framer, kFirst);
 }
 
+// The device has one line, with the index 0.
+TEST_F(FarEndCounters, OfManagementAreNotAskedOverALineThatItsDeviceDoesNotHave) {
+  addLine(0, 0, 1, TRUE);
+  G9701_ManagementCounters_t counters;
+  EXPECT_NE(QVR_readFarEndFTUmanagementCounters(0, &counters), QVR_E_STATUS_OK);
+}
+
 TEST_F(FarEndCounters, OfInitialisationAreZeroWhenTheFarEndFails) {
   struct Failure {
     Script exchange;

@@ -54,6 +54,12 @@ TEST_F(FarEndMemory, IsReadOverTheGivenLine) {
   EXPECT_EQ(bytes_, (Bytes{1, 2, 3}));
 }
 
+// The device has one line, with the index 0.
+TEST_F(FarEndMemory, IsNotReadOverALineThatItsDeviceDoesNotHave) {
+  addLine(0, 0, 1, TRUE);
+  EXPECT_EQ(read(4), QVR_E_LINE_NOT_ACTIVE);
+}
+
 TEST_F(FarEndMemory, IsReadInNumberedPiecesOf512Bytes) {
   const Bytes first = countingWords(512, 0x11223344);
   const Bytes second = countingWords(512, 0x55667788);

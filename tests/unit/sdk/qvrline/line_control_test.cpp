@@ -164,6 +164,13 @@ TEST_F(ActivateLine, DeactivatingAlsoDropsTheRunningLink) {
   EXPECT_EQ(QVR_activateLine(1, FALSE), QVR_E_STATUS_OK);
 }
 
+TEST_F(ActivateLine, WritesAtTheLinesIndexOnItsDevice) {
+  addLine(0, 1, 3, TRUE);
+  driver_.expect(writesWord(1, 0xE9330000, 1) + writesWord(1, 0xE9330000, 0) + writesWord(1, 0xE9230000, 0));
+  EXPECT_EQ(QVR_activateLine(0, TRUE), QVR_E_STATUS_OK);
+  EXPECT_EQ(QVR_activateLine(0, FALSE), QVR_E_STATUS_OK);
+}
+
 TEST_F(ActivateLine, DeactivatesForAnyValueButTrue) {
   driver_.expect(writes(1, kProvision, {0, 0, 0, 0}) + writes(1, kReinit, {0, 0, 0, 0}));
   EXPECT_EQ(QVR_activateLine(1, 2), QVR_E_STATUS_OK);
