@@ -6,7 +6,7 @@
 
 #include "chip/boot_register.h"
 #include "chip/registers.h"
-#include "clock/clock.h"
+#include "clock/waiting.h"
 #include "qvrdev/sbr.h"
 #include "qvrlog/qvrlog.h"
 #include "std/bits.h"
@@ -53,21 +53,20 @@ void resetChip(QVR_deviceId_t device) {
   writeWord(device, RESET_REG_ADDRESS, RESET_REGISTER_VALUE);
 }
 
-// There is no limit: a chip may be away for as long as its repair takes.
+// There is no limit: a chip may be away for as long as its repair takes. But the program may end the wait.
 QVR_retval_t awaitReset(QVR_deviceId_t device, bool untilIdle) {
-  for (;;) {
-    clockSource().sleep(kResetPollInterval);
+  while (waitWhileAllowed(kResetPollInterval)) {
     QVR_deviceInfo_t info;
     const QVR_retval_t status = QVR_getDeviceInfo(device, &info);
     if (QVR_STATUS_OK(status) && (!untilIdle || info.lineState[0] == LS_IDLE)) {
       return status;
     }
   }
+  return QVR_E_TIMEOUT_ERROR;
 }
 
 QVR_retval_t awaitLineState(QVR_deviceId_t device) {
-  for (int poll = 0; poll < kMostConfigurationPolls; poll++) {
-    clockSource().sleep(kConfigurationPollInterval);
+  for (int poll = 0; poll < kMostConfigurationPolls && waitWhileAllowed(kConfigurationPollInterval); poll++) {
     QVR_deviceInfo_t info;
     if (QVR_STATUS_OK(QVR_getDeviceInfo(device, &info)) && info.configState == CONFIG_STATE_LINE) {
       return QVR_E_STATUS_OK;
@@ -131,6 +130,9 @@ QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, BOOL xi_waitForConfig
   }
   QVR_reset(xi_deviceId, TRUE);
   status = awaitReset(xi_deviceId, waitForConfig);
+  if (status == QVR_E_TIMEOUT_ERROR) {
+    return status;  // the chip is still away
+  }
   QVR_rediscoverDevices();
   return status;
 }

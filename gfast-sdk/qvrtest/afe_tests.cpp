@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <iterator>
 
-#include "clock/clock.h"
+#include "clock/waiting.h"
 
 using namespace gfast;
 
@@ -67,7 +67,9 @@ QVR_retval_t QVR_testAfeTxRxPath(QVR_lineId_t xi_txLineId, QVR_lineId_t xi_rxLin
   if (QVR_STATUS_ERROR(status)) {
     return status;
   }
-  clockSource().sleep(kSettlingTime);
+  if (!waitWhileAllowed(kSettlingTime)) {
+    return QVR_E_TIMEOUT_ERROR;
+  }
   return QVR_receiveSignalSnapshot(xi_rxLineId, tdSignal, xo_rxFreqDomainSignal);
 }
 
@@ -97,6 +99,9 @@ QVR_retval_t QVR_testAfePerformanceMTPRInLoop(QVR_lineId_t xi_txLineId, QVR_line
   QVR_retval_t status = QVR_E_STATUS_OK;
   std::fill(std::begin(accumulator), std::end(accumulator), 0);
   for (int j = 0; j < xi_numberOfIterations; j++) {
+    if (!mayGoOn()) {
+      return QVR_E_TIMEOUT_ERROR;
+    }
     std::printf("%1d\n", j);
     std::fflush(stdout);  // an iteration takes long
     status = captureGenerated(xi_txLineId, xi_rxLineId, xo_MTPR);

@@ -6,7 +6,7 @@
 #include <iterator>
 
 #include "chip/test_memory.h"
-#include "clock/clock.h"
+#include "clock/waiting.h"
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
 #include "qvrtest/default_signal.h"
@@ -40,7 +40,7 @@ QVR_retval_t wakeLine(QVR_lineId_t lineId, const QVR_lineDescriptor_t& line) {
   const QVR_retval_t status = QVR_getDeviceInfo(line.deviceId, &info);
   if (QVR_STATUS_OK(status) && info.lineState[line.narrowLineID] == LS_IDLE) {
     QVR_activateLine(lineId, TRUE);
-    clockSource().sleep(kActivationTime);
+    return waitWhileAllowed(kActivationTime) ? status : QVR_E_TIMEOUT_ERROR;
   }
   return status;
 }
@@ -81,7 +81,9 @@ QVR_retval_t captureSymbol(QVR_deviceId_t device, uint32_t counterAddress) {
   store_be32(counter, kSnapshotRequest);
   QVR_retval_t status = QVR_writemem(device, counterAddress, counter, sizeof counter);
   for (int poll = 0; QVR_STATUS_OK(status) && poll < kMostSnapshotPolls; poll++) {
-    clockSource().sleep(kSnapshotPoll);
+    if (!waitWhileAllowed(kSnapshotPoll)) {
+      return QVR_E_TIMEOUT_ERROR;
+    }
     status = QVR_readmem(device, counterAddress, counter, sizeof counter);
     if (load_be32(counter) == 0) {
       break;

@@ -1,7 +1,5 @@
 #include "qvrcli/session/scripts.h"
 
-#include <cstdio>
-
 #include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/stop.h"
@@ -87,7 +85,7 @@ class ScriptRun {
 };
 
 bool runOnce(cli_def* cli, const char* filename) {
-  const TextFile script(std::fopen(filename, "r"));
+  const TextFile script = openForReading(filename);
   if (script == nullptr) {
     cli_print(cli, "Unable to open file [%s]", filename);
     return false;

@@ -13,11 +13,13 @@
 #include <system_error>
 
 #include "clock/clock.h"
+#include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/session_printer.h"
 #include "qvrcli/session/session_relay.h"
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/session/stop.h"
 
 namespace gfast::console {
 
@@ -61,6 +63,7 @@ void setOption(int connection, int level, int option, int value) {
 // Failures are ignored: the session works without these, only slower, or it ends later.
 void setConnectionOptions(int connection) {
   setOption(connection, IPPROTO_TCP, TCP_NODELAY, 1);
+  setOption(connection, SOL_SOCKET, SO_OOBINLINE, 1);  // telnet sends the end of an interrupt urgently
   setOption(connection, SOL_SOCKET, SO_KEEPALIVE, 1);
   setOption(connection, IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdle);
   setOption(connection, IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveInterval);
@@ -149,6 +152,7 @@ int runConsole(const char* script, uint16_t port) {
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");

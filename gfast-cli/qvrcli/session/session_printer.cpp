@@ -6,6 +6,7 @@
 
 #include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/line_limit.h"
+#include "qvrcli/session/stop.h"
 
 namespace gfast::console {
 
@@ -27,10 +28,21 @@ bool takeRefusedLine(cli_def* cli) {
   return true;
 }
 
+// After an interrupt, what the command still prints is not shown. Not every line looks for one, because that
+// takes longer than to print the line.
+bool isShown(cli_def* cli) {
+  constexpr unsigned between = 64;
+  static unsigned lines = 0;
+  if (++lines % between == 0) {
+    mayGoOn(cli);
+  }
+  return !interrupted();
+}
+
 }  // namespace
 
 void printToSession(cli_def* cli, const char* line) {
-  if (cli->client == nullptr) {
+  if (cli->client == nullptr || !isShown(cli)) {
     return;
   }
   if (takeRefusedLine(cli)) {

@@ -1,15 +1,23 @@
 #include "qvrcli/session/stop.h"
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <string_view>
+#include <thread>
+
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/session/typed_input.h"
 
 namespace gfast::console {
 
 namespace {
 
 int depth = 0;  // of the commands that run
+std::thread::id commandThread;
+cli_def* interpreter = nullptr;  // of the commands that run
 bool interruption = false;
 
 bool standardOutputLost() {
@@ -17,13 +25,33 @@ bool standardOutputLost() {
   return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
 }
 
+// Looks for an interrupt in what was typed since the command began, and throws that away up to the interrupt,
+// as terminals do.
+bool takeInterrupt(int session) {
+  static char typed[64 * 1024];
+  const ssize_t count = recv(session, typed, sizeof typed, MSG_PEEK | MSG_DONTWAIT);
+  if (count <= 0) {
+    return false;
+  }
+  const size_t found = std::string_view(typed, static_cast<size_t>(count)).rfind(TypedInput::kInterrupt);
+  return found != std::string_view::npos &&
+         recv(session, typed, found + TypedInput::kInterrupt.size(), MSG_DONTWAIT) > 0;
+}
+
 }  // namespace
 
 bool mayGoOn(cli_def* cli) {
-  if (interruption) {
-    return false;
+  if (cli->client == nullptr) {
+    return !standardOutputLost();
   }
-  return cli->client == nullptr ? !standardOutputLost() : !sessionLost(cli);
+  if (depth > 0 && !interruption) {
+    interruption = takeInterrupt(fileno(cli->client));
+  }
+  return !interruption && !sessionLost(cli);
+}
+
+bool commandMayGoOn() {
+  return std::this_thread::get_id() != commandThread || depth == 0 || mayGoOn(interpreter);
 }
 
 bool interrupted() {
@@ -31,6 +59,8 @@ bool interrupted() {
 }
 
 RunningCommand::RunningCommand(cli_def* cli) : cli_(cli) {
+  commandThread = std::this_thread::get_id();
+  interpreter = cli;
   depth++;
 }
 

@@ -10,6 +10,9 @@ namespace gfast::console {
 // one system call or two.
 bool mayGoOn(cli_def* cli);
 
+// The same for the library's waits, on any thread: only the command thread's may have to end.
+bool commandMayGoOn();
+
 // Whether Ctrl-C was typed while the present command runs. What that still prints is not shown.
 bool interrupted();
 

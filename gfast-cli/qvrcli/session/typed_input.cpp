@@ -10,6 +10,8 @@ namespace gfast::console {
 namespace {
 
 constexpr unsigned char kSubnegotiationEnd = 240;
+constexpr unsigned char kBreak = 243;
+constexpr unsigned char kInterruptProcess = 244;
 constexpr unsigned char kSubnegotiationBegin = 250;
 constexpr unsigned char kWill = 251;
 constexpr unsigned char kDont = 254;
@@ -73,6 +75,8 @@ void TypedInput::takeCommand(unsigned char character, std::string& typed) {
     state_ = State::kSubnegotiation;
   } else if (character >= kWill && character <= kDont) {
     state_ = State::kOption;
+  } else if (character == kBreak || character == kInterruptProcess) {
+    typed += kInterrupt;
   }
 }
 
@@ -125,6 +129,11 @@ void TypedInput::takeText(char character, std::string& typed) {
       if (!afterReturn) {
         endLine(typed);
       }
+      return;
+    case control('C'):
+      typed += kInterrupt;
+      return;
+    case '\0':
       return;
     case control('U'):
       clearLine();

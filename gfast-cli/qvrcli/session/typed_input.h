@@ -17,8 +17,13 @@ namespace gfast::console {
 // characters of a line that does not fit. So the greatest length that the line can have is counted here. A
 // TAB for which there might be no room is replaced by a Ctrl-C, which the editor answers with a bell. A line
 // that is too long is replaced by kRefusedLine, which the session's printer answers with an error.
+//
+// A typed Ctrl-C, and telnet's interrupt and break, become kInterrupt: while a command runs, mayGoOn finds
+// it; the editor ignores its first character and answers its second with a bell.
 class TypedInput {
  public:
+  static constexpr std::string_view kInterrupt{"\0\x03", 2};
+
   // The most characters that a completion inserts, with the blank behind it.
   static constexpr size_t kLongestCompletion = 64;
 

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -16,10 +17,61 @@ namespace {
 constexpr size_t kMaxWordDigits = 8;
 constexpr const char* kBlanks = " \t";
 
+// Opening a pipe without O_NONBLOCK waits for its other end.
+constexpr int kOpenFlags = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+// A file, a terminal, or what takes everything. Anything else may wait for somebody who reads.
+bool mayBeWritten(int descriptor) {
+  struct stat status {};
+  if (fstat(descriptor, &status) < 0) {
+    return false;
+  }
+  const bool takesAll = status.st_rdev == makedev(1, 3) || status.st_rdev == makedev(1, 7);  // null, full
+  return S_ISREG(status.st_mode) || (S_ISCHR(status.st_mode) && (takesAll || isatty(descriptor) != 0));
+}
+
+int refuse(int descriptor) {
+  if (descriptor >= 0) {
+    close(descriptor);
+  }
+  errno = ENOTSUP;
+  return -1;
+}
+
+int openForWriting(const char* path) {
+  struct stat status {};
+  if (stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISCHR(status.st_mode) &&
+      !S_ISDIR(status.st_mode)) {
+    return refuse(-1);
+  }
+  constexpr mode_t everybody = 0666;  // less the umask
+  const int descriptor = open(path, O_WRONLY | O_CREAT | O_TRUNC | kOpenFlags, everybody);
+  if (descriptor < 0) {
+    return -1;
+  }
+  if (!mayBeWritten(descriptor)) {
+    return refuse(descriptor);
+  }
+  // A terminal may take its time.
+  fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+  return descriptor;
+}
+
+FILE* createFile(const char* path) {
+  const int descriptor = openForWriting(path);
+  FILE* const file = descriptor < 0 ? nullptr : fdopen(descriptor, "w");
+  if (file == nullptr && descriptor >= 0) {
+    close(descriptor);
+  }
+  return file;
+}
+
 }  // namespace
 
+OutputFile::OutputFile(const char* path) : file_(createFile(path)) {}
+
 TextFile openForReading(const char* path) {
-  const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);  // opening a pipe waits otherwise
+  const int descriptor = open(path, O_RDONLY | kOpenFlags);
   struct stat status {};
   if (descriptor < 0) {
     return nullptr;

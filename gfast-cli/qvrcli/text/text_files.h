@@ -34,10 +34,11 @@ class LineReader {
   char line_[kMaxLineLength + 1];  // and a carriage return
 };
 
-// A file being written: created, or emptied if it was there.
+// A file being written: created, or emptied if it was there. A terminal and the null device are written as
+// well; any other name that is no file is refused.
 class OutputFile {
  public:
-  explicit OutputFile(const char* path) : file_(std::fopen(path, "w")) {}
+  explicit OutputFile(const char* path);
 
   bool isOpen() const { return file_ != nullptr; }
   FILE* get() const { return file_.get(); }

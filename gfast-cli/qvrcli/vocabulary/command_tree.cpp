@@ -8,6 +8,7 @@
 #include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/line_limit.h"
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/session/stop.h"
 #include "qvrcli/vocabulary/command_table.h"
 
 namespace gfast::console {
@@ -90,8 +91,14 @@ int dispatchCommand(cli_def* cli, const char* command, char* argv[], int argc) {
     return CLI_ERROR;
   }
   const BufferedSession buffered(cli);
-  const int result = run(*row, cli, command, argv, argc);
-  printWaiting(cli);
+  int result = CLI_OK;
+  {
+    const RunningCommand running(cli);
+    result = run(*row, cli, command, argv, argc);
+  }
+  if (!interrupted()) {
+    printWaiting(cli);
+  }
   return result;
 }
 

@@ -78,6 +78,7 @@ QVR_retval_t QVR_reset(QVR_deviceId_t xi_deviceId, QVR_bool_t xi_reboot);
 // configuration, waiting up to 41 reads of 250 ms for each device; with xi_waitForConfig there is nothing to
 // do.
 //   QVR_E_ERROR  a device did not reach line state in time
+//   QVR_E_TIMEOUT_ERROR  the program ended the wait; the devices are not rediscovered
 //   QVR_E_DEVICE_NOT_EXISTS, QVR_E_MEMREAD_ERROR, QVR_E_MEMWRITE_ERROR  a boot register could not be changed
 QVR_retval_t QVR_restartDevice(QVR_deviceId_t xi_deviceId, QVR_bool_t xi_waitForConfig);
 

@@ -79,6 +79,7 @@ QVR_retval_t QVR_startSignalTransmission(QVR_lineId_t xi_lineId, const uint32_t*
 // the capture within half a second is read all the same. On failure nothing is written.
 //   as QVR_getDeviceInfo, QVR_readmem and QVR_writemem
 //   QVR_E_FAILED_TO_ALLOCATE_MEMORY  no room for the transform
+//   QVR_E_TIMEOUT_ERROR              the program ended a wait, here and in what waits below
 QVR_retval_t QVR_receiveSignalSnapshot(QVR_lineId_t xi_lineId, QVR_complex_t* xo_timeDomainSignal,
                                        QVR_complex_t* xo_freqDomainSignal);
 

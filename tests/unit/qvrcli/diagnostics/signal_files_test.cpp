@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -162,11 +164,22 @@ TEST_F(SignalFile, FailsWhenItCannotBeWritten) {
   const auto points = std::make_unique<QVR_complex_t[]>(QVR_K_SIGNAL_POINTS);
   const uint32_t words[QVR_K_SIGNAL_WORDS] = {};
   const double mtpr[1024] = {};
-  for (const std::string& name : {path("no/folder"), directory_.path(), std::string("/dev/full")}) {
+  ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+  for (const std::string& name : {path("no/folder"), directory_.path(), std::string("/dev/full"),
+                                  path("pipe"), std::string("/dev/zero")}) {
     EXPECT_FALSE(dumpTxSignalToFile(words, name.c_str())) << name;
     EXPECT_FALSE(dumpSignalToFile(points.get(), name.c_str())) << name;
     EXPECT_FALSE(dumpMtprToFile(mtpr, name.c_str())) << name;
   }
+}
+
+TEST_F(SignalFile, IsWrittenToNoPipeThatIsRead) {
+  ASSERT_EQ(mkfifo(path("pipe").c_str(), 0600), 0);
+  const int reader = open(path("pipe").c_str(), O_RDONLY | O_NONBLOCK);
+  const double mtpr[1024] = {};
+  EXPECT_FALSE(dumpMtprToFile(mtpr, path("pipe").c_str()));
+  EXPECT_TRUE(dumpMtprToFile(mtpr, "/dev/null"));
+  close(reader);
 }
 
 }  // namespace

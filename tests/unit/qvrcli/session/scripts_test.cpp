@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -182,8 +183,13 @@ TEST_F(Scripts, StopWhenTheSessionIsLost) {
   console_.cli()->client = nullptr;
 }
 
-TEST_F(Scripts, AreNotRunFromADirectory) {
-  EXPECT_THAT(console_.run("run " + directory_.path()), ElementsAre());
+TEST_F(Scripts, AreNotRunFromWhatIsNoFile) {
+  directory_.write("a.txt", "show version\n");
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  EXPECT_THAT(console_.run("run pipe 2"), ElementsAre(">run pipe 1 of 2", "Unable to open file [pipe]"));
+  EXPECT_THAT(console_.run("run /dev/zero"), ElementsAre("Unable to open file [/dev/zero]"));
+  EXPECT_THAT(console_.run("run " + directory_.path()),
+              ElementsAre("Unable to open file [" + directory_.path() + "]"));
 }
 
 }  // namespace

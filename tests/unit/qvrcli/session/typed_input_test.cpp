@@ -179,6 +179,14 @@ TEST(TypedInput, CountsALineWhoseCursorMayStandAtItsBeginning) {
   }
 }
 
+TEST(TypedInput, MarksAnInterrupt) {
+  const std::string interrupt(TypedInput::kInterrupt);
+  EXPECT_EQ(passed("a\x03"), "a" + interrupt);
+  EXPECT_EQ(passed("\xFF\xF4\xFF\xF3"), interrupt + interrupt);
+  EXPECT_EQ(passed(std::string(kLongestLine, 'x') + "yz\x03").substr(kLongestLine), "y" + interrupt);
+  EXPECT_EQ(passed("a\0\r\0b"s), "a\rb") << "only an interrupt has a NUL";
+}
+
 TEST(TypedInput, DoesNotPassOnTheSignOfARefusedLine) {
   EXPECT_EQ(passed("a" + std::string(1, kRefusedLine) + "b\r"), "ab\r");
 }
