@@ -56,7 +56,8 @@ endforeach()
 
 set(LIBCLI_SOURCE ${CMAKE_BINARY_DIR}/libcli CACHE PATH "libcli's source; fetched when there is none")
 if(NOT EXISTS ${LIBCLI_SOURCE}/libcli.c)
-  execute_process(COMMAND ${CMAKE_SOURCE_DIR}/tools/fetch-libcli-source ${LIBCLI_SOURCE} COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${CMAKE_SOURCE_DIR}/tools/fetch-source libcli ${LIBCLI_SOURCE}
+    COMMAND_ERROR_IS_FATAL ANY)
 endif()
 # No password exists on this console, so nothing of crypt is needed: see no_crypt.c.
 add_library(libcli_board STATIC ${LIBCLI_SOURCE}/libcli.c ${CMAKE_SOURCE_DIR}/cmake/no_crypt.c)
