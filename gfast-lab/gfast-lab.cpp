@@ -7,9 +7,11 @@
 #include <optional>
 #include <string>
 
+#include "clock/clock.h"
 #include "driver/driver.h"
 #include "driver/recording_driver.h"
 #include "gfast-lab/replay/blanked_trace.h"
+#include "gfast-lab/replay/replay_clock.h"
 #include "gfast-lab/replay/replayed_board.h"
 #include "gfast-lab/replay/trace_reader.h"
 #include "qvrcli/session/server.h"
@@ -106,7 +108,7 @@ int runConsoleBefore(Driver& board, const Options& options) {
   return runConsole(options.script.empty() ? nullptr : options.script.c_str(), options.port);
 }
 
-// Neither board is ever deleted: the notification thread uses it until the process ends.
+// What serves the console is never deleted: the notification thread uses it until the process ends.
 
 int runOnVirtualBoard(const Options& options) {
   auto* board = new VirtualBoard(options.board.empty() ? BoardConfig() : readBoardFile(options.board));
@@ -125,9 +127,13 @@ int runOnReplay(const Options& options) {
     const int error = writeBlanked(std::move(trace), options.blanked);
     return error == 0 ? 0 : fail(options.blanked, error);
   }
+  const auto started_us = trace.started_us;
   auto* board = new ReplayedBoard(std::move(trace), [file = options.replayed](const std::string& line) {
     std::fprintf(stderr, "%s: %s\n", file.c_str(), line.c_str());
   });
+  if (started_us) {
+    installClock(*new ReplayClock(*board, *started_us, clockSource()));
+  }
   return runConsoleBefore(*board, options);
 }
 

@@ -10,8 +10,7 @@ namespace gfast::replay {
 
 std::string blankedText(FieldTrace&& trace) {
   std::string text(kTraceTitle);
-  text.append(" ").append(trace.started.empty() ? "-" : trace.started);
-  text.append(" ").append(kTraceBlanked).append("\n");
+  text.append(" ").append(trace.started).append(" ").append(kTraceBlanked).append("\n");
   for (TracedExchange& exchange : trace.exchanges) {
     blankRequest(exchange.request);
     TraceAnswer answer = *exchange.answer;

@@ -166,6 +166,11 @@ int ReplayedBoard::request(int descriptor, uint32_t code, gfast_iocreq& request)
   return give(*answer, code, request);
 }
 
+uint64_t ReplayedBoard::clock_us() {
+  const std::lock_guard lock(mutex_);
+  return now();
+}
+
 // Null: the trace holds no such request.
 ReplayedBoard::Answer ReplayedBoard::answerTo(std::unique_lock<std::mutex>& lock,
                                               const TraceRequest& request) {

@@ -48,6 +48,9 @@ class ReplayedBoard final : public Driver {
   void close(int descriptor) override;
   void rediscover() override {}
 
+  // The replay's clock: microseconds since the beginning of the recording.
+  uint64_t clock_us();
+
  private:
   using Answer = std::shared_ptr<const TraceAnswer>;
   struct Timed {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -102,6 +103,26 @@ uint64_t timeOf(std::string_view word) {
   return uint64_t{*whole} * 1000000 + *part;
 }
 
+// A moment such as 2026-03-01T12:00:00.000000Z, in microseconds since the epoch.
+int64_t momentOf(std::string_view word) {
+  constexpr std::string_view pattern = "dddd-dd-ddTdd:dd:dd.ddddddZ";
+  const auto fits = [](char c, char wanted) { return wanted == 'd' ? c >= '0' && c <= '9' : c == wanted; };
+  if (!std::ranges::equal(word, pattern, fits)) {
+    fail("not a moment such as 2026-03-01T12:00:00.000000Z", word);
+  }
+  const auto field = [word](size_t place, size_t length) {
+    return toNumber(word.substr(place, length), 10).value_or(0);
+  };
+  using namespace std::chrono;
+  const year_month_day date(year(static_cast<int>(field(0, 4))), month(field(5, 2)), day(field(8, 2)));
+  if (!date.ok()) {
+    fail("no such day", word);
+  }
+  const auto moment = sys_days(date) + hours(field(11, 2)) + minutes(field(14, 2)) + seconds(field(17, 2)) +
+                      microseconds(field(20, 6));
+  return duration_cast<microseconds>(moment.time_since_epoch()).count();
+}
+
 TraceThread threadOf(std::string_view word) {
   for (const TraceThread thread : {TraceThread::kCommand, TraceThread::kNotification}) {
     if (word.size() == 1 && word.front() == static_cast<char>(thread)) {
@@ -183,8 +204,10 @@ class ByteCollector {
     if (length * times > wanted - bytes_.size()) {
       fail("more bytes than announced", word);
     }
+    const size_t end = bytes_.size();
+    bytes_.resize(end + length * times);
     for (uint32_t i = 0; i < times; i++) {
-      bytes_.insert(bytes_.end(), bytes, bytes + length);
+      std::memcpy(bytes_.data() + end + i * length, bytes, length);
     }
   }
 
@@ -281,7 +304,8 @@ void Parser::takeTitle(const Words& words) {
   }
   titled_ = true;
   trace_.blanked = words.size() > blanked;
-  if (words.size() > started) {
+  if (words.size() > started && words[started] != kUnknownMoment) {
+    trace_.started_us = momentOf(words[started]);
     trace_.started = words[started];
   }
 }

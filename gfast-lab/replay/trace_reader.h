@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -14,7 +15,9 @@ namespace gfast::replay {
 
 // A file may have so many bytes, and its exchanges may carry so many.
 constexpr size_t kMostTraceBytes = size_t{64} << 20;
-constexpr size_t kMostCarriedBytes = size_t{256} << 20;
+constexpr size_t kMostCarriedBytes = size_t{64} << 20;
+
+constexpr std::string_view kUnknownMoment = "-";
 
 // The message begins with the line's number: "12: not a hexadecimal number: 0g".
 class TraceError : public std::runtime_error {
@@ -31,9 +34,10 @@ struct TracedExchange {
 };
 
 struct FieldTrace {
-  std::string started;   // as the first line tells it, for people
-  bool blanked = false;  // recorded without MAC addresses and serial numbers
-  bool cut = false;      // the last exchange is not whole and was left out
+  std::string started{kUnknownMoment};  // the moment of the recording's beginning, as the first line tells it
+  std::optional<int64_t> started_us;    // the same since the epoch
+  bool blanked = false;                 // recorded without MAC addresses and serial numbers
+  bool cut = false;                     // the last exchange is not whole and was left out
   std::vector<TracedExchange> exchanges;
 };
 

@@ -44,13 +44,18 @@ bool holdsSomething(int descriptor) {
 }
 
 std::string title(bool blanked) {
-  const time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+  using namespace std::chrono;
+  const auto now = duration_cast<microseconds>(system_clock::now().time_since_epoch());
+  const auto whole = static_cast<time_t>(now.count() / microseconds::period::den);
   tm utc{};
-  gmtime_r(&now, &utc);
-  char start[32];
-  std::strftime(start, sizeof start, " %Y-%m-%dT%H:%M:%SZ", &utc);
+  gmtime_r(&whole, &utc);
+  char day[32];
+  std::strftime(day, sizeof day, " %Y-%m-%dT%H:%M:%S", &utc);
+  char fraction[16];
+  std::snprintf(fraction, sizeof fraction, ".%06uZ",
+                static_cast<unsigned>(now.count() % microseconds::period::den));
   std::string text(kTraceTitle);
-  text += start;
+  text.append(day).append(fraction);
   if (blanked) {
     text.append(" ").append(kTraceBlanked);
   }

@@ -1,0 +1,38 @@
+// The time of day at which a field trace was recorded.
+#pragma once
+
+#include <cstdint>
+
+#include "clock/clock.h"
+#include "gfast-lab/replay/replayed_board.h"
+
+namespace gfast::replay {
+
+// Tells the time of the recording, moved on as the board's clock is. Waits as another clock does.
+class ReplayClock final : public Clock {
+ public:
+  ReplayClock(ReplayedBoard& board, int64_t started_us, Clock& waiting)
+      : board_(board), started_us_(started_us), waiting_(waiting) {}
+
+  time_t now() override {
+    constexpr int64_t second_us = 1000000;
+    return static_cast<time_t>((started_us_ + static_cast<int64_t>(board_.clock_us())) / second_us);
+  }
+
+  void sleep(std::chrono::microseconds duration) override { waiting_.sleep(duration); }
+
+  int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override {
+    return waiting_.waitReadable(descriptors, limit, duration);
+  }
+
+  bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) override {
+    return waiting_.sleepWhileConnected(descriptor, duration);
+  }
+
+ private:
+  ReplayedBoard& board_;
+  const int64_t started_us_;
+  Clock& waiting_;
+};
+
+}  // namespace gfast::replay
