@@ -1,6 +1,8 @@
 // The time of day at which a field trace was recorded.
 #pragma once
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 
 #include "clock/clock.h"
@@ -8,7 +10,8 @@
 
 namespace gfast::replay {
 
-// Tells the time of the recording, moved on as the board's clock is. Waits as another clock does.
+// Tells the time of the recording, moved on as the board's clock is. What the command thread waits for passes
+// at once; the rest waits as another clock does.
 class ReplayClock final : public Clock {
  public:
   ReplayClock(ReplayedBoard& board, int64_t started_us, Clock& waiting)
@@ -19,17 +22,23 @@ class ReplayClock final : public Clock {
     return static_cast<time_t>((started_us_ + static_cast<int64_t>(board_.clock_us())) / second_us);
   }
 
-  void sleep(std::chrono::microseconds duration) override { waiting_.sleep(duration); }
+  void sleep(std::chrono::microseconds duration) override {
+    waiting_.sleep(board_.pass(duration) ? std::min(duration, kLeast) : duration);
+  }
 
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override {
     return waiting_.waitReadable(descriptors, limit, duration);
   }
 
   bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) override {
-    return waiting_.sleepWhileConnected(descriptor, duration);
+    return waiting_.sleepWhileConnected(descriptor,
+                                        board_.pass(duration) ? std::min(duration, kLeast) : duration);
   }
 
  private:
+  // Of a wait, so that who goes on waiting leaves the processor to others.
+  static constexpr std::chrono::microseconds kLeast{1000};
+
   ReplayedBoard& board_;
   const int64_t started_us_;
   Clock& waiting_;

@@ -17,11 +17,12 @@ namespace gfast::replay {
 namespace {
 
 constexpr uint64_t kSecond_us = 1000000;
-constexpr uint64_t kNanosecondsInMicrosecond = 1000;
+constexpr uint64_t kLongest_us = 3600 * kSecond_us;  // of a timer; whoever waits looks again before
 constexpr uint64_t kNever_us = std::numeric_limits<uint64_t>::max();
 
-// How long a command waits at most for the notification thread.
-constexpr std::chrono::seconds kPatience{1};
+// How long a command waits at most for the notification thread, once for each of its rounds.
+constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kPatienceOnceLost{10};  // until the thread has taken something again
 
 // So many requests that the trace does not hold are named, each once.
 constexpr size_t kMostReported = 1000;
@@ -61,18 +62,18 @@ int give(const TraceAnswer& answer, uint32_t code, gfast_iocreq& request) {
   return answer.error == 0 ? 0 : failWith(answer.error);
 }
 
-bool isRecordRead(TraceKind kind) {
-  return kind == TraceKind::kEventRead || kind == TraceKind::kLogRead;
-}
-
-// Set to 0 a timer never ends, so what is due already ends as soon as it can.
+// When a timer ends that is set now. What is due already comes a little later, so that several timers end
+// together.
 itimerspec timerFor(uint64_t left_us) {
+  constexpr uint64_t least_us = 50;
+  constexpr uint64_t nanosecondsInMicrosecond = 1000;
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  const uint64_t end_us = static_cast<uint64_t>(now.tv_nsec) / nanosecondsInMicrosecond +
+                          std::clamp(left_us, least_us, kLongest_us);
   itimerspec timer{};
-  timer.it_value.tv_sec = static_cast<time_t>(left_us / kSecond_us);
-  timer.it_value.tv_nsec = static_cast<long>(left_us % kSecond_us * kNanosecondsInMicrosecond);
-  if (left_us == 0) {
-    timer.it_value.tv_nsec = 1;
-  }
+  timer.it_value.tv_sec = now.tv_sec + static_cast<time_t>(end_us / kSecond_us);
+  timer.it_value.tv_nsec = static_cast<long>(end_us % kSecond_us * nanosecondsInMicrosecond);
   return timer;
 }
 
@@ -104,16 +105,12 @@ ReplayedBoard::~ReplayedBoard() {
 }
 
 void ReplayedBoard::sort(TracedExchange&& exchange) {
-  const Timed timed{exchange.time_us, std::move(exchange.answer)};
-  if (!isRecordRead(exchange.request.kind)) {
-    series_[std::move(exchange.request)][indexOf(exchange.thread)].answers.push_back(timed);
+  if (RecordTape::answers(exchange.request.kind)) {
+    tape_.add(exchange);
     return;
   }
-  Pending& pending = pending_[exchange.request.device];
-  // That nothing is pending needs no answer of its own.
-  if (timed.answer->error != 0 || !timed.answer->returned.empty()) {
-    (exchange.request.kind == TraceKind::kEventRead ? pending.events : pending.logs).push_back(timed);
-  }
+  series_[std::move(exchange.request)][indexOf(exchange.thread)].answers.push_back(
+      {exchange.time_us, std::move(exchange.answer)});
 }
 
 int ReplayedBoard::open(int device) {
@@ -131,6 +128,7 @@ int ReplayedBoard::open(int device) {
   const int descriptor = ::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK);
   if (descriptor >= 0) {
     devices_[descriptor] = device;
+    tape_.setOpen(device, true);
     setTimers();
   }
   return descriptor;
@@ -138,9 +136,15 @@ int ReplayedBoard::open(int device) {
 
 void ReplayedBoard::close(int descriptor) {
   const std::lock_guard lock(mutex_);
-  if (devices_.erase(descriptor) != 0) {
-    ::close(descriptor);
+  const auto closed = devices_.find(descriptor);
+  if (closed == devices_.end()) {
+    return;
   }
+  const int device = closed->second;
+  devices_.erase(closed);
+  ::close(descriptor);
+  tape_.setOpen(device,
+                std::ranges::any_of(devices_, [device](const auto& open) { return open.second == device; }));
 }
 
 int ReplayedBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) {
@@ -153,14 +157,14 @@ int ReplayedBoard::request(int descriptor, uint32_t code, gfast_iocreq& request)
   if (blanked_) {
     blankRequest(asked);
   }
-  const Answer answer = isRecordRead(asked.kind) ? takeRecord(asked) : answerTo(lock, asked);
+  const Answer answer = RecordTape::answers(asked.kind) ? takeRecord(asked) : answerTo(lock, asked);
   if (answer == nullptr) {
     lock.unlock();
     report(asked);
     return failWith(ENODATA);
   }
   if (asked.kind == TraceKind::kLogCfg && answer->error == 0) {
-    pending_[asked.device].logging = true;
+    tape_.setLogging(asked.device);
     setTimers();
   }
   return give(*answer, code, request);
@@ -169,6 +173,15 @@ int ReplayedBoard::request(int descriptor, uint32_t code, gfast_iocreq& request)
 uint64_t ReplayedBoard::clock_us() {
   const std::lock_guard lock(mutex_);
   return now();
+}
+
+bool ReplayedBoard::pass(std::chrono::microseconds duration) {
+  if (!onCommandThread()) {
+    return false;
+  }
+  std::unique_lock lock(mutex_);
+  jumpTo(lock, now() + static_cast<uint64_t>(std::max<int64_t>(duration.count(), 0)));
+  return true;
 }
 
 // Null: the trace holds no such request.
@@ -200,70 +213,46 @@ ReplayedBoard::Answer ReplayedBoard::latestOf(const Series& other) const {
 }
 
 void ReplayedBoard::jumpTo(std::unique_lock<std::mutex>& lock, uint64_t time_us) {
-  if (const uint64_t reached = now(); reached < time_us) {
-    skipped_us_ += time_us - reached;
-    setTimers();
+  for (auto next = tape_.next_us(); next && *next <= time_us; next = tape_.next_us()) {
+    skipTo(*next);
+    awaitRound(lock);
   }
-  if (!handled_.wait_for(lock, kPatience, [this, time_us] { return eventsAreHandled(time_us); })) {
-    givenUp_us_ = std::max(givenUp_us_, time_us);
-  }
+  awaitRound(lock);
+  skipTo(time_us);
 }
 
-// Whether the notification thread has done with the events up to this time.
-bool ReplayedBoard::eventsAreHandled(uint64_t time_us) const {
-  const auto isOver = [this, time_us](uint64_t event_us) {
-    return event_us > time_us || event_us <= givenUp_us_;
-  };
-  return std::ranges::all_of(devices_, [this, &isOver](const auto& open) {
-    const auto found = pending_.find(open.second);
-    if (found == pending_.end()) {
-      return true;
-    }
-    const Pending& pending = found->second;
-    return (pending.events.empty() || isOver(pending.events.front().time_us)) &&
-           (!pending.handled_us || isOver(*pending.handled_us));
-  });
+void ReplayedBoard::awaitRound(std::unique_lock<std::mutex>& lock) {
+  const auto patience = attended_ ? kPatience : kPatienceOnceLost;
+  attended_ = handled_.wait_for(lock, patience, [this] { return tape_.done(); });
+}
+
+void ReplayedBoard::skipTo(uint64_t time_us) {
+  if (const uint64_t reached = now(); reached < time_us) {
+    skipped_us_ += time_us - reached;
+  }
+  setTimers();
 }
 
 ReplayedBoard::Answer ReplayedBoard::takeRecord(const TraceRequest& request) {
-  static const Answer none = std::make_shared<const TraceAnswer>();
-  Pending& pending = pending_[request.device];
-  const bool event = request.kind == TraceKind::kEventRead;
-  std::deque<Timed>& records = event ? pending.events : pending.logs;
-  const bool due = !records.empty() && records.front().time_us <= now();
-  if (event) {
-    pending.handled_us = due ? std::optional(records.front().time_us) : std::nullopt;
-    handled_.notify_all();
-  }
-  if (!due) {
-    return none;
-  }
-  const Answer answer = std::move(records.front().answer);
-  records.pop_front();
+  tape_.advance(now());
+  const Answer answer = tape_.take(request.kind, request.device);
   setTimers();
+  handled_.notify_all();
   return answer;
 }
 
-// A descriptor becomes readable when its device's next record is due. A timer that is set again is not
-// readable any more.
+// A descriptor becomes readable when its device has something to say; those of a round together, so that the
+// thread that waits for them sees them together. A timer that is set again is not readable any more.
 void ReplayedBoard::setTimers() {
   const uint64_t reached = now();
+  tape_.advance(reached);
+  const uint64_t next = tape_.next_us().value_or(kNever_us);
+  const itimerspec soon = timerFor(0);
+  const itimerspec later = next == kNever_us ? itimerspec{} : timerFor(next - std::min(next, reached));
   for (const auto& [descriptor, device] : devices_) {
-    const uint64_t next = nextRecord_us(device);
-    const itimerspec timer = next == kNever_us ? itimerspec{} : timerFor(next > reached ? next - reached : 0);
-    ::timerfd_settime(descriptor, 0, &timer, nullptr);
+    const itimerspec& timer = tape_.has(device) ? soon : tape_.speaksNext(device) ? later : itimerspec{};
+    ::timerfd_settime(descriptor, TFD_TIMER_ABSTIME, &timer, nullptr);
   }
-}
-
-uint64_t ReplayedBoard::nextRecord_us(int device) const {
-  const auto found = pending_.find(device);
-  if (found == pending_.end()) {
-    return kNever_us;
-  }
-  const Pending& pending = found->second;
-  const uint64_t event = pending.events.empty() ? kNever_us : pending.events.front().time_us;
-  const uint64_t log = pending.logs.empty() || !pending.logging ? kNever_us : pending.logs.front().time_us;
-  return std::min(event, log);
 }
 
 void ReplayedBoard::report(const TraceRequest& request) {

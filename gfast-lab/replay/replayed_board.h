@@ -6,24 +6,23 @@
 // the replay's clock.
 //
 // The replay's clock runs as on the board. When the command thread asks something earlier than it did there,
-// the clock jumps to that moment, and the command waits until the notification thread has taken the events
-// that came before it. Events and log records come back at their times by this clock.
+// the clock jumps to that moment, and on its way there stops at the events and log records that came before,
+// until the notification thread has taken them. The waits of a command are such jumps too.
 #pragma once
 
 #include <array>
 #include <chrono>
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "driver/driver.h"
+#include "gfast-lab/replay/record_tape.h"
 #include "gfast-lab/replay/trace_reader.h"
 
 namespace gfast::replay {
@@ -51,6 +50,9 @@ class ReplayedBoard final : public Driver {
   // The replay's clock: microseconds since the beginning of the recording.
   uint64_t clock_us();
 
+  // Moves the clock on, with the stops of a jump. False on another than the command thread: nothing is done.
+  bool pass(std::chrono::microseconds duration);
+
  private:
   using Answer = std::shared_ptr<const TraceAnswer>;
   struct Timed {
@@ -62,14 +64,6 @@ class ReplayedBoard final : public Driver {
     std::vector<Timed> answers;
     size_t next = 0;
   };
-  // What one device had to say by itself.
-  struct Pending {
-    std::deque<Timed> events;
-    std::deque<Timed> logs;
-    bool logging = false;  // until somebody asks for logs, they wake nobody
-    // When the event came that was taken last; empty once more were asked for and there were none.
-    std::optional<uint64_t> handled_us;
-  };
   using SeriesOfThreads = std::array<Series, 2>;
 
   void sort(TracedExchange&& exchange);
@@ -79,10 +73,10 @@ class ReplayedBoard final : public Driver {
   Answer nextOf(std::unique_lock<std::mutex>& lock, Series& own);
   Answer latestOf(const Series& other) const;
   void jumpTo(std::unique_lock<std::mutex>& lock, uint64_t time_us);
-  bool eventsAreHandled(uint64_t time_us) const;
+  void awaitRound(std::unique_lock<std::mutex>& lock);
+  void skipTo(uint64_t time_us);
   Answer takeRecord(const TraceRequest& request);
   void setTimers();
-  uint64_t nextRecord_us(int device) const;
   void report(const TraceRequest& request);
   bool isNews(const TraceRequest& request);
 
@@ -93,10 +87,10 @@ class ReplayedBoard final : public Driver {
   std::mutex mutex_;  // guards everything below
   std::condition_variable handled_;
   uint64_t skipped_us_ = 0;
-  uint64_t givenUp_us_ = 0;  // events up to here are not waited for any more
+  bool attended_ = true;  // the notification thread took its last round in time
   std::map<TraceRequest, SeriesOfThreads> series_;
-  std::map<int, Pending> pending_;  // by device
-  std::map<int, int> devices_;      // by descriptor
+  RecordTape tape_;
+  std::map<int, int> devices_;  // by descriptor
   std::set<TraceRequest> reported_;
 };
 
