@@ -128,9 +128,12 @@ int runOnReplay(const Options& options) {
     return error == 0 ? 0 : fail(options.blanked, error);
   }
   const auto started_us = trace.started_us;
-  auto* board = new ReplayedBoard(std::move(trace), [file = options.replayed](const std::string& line) {
+  const auto report = [file = options.replayed](const std::string& line) {
     std::fprintf(stderr, "%s: %s\n", file.c_str(), line.c_str());
-  });
+  };
+  // A script is to print the same on every machine, so time does not pass while it computes.
+  const auto time = options.script.empty() ? ReplayedBoard::TimeSource() : [] { return uint64_t{0}; };
+  auto* board = new ReplayedBoard(std::move(trace), report, time);
   if (started_us) {
     installClock(*new ReplayClock(*board, *started_us, clockSource()));
   }

@@ -7,7 +7,8 @@ namespace gfast::replay {
 
 namespace {
 
-constexpr std::chrono::milliseconds kPatience{500};
+// Longer than that thread waits when a descriptor was closed under it.
+constexpr std::chrono::seconds kPatience{2};
 
 // Where in a round the reading of these records comes.
 int rankOf(TraceKind kind, int device) {

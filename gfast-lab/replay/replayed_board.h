@@ -34,7 +34,8 @@ class ReplayedBoard final : public Driver {
   // Takes one line about a request that the trace does not hold.
   using Report = std::function<void(const std::string&)>;
 
-  // Who makes it is the command thread. Without a time source it runs in real time.
+  // Who makes it is the command thread. Without a time source the clock runs in real time between the jumps;
+  // with one that stands still, it only jumps.
   ReplayedBoard(FieldTrace&& trace, Report report, TimeSource time = {});
   ~ReplayedBoard() override;
 
