@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -111,6 +112,10 @@ void TraceFile::close() {
 
 RecordingDriver::RecordingDriver(Driver& recorded, const std::string& file, bool blanked)
     : recorded_(recorded), name_(file), blanked_(blanked) {
+  // A file that may not grow, and a pipe that nobody reads, are to be errors of the writing, not the end of
+  // the program.
+  std::signal(SIGXFSZ, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
   int error = file_.open(file.c_str());
   if (error == 0) {
     error = file_.write(title(blanked));
@@ -163,11 +168,7 @@ int RecordingDriver::request(int descriptor, uint32_t code, gfast_iocreq& reques
 void RecordingDriver::close(int descriptor) {
   withoutFailing([&] {
     const int device = deviceOf(descriptor);
-    {
-      // Before the number is free for another device.
-      const std::lock_guard lock(mutex_);
-      devices_.erase(descriptor);
-    }
+    forget(descriptor);  // before the number is free for another device
     write({TraceKind::kClose, device});
   });
   recorded_.close(descriptor);
@@ -180,13 +181,18 @@ void RecordingDriver::rediscover() {
 
 int RecordingDriver::deviceOf(int descriptor) {
   const std::lock_guard lock(mutex_);
-  const auto found = devices_.find(descriptor);
-  return found == devices_.end() ? -1 : found->second;
+  const auto found = std::ranges::find(devices_, descriptor, &OpenDevice::descriptor);
+  return found == devices_.end() ? -1 : found->device;
 }
 
 void RecordingDriver::remember(int descriptor, int device) {
   const std::lock_guard lock(mutex_);
-  devices_[descriptor] = device;
+  devices_.push_back({descriptor, device});
+}
+
+void RecordingDriver::forget(int descriptor) {
+  const std::lock_guard lock(mutex_);
+  std::erase_if(devices_, [descriptor](const OpenDevice& open) { return open.descriptor == descriptor; });
 }
 
 void RecordingDriver::write(TraceRequest&& request, TraceAnswer&& answer) {

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -49,6 +48,10 @@ class RecordingDriver final : public Driver {
   void rediscover() override;
 
  private:
+  struct OpenDevice {
+    int descriptor;
+    int device;
+  };
   struct Exchange {
     TraceThread thread;
     TraceRequest request;
@@ -59,6 +62,7 @@ class RecordingDriver final : public Driver {
   void withoutFailing(Action action);
   int deviceOf(int descriptor);
   void remember(int descriptor, int device);
+  void forget(int descriptor);
   void write(TraceRequest&& request, TraceAnswer&& answer = {});
   std::string nextText(const Exchange& exchange);
   bool isSame(const Exchange& exchange);
@@ -69,9 +73,9 @@ class RecordingDriver final : public Driver {
   const bool blanked_;
   const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
   const std::thread::id commandThread_ = std::this_thread::get_id();
-  TraceFile file_;                    // any thread may ask whether it is open
-  std::mutex mutex_;                  // guards writing to the file and everything below
-  std::map<int, int> devices_;        // by descriptor
+  TraceFile file_;    // any thread may ask whether it is open
+  std::mutex mutex_;  // guards writing to the file and everything below
+  std::vector<OpenDevice> devices_;
   std::vector<Exchange> remembered_;  // what was asked longest ago first
 };
 

@@ -14,8 +14,8 @@ QVR_BEGIN_C
 //
 // With GFAST_TRACE=FILE in the environment, every request and its answer is recorded in that file from now on,
 // as text; with GFAST_TRACE_BLANK=1 as well, without MAC addresses and serial numbers. A file that cannot be
-// written is one line on standard error; the requests go on. The calling thread counts as the one that runs
-// the commands.
+// written is one line on standard error; the requests go on. SIGPIPE and SIGXFSZ are ignored then, and the
+// calling thread counts as the one that runs the commands.
 void QVR_useKernelDriver(void);
 
 QVR_END_C

@@ -10,10 +10,14 @@
 #include <chrono>
 #include <cstring>
 #include <future>
+#include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
+#include "clock/clock.h"
 #include "driver/envelope.h"
+#include "gfast-lab/replay/replay_clock.h"
 
 using namespace gfast;
 using namespace gfast::replay;
@@ -229,6 +233,117 @@ TEST(ReplayedBoard, DoesNotWaitForeverForEventsThatNobodyTakes) {
   const auto waited = std::chrono::steady_clock::now() - start;
   EXPECT_GT(waited, 900ms);
   EXPECT_LT(waited, 30s);
+}
+
+// What the notification thread of a console does: waits for both devices, then reads events of those that are
+// readable and logs of both.
+class Notification {
+ public:
+  explicit Notification(ReplayedBoard& board) : board_(board), descriptors_{board.open(0), board.open(1)} {
+    for (const int descriptor : descriptors_) {
+      char body[GFAST_LOGCFG_BODY_SIZE] = {};
+      gfast_iocreq request = emptyRequest();
+      request.req_u.logcfg = {body, sizeof body};
+      EXPECT_EQ(board_.request(descriptor, DFEIOCLOGCFG, request), 0);
+    }
+    thread_ = std::thread([this] { run(); });
+  }
+  ~Notification() {
+    ending_ = true;
+    thread_.join();
+  }
+  Notification(const Notification&) = delete;
+  Notification& operator=(const Notification&) = delete;
+
+  // The first byte of each record, in the order in which they came.
+  std::vector<int> taken() {
+    const std::lock_guard lock(mutex_);
+    return taken_;
+  }
+
+ private:
+  void run() {
+    while (!ending_) {
+      pollfd waiting[] = {{descriptors_[0], POLLIN, 0}, {descriptors_[1], POLLIN, 0}};
+      if (::poll(waiting, 2, 20) <= 0) {
+        continue;
+      }
+      for (const pollfd& device : waiting) {
+        if (device.revents != 0) {
+          drain(device.fd, DFEIOCALMRD);
+        }
+      }
+      for (const pollfd& device : waiting) {
+        drain(device.fd, DFEIOCLOGRD);
+      }
+    }
+  }
+
+  void drain(int descriptor, uint32_t code) {
+    for (;;) {
+      char bytes[16] = {};
+      gfast_iocreq request = emptyRequest();
+      request.req_u.logalm_read = {bytes, sizeof bytes, 0, 0};
+      if (board_.request(descriptor, code, request) < 0 ||
+          request.req_u.logalm_read.datalen_copied_to_user == 0) {
+        return;
+      }
+      const std::lock_guard lock(mutex_);
+      taken_.push_back(bytes[0]);
+    }
+  }
+
+  ReplayedBoard& board_;
+  const int descriptors_[2];
+  std::mutex mutex_;
+  std::vector<int> taken_;
+  std::atomic<bool> ending_{false};
+  std::thread thread_;
+};
+
+std::string record(const char* time, int device, const char* kind, const char* word) {
+  const std::string head = std::string(time) + " n " + std::to_string(device) + ' ' + kind + " 1024 = ok";
+  return head + " 4\n  < " + word + '\n' + head + '\n';
+}
+
+TEST(ReplayedBoard, HasTheRecordsOfBothDevicesInTheOrderOfTheBoardWhenTimeIsSkipped) {
+  const std::string lines =
+      kOpen +
+      "0.000000 c 1 open = ok\n"
+      "0.000000 c 0 logcfg 16 = ok\n  > 00000000*4\n"
+      "0.000000 c 1 logcfg 16 = ok\n  > 00000000*4\n" +
+      record("1.000000", 0, "eventread", "01000000") + record("1.000100", 1, "eventread", "02000000") +
+      record("1.000200", 0, "logread", "03000000") + record("1.000300", 1, "logread", "04000000") +
+      record("1.000400", 1, "eventread", "05000000") + record("1.000500", 0, "eventread", "06000000") +
+      record("1.000600", 1, "logread", "07000000") + record("8.000000", 0, "eventread", "08000000");
+  ReplayedBoard board(
+      parseTrace("gfast-trace 1\n" + lines), [](const std::string&) {}, [] { return uint64_t{0}; });
+  Notification notification(board);
+  EXPECT_TRUE(board.pass(5s));
+  EXPECT_THAT(notification.taken(), ElementsAre(1, 2, 3, 4, 5, 6, 7));
+  EXPECT_EQ(board.clock_us(), 5 * kSecond_us);
+  EXPECT_FALSE(notified([&] { return board.pass(100s); }));
+  EXPECT_EQ(board.clock_us(), 5 * kSecond_us);
+}
+
+TEST(ReplayedBoard, IsNotHeldUpByLogsThatNobodyAskedFor) {
+  Replayed replay(kOpen + record("1.000000", 0, "logread", "03000000") +
+                  record("2.000000", 0, "eventread", "01000000"));
+  replay.setTime(3);
+  EXPECT_EQ(replay.event(), 1);
+  EXPECT_EQ(replay.log(), 3);
+}
+
+TEST(ReplayClock, TellsTheTimeOfTheRecordingAndLetsTheWaitsOfCommandsPassAtOnce) {
+  ReplayedBoard board(
+      parseTrace("gfast-trace 1\n"), [](const std::string&) {}, [] { return uint64_t{0}; });
+  ReplayClock clock(board, 1000 * int64_t{kSecond_us} + 900000, clockSource());
+  EXPECT_EQ(clock.now(), 1000);
+  const auto start = std::chrono::steady_clock::now();
+  clock.sleep(3600s);
+  EXPECT_TRUE(clock.sleepWhileConnected(-1, 100ms));
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 60s);
+  EXPECT_EQ(clock.now(), 4601);
 }
 
 TEST(ReplayedBoard, BlanksARequestAsTheTraceIsBlanked) {

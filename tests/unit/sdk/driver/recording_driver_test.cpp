@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <qvr.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <numeric>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -227,6 +229,17 @@ TEST_F(RecordingDriverTest, SaysOnceThatAFileCannotBeWrittenAndRequestsGoOn) {
   }
 }
 
+TEST_F(RecordingDriverTest, SurvivesAFileThatMayNotGrow) {
+  const rlimit least{100, 100};
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &least), 0);
+  testing::internal::CaptureStderr();
+  Bytes words(900);
+  std::iota(words.begin(), words.end(), uint8_t{0});
+  expect(opens(0) + reads(0, kAddress, words));
+  read(900);
+  EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr(": File too large; nothing is recorded"));
+}
+
 TEST_F(RecordingDriverTest, NeverWaitsForAReaderOfAPipe) {
   ASSERT_EQ(::mkfifo(file_.c_str(), 0600), 0);
   testing::internal::CaptureStderr();
@@ -243,6 +256,51 @@ TEST_F(RecordingDriverTest, TakesNoNumberOfAStandardStream) {
   ::close(kept);
   driver().open(0);
   EXPECT_EQ(recorded(), "c 0 open = ok\n");
+}
+
+// Answers each read with the low byte of its address, at once and to any number of threads.
+class EchoDriver final : public Driver {
+ public:
+  int open(int device) override { return 40 + device; }
+  int request(int /*descriptor*/, uint32_t /*code*/, gfast_iocreq& request) override {
+    std::memset(request.req_u.memread.buf, static_cast<int>(request.req_u.memread.hw_mem_addr & 0xFFU), 4);
+    return 0;
+  }
+  void close(int /*descriptor*/) override {}
+  void rediscover() override {}
+};
+
+TEST(RecordingDriverThreads, WriteWholeExchangesEach) {
+  constexpr uint32_t each = 500;
+  const TemporaryFolder folder;
+  EchoDriver echo;
+  RecordingDriver recording(echo, folder.file("trace.txt"), false);
+  const int descriptor = recording.open(0);
+  const auto readAll = [&](uint32_t base) {
+    for (uint32_t i = 0; i < each; i++) {
+      char bytes[4] = {};
+      gfast_iocreq request = emptyRequest();
+      request.req_u.memread = {base + i, 4, bytes, 4, 0, 0};
+      recording.request(descriptor, DFEIOCMEMRD, request);
+    }
+  };
+  std::thread other(readAll, 0xE0000000);
+  readAll(0xD0000000);
+  other.join();
+  std::istringstream lines(folder.read("trace.txt"));
+  std::string line;
+  std::getline(lines, line);
+  std::getline(lines, line);
+  uint32_t read = 0;
+  for (; std::getline(lines, line); read++) {
+    const size_t address = line.find("memread ") + std::strlen("memread ");
+    const bool commands = line[address] == 'd';
+    const std::string low = line.substr(address + 6, 2);
+    EXPECT_THAT(line, HasSubstr(commands ? " c 0 memread d" : " n 0 memread e"));
+    std::getline(lines, line);
+    EXPECT_EQ(line, "  < " + low + low + low + low);
+  }
+  EXPECT_EQ(read, 2 * each);
 }
 
 TEST(RecordedIfAsked, IsTheDriverItselfWithoutAFileInTheEnvironment) {
