@@ -34,6 +34,9 @@ class RecordTape {
   // Lets the next round be taken when it is due and all before it was taken or put aside.
   void advance(uint64_t now_us);
 
+  // Puts aside what was due and not taken.
+  void giveUp() { putAside(end_); }
+
   // What the device says next, never null.
   Answer take(TraceKind kind, int device);
 

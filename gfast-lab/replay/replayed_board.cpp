@@ -21,7 +21,7 @@ constexpr uint64_t kLongest_us = 3600 * kSecond_us;  // of a timer; whoever wait
 constexpr uint64_t kNever_us = std::numeric_limits<uint64_t>::max();
 
 // How long a command waits at most for the notification thread, once for each of its rounds.
-constexpr std::chrono::milliseconds kPatience{1000};
+constexpr std::chrono::milliseconds kPatience{3000};
 constexpr std::chrono::milliseconds kPatienceOnceLost{10};  // until the thread has taken something again
 
 // So many requests that the trace does not hold are named, each once.
@@ -224,6 +224,9 @@ void ReplayedBoard::jumpTo(std::unique_lock<std::mutex>& lock, uint64_t time_us)
 void ReplayedBoard::awaitRound(std::unique_lock<std::mutex>& lock) {
   const auto patience = attended_ ? kPatience : kPatienceOnceLost;
   attended_ = handled_.wait_for(lock, patience, [this] { return tape_.done(); });
+  if (!attended_) {
+    tape_.giveUp();
+  }
 }
 
 void ReplayedBoard::skipTo(uint64_t time_us) {

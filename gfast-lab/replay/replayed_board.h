@@ -79,7 +79,6 @@ class ReplayedBoard final : public Driver {
   Answer takeRecord(const TraceRequest& request);
   void setTimers();
   void report(const TraceRequest& request);
-  bool isNews(const TraceRequest& request);
 
   const TimeSource time_;
   const Report report_;

@@ -233,6 +233,7 @@ TEST(ReplayedBoard, DoesNotWaitForeverForEventsThatNobodyTakes) {
   const auto waited = std::chrono::steady_clock::now() - start;
   EXPECT_GT(waited, 900ms);
   EXPECT_LT(waited, 30s);
+  EXPECT_EQ(replay.event(), 1);  // it is not lost
 }
 
 // What the notification thread of a console does: waits for both devices, then reads events of those that are
