@@ -36,14 +36,14 @@ class Replayed {
   explicit Replayed(const std::string& lines, const char* title = "gfast-trace 1\n")
       : board_(
             parseTrace(title + lines), [this](const std::string& line) { reports_.push_back(line); },
-            [this] { return time_us_.load(); }) {
+            [this] { return uint64_t{time_us_}; }) {
     descriptor_ = board_.open(0);
   }
 
   ReplayedBoard& board() { return board_; }
   int descriptor() const { return descriptor_; }
   const std::vector<std::string>& reports() const { return reports_; }
-  void setTime(double seconds) { time_us_ = static_cast<uint64_t>(seconds * kSecond_us); }
+  void setTime(double seconds) { time_us_ = static_cast<uint32_t>(seconds * kSecond_us); }
 
   // The first byte of four that are read, or minus the errno.
   int read(uint32_t address = 0xD0000000) {
@@ -79,7 +79,7 @@ class Replayed {
   }
 
  private:
-  std::atomic<uint64_t> time_us_{0};
+  std::atomic<uint32_t> time_us_{0};  // the board's processor has no atomic words of 64 bits
   std::vector<std::string> reports_;
   ReplayedBoard board_;
   int descriptor_ = -1;
