@@ -7,7 +7,13 @@
 #include <optional>
 #include <string>
 
+#include "clock/clock.h"
 #include "driver/driver.h"
+#include "driver/recording_driver.h"
+#include "gfast-lab/replay/blanked_trace.h"
+#include "gfast-lab/replay/replay_clock.h"
+#include "gfast-lab/replay/replayed_board.h"
+#include "gfast-lab/replay/trace_reader.h"
 #include "qvrcli/session/server.h"
 #include "virtual-board/board/virtual_board.h"
 #include "virtual-board/description/board_file.h"
@@ -15,6 +21,7 @@
 using namespace gfast;
 using namespace gfast::board;
 using namespace gfast::console;
+using namespace gfast::replay;
 
 namespace {
 
@@ -45,12 +52,15 @@ constexpr const char* kFooter =
     "                        the file's\n"
     "  result                ok, or the name of the error\n"
     "\n"
-    "A mistake on the command line or in the board file is one line on standard error and exit status 2.";
+    "A mistake on the command line, in the board file or in the field trace is one line on standard error "
+    "and exit status 2.";
 
 struct Options {
   std::string board;
   uint16_t port = kConsolePort;
   std::string trace;
+  std::string replayed;
+  std::string blanked;
   std::string script;
 };
 
@@ -65,6 +75,16 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
       ->capture_default_str();
   app.add_option("--trace-requests", options.trace, "Write one line a driver request to this file")
       ->type_name("FILE");
+  CLI::Option* const replayed =
+      app.add_option("--replay", options.replayed,
+                     "Answer from this field trace instead of a virtual board; docs/field-traces.md")
+          ->type_name("FILE")
+          ->excludes("--board", "--trace-requests");
+  app.add_option(
+         "--blank-into", options.blanked,
+         "Write the replayed trace, its MAC addresses and serial numbers blanked, into this file and end")
+      ->type_name("FILE")
+      ->needs(replayed);
   app.add_option("SCRIPT", options.script, "File of commands to run instead of serving sessions")
       ->type_name("");
   try {
@@ -78,16 +98,46 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
   return std::nullopt;
 }
 
-int run(const Options& options) {
-  const BoardConfig config = options.board.empty() ? BoardConfig() : readBoardFile(options.board);
-  // Never deleted: the notification thread uses it until the process ends.
-  auto* board = new VirtualBoard(config);
-  if (const int error = options.trace.empty() ? 0 : board->traceRequests(options.trace); error != 0) {
-    std::fprintf(stderr, "gfast-lab: %s: %s\n", options.trace.c_str(), std::strerror(error));
-    return kUsageError;
-  }
-  installDriver(*board);
+int fail(const std::string& file, int error) {
+  std::fprintf(stderr, "gfast-lab: %s: %s\n", file.c_str(), std::strerror(error));
+  return kUsageError;
+}
+
+int runConsoleBefore(Driver& board, const Options& options) {
+  installDriver(recordedIfAsked(board));
   return runConsole(options.script.empty() ? nullptr : options.script.c_str(), options.port);
+}
+
+// What serves the console is never deleted: the notification thread uses it until the process ends.
+
+int runOnVirtualBoard(const Options& options) {
+  auto* board = new VirtualBoard(options.board.empty() ? BoardConfig() : readBoardFile(options.board));
+  if (const int error = options.trace.empty() ? 0 : board->traceRequests(options.trace); error != 0) {
+    return fail(options.trace, error);
+  }
+  return runConsoleBefore(*board, options);
+}
+
+int runOnReplay(const Options& options) {
+  FieldTrace trace = readTrace(options.replayed);
+  if (trace.cut) {
+    std::fprintf(stderr, "%s: the last exchange is not whole and is left out\n", options.replayed.c_str());
+  }
+  if (!options.blanked.empty()) {
+    const int error = writeBlanked(std::move(trace), options.blanked);
+    return error == 0 ? 0 : fail(options.blanked, error);
+  }
+  const auto started_us = trace.started_us;
+  const auto report = [file = options.replayed](const std::string& line) {
+    std::fprintf(stderr, "%s: %s\n", file.c_str(), line.c_str());
+  };
+  // A script is to print the same on every machine, so time does not pass while it computes.
+  const auto time = options.script.empty() ? ReplayedBoard::TimeSource() : [] { return uint64_t{0}; };
+  auto* board = new ReplayedBoard(std::move(trace), report, time);
+  if (started_us) {
+    installClock(*new ReplayClock(*board, *started_us, clockSource()));
+  }
+  return runConsoleBefore(*board, options);
 }
 
 }  // namespace
@@ -96,8 +146,13 @@ int main(int argc, char* argv[]) {
   try {
     Options options;
     const auto status = parseOptions(argc, argv, options);
-    return status ? *status : run(options);
+    if (status) {
+      return *status;
+    }
+    return options.replayed.empty() ? runOnVirtualBoard(options) : runOnReplay(options);
   } catch (const BoardFileError& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+  } catch (const TraceError& error) {
     std::fprintf(stderr, "%s\n", error.what());
   } catch (const std::exception& error) {
     std::fprintf(stderr, "gfast-lab: %s\n", error.what());

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "driver/recording_driver.h"
+
 using namespace gfast;
 
 int KernelDriver::open(int device) {
@@ -33,5 +35,6 @@ void KernelDriver::rediscover() {
 void QVR_useKernelDriver() {
   // Never destroyed: the notification thread may still be asking while the process exits.
   static auto* kernelDriver = new KernelDriver;
-  installDriver(*kernelDriver);
+  static Driver& used = recordedIfAsked(*kernelDriver);
+  installDriver(used);
 }

@@ -4,7 +4,7 @@
 
 #include <cerrno>
 
-#include "virtual-board/base/errno_names.h"
+#include "std/errno_names.h"
 
 namespace gfast::board {
 

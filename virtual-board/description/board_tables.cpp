@@ -15,7 +15,7 @@
 #include "chip/extcom.h"
 #include "chip/log_records.h"
 #include "std/byte_order.h"
-#include "virtual-board/base/errno_names.h"
+#include "std/errno_names.h"
 #include "virtual-board/base/line_framing.h"
 #include "virtual-board/base/sparse_memory.h"
 #include "virtual-board/board/request_kind.h"

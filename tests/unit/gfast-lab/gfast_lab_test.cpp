@@ -33,8 +33,9 @@ Outcome lab(const std::string& arguments) {
 TEST(GfastLab, HelpExplainsEverything) {
   const Outcome help = lab("--help");
   EXPECT_EQ(help.status, 0);
-  for (const char* text : {"--board FILE", "--port N", "--trace-requests FILE", "SCRIPT", "100 m of CAD55",
-                           "seconds since start", "exit status 2"}) {
+  for (const char* text :
+       {"--board FILE", "--port N", "--trace-requests FILE", "--replay FILE", "--blank-into FILE", "SCRIPT",
+        "100 m of CAD55", "seconds since start", "exit status 2"}) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
 }
@@ -51,6 +52,10 @@ TEST(GfastLab, MistakesOnTheCommandLineAreOneLineAndStatus2) {
       {"a b", "gfast-lab: The following argument was not expected: b (--help explains)\n"},
       {"--trace-requests /nonexistent/x", "gfast-lab: /nonexistent/x: No such file or directory\n"},
       {"--board missing.toml", "missing.toml: No such file or directory\n"},
+      {"--replay missing.trace", "missing.trace: No such file or directory\n"},
+      {"--replay /dev/null", "/dev/null:1: the first line is not that of a field trace: gfast-trace 1\n"},
+      {"--replay x --board y", "gfast-lab: --board excludes --replay (--help explains)\n"},
+      {"--blank-into x", "gfast-lab: --blank-into requires --replay (--help explains)\n"},
   };
   for (const auto& mistake : mistakes) {
     const Outcome outcome = lab(mistake.arguments);

@@ -16,8 +16,8 @@
 #include "chip/boot_register.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
+#include "std/errno_names.h"
 #include "unit/virtual-board/temp_file.h"
-#include "virtual-board/base/errno_names.h"
 #include "virtual-board/board/virtual_board.h"
 #include "virtual-board/description/board_file.h"
 

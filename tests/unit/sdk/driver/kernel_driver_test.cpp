@@ -5,8 +5,10 @@
 #include <qvr/kernel_driver.h>
 
 #include <cerrno>
+#include <cstdlib>
 
 #include "driver/envelope.h"
+#include "driver/recording_driver.h"
 
 using namespace gfast;
 
@@ -32,6 +34,18 @@ TEST(KernelDriver, CarriesTheRequestsOnceAProgramUsesIt) {
   QVR_useKernelDriver();
   Driver* const used = &driver();
   EXPECT_NE(dynamic_cast<KernelDriver*>(used), nullptr);
+  QVR_useKernelDriver();
+  EXPECT_EQ(&driver(), used);
+}
+
+TEST(KernelDriver, IsRecordedWhenTheEnvironmentAsksForAFieldTrace) {
+  ::setenv("GFAST_TRACE", "/dev/null", 1);
+  QVR_useKernelDriver();
+  Driver* const used = &driver();
+  EXPECT_NE(dynamic_cast<RecordingDriver*>(used), nullptr);
+  errno = 0;
+  EXPECT_EQ(used->open(7), -1);
+  EXPECT_EQ(errno, ENOENT);
   QVR_useKernelDriver();
   EXPECT_EQ(&driver(), used);
 }
