@@ -4,7 +4,7 @@
 #include <span>
 
 #include "chip/far_end_messages.h"
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
 

@@ -7,7 +7,7 @@
 #include <cstring>
 
 #include "chip/boot_register.h"
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 #include "chip/registers.h"
 #include "driver/envelope.h"
 #include "qvrdev/requests.h"

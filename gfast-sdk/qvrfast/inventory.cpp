@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "qvrfast/version_text.h"
 #include "qvrline/eoc.h"
 #include "qvrline/line_table.h"

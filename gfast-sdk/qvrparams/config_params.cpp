@@ -6,7 +6,7 @@
 #include <cstring>
 
 #include "chip/boot_register.h"
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "qvrline/line_table.h"
 #include "qvrlog/qvrlog.h"
 #include "qvrparams/covered_memory.h"

@@ -7,7 +7,7 @@
 #include <memory>
 #include <new>
 
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "qvrlog/qvrlog.h"
 #include "qvrparams/covered_memory.h"
 #include "std/byte_order.h"

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "qvrparams/startup_parameters.h"
 
 namespace gfast {

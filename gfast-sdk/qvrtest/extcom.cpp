@@ -3,7 +3,7 @@
 #include <initializer_list>
 #include <span>
 
-#include "chip/extcom.h"
+#include "chip/extcom_memory.h"
 
 using namespace gfast;
 

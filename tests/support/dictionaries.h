@@ -1,7 +1,7 @@
 // Dictionaries of parameters as chips hold them, and the requests that load them.
 #pragma once
 
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "support/driver_script.h"
 
 using namespace gfast;

@@ -42,14 +42,14 @@ class Tree {
     write("gfast-sdk/include/qvr.h", "#include <qvr/types.h>\n");
     write("gfast-sdk/include/qvr/types.h", "#include <gfast_api.h>\n#include <chip/counter_records.h>\n");
     write("gfast-sdk/chip/counter_records.h", "#include <stdint.h>\n");
-    write("gfast-sdk/chip/flash.h", "#include <cstdint>\n");
+    write("gfast-sdk/chip/flash_layout.h", "#include <cstdint>\n");
     write("gfast-sdk/std/byte_order.h", "#include <cstdint>\n");
     write("gfast-sdk/driver/driver.h", "#include <gfast_api.h>\n");
     write("gfast-sdk/qvrdev/memory.h", "#include <qvr.h>\n");
-    write(
-        "gfast-sdk/qvrdev/memory.cpp",
-        "#include \"qvrdev/memory.h\"\n#include <fmt/printf.h>\n#include <mutex>\n#include \"chip/flash.h\"\n"
-        "#include \"driver/driver.h\"\n#include \"std/byte_order.h\"\n");
+    write("gfast-sdk/qvrdev/memory.cpp",
+          "#include \"qvrdev/memory.h\"\n#include <fmt/printf.h>\n#include <mutex>\n#include "
+          "\"chip/flash_layout.h\"\n"
+          "#include \"driver/driver.h\"\n#include \"std/byte_order.h\"\n");
     write("gfast-sdk/qvrline/eoc.h", "#include \"qvrdev/memory.h\"\n");
     write("gfast-sdk/qvrparams/dictionary.cpp", "#include \"qvrline/eoc.h\"\n#include \"memory.h\"\n");
     write("gfast-sdk/qvrparams/memory.h", "");
@@ -59,13 +59,13 @@ class Tree {
           "#include <sys/socket.h>\n#include \"qvrcli/text/rows.h\"\n");
     write("gfast-cli/qvrcli/text/rows.h", "#include <fmt/format.h>\n#include <qvr.h>\n");
     write("gfast-cli/qvrcli/text/words.inc", "");
-    write("gfast-cli/qvrcli/tones/tones.h", "#include \"chip/flash.h\"\n");
+    write("gfast-cli/qvrcli/tones/tones.h", "#include \"chip/flash_layout.h\"\n");
     write("gfast-cli/qvrcli/vocabulary/rows.cpp", "#include \"qvrcli/tones/tones.h\"\n");
     write("virtual-board/base/agenda.h", "#include <map>\n");
-    write("virtual-board/chip/flash.h",
-          "#include \"chip/flash.h\"\n#include \"virtual-board/base/agenda.h\"\n");
+    write("virtual-board/chip/flash_layout.h",
+          "#include \"chip/flash_layout.h\"\n#include \"virtual-board/base/agenda.h\"\n");
     write("virtual-board/board/virtual_board.h",
-          "#include <driver/driver.h>\n#include \"virtual-board/chip/flash.h\"\n");
+          "#include <driver/driver.h>\n#include \"virtual-board/chip/flash_layout.h\"\n");
     write("virtual-board/description/file.cpp", "#include <toml++/toml.h>\n");
     write("gfast-lab/gfast-lab.cpp",
           "#include <CLI/CLI.hpp>\n#include \"qvrcli/session/server.h\"\n"
@@ -108,8 +108,8 @@ constexpr Refusal kRooms[] = {
      ":1: virtual-board/chip must not know virtual-board/board/virtual_board.h"},
     {"TextThatKnowsAFamily", "gfast-cli/qvrcli/text/up.cpp", "#include \"qvrcli/tones/tones.h\"\n",
      ":1: gfast-cli/qvrcli/text must not know gfast-cli/qvrcli/tones/tones.h"},
-    {"ChipMemoryInTheSession", "gfast-cli/qvrcli/session/raw.cpp", "#include \"chip/flash.h\"\n",
-     ":1: gfast-cli/qvrcli/session must not know gfast-sdk/chip/flash.h"},
+    {"ChipMemoryInTheSession", "gfast-cli/qvrcli/session/raw.cpp", "#include \"chip/flash_layout.h\"\n",
+     ":1: gfast-cli/qvrcli/session must not know gfast-sdk/chip/flash_layout.h"},
     {"TheLibraryBehindTheBoard", "virtual-board/board/library.cpp", "#include <qvr.h>\n",
      ":1: virtual-board/board must not know gfast-sdk/include/qvr.h"},
     {"TheBoardInTheLibrary", "gfast-sdk/qvrline/board.cpp", "#include \"virtual-board/base/agenda.h\"\n",
@@ -119,8 +119,8 @@ constexpr Refusal kRooms[] = {
     {"AnInternalHeaderInAPublicOne", "gfast-sdk/include/qvr/lines.h",
      "#include <stdint.h>\n#include <qvrdev/memory.h>\n",
      ":2: gfast-sdk/include/qvr must not know gfast-sdk/qvrdev/memory.h"},
-    {"AChipHeaderInAPublicOne", "gfast-sdk/include/qvr/lines.h", "#include <chip/flash.h>\n",
-     ":1: gfast-sdk/include/qvr must not know gfast-sdk/chip/flash.h"},
+    {"AChipHeaderInAPublicOne", "gfast-sdk/include/qvr/lines.h", "#include <chip/flash_layout.h>\n",
+     ":1: gfast-sdk/include/qvr must not know gfast-sdk/chip/flash_layout.h"},
     {"AnythingInTheDriversContract", "gfast-sdk/include/gfast_api.h", "#include <qvr/types.h>\n",
      ":1: gfast-sdk/include/gfast_api.h must not know gfast-sdk/include/qvr/types.h"},
     {"AFolderWithoutARow", "gfast-sdk/qvrnew/new.cpp", "#include <cstdint>\n",
@@ -174,7 +174,7 @@ constexpr Refusal kSpelling[] = {
      ":2: gfast-sdk/qvrdev must not know gfast-sdk/qvrline/eoc.h"},
     {"InACaseThatIsNotCompiled", "gfast-sdk/qvrdev/odd.cpp", "#if 0\n#include \"qvrline/eoc.h\"\n#endif\n",
      ":2: gfast-sdk/qvrdev must not know gfast-sdk/qvrline/eoc.h"},
-    {"Macro", "gfast-sdk/qvrdev/odd.cpp", "#define WHICH \"chip/flash.h\"\n#include WHICH\n",
+    {"Macro", "gfast-sdk/qvrdev/odd.cpp", "#define WHICH \"chip/flash_layout.h\"\n#include WHICH\n",
      ":2: #include WHICH: write the header out"},
     {"NothingAtAll", "gfast-sdk/qvrdev/odd.cpp", "#include\n", ":1: #include : write the header out"},
     {"IncludeNext", "gfast-sdk/qvrdev/odd.cpp", "#include_next <cstdint>\n",

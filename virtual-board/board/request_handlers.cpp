@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <iterator>
 
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 
 namespace gfast::board {
 

@@ -9,7 +9,7 @@
 
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 #include "chip/log_records.h"
 #include "chip/registers.h"
 #include "std/bits.h"

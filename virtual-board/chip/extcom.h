@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "chip/extcom.h"
+#include "chip/extcom_memory.h"
 #include "virtual-board/base/address_space.h"
 #include "virtual-board/base/agenda.h"
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 
 namespace gfast::board {
 

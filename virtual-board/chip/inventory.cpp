@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "virtual-board/chip/device_info.h"
 
 namespace gfast::board {

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
 

@@ -12,7 +12,7 @@
 #include <string_view>
 
 #include "chip/device_information.h"
-#include "chip/extcom.h"
+#include "chip/extcom_memory.h"
 #include "chip/log_records.h"
 #include "std/byte_order.h"
 #include "std/errno_names.h"

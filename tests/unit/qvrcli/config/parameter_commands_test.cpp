@@ -1,7 +1,7 @@
 // The commands that print the firmware's parameters: given this dictionary and these values, these lines are
 // printed.
 #include "qvrcli/config/parameter_commands.h"
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 
 #include "support/chip_identity.h"
 #include "support/dictionaries.h"

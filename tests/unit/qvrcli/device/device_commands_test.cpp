@@ -1,7 +1,7 @@
 // A chip as a whole: given what the chip answers, when this is typed, this is printed.
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "chip/registers.h"
 #include "std/byte_order.h"
 #include "support/boot_register.h"

@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "chip/boot_register.h"
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 #include "chip/registers.h"
 #include "support/boot_register.h"
 #include "unit/qvrcli/typed_console.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "support/chip_identity.h"
 #include "support/inventory.h"
 #include "support/lines.h"

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "chip/registers.h"
 
 using namespace gfast;

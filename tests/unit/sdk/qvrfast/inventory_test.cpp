@@ -3,7 +3,7 @@
 #include <cstring>
 #include <thread>
 
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "qvrline/eoc.h"
 #include "support/assertions.h"
 #include "support/devices.h"

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <thread>
 
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "driver/driver.h"
 #include "qvrline/line_table.h"
 #include "std/byte_order.h"

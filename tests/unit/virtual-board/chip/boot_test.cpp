@@ -2,7 +2,7 @@
 
 #include "chip/boot_register.h"
 #include "chip/device_information.h"
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 #include "chip/registers.h"
 #include "unit/virtual-board/bench.h"
 

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "chip/flash.h"
+#include "chip/flash_layout.h"
 #include "unit/virtual-board/bench.h"
 
 using namespace gfast;

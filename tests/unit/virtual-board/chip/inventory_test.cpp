@@ -2,7 +2,7 @@
 #include <gfast_api.h>
 #include <gtest/gtest.h>
 
-#include "chip/inventory.h"
+#include "chip/inventory_records.h"
 #include "unit/virtual-board/bench.h"
 
 using namespace gfast;

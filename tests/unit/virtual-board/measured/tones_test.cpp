@@ -8,7 +8,7 @@
 
 #include "chip/counter_records.h"
 #include "chip/device_information.h"
-#include "chip/parameters.h"
+#include "chip/parameter_records.h"
 #include "chip/registers.h"
 #include "chip/tones.h"
 #include "unit/virtual-board/measured/counters.h"
