@@ -6,7 +6,7 @@
 
 namespace gfast::console {
 
-// Local time, "2023-11-14T22:15:00+UTC"; empty when the zone's name is too long for 29 characters in all.
+// Local time, "2023-11-14T22:15:00+UTC", however long the zone's name is.
 std::string localTimeText(time_t time);
 
 }  // namespace gfast::console

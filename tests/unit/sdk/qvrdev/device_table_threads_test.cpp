@@ -55,6 +55,7 @@ TEST(DeviceTableThreads, ReadersSeeWholeRecordsWhileDevicesComeAndGo) {
       for (QVR_deviceId_t device = 0; device < QVR_K_MAX_DEVICES; device++) {
         uint8_t sbr[4];
         QVR_readmem(device, SBR_REG_ADDRESS, sbr, sizeof sbr);
+        QVR_getDeviceInfo(device, nullptr);
         setLineState(device, 0, LS_INIT_TRAIN);
         const QVR_deviceInfo_t record = deviceRecord(device);
         EXPECT_TRUE(record.temperatureInCelcius == 0 || record.temperatureInCelcius == 0x66666666U);
