@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS gfast-cli gfast-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
 
-# One folder of headers, so that one -I is enough. Of chip/ only what the public headers are made from.
+# One folder of headers, so that one -I is enough. Of chip/ and std/ only what the public headers are made from.
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/gfast-sdk)
 install(DIRECTORY gfast-sdk/include/ DESTINATION ${headers} COMPONENT library)
 install(
@@ -15,6 +15,7 @@ install(
     gfast-sdk/chip/parameter_ids.h
   DESTINATION ${headers}/chip
   COMPONENT library)
+install(FILES gfast-sdk/std/c_words.h DESTINATION ${headers}/std COMPONENT library)
 
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/gfast-sdk)
 set_target_properties(gfast-kernel-driver PROPERTIES EXPORT_NAME kernel-driver)

@@ -1,7 +1,7 @@
 // Why an initialisation failed.
 #pragma once
 
-#include <gfast_api.h>
+#include <std/c_words.h>
 
 // Initialisation success/failure cause (ITU-T G.997.2). A chip may say others.
 typedef uint32_t G9972_initSuccessFailureCause_t;

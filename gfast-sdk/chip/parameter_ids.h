@@ -1,7 +1,7 @@
 // The firmware's start-up parameters: their numbers and names.
 #pragma once
 
-#include <gfast_api.h>
+#include <std/c_words.h>
 
 // clang-format off
 

@@ -5,20 +5,12 @@
 // are those of a processor with 32-bit pointers, the only one the driver runs on.
 #pragma once
 
+#include <std/c_words.h>
 #include <stddef.h>
 #include <stdint.h>
 
-// An enumeration of 32 bits is a type of its own in C++ and a plain word in C. Words without a name are
-// values that others may stand beside.
 #ifdef __cplusplus
-#define GFAST_API_ENUM(name) enum name : uint32_t
-#define GFAST_API_WORDS enum : uint32_t
 extern "C" {
-#else
-#define GFAST_API_ENUM(name) \
-  typedef uint32_t name;     \
-  enum
-#define GFAST_API_WORDS enum
 #endif
 
 #define DFEIOC_MAGIC 'K'

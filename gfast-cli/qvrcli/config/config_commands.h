@@ -7,7 +7,7 @@
 
 #include <span>
 
-#include "qvrcli/vocabulary/command.h"
+#include "qvrcli/command.h"
 
 namespace gfast::console {
 

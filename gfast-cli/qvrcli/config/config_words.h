@@ -6,10 +6,10 @@
 #include <span>
 #include <string_view>
 
+#include "qvrcli/command.h"
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/config/config_fields.h"
 #include "qvrcli/config/config_rules.h"
-#include "qvrcli/vocabulary/command.h"
 
 namespace gfast::console {
 

@@ -3,7 +3,7 @@
 
 #include <span>
 
-#include "qvrcli/vocabulary/command.h"
+#include "qvrcli/command.h"
 
 namespace gfast::console {
 

@@ -4,7 +4,7 @@
 
 #include <span>
 
-#include "qvrcli/vocabulary/command.h"
+#include "qvrcli/command.h"
 
 namespace gfast::console {
 
