@@ -110,7 +110,7 @@ TEST_F(Diagnostics, LogIsShownInTheSessionForSomeSeconds) {
 }
 
 TEST_F(Diagnostics, LogIsShownUntilItIsStopped) {
-  start(kQuiet + logAt("0.1", "first\\n"));
+  start(kQuiet + logAt("1.5", "first\\n"));
   EXPECT_EQ(typed("start logging"), "Logging started...\r\n");
   program().awaitOutput("first\n");
   EXPECT_THAT(typed("show version"), MatchesRegex("\\$Date[^\r]*\r\n" + kStamp + "first\r\n"));
@@ -119,7 +119,7 @@ TEST_F(Diagnostics, LogIsShownUntilItIsStopped) {
 }
 
 TEST_F(Diagnostics, LogBeginsOnALineOfItsOwnBelowHalfACommand) {
-  start(kQuiet + logAt("0.1", "first\\n"));
+  start(kQuiet + logAt("2", "first\\n"));
   EXPECT_EQ(typed("start logging"), "Logging started...\r\n");
   EXPECT_THAT(session().typeKeys("show ver"), MatchesRegex("show ver\r\n" + kStamp + "first\r\n"));
   EXPECT_EQ(session().typeKeys("sion\r"), std::string("show version\r\n") + kVersion);

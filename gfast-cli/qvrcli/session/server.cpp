@@ -4,7 +4,6 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -29,13 +28,10 @@ constexpr int kBacklog = 50;
 constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
 
 // A peer that is silent for kKeepAliveIdle seconds is probed, and given up after kKeepAliveProbes probes
-// without an answer. A peer that takes no output for kSendTimeout seconds, or does not acknowledge it for
-// kUserTimeout milliseconds, is given up as well.
+// without an answer. The relay gives up a peer that does not acknowledge its output.
 constexpr int kKeepAliveIdle = 30;
 constexpr int kKeepAliveInterval = 10;
 constexpr int kKeepAliveProbes = 3;
-constexpr time_t kSendTimeout = 10;
-constexpr int kUserTimeout = 60 * 1000;
 
 void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
   std::puts(line);
@@ -68,9 +64,6 @@ void setConnectionOptions(int connection) {
   setOption(connection, IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdle);
   setOption(connection, IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveInterval);
   setOption(connection, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
-  setOption(connection, IPPROTO_TCP, TCP_USER_TIMEOUT, kUserTimeout);
-  const timeval timeout{kSendTimeout, 0};
-  setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
 }
 
 void announce(int connection) {
