@@ -1,7 +1,7 @@
 // The console on the board: the kernel driver behind it, a script file as its only argument.
 #include <qvr/kernel_driver.h>
 
-#include "qvrcli/session/server.h"
+#include "qvrcli/run_console.h"
 
 using namespace gfast::console;
 

@@ -14,7 +14,7 @@
 #include "gfast-lab/replay/replay_clock.h"
 #include "gfast-lab/replay/replayed_board.h"
 #include "gfast-lab/replay/trace_reader.h"
-#include "qvrcli/session/server.h"
+#include "qvrcli/run_console.h"
 #include "virtual-board/board/virtual_board.h"
 #include "virtual-board/description/board_file.h"
 

@@ -15,10 +15,12 @@ namespace {
 
 constexpr int kRegularInterval = 5;  // seconds
 
-// Runs now and then while the interpreter waits for input. What it prints appears behind the text that is
-// being typed, so the prompt and that text are shown again.
+// Runs now and then while the interpreter waits for input. What it prints begins on a line of its own, below
+// the text that is being typed, and then the prompt and that text are shown again.
 int showWaiting(cli_def* interpreter) {
-  if (printWaiting(interpreter)) {
+  if (linesWait()) {
+    cli_print(interpreter, "%s", "");
+    printWaiting(interpreter);
     cli_reprompt(interpreter);
   }
   return CLI_OK;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 
 #include "clock/clock.h"
 #include "gfast-lab/replay/replayed_board.h"
@@ -22,6 +23,8 @@ class ReplayClock final : public Clock {
     return static_cast<time_t>((started_us_ + static_cast<int64_t>(board_.clock_us())) / second_us);
   }
 
+  std::chrono::microseconds steady() override { return waiting_.steady(); }
+
   void sleep(std::chrono::microseconds duration) override {
     waiting_.sleep(board_.pass(duration) ? std::min(duration, kLeast) : duration);
   }
@@ -30,9 +33,8 @@ class ReplayClock final : public Clock {
     return waiting_.waitReadable(descriptors, limit, duration);
   }
 
-  bool sleepWhileConnected(int descriptor, std::chrono::microseconds duration) override {
-    return waiting_.sleepWhileConnected(descriptor,
-                                        board_.pass(duration) ? std::min(duration, kLeast) : duration);
+  bool sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) override {
+    return waiting_.sleepWhile(board_.pass(duration) ? std::min(duration, kLeast) : duration, mayGoOn);
   }
 
  private:

@@ -225,13 +225,27 @@ TEST(HostileClient, ResetsWhileAScriptRunsForEver) {
 
 TEST(HostileClient, SendsMuchAndNeverReads) {
   LabServer lab;
-  ConsoleSession session(lab.port());
-  const timeval timeout{2, 0};
-  setsockopt(session.socket(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
-  const std::string input = repeat(kMuch, 200);
-  while (send(session.socket(), input.data(), input.size(), MSG_NOSIGNAL) > 0) {
+  {
+    ConsoleSession session(lab.port());
+    const timeval timeout{2, 0};
+    setsockopt(session.socket(), SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
+    const std::string input = repeat(kMuch, 200);
+    while (send(session.socket(), input.data(), input.size(), MSG_NOSIGNAL) > 0) {
+    }
   }
-  expectAlive(lab);  // while this client still holds its connection
+  expectAlive(lab);
+}
+
+// As long as its system answers, a reader that pauses is an idle session like any other.
+TEST(HostileClient, PausesForLongInALongListing) {
+  LabServer lab;
+  TemporaryFolder folder;
+  const std::string script = folder.write("a.txt", kMuch + "\n"s);
+  OpenSession session(lab.port());
+  session.send("run " + script + " 20\r");  // more than all buffers on the way hold
+  std::this_thread::sleep_for(65s);
+  EXPECT_EQ(session.typeKeys("").find("Interrupted"), std::string::npos);
+  EXPECT_EQ(session.type("show version"), kVersion);
 }
 
 struct DescriptorLimit {

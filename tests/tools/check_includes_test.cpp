@@ -53,8 +53,8 @@ class Tree {
     write("gfast-sdk/qvrline/eoc.h", "#include \"qvrdev/memory.h\"\n");
     write("gfast-sdk/qvrparams/dictionary.cpp", "#include \"qvrline/eoc.h\"\n#include \"memory.h\"\n");
     write("gfast-sdk/qvrparams/memory.h", "");
-    write("gfast-cli/gfast-cli.cpp", "#include \"qvrcli/session/server.h\"\n");
-    write("gfast-cli/qvrcli/session/server.h", "#include <libcli.h>\n");
+    write("gfast-cli/gfast-cli.cpp", "#include \"qvrcli/run_console.h\"\n");
+    write("gfast-cli/qvrcli/run_console.h", "#include <libcli.h>\n");
     write("gfast-cli/qvrcli/session/server.cpp",
           "#include <sys/socket.h>\n#include \"qvrcli/text/rows.h\"\n");
     write("gfast-cli/qvrcli/text/rows.h", "#include <fmt/format.h>\n#include <qvr.h>\n");
@@ -68,7 +68,7 @@ class Tree {
           "#include <driver/driver.h>\n#include \"virtual-board/chip/flash_layout.h\"\n");
     write("virtual-board/description/file.cpp", "#include <toml++/toml.h>\n");
     write("gfast-lab/gfast-lab.cpp",
-          "#include <CLI/CLI.hpp>\n#include \"qvrcli/session/server.h\"\n"
+          "#include <CLI/CLI.hpp>\n#include \"qvrcli/run_console.h\"\n"
           "#include \"virtual-board/board/virtual_board.h\"\n");
     write("tests/support/doubles.h", "#include <gtest/gtest.h>\n#include \"qvrline/eoc.h\"\n");
   }

@@ -4,22 +4,16 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <system_error>
 
 #include "clock/clock.h"
-#include "clock/waiting.h"
-#include "qvrcli/qvrcli.h"
-#include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/session_printer.h"
 #include "qvrcli/session/session_relay.h"
 #include "qvrcli/session/session_stream.h"
-#include "qvrcli/session/stop.h"
 
 namespace gfast::console {
 
@@ -29,17 +23,10 @@ constexpr int kBacklog = 50;
 constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
 
 // A peer that is silent for kKeepAliveIdle seconds is probed, and given up after kKeepAliveProbes probes
-// without an answer. A peer that takes no output for kSendTimeout seconds, or does not acknowledge it for
-// kUserTimeout milliseconds, is given up as well.
+// without an answer. The relay gives up a peer that does not acknowledge its output.
 constexpr int kKeepAliveIdle = 30;
 constexpr int kKeepAliveInterval = 10;
 constexpr int kKeepAliveProbes = 3;
-constexpr time_t kSendTimeout = 10;
-constexpr int kUserTimeout = 60 * 1000;
-
-void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
-  std::puts(line);
-}
 
 int failed(int socket, const char* what) {
   std::perror(what);
@@ -68,9 +55,6 @@ void setConnectionOptions(int connection) {
   setOption(connection, IPPROTO_TCP, TCP_KEEPIDLE, kKeepAliveIdle);
   setOption(connection, IPPROTO_TCP, TCP_KEEPINTVL, kKeepAliveInterval);
   setOption(connection, IPPROTO_TCP, TCP_KEEPCNT, kKeepAliveProbes);
-  setOption(connection, IPPROTO_TCP, TCP_USER_TIMEOUT, kUserTimeout);
-  const timeval timeout{kSendTimeout, 0};
-  setsockopt(connection, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
 }
 
 void announce(int connection) {
@@ -101,13 +85,6 @@ void runSession(cli_def* interpreter, int connection) {
 void runFailedSession(cli_def* interpreter) {
   cli_loop(interpreter, -1);
   clockSource().sleep(kPauseAfterFailedAccept);
-}
-
-void runScript(cli_def* interpreter, FILE* script) {
-  cli_print_callback(interpreter, printToStandardOutput);
-  runLines(interpreter, script);
-  cli_print_callback(interpreter, nullptr);
-  std::fclose(script);
 }
 
 }  // namespace
@@ -146,28 +123,6 @@ void serveSessions(cli_def* interpreter, int listener) {
       runSession(interpreter, connection);
     }
   }
-}
-
-int runConsole(const char* script, uint16_t port) {
-  std::signal(SIGCHLD, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN);
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);
-  installMayGoOn(commandMayGoOn);
-  cli_def* const interpreter = cli_init();
-  QVR_cliInit(interpreter);
-  FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
-  if (file != nullptr) {
-    runScript(interpreter, file);
-    cli_done(interpreter);
-    return 0;
-  }
-  const int listener = openListener(port);
-  if (listener < 0) {
-    return 1;
-  }
-  serveSessions(interpreter, listener);
-  cli_done(interpreter);
-  return 0;
 }
 
 }  // namespace gfast::console

@@ -1,4 +1,4 @@
-// Running the console: a script file, or telnet sessions one after the other.
+// Telnet sessions, one after the other.
 #pragma once
 
 #include <libcli.h>
@@ -6,13 +6,6 @@
 #include <cstdint>
 
 namespace gfast::console {
-
-constexpr uint16_t kConsolePort = 9000;
-
-// The whole console, in front of the installed driver. With a script that can be opened, runs it and returns
-// 0. Otherwise listens on the port (0: any free one) and serves sessions; returns 1 when it cannot listen.
-// The result is the process's exit status.
-int runConsole(const char* script, uint16_t port);
 
 // Returns a socket that listens on the port, on every IPv4 address, or -1 after a message on standard error.
 int openListener(uint16_t port);

@@ -10,12 +10,15 @@
 #include <string_view>
 #include <system_error>
 
+#include "qvrcli/session/peer_liveness.h"
+
 namespace gfast::console {
 
 namespace {
 
 constexpr size_t kChunk = size_t{16} * 1024;
 constexpr int kProbeInterval_ms = 500;
+constexpr int kLivenessInterval_ms = 10 * 1000;
 
 ssize_t receiveSome(int socket, char* buffer, size_t size) {
   ssize_t received;
@@ -30,13 +33,24 @@ bool hungUp(int socket) {
   return poll(&other, 1, 0) > 0;
 }
 
-// False when the other side has closed.
-bool sendAll(int socket, std::string_view bytes) {
+// Waits until the descriptor is ready, in steps. False when the peer no longer answers meanwhile.
+bool awaitReady(int descriptor, short events, int connection) {
+  pollfd ready{descriptor, events, 0};
+  while (poll(&ready, 1, kLivenessInterval_ms) <= 0) {
+    if (!peerAnswers(connection)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// False when the peer is lost. A peer that does not read is waited for.
+bool sendAll(int connection, std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t sent = send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const ssize_t sent = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
     if (sent >= 0) {
       bytes.remove_prefix(static_cast<size_t>(sent));
-    } else if (errno != EINTR) {
+    } else if (errno == EAGAIN ? !awaitReady(connection, POLLOUT, connection) : errno != EINTR) {
       return false;
     }
   }
@@ -109,17 +123,17 @@ bool SessionRelay::endsBeforeInput() const {
 
 void SessionRelay::relayOutput() {
   char output[kChunk];
-  for (;;) {
+  while (awaitReady(relaySocket_, POLLIN, connection_)) {
     const ssize_t count = receiveSome(relaySocket_, output, sizeof output);
     if (count <= 0) {
       shutdown(connection_, SHUT_WR);
       return;
     }
     if (!sendAll(connection_, {output, static_cast<size_t>(count)})) {
-      giveUp();
-      return;
+      break;
     }
   }
+  giveUp();
 }
 
 // A connection that is closed with unread input is reset, and the peer may lose output that it has not read

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "clock/clock.h"
@@ -20,11 +21,13 @@ namespace {
 FILE* bufferedStream = nullptr;
 char streamBuffer[64 * 1024];
 
-constexpr size_t kMostWaiting = 100;  // lines
+// A burst of log lines between two looks; some 100 bytes each.
+constexpr size_t kMostWaiting = 5000;  // lines
 
 struct WaitingLines {
   std::mutex lock;
   std::vector<std::string> lines;
+  size_t lost = 0;  // for which there was no room behind these
 };
 
 // Never destroyed: the notification thread may still print while the process exits.
@@ -86,18 +89,31 @@ void printLater(const char* text) {
   const std::lock_guard guard(waiting.lock);
   if (waiting.lines.size() < kMostWaiting) {
     waiting.lines.emplace_back(text);
+  } else {
+    waiting.lost++;
   }
+}
+
+bool linesWait() {
+  WaitingLines& waiting = waitingLines();
+  const std::lock_guard guard(waiting.lock);
+  return !waiting.lines.empty();
 }
 
 bool printWaiting(cli_def* cli) {
   std::vector<std::string> lines;
+  size_t lost = 0;
   {
     WaitingLines& waiting = waitingLines();
     const std::lock_guard guard(waiting.lock);
     lines.swap(waiting.lines);
+    lost = std::exchange(waiting.lost, 0);
   }
   for (const std::string& line : lines) {
     cli_print(cli, "%s", line.c_str());
+  }
+  if (lost > 0) {
+    cli_print(cli, "%zu lines lost", lost);
   }
   return !lines.empty();
 }
@@ -106,6 +122,7 @@ void forgetWaiting() {
   WaitingLines& waiting = waitingLines();
   const std::lock_guard guard(waiting.lock);
   waiting.lines.clear();
+  waiting.lost = 0;
 }
 
 }  // namespace gfast::console

@@ -35,8 +35,11 @@ bool sessionLost(const cli_def* cli);
 
 // Keeps a line until the command thread prints it to the session. For all other threads, because only the
 // command thread may print through the interpreter. It is printed when the running command ends or, when none
-// runs, within a few seconds. At most 100 lines wait; more are dropped.
+// runs, within a few seconds. At most 5000 lines wait; of those that come then, the number is printed.
 void printLater(const char* text);
+
+// Whether lines wait.
+bool linesWait();
 
 // Prints the lines that wait. On the command thread. False when there were none.
 bool printWaiting(cli_def* cli);

@@ -83,7 +83,7 @@ TEST(StartUp, HasTheIdleInterpreterPrintWhatWaits) {
   EXPECT_FALSE(interpreter->showprompt);
   printLater("Event occurred");
   EXPECT_EQ(interpreter->regular_callback(interpreter), CLI_OK);
-  EXPECT_THAT(printed, ElementsAre("Event occurred"));
+  EXPECT_THAT(printed, ElementsAre("", "Event occurred")) << "the first ends the line that is being typed";
   EXPECT_TRUE(interpreter->showprompt);
 }
 

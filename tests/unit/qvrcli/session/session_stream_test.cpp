@@ -7,6 +7,7 @@
 
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "unit/qvrcli/printed_lines.h"
 
@@ -148,14 +149,20 @@ TEST(PrintLater, TakesLinesWhileOthersArePrinted) {
   EXPECT_THAT(printed.take(), Not(IsEmpty()));
 }
 
-TEST(PrintLater, Keeps100LinesAtMost) {
+TEST(PrintLater, Keeps5000LinesAndCountsTheOthers) {
   PrintedLines printed;
   cli_def* const cli = printed.cli();
-  for (int i = 0; i < 1000; i++) {
+  for (int i = 0; i < 5000; i++) {
     printLater("line");
   }
   printWaiting(cli);
-  EXPECT_EQ(printed.take().size(), 100U);
+  EXPECT_EQ(printed.take(), std::vector<std::string>(5000, "line"));
+  for (int i = 0; i < 5007; i++) {
+    printLater("line");
+  }
+  printWaiting(cli);
+  EXPECT_EQ(printed.take().back(), "7 lines lost");
+  EXPECT_FALSE(printWaiting(cli));
 }
 
 TEST(PrintLater, ForgetsLinesMeantForAnEarlierSession) {
