@@ -65,11 +65,11 @@ enum class TraceThread : char { kCommand = 'c', kNotification = 'n' };
 
 // How a kind of request is written.
 struct TraceForm {
-  TraceKind kind;
   std::string_view name;
   // A letter for each argument: an address (a), a number (n), the number of bytes sent (s) or wanted (w), a
   // file's name (f).
   std::string_view arguments;
+  TraceKind kind;
   bool answered = true;  // whether a result follows
   bool returns = false;  // whether bytes may come back
 };
