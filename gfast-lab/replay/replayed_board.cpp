@@ -238,7 +238,7 @@ void ReplayedBoard::skipTo(uint64_t time_us) {
 
 ReplayedBoard::Answer ReplayedBoard::takeRecord(const TraceRequest& request) {
   tape_.advance(now());
-  const Answer answer = tape_.take(request.kind, request.device);
+  Answer answer = tape_.take(request.kind, request.device);
   setTimers();
   handled_.notify_all();
   return answer;

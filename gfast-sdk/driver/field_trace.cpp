@@ -20,21 +20,21 @@ constexpr size_t kWordsInLine = 8;
 constexpr size_t kShortestRun = 4;  // words; a shorter one is written out
 
 constexpr TraceForm kForms[] = {
-    {TraceKind::kOpen, "open", ""},
-    {TraceKind::kClose, "close", "", false},
-    {TraceKind::kRediscover, "rediscover", "", false},
-    {TraceKind::kMemRead, "memread", "aw", true, true},
-    {TraceKind::kMemWrite, "memwrite", "as"},
-    {TraceKind::kActivate, "activate", "a"},
-    {TraceKind::kImgDnld, "imgdnld", "f"},
-    {TraceKind::kFlashRead, "flashread", "aw", true, true},
-    {TraceKind::kFlashErase, "flasherase", "an"},
-    {TraceKind::kFlashProg, "flashprog", "af"},
-    {TraceKind::kLogCfg, "logcfg", "s"},
-    {TraceKind::kLogRead, "logread", "w", true, true},
-    {TraceKind::kEventRead, "eventread", "w", true, true},
-    {TraceKind::kFarEnd, "farend", "nnws", true, true},
-    {TraceKind::kOther, "other", "a"},
+    {"open", "", TraceKind::kOpen},
+    {"close", "", TraceKind::kClose, false},
+    {"rediscover", "", TraceKind::kRediscover, false},
+    {"memread", "aw", TraceKind::kMemRead, true, true},
+    {"memwrite", "as", TraceKind::kMemWrite},
+    {"activate", "a", TraceKind::kActivate},
+    {"imgdnld", "f", TraceKind::kImgDnld},
+    {"flashread", "aw", TraceKind::kFlashRead, true, true},
+    {"flasherase", "an", TraceKind::kFlashErase},
+    {"flashprog", "af", TraceKind::kFlashProg},
+    {"logcfg", "s", TraceKind::kLogCfg},
+    {"logread", "w", TraceKind::kLogRead, true, true},
+    {"eventread", "w", TraceKind::kEventRead, true, true},
+    {"farend", "nnws", TraceKind::kFarEnd, true, true},
+    {"other", "a", TraceKind::kOther},
 };
 static_assert(std::size(kForms) == static_cast<size_t>(TraceKind::kOther) + 1);
 
@@ -193,7 +193,7 @@ TraceRequest gfast::traceRequest(int device, uint32_t code, gfast_iocreq& envelo
   const std::string_view arguments = traceForm(request.kind).arguments;
   if (const size_t place = arguments.find('s'); place != std::string_view::npos) {
     const RequestBuffer buffer = requestBuffer(code, envelope);
-    if (*buffer.field != nullptr) {
+    if (buffer.field != nullptr && *buffer.field != nullptr) {
       request.sent = firstBytes(*buffer.field, std::min(buffer.sent, buffer.size));
     }
     request.numbers[place] = static_cast<uint32_t>(request.sent.size());

@@ -5,10 +5,9 @@
 #include <gfast_api.h>
 
 #include <array>
-#include <compare>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 namespace gfast {
@@ -46,7 +45,11 @@ struct TraceRequest {
   std::string file{};                                  // the name of the file that the driver is to read
   std::vector<uint8_t> sent{};
 
-  auto operator<=>(const TraceRequest&) const = default;
+  bool operator==(const TraceRequest&) const = default;
+  bool operator<(const TraceRequest& other) const {
+    return std::tie(kind, device, numbers, file, sent) <
+           std::tie(other.kind, other.device, other.numbers, other.file, other.sent);
+  }
 };
 
 // What the other side answers: an error, or none and what came back.
@@ -62,11 +65,11 @@ enum class TraceThread : char { kCommand = 'c', kNotification = 'n' };
 
 // How a kind of request is written.
 struct TraceForm {
-  TraceKind kind;
   std::string_view name;
   // A letter for each argument: an address (a), a number (n), the number of bytes sent (s) or wanted (w), a
   // file's name (f).
   std::string_view arguments;
+  TraceKind kind;
   bool answered = true;  // whether a result follows
   bool returns = false;  // whether bytes may come back
 };
