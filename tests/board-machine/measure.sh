@@ -1,5 +1,8 @@
-# Runs on the board machine: what a console at the prompt keeps in memory, whether a rediscovery reaches the kernel's
-# file, and how soon an event is printed.
+# Runs on the board machine: how long it took to start, what a console at the prompt keeps in memory, whether a
+# rediscovery reaches the kernel's file, and how soon an event is printed.
+read -r started _ </kernel/proc/uptime
+echo "seconds since power-on: $started"
+
 gfast-cli >/tmp/terminal &
 console=$!
 until grep -q Listening /tmp/terminal; do usleep 20000; done
@@ -9,7 +12,7 @@ exec 5>/tmp/keys
 until grep -q '(gfast-cli)> ' /tmp/session; do usleep 20000; done
 sleep 1
 echo "gfast-cli at the prompt:"
-grep -E 'VmRSS|RssAnon' "/kernel/proc/$console/status"
+grep -E 'VmRSS|RssAnon|RssShmem' "/kernel/proc/$console/status"
 printf 'rediscover\r\n' >&5
 until [ -e /tmp/rediscover ]; do usleep 20000; done
 echo "rediscover: $(cat /tmp/rediscover)"
