@@ -6,9 +6,11 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <system_error>
 
 #include "clock/clock.h"
@@ -96,6 +98,15 @@ void runFailedSession(cli_def* interpreter) {
   clockSource().sleep(kPauseAfterFailedAccept);
 }
 
+// A folder can be opened, and is only told from an empty script when it is read.
+void reportUnreadable(FILE* script, const char* path) {
+  const int first = std::getc(script);
+  if (first == EOF && std::ferror(script) != 0) {
+    std::fprintf(stderr, "%s: %s\n", path, std::strerror(errno));
+  }
+  std::ungetc(first, script);
+}
+
 void runScript(cli_def* interpreter, FILE* script) {
   cli_print_callback(interpreter, printToStandardOutput);
   runLines(interpreter, script);
@@ -150,6 +161,7 @@ int runConsole(const char* script, uint16_t port) {
   QVR_cliInit(interpreter);
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
   if (file != nullptr) {
+    reportUnreadable(file, script);
     runScript(interpreter, file);
     cli_done(interpreter);
     return 0;
