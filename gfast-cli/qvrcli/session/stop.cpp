@@ -16,9 +16,9 @@ namespace gfast::console {
 
 namespace {
 
-int depth = 0;  // of the commands that run
+int depth = 0;                               // of the commands that run
 std::atomic<std::thread::id> commandThread;  // the library asks on any thread
-cli_def* interpreter = nullptr;  // of the commands that run
+cli_def* interpreter = nullptr;              // of the commands that run
 bool interruption = false;
 
 bool standardOutputLost() {
