@@ -1,7 +1,9 @@
 #include "qvrcli/run_console.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 
 #include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
@@ -15,6 +17,15 @@ namespace {
 
 void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
   std::puts(line);
+}
+
+// A folder can be opened, and is only told from an empty script when it is read.
+void reportUnreadable(FILE* script, const char* path) {
+  const int first = std::getc(script);
+  if (first == EOF && std::ferror(script) != 0) {
+    std::fprintf(stderr, "%s: %s\n", path, std::strerror(errno));
+  }
+  std::ungetc(first, script);
 }
 
 void runScript(cli_def* interpreter, FILE* script) {
@@ -35,6 +46,7 @@ int runConsole(const char* script, uint16_t port) {
   QVR_cliInit(interpreter);
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
   if (file != nullptr) {
+    reportUnreadable(file, script);
     runScript(interpreter, file);
     cli_done(interpreter);
     return 0;

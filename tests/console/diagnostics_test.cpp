@@ -131,7 +131,7 @@ TEST_F(Diagnostics, LogIsShownUntilItIsStopped) {
 }
 
 TEST_F(Diagnostics, LogBeginsOnALineOfItsOwnBelowHalfACommand) {
-  start(kQuiet + logAt("2", "first\\n"));
+  start(kQuiet + logAt("4", "first\\n"));
   EXPECT_EQ(typed("start logging"), "Logging started...\r\n");
   EXPECT_THAT(session().typeKeys("show ver"), MatchesRegex("show ver\r\n" + kStamp + "first\r\n"));
   EXPECT_EQ(session().typeKeys("sion\r"), std::string("show version\r\n") + kVersion);
@@ -140,11 +140,12 @@ TEST_F(Diagnostics, LogBeginsOnALineOfItsOwnBelowHalfACommand) {
 TEST_F(Diagnostics, LogOfABurstIsShownWhole) {
   std::string board = kQuiet;
   for (int i = 0; i < 300; i++) {
-    board += logAt(std::to_string(0.5 + i / 1000.0), "burst\\n");
+    board += logAt(std::to_string(5 + i / 1000.0), "burst\\n");
   }
   start(board);
-  const std::string shown = typed("start logging") + typed("sleep 3");
-  std::string lines = shown + typed("show version");
+  const std::string shown = typed("start logging") + typed("sleep 10");
+  program().awaitOutput("burst", 300);
+  const std::string lines = shown + typed("show version");
   size_t count = 0;
   for (size_t at = lines.find("burst"); at != std::string::npos; at = lines.find("burst", at + 1)) {
     count++;

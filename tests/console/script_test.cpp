@@ -77,6 +77,14 @@ TEST(Script, EndsWhenNobodyReadsItsOutputAnyMore) {
   EXPECT_FALSE(std::filesystem::exists(folder.path() + "/after.dat"));
 }
 
+TEST(Script, SaysThatAFolderCannotBeRead) {
+  TemporaryFolder folder;
+  ConsoleProgram program = lab({folder.path()});
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_EQ(program.output(), "");
+  EXPECT_EQ(program.errors(), folder.path() + ": Is a directory\n");
+}
+
 TEST(Script, MissingFileStartsTheServer) {
   ConsoleProgram program = lab({"--port", "0", "/no/such/script.txt"});
   OpenSession session(program.port());

@@ -9,6 +9,7 @@
 #include "virtual-board/base/sparse_memory.h"
 #include "virtual-board/chip/inventory.h"
 #include "virtual-board/description/board_tables.h"
+#include "virtual-board/description/foreign_text.h"
 #include "virtual-board/description/parameter_settings.h"
 #include "virtual-board/description/toml_reader.h"
 #include "virtual-board/line/loop_budget.h"
@@ -250,12 +251,14 @@ BoardConfig readRoot(TomlReader root) {
 
 BoardConfig parseBoard(const std::string& text, const std::string& path) {
   try {
+    if (const size_t line = lineNestedTooDeeply(text); line != 0) {
+      throw BoardFileError(path + ':' + std::to_string(line) + ": names nest too deeply");
+    }
     const toml::table root = toml::parse(text);
     return readRoot(TomlReader(path, root, "the board file"));
   } catch (const toml::parse_error& error) {
-    std::string reason(error.description());
-    std::replace(reason.begin(), reason.end(), '\n', ' ');
-    throw BoardFileError(path + ':' + std::to_string(error.source().begin.line) + ": " + reason);
+    throw BoardFileError(path + ':' + std::to_string(error.source().begin.line) + ": " +
+                         printable(error.description()));
   }
 }
 

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "virtual-board/description/board_file_error.h"
+#include "virtual-board/description/foreign_text.h"
 
 namespace gfast::board {
 
@@ -59,7 +60,7 @@ const toml::node* TomlReader::take(const char* key) {
 }
 
 void TomlReader::failAt(const toml::source_region& where, const std::string& reason) const {
-  throw BoardFileError(path_ + ':' + std::to_string(where.begin.line) + ": " + reason);
+  throw BoardFileError(path_ + ':' + std::to_string(where.begin.line) + ": " + printable(reason));
 }
 
 void TomlReader::failAt(const char* key, const std::string& reason) const {

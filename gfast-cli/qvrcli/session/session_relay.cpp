@@ -148,8 +148,7 @@ void SessionRelay::discardInput() {
 }
 
 // Gives the interpreter what was typed. It may not take it for as long as a command runs, so the peer is
-// watched meanwhile. False when the interpreter has
-// closed, or the peer is given up.
+// watched meanwhile. False when the interpreter has closed, or the peer is given up.
 bool SessionRelay::deliver(std::string_view typed) {
   while (!typed.empty()) {
     const ssize_t sent = send(relaySocket_, typed.data(), typed.size(), MSG_NOSIGNAL | MSG_DONTWAIT);

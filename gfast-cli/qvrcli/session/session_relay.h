@@ -12,8 +12,9 @@ namespace gfast::console {
 //  - The peer sends no more: the interpreter still runs what it was sent, and the output still reaches the
 //    peer. A peer that speaks telnet is asked now and then whether it is there, and given up when it is not.
 //  - The peer does not read: it is waited for as long as its system answers.
-//  - The peer resets or vanishes: it is given up. The
-//    interpreter's socket then reports a hang-up and takes no more output, so whatever runs there ends soon.
+//  - The peer resets or vanishes: it is given up. The interpreter's socket then reports a hang-up and takes
+//  no
+//    more output, so whatever runs there ends soon.
 //  - The interpreter closes its socket: what it wrote is still sent.
 // While neither side sends anything, both threads sleep; one looks after the connection every ten seconds.
 class SessionRelay {

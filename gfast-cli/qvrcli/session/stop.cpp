@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <string_view>
 #include <thread>
@@ -15,9 +16,9 @@ namespace gfast::console {
 
 namespace {
 
-int depth = 0;  // of the commands that run
-std::thread::id commandThread;
-cli_def* interpreter = nullptr;  // of the commands that run
+int depth = 0;                               // of the commands that run
+std::atomic<std::thread::id> commandThread;  // the library asks on any thread
+cli_def* interpreter = nullptr;              // of the commands that run
 bool interruption = false;
 
 bool standardOutputLost() {

@@ -193,6 +193,7 @@ void TypedInput::endLine(std::string& typed) {
   if (tooLong_) {
     typed += control('U');
     typed += kRefusedLine;
+    lineHigh_ = 0;  // the history does not get it
   }
   clearLine();
   longest_ = std::max(longest_, std::exchange(lineHigh_, 0));

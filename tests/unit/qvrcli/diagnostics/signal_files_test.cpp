@@ -2,9 +2,9 @@
 // written.
 #include "qvrcli/diagnostics/signal_files.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

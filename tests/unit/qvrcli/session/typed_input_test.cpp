@@ -162,6 +162,12 @@ TEST(TypedInput, TakesANewLineAfterOneThatIsTooLongIsCleared) {
   EXPECT_EQ(passed(input, "\x15show version\r"), "\x15show version\r");
 }
 
+TEST(TypedInput, TakesARecalledLineAfterOneThatWasTooLong) {
+  TypedInput input;
+  passed(input, "show version\r" + std::string(5000, 'x') + "\r");
+  EXPECT_EQ(passed(input, "\x10 now\r"), "\x10 now\r");
+}
+
 TEST(TypedInput, TakesALineWhoseEndIsDeletedBeforeItIsTooLong) {
   TypedInput input;
   std::string keys(4000, 'x');

@@ -2,6 +2,7 @@
 #include <chrono>
 #include <ostream>
 
+#include "clock/waiting.h"
 #include "support/assertions.h"
 #include "support/boot_register.h"
 #include "support/devices.h"
@@ -125,6 +126,17 @@ TEST_F(RestartDevice, FromLineStateToLineStateWaitsUntilTheDeviceAnswers) {
                  readsIdentity(1, chipWithBootRegister(kLineState, LS_INIT_HS)) + isRediscovered());
   EXPECT_EQ(QVR_restartDevice(1, FALSE), QVR_E_STATUS_OK);
   EXPECT_THAT(sleeps(), ElementsAre(seconds(1)));
+}
+
+TEST_F(RestartDevice, EndsWhenTheProgramEndsTheWait) {
+  static int left = 2;
+  installMayGoOn([] { return left-- > 0; });
+  driver_.expect(readsWord(0, SBR_REG_ADDRESS, kLineState) + modifiesSBR(0, kLineState, kConfigurationState) +
+                 modifiesSBR(1, kLineState, kConfigurationState) +
+                 reboots(0, kConfigurationState, kConfigurationState | 0x210) +
+                 readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO) + readsWord(0, SBR_REG_ADDRESS, 0).fails(EIO));
+  EXPECT_EQ(QVR_restartDevice(0, TRUE), QVR_E_TIMEOUT_ERROR);
+  EXPECT_THAT(sleeps(), ElementsAre(seconds(1), seconds(1), seconds(1)));
 }
 
 TEST_F(RestartDevice, GoesOnWhenTheResetFails) {

@@ -274,3 +274,36 @@ TEST(BoardFileMistakes, TooMuchMemory) {
   EXPECT_EQ(mistake("[[memory]]\ndevice = 0\ndump = \"" + file.path() + '"'),
             "board.toml:1: more than 16 MiB laid over a device's memory");
 }
+
+TEST(BoardFileMistakes, NamesThatNestTooDeeply) {
+  std::string names = "a";
+  for (int i = 1; i < 150000; i++) {
+    names += ".a";
+  }
+  expectMistakes({
+      {"\n" + names + " = 1", "2: names nest too deeply"},
+      {"[" + names + "]", "1: names nest too deeply"},
+      {"[board]\nx = { " + names + " = 1 }", "2: names nest too deeply"},
+      {"a.a.a.a = 1", "1: unknown key \"a\" in the board file"},
+  });
+}
+
+TEST(BoardFileMistakes, DotsThatJoinNoNames) {
+  const std::string dots(1000, '.');
+  for (const std::string& value : {'"' + dots + '"', "'" + dots + "'", "\"\"\"\n" + dots + "\"\"\"",
+                                   "\"\\\"" + dots + '"', "1 # " + dots}) {
+    EXPECT_EQ(mistake("x = " + value), "board.toml:1: unknown key \"x\" in the board file") << value;
+  }
+  std::string numbers;
+  for (int i = 0; i < 1000; i++) {
+    numbers += "0.5, ";
+  }
+  EXPECT_EQ(mistake("x = [" + numbers + "]"), "board.toml:1: unknown key \"x\" in the board file");
+}
+
+TEST(BoardFileMistakes, AreOnePrintableLine) {
+  expectMistakes({{"\"a\\nb\\u001b[2Jc\" = 1", "1: unknown key \"a b?[2Jc\" in the board file"}});
+  const std::string shown = mistake(std::string(100000, 'x') + " = 1");
+  EXPECT_LT(shown.size(), 500U);
+  EXPECT_TRUE(shown.ends_with("xxx...")) << shown;
+}
