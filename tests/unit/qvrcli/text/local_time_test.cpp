@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ctime>
+#include <string>
 
 using namespace gfast;
 using namespace gfast::console;
@@ -21,10 +23,13 @@ TEST(LocalTime, IsShownWithTheNameOfItsZone) {
 }
 
 TEST(LocalTime, IsEmptyWhenTheNameOfItsZoneIsTooLong) {
+  // A C library may refuse such names, and the time is then UTC's.
+  const auto known = [](const char* zone) { return std::string(tzname[0]) == zone; };
   setZone("ABCDEFGHI0");
-  EXPECT_EQ(localTimeText(0), "1970-01-01T00:00:00+ABCDEFGHI");
+  EXPECT_EQ(localTimeText(0),
+            known("ABCDEFGHI") ? "1970-01-01T00:00:00+ABCDEFGHI" : "1970-01-01T00:00:00+UTC");
   setZone("ABCDEFGHIJ0");
-  EXPECT_EQ(localTimeText(0), "");
+  EXPECT_EQ(localTimeText(0), known("ABCDEFGHIJ") ? "" : "1970-01-01T00:00:00+UTC");
 }
 
 }  // namespace
