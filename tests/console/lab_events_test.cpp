@@ -30,12 +30,14 @@ class LabEvents : public LabOnBoard {
 
   void await(const std::string& text, int times = 1) { program().awaitOutput(text, times); }
 
-  // What was printed so far but for the server's own lines.
+  // What was printed so far but for the server's own lines and the trace log: a quarter hour may end any
+  // time.
   Lines events() {
     std::istringstream printed(program().output());
     Lines lines;
     for (std::string line; std::getline(printed, line);) {
-      if (!line.starts_with("Listening on port ") && !line.starts_with(" * accepted connection ")) {
+      if (!line.starts_with("Listening on port ") && !line.starts_with(" * accepted connection ") &&
+          !line.starts_with("[LOG_")) {
         lines.push_back(line);
       }
     }

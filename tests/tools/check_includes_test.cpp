@@ -24,7 +24,8 @@ Outcome run(const std::string& command) {
   for (size_t got = 0; (got = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
     outcome.output.append(buffer, got);
   }
-  outcome.status = WEXITSTATUS(::pclose(pipe));
+  const int status = ::pclose(pipe);
+  outcome.status = WEXITSTATUS(status);
   return outcome;
 }
 

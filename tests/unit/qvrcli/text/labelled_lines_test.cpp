@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
+#include <cstdio>
 #include <string>
 
 #include "unit/qvrcli/printed_lines.h"
@@ -83,17 +83,18 @@ TEST_F(SessionLines, MayHaveAnEmptyLineBehindThem) {
 }
 
 TEST(FileLines, AreEndedInTheFile) {
-  char* text = nullptr;
-  size_t size = 0;
-  FILE* const file = open_memstream(&text, &size);
+  FILE* const file = std::tmpfile();
+  ASSERT_NE(file, nullptr);
   const LabelledLines lines(file, 8);
   lines.heading("\n<heading>\n");
   lines.print("first", 1);
   lines.printFlag("second", true);
   lines.printAs("last", "{}\n", 3);
+  std::rewind(file);
+  char text[100];
+  const size_t size = std::fread(text, 1, sizeof text, file);
   std::fclose(file);
   EXPECT_EQ(std::string(text, size), "\n<heading>\nfirst     1\nsecond    T\nlast      3\n\n");
-  std::free(text);
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
 // The vectoring matrices at the console: given the coefficients of a chip, this is written into the file.
+#include <fmt/format.h>
+
 #include "support/vectoring.h"
 #include "unit/qvrcli/tones/tone_requests.h"
 
@@ -44,7 +46,8 @@ class ShowVectoring : public ToneConsole {
     for (size_t line = 0; line < kUsers; line++) {
       for (size_t column = 0; column < kUsers; column++) {
         const double value = coefficient(column, line, pair) / 4096.0;
-        row += std::to_string(value) + " " + std::to_string(value == 0 ? 0 : -value) + " ";
+        // std::to_string does what the C library's printf does, which may round .5 away from zero.
+        row += fmt::format("{:f} {:f} ", value, value == 0 ? 0 : -value);
       }
     }
     return row + "\n";
