@@ -31,14 +31,13 @@ int attend(ChildProgram& program, OpenFiles& files, SystemCalls& calls) {
     if (::poll(sources, std::size(sources), -1) < 0) {
       continue;
     }
-    // First, so that a call finds closed what the program closed before it.
-    if (attention.revents != 0) {
-      files.attend();
-    }
     if ((listener.revents & POLLIN) != 0) {
       calls.receive();
     } else if (listener.revents != 0) {
       listener.fd = -1;  // nobody is left who could call
+    }
+    if (attention.revents != 0) {
+      files.attend();
     }
     if (signals.revents != 0) {
       ended = program.handleSignal();

@@ -167,7 +167,9 @@ void OpenFiles::attend() {
 }
 
 void OpenFiles::settle() {
-  // Each closes its board descriptor as soon as no request needs it, and without the lock.
+  // Nobody goes on before another who settles has closed what it found.
+  const std::lock_guard lock(settling_);
+  // Each closes its board descriptor as soon as no request needs it, and without the files' lock.
   takeAbandoned().clear();
   for (int asked = takeRediscoveries(); asked > 0; asked--) {
     board_.rediscover();

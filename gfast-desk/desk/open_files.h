@@ -85,6 +85,10 @@ class OpenFiles {
   // called before a request that it has made since.
   void settle();
 
+  // While it is held, whoever settles waits. To be held while a file is given to the program and still open
+  // here as well, since the program may have closed it meanwhile.
+  std::unique_lock<std::mutex> holdSettling() { return std::unique_lock(settling_); }
+
  private:
   using Devices = std::map<ino_t, std::shared_ptr<OpenDevice>>;
 
@@ -94,7 +98,8 @@ class OpenFiles {
 
   Driver& board_;
   Descriptor epoll_;
-  std::mutex mutex_;  // guards everything below
+  std::mutex settling_;  // taken before the other
+  std::mutex mutex_;     // guards everything below
   Devices devices_;
   struct Rediscovery {
     Descriptor reader;

@@ -153,7 +153,7 @@ SystemCalls::Reply SystemCalls::open(const seccomp_notif& call, uint64_t path, i
 }
 
 // The program gets a descriptor of its own, and with it the answer to its call.
-SystemCalls::Reply SystemCalls::give(const seccomp_notif& call, const Descriptor& file, int flags) {
+SystemCalls::Reply SystemCalls::give(const seccomp_notif& call, Descriptor file, int flags) {
   if (!file) {
     return {Reply::Kind::kResult, -errno};
   }
@@ -162,11 +162,11 @@ SystemCalls::Reply SystemCalls::give(const seccomp_notif& call, const Descriptor
   gift.flags = SECCOMP_ADDFD_FLAG_SEND;
   gift.srcfd = static_cast<uint32_t>(file.number());
   gift.newfd_flags = static_cast<uint32_t>(flags & O_CLOEXEC);
-  if (::ioctl(listener_, SECCOMP_IOCTL_NOTIF_ADDFD, &gift) < 0) {
-    // It may hold as many as it is allowed to; or it has been killed, and nobody reads this.
-    return {Reply::Kind::kResult, -errno};
-  }
-  return {Reply::Kind::kSent, 0};
+  const auto hold = files_.holdSettling();
+  const int error = ::ioctl(listener_, SECCOMP_IOCTL_NOTIF_ADDFD, &gift) < 0 ? errno : 0;
+  file = Descriptor();
+  // It may hold as many as it is allowed to; or it has been killed, and nobody reads this.
+  return error != 0 ? Reply{Reply::Kind::kResult, -error} : Reply{Reply::Kind::kSent, 0};
 }
 
 SystemCalls::Reply SystemCalls::ioctl(const seccomp_notif& call) {

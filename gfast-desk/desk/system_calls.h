@@ -40,7 +40,7 @@ class SystemCalls {
   void serve(const seccomp_notif& call);
   Reply replyTo(const seccomp_notif& call);
   Reply open(const seccomp_notif& call, uint64_t path, int flags);
-  Reply give(const seccomp_notif& call, const Descriptor& file, int flags);
+  Reply give(const seccomp_notif& call, Descriptor file, int flags);
   Reply ioctl(const seccomp_notif& call);
   int carry(const seccomp_notif& call, OpenDevice& device);
   Reply endForeigner(const seccomp_notif& call);
