@@ -12,9 +12,9 @@ QVR_BEGIN_C
 // Requests go to the kernel driver from now on. Called before any other operation, once; until then no device
 // can be opened (QVR_E_DEVICE_NOT_EXISTS). Opens no device.
 //
-// With GFAST_TRACE=FILE in the environment, every request and its answer is recorded in that file from now on,
-// as text; with GFAST_TRACE_BLANK=1 as well, without MAC addresses and serial numbers. A file that cannot be
-// written is one line on standard error; the requests go on. SIGPIPE and SIGXFSZ are ignored then, and the
+// With GFAST_TRACE=FILE in the environment, every request and its answer is recorded in that file from now
+// on, as text; with GFAST_TRACE_BLANK=1 as well, without MAC addresses and serial numbers. A file that cannot
+// be written is one line on standard error; the requests go on. SIGPIPE and SIGXFSZ are ignored then, and the
 // calling thread counts as the one that runs the commands.
 void QVR_useKernelDriver(void);
 
