@@ -315,10 +315,10 @@ TEST(RecordedIfAsked, BlanksWhenTheEnvironmentSaysSo) {
   const TemporaryFolder folder;
   ExpectedRequests expected({});
   ::setenv("GFAST_TRACE", folder.file("a").c_str(), 1);
-  recordedIfAsked(expected);
+  const std::unique_ptr<Driver> open(&recordedIfAsked(expected));
   ::setenv("GFAST_TRACE", folder.file("b").c_str(), 1);
   ::setenv("GFAST_TRACE_BLANK", "1", 1);
-  recordedIfAsked(expected);
+  const std::unique_ptr<Driver> blanked(&recordedIfAsked(expected));
   EXPECT_THAT(folder.read("a"), testing::Not(HasSubstr("blanked")));
   EXPECT_THAT(folder.read("b"), HasSubstr("Z blanked\n"));
 }
