@@ -158,9 +158,9 @@ void completeEntries(QVR_paramsDictionary_t& dictionary, DictionaryEntries* know
     auto entries = entriesOf(dictionary, words, true);
     entries->before.reset(known);
     if (dictionary.entries.compare_exchange_strong(known, entries.get())) {
-      entries.release();
+      static_cast<void>(entries.release());  // the dictionary has it now
     } else {
-      entries->before.release();
+      static_cast<void>(entries->before.release());  // it is still the dictionary's
     }
   } catch (const std::bad_alloc&) {
     return;
