@@ -159,7 +159,8 @@ TEST_F(ConfigWords, StoreNumbersInTheirRange) {
   for (const NumberWord& row : kNumbers) {
     for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
       for (const int64_t value : {row.low, row.high, (row.low + row.high) / 2}) {
-        expectChange(command + std::to_string(value), [&](Config& config) { store(config, value); });
+        expectChange(command + std::to_string(value),
+                     [&store = store, value](Config& config) { store(config, value); });
       }
     }
   }
@@ -198,7 +199,8 @@ TEST_F(ConfigWords, StoreEveryUnsignedNumber) {
   for (const FlagWord& row : kUnsignedNumbers) {
     for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
       for (const int64_t value : {int64_t{0}, int64_t{1}, int64_t{4294967295}}) {
-        expectChange(command + std::to_string(value), [&](Config& config) { store(config, value); });
+        expectChange(command + std::to_string(value),
+                     [&store = store, value](Config& config) { store(config, value); });
       }
     }
   }
@@ -216,10 +218,10 @@ TEST_F(ConfigWords, StoreFlags) {
   for (const FlagWord& row : kFlags) {
     for (const auto& [command, store] : ways(row.keyword, row.storeDs, row.storeUs)) {
       for (const char* word : {"t", "T"}) {
-        expectChange(command + word, [&](Config& config) { store(config, TRUE); });
+        expectChange(command + word, [&store = store](Config& config) { store(config, TRUE); });
       }
       for (const char* word : {"f", "F"}) {
-        expectChange(command + word, [&](Config& config) { store(config, FALSE); });
+        expectChange(command + word, [&store = store](Config& config) { store(config, FALSE); });
       }
       for (const char* word : {"1", "0", "true", "TT", "\"\""}) {
         expectRefusal(command + word, kNoFlag);
@@ -319,7 +321,9 @@ TEST_F(ConfigWords, StoreListEntriesInTheirRanges) {
              {std::pair{0, row.rises ? 1 : 0}, std::pair{0, row.lastSecond},
               std::pair{row.rises ? row.lastFirst - 1 : row.lastFirst, row.lastSecond}}) {
           expectChange(command + numbers(index, first, second),
-                       [&](Config& config) { store(config, index, first, second); });
+                       [&store = store, index, first = first, second = second](Config& config) {
+                         store(config, index, first, second);
+                       });
         }
       }
     }
@@ -349,7 +353,8 @@ TEST_F(ConfigWords, RefuseRangesThatDoNotRise) {
         expectRefusal(command + numbers(3, 200, 100), kNoRise);
         expectRefusal(command + numbers(3, 200, 200), kNoRise);
       } else {
-        expectChange(command + numbers(3, 200, 100), [&](Config& config) { store(config, 3, 200, 100); });
+        expectChange(command + numbers(3, 200, 100),
+                     [&store = store](Config& config) { store(config, 3, 200, 100); });
       }
     }
   }

@@ -15,8 +15,6 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const Lines kNothing{};
-
 // A chip in which no two of the shown fields are equal.
 ChipIdentity shownChip() {
   ChipIdentity chip;

@@ -24,7 +24,7 @@ TEST(LocalTime, IsShownWithTheNameOfItsZone) {
 
 // A C library may refuse a long name, and the time is then UTC's.
 TEST(LocalTime, IsShownWithAZonesNameOfAnyLength) {
-  for (const size_t length : {9, 10, 11, 12, 100}) {
+  for (const size_t length : {9U, 10U, 11U, 12U, 100U}) {
     setZone((std::string(length, 'Z') + '0').c_str());
     EXPECT_EQ(localTimeText(0), std::string("1970-01-01T00:00:00+") + tzname[0]);
   }

@@ -225,7 +225,7 @@ TEST_F(Logs, LongTextIsCutToALogLine) {
 TEST_F(Logs, AnyBytesAreReadWithinWhatWasCopied) {
   uint32_t random = 99;
   for (int round = 0; round < 5000; round++) {
-    Record bytes(1 + round % 257);
+    Record bytes(static_cast<size_t>(1 + round % 257));
     for (uint8_t& byte : bytes) {
       random = random * 1664525U + 1013904223U;
       const uint32_t value = random >> 24;

@@ -1,4 +1,6 @@
 // Dumps of the quarter hours, newest first.
+#include <gmock/gmock.h>
+
 #include "unit/sdk/qvrfast/history.h"
 
 using namespace gfast;

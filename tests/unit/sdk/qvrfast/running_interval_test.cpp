@@ -1,6 +1,8 @@
 // Queries of the running quarter hour, also while boundaries pass.
 #include "qvrfast/running_interval.h"
 
+#include <gmock/gmock.h>
+
 #include <functional>
 #include <utility>
 
