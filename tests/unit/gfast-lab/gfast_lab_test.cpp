@@ -54,7 +54,7 @@ TEST(GfastLab, MistakesOnTheCommandLineAreOneLineAndStatus2) {
        "gfast-lab: --speed: must be a number from 0.01 to 100000, or max (--help explains)\n"},
       {"--start noon",
        "gfast-lab: --start: must be a local time such as 2024-05-02T18:30:00 (--help explains)\n"},
-      {"--replay x --speed 2", "gfast-lab: --replay excludes --speed (--help explains)\n"},
+      {"--replay x --speed 2", "gfast-lab: --speed excludes --replay (--help explains)\n"},
       {"--trace-requests /nonexistent/x", "gfast-lab: /nonexistent/x: No such file or directory\n"},
       {"--board missing.toml", "missing.toml: No such file or directory\n"},
       {"--replay missing.trace", "missing.trace: No such file or directory\n"},
