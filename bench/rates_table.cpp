@@ -281,17 +281,17 @@ constexpr double kNear = 0.25;
 // the nearest of the board's cables.
 constexpr struct {
   int source;
-  double length_m;
   uint32_t both_mbps;
+  double length_m;
   const char* cable;
   Judgement judgement;
 } kPublished[] = {
-    {1, 100, 500, "CAD55", Judgement::kAtLeast}, {1, 200, 200, "CAD55", Judgement::kAtLeast},
-    {1, 250, 150, "CAD55", Judgement::kAtLeast}, {2, 19, 1017, "CAD55", Judgement::kNear},
-    {2, 66, 896, "CAD55", Judgement::kNear},     {3, 70, 1100, "CAT5", Judgement::kNear},
-    {3, 100, 800, "CAT5", Judgement::kNear},     {3, 100, 500, "CAD55", Judgement::kAtLeast},
-    {4, 100, 700, "CAD55", Judgement::kNear},    {5, 100, 600, "CAD55", Judgement::kAtLeast},
-    {6, 100, 1000, "CAT5", Judgement::kNone},    {6, 200, 500, "CAT5", Judgement::kNone},
+    {1, 500, 100, "CAD55", Judgement::kAtLeast}, {1, 200, 200, "CAD55", Judgement::kAtLeast},
+    {1, 150, 250, "CAD55", Judgement::kAtLeast}, {2, 1017, 19, "CAD55", Judgement::kNear},
+    {2, 896, 66, "CAD55", Judgement::kNear},     {3, 1100, 70, "CAT5", Judgement::kNear},
+    {3, 800, 100, "CAT5", Judgement::kNear},     {3, 500, 100, "CAD55", Judgement::kAtLeast},
+    {4, 700, 100, "CAD55", Judgement::kNear},    {5, 600, 100, "CAD55", Judgement::kAtLeast},
+    {6, 1000, 100, "CAT5", Judgement::kNone},    {6, 500, 200, "CAT5", Judgement::kNone},
 };
 
 bool isAsJudged(double share, Judgement judgement) {
