@@ -14,6 +14,9 @@
 #include "gfast-lab/replay/replay_clock.h"
 #include "gfast-lab/replay/replayed_board.h"
 #include "gfast-lab/replay/trace_reader.h"
+#include "gfast-lab/time/event_clock.h"
+#include "gfast-lab/time/fast_clock.h"
+#include "gfast-lab/time/time_options.h"
 #include "qvrcli/run_console.h"
 #include "virtual-board/board/virtual_board.h"
 #include "virtual-board/description/board_file.h"
@@ -21,6 +24,7 @@
 using namespace gfast;
 using namespace gfast::board;
 using namespace gfast::console;
+using namespace gfast::lab;
 using namespace gfast::replay;
 
 namespace {
@@ -40,6 +44,10 @@ constexpr const char* kDescription =
     "reach it with: telnet localhost 9000";
 
 constexpr const char* kFooter =
+    "With --speed max, time stands still while commands are worked on and passes at once where one waits "
+    "(sleep):\n"
+    "a script prints the same each time, whatever the computer. It then starts at 2024-01-01T00:00:00.\n"
+    "\n"
     "Request trace, one line each, blanks between the fields:\n"
     "  seconds since start   0.000000 is the moment the board was switched on\n"
     "  device                0 or 1\n"
@@ -59,10 +67,20 @@ struct Options {
   std::string board;
   uint16_t port = kConsolePort;
   std::string trace;
+  std::string speed;
+  std::string start;
   std::string replayed;
   std::string blanked;
   std::string script;
 };
+
+std::string speedCheck(const std::string& text) {
+  return parseSpeed(text) ? "" : "must be a number from 0.01 to 100000, or max";
+}
+
+std::string startCheck(const std::string& text) {
+  return parseStart(text) ? "" : "must be a local time such as 2024-05-02T18:30:00";
+}
 
 // Returns the exit status of --help or of a mistake; empty when the program goes on.
 std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
@@ -75,11 +93,19 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
       ->capture_default_str();
   app.add_option("--trace-requests", options.trace, "Write one line a driver request to this file")
       ->type_name("FILE");
+  app.add_option("--speed", options.speed,
+                 "Seconds of the board in a second, 0.01 to 100000, or max: no waiting at all")
+      ->type_name("N")
+      ->check(speedCheck);
+  app.add_option("--start", options.start,
+                 "The local time at which the board is switched on, such as 2024-05-02T18:30:00")
+      ->type_name("TIME")
+      ->check(startCheck);
   CLI::Option* const replayed =
       app.add_option("--replay", options.replayed,
                      "Answer from this field trace instead of a virtual board; docs/field-traces.md")
           ->type_name("FILE")
-          ->excludes("--board", "--trace-requests");
+          ->excludes("--board", "--trace-requests", "--speed", "--start");
   app.add_option(
          "--blank-into", options.blanked,
          "Write the replayed trace, its MAC addresses and serial numbers blanked, into this file and end")
@@ -110,8 +136,36 @@ int runConsoleBefore(Driver& board, const Options& options) {
 
 // What serves the console is never deleted: the notification thread uses it until the process ends.
 
+VirtualBoard* boardInEvents(const BoardConfig& config, time_t start) {
+  auto* clock = new EventClock(start);
+  auto* board = new VirtualBoard(config, [clock] { return clock->elapsed_s(); });
+  clock->setEvents({[board] { return board->nextDue(); }, [board] { board->advance(); }});
+  installClock(*clock);
+  return board;
+}
+
+VirtualBoard* boardInRunningTime(const BoardConfig& config, time_t start, double speed) {
+  auto* clock = new FastClock(start, speed, clockSource());
+  installClock(*clock);
+  return new VirtualBoard(config, VirtualBoard::RunningTime{[clock] { return clock->elapsed_s(); }, speed});
+}
+
+// Installs the clock that the options ask for, and switches the board on.
+VirtualBoard* switchOn(const BoardConfig& config, const Options& options) {
+  constexpr const char* always = "2024-01-01T00:00:00";
+  const double speed = parseSpeed(options.speed).value_or(1);
+  const auto start = parseStart(options.start);
+  if (speed == kNextEventAtOnce) {
+    return boardInEvents(config, start ? *start : parseStart(always).value_or(0));
+  }
+  if (options.speed.empty() && !start) {
+    return new VirtualBoard(config);
+  }
+  return boardInRunningTime(config, start ? *start : clockSource().now(), speed);
+}
+
 int runOnVirtualBoard(const Options& options) {
-  auto* board = new VirtualBoard(options.board.empty() ? BoardConfig() : readBoardFile(options.board));
+  auto* board = switchOn(options.board.empty() ? BoardConfig() : readBoardFile(options.board), options);
   if (const int error = options.trace.empty() ? 0 : board->traceRequests(options.trace); error != 0) {
     return fail(options.trace, error);
   }

@@ -1,4 +1,5 @@
-// The library's seam to time: what time it is, and waiting. A test installs its own clock and sets any time.
+// The library's seam to time: what time it is, and waiting. A program may install a clock of its own, on
+// which time runs faster; a test installs one and sets any time.
 #pragma once
 
 #include <sys/select.h>
@@ -34,6 +35,18 @@ class Clock {
     sleep(duration);
     return mayGoOn();
   }
+
+  // A wait that the world outside the chips asks for, such as the network. It is no shorter on a clock on
+  // which the chips' time runs faster.
+  virtual void sleepOutside(std::chrono::microseconds duration) { sleep(duration); }
+
+  // Told when another thread has been started that will wait on this clock. A clock on which threads take
+  // turns waits for it.
+  virtual void threadStarts() {}
+
+  // On a clock on which threads take turns, the others do now what is due by now, as long as this one may go
+  // on waiting. On any other they do so without being told.
+  virtual void letOthersCatchUp(const std::function<bool()>& /*mayGoOn*/) {}
 };
 
 // Uses this clock from now on. It must live until the process ends.

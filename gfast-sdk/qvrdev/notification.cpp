@@ -155,6 +155,7 @@ void* gfast::QVR_asyncNotificationHandler(void* /*xi_unused*/) {
 QVR_retval_t gfast::startNotificationThread() {
   try {
     std::thread(QVR_asyncNotificationHandler, nullptr).detach();
+    clockSource().threadStarts();
   } catch (const std::system_error&) {
     return QVR_E_FAILED_CREATING_THREAD;
   }

@@ -28,6 +28,11 @@ std::vector<std::chrono::microseconds> TestClock::sleeps() {
   return sleeps_;
 }
 
+std::vector<std::chrono::microseconds> TestClock::outsideSleeps() {
+  const std::lock_guard guard(lock_);
+  return outsideSleeps_;
+}
+
 time_t TestClock::now() {
   const std::lock_guard guard(lock_);
   return static_cast<time_t>(std::chrono::duration_cast<std::chrono::seconds>(now_).count());
@@ -59,6 +64,14 @@ int TestClock::waitReadable(fd_set& descriptors, int /*limit*/, std::chrono::mic
   const std::lock_guard guard(lock_);
   now_ += duration;
   return 0;
+}
+
+void TestClock::sleepOutside(std::chrono::microseconds duration) {
+  {
+    const std::lock_guard guard(lock_);
+    outsideSleeps_.push_back(duration);
+  }
+  sleep(duration);
 }
 
 bool TestClock::sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) {

@@ -24,6 +24,7 @@ class TestClock final : public Clock {
   void onSleep(std::function<void()> action);
 
   std::vector<std::chrono::microseconds> sleeps();
+  std::vector<std::chrono::microseconds> outsideSleeps();  // of these, for the world outside
 
   time_t now() override;
   std::chrono::microseconds steady() override;
@@ -33,6 +34,7 @@ class TestClock final : public Clock {
   // other thread waits until the process ends.
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override;
 
+  void sleepOutside(std::chrono::microseconds duration) override;
   bool sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) override;
 
  private:
@@ -42,6 +44,7 @@ class TestClock final : public Clock {
   bool peerGone_ = false;
   std::function<void()> onSleep_;
   std::vector<std::chrono::microseconds> sleeps_;
+  std::vector<std::chrono::microseconds> outsideSleeps_;
 };
 
 // The process's test clock, installed on first use.

@@ -36,7 +36,13 @@ LineState lineAtPowerUp(const BoardConfig& config) {
 }  // namespace
 
 VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
-    : devices_(config.devices), time_(time ? time : realTime()), realTime_(!time), faults_(config.faults) {
+    : VirtualBoard(config, time ? time : realTime(), time ? std::nullopt : std::optional(1.0)) {}
+
+VirtualBoard::VirtualBoard(const BoardConfig& config, const RunningTime& time)
+    : VirtualBoard(config, time.now, time.speed) {}
+
+VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time, std::optional<double> speed)
+    : devices_(config.devices), time_(time), speed_(speed), faults_(config.faults) {
   for (size_t i = 0; i < chips_.size(); i++) {
     chips_[i] = std::make_unique<Chip>(config.device[i], agenda_);
   }
@@ -60,7 +66,7 @@ VirtualBoard::VirtualBoard(const BoardConfig& config, const TimeSource& time)
   for (const ExtcomErrors& errors : config.extcomErrors) {
     disturbExtcom(errors);
   }
-  if (!time) {
+  if (speed_) {
     clock_ = std::thread([this] { runClock(); });
   }
 }
@@ -181,7 +187,7 @@ void VirtualBoard::runClock() {
     if (left > 0) {
       // Events of a board file may be years away, which is too long for wait_for.
       constexpr double longest_s = 3600;
-      changed_.wait_for(lock, std::chrono::duration<double>(std::min(left, longest_s)));
+      changed_.wait_for(lock, std::chrono::duration<double>(std::min(left / *speed_, longest_s)));
       continue;
     }
     advanceLocked();
@@ -199,6 +205,11 @@ void VirtualBoard::wakeClock() {
 void VirtualBoard::advance() {
   const std::lock_guard lock(mutex_);
   advanceLocked();
+}
+
+std::optional<double> VirtualBoard::nextDue() {
+  const std::lock_guard lock(mutex_);
+  return agenda_.next();
 }
 
 void VirtualBoard::cutLoop(bool cut) {
@@ -292,8 +303,8 @@ int VirtualBoard::request(int descriptor, uint32_t code, gfast_iocreq& request) 
     showPending();
     wakeClock();
   }
-  if (realTime_ && chosen.kind == RequestKind::kFarEnd && traced.error == 0) {
-    std::this_thread::sleep_for(std::chrono::duration<double>(kFarEndExchange_s));
+  if (speed_ && chosen.kind == RequestKind::kFarEnd && traced.error == 0) {
+    std::this_thread::sleep_for(std::chrono::duration<double>(kFarEndExchange_s / *speed_));
   }
   traced.device = *device;
   traced.kind = chosen.kind;

@@ -31,9 +31,19 @@ class VirtualBoard final : public Driver {
   // Returns seconds since power-up; they never fall.
   using TimeSource = std::function<double()>;
 
-  // Switches a board on. Without a time source the board runs in real time. With one, a test sets the time
+  // Time that passes by itself, so much in a second of real time.
+  struct RunningTime {
+    TimeSource now;
+    double speed;
+  };
+
+  // Switches a board on. Without a time source the board runs in real time. With one, its user moves the time
   // and calls advance.
   explicit VirtualBoard(const BoardConfig& config, const TimeSource& time = {});
+
+  // The same, in running time.
+  VirtualBoard(const BoardConfig& config, const RunningTime& time);
+
   ~VirtualBoard() override;
 
   // From now on each request is written to this file. Returns 0, or the errno from creating the file. Called
@@ -54,7 +64,8 @@ class VirtualBoard final : public Driver {
   //   ETIMEDOUT   the chip hangs
   //   ENOTCONN    no showtime, so no far end
   //   others      of Chip, Flash, FarEnd, or a fault
-  // In real time an exchange with the far end takes some milliseconds; other requests are served meanwhile.
+  // In running time an exchange with the far end takes some milliseconds; other requests are served
+  // meanwhile.
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override;
 
   void close(int descriptor) override;
@@ -65,10 +76,14 @@ class VirtualBoard final : public Driver {
   // Runs what is due by now.
   void advance();
 
+  // When something is due next, in seconds since power-up; empty: never.
+  std::optional<double> nextDue();
+
   // Cuts or repairs the pair of wires.
   void cutLoop(bool cut);
 
  private:
+  VirtualBoard(const BoardConfig& config, const TimeSource& time, std::optional<double> speed);
   void mapCounters(size_t device);
   LineInsight insight(size_t device);
   void introduce(size_t device);
@@ -84,7 +99,7 @@ class VirtualBoard final : public Driver {
 
   const int devices_;
   TimeSource time_;
-  const bool realTime_;
+  const std::optional<double> speed_;  // of running time; empty: somebody else moves the time
   RequestTrace trace_;
   std::mutex mutex_;  // guards everything below
   std::condition_variable changed_;

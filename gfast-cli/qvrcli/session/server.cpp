@@ -84,7 +84,7 @@ void runSession(cli_def* interpreter, int connection) {
 // when accept goes on failing.
 void runFailedSession(cli_def* interpreter) {
   cli_loop(interpreter, -1);
-  clockSource().sleep(kPauseAfterFailedAccept);
+  clockSource().sleepOutside(kPauseAfterFailedAccept);
 }
 
 }  // namespace

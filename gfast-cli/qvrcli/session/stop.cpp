@@ -9,6 +9,7 @@
 #include <string_view>
 #include <thread>
 
+#include "clock/clock.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/session/typed_input.h"
 
@@ -66,6 +67,7 @@ RunningCommand::RunningCommand(cli_def* cli) : cli_(cli) {
 }
 
 RunningCommand::~RunningCommand() {
+  clockSource().letOthersCatchUp([this] { return mayGoOn(cli_); });
   depth--;
   if (depth == 0 && interruption) {
     interruption = false;

@@ -34,8 +34,8 @@ TEST(GfastLab, HelpExplainsEverything) {
   const Outcome help = lab("--help");
   EXPECT_EQ(help.status, 0);
   for (const char* text :
-       {"--board FILE", "--port N", "--trace-requests FILE", "--replay FILE", "--blank-into FILE", "SCRIPT",
-        "100 m of CAD55", "seconds since start", "exit status 2"}) {
+       {"--board FILE", "--port N", "--trace-requests FILE", "--speed N", "--start TIME", "--replay FILE",
+        "--blank-into FILE", "SCRIPT", "100 m of CAD55", "seconds since start", "exit status 2"}) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
 }
@@ -50,6 +50,11 @@ TEST(GfastLab, MistakesOnTheCommandLineAreOneLineAndStatus2) {
       {"--port 65536", "gfast-lab: Could not convert: --port = 65536 (--help explains)\n"},
       {"--port -1", "gfast-lab: Could not convert: --port = -1 (--help explains)\n"},
       {"a b", "gfast-lab: The following argument was not expected: b (--help explains)\n"},
+      {"--speed fast",
+       "gfast-lab: --speed: must be a number from 0.01 to 100000, or max (--help explains)\n"},
+      {"--start noon",
+       "gfast-lab: --start: must be a local time such as 2024-05-02T18:30:00 (--help explains)\n"},
+      {"--replay x --speed 2", "gfast-lab: --speed excludes --replay (--help explains)\n"},
       {"--trace-requests /nonexistent/x", "gfast-lab: /nonexistent/x: No such file or directory\n"},
       {"--board missing.toml", "missing.toml: No such file or directory\n"},
       {"--replay missing.trace", "missing.trace: No such file or directory\n"},

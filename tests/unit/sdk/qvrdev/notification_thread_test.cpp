@@ -50,6 +50,9 @@ class BusyClock final : public Clock {
     std::this_thread::sleep_for(std::chrono::microseconds{count == 0 ? 200 : 0});
     return count;
   }
+  void threadStarts() override { startedThreads++; }
+
+  std::atomic<int> startedThreads{0};
 
  private:
   Chips& chips_;
@@ -71,12 +74,13 @@ bool comesTrue(Condition condition) {
 class Thread : public testing::Test {
  protected:
   Thread() {
-    installClock(forever(new BusyClock(bench_.chips)));
+    installClock(clock_);
     bench_.start(0, 10);
     bench_.start(1, 11);
   }
 
   Bench bench_;
+  BusyClock& clock_ = forever(new BusyClock(bench_.chips));
 };
 
 TEST_F(Thread, CallsBackForEventsAndLogRecords) {
@@ -88,6 +92,13 @@ TEST_F(Thread, CallsBackForEventsAndLogRecords) {
   bench_.chips.queueEvent(1, event(EVENT_TYPE_LINKS_STATUS_CHANGED, 5, 6));
   bench_.chips.queueLog(0, Record(4, 0));
   EXPECT_TRUE(comesTrue([] { return reboots == 1 && link_changes == 1 && log_lines == 1; }));
+}
+
+// A clock on which threads take turns must know of each.
+TEST_F(Thread, IsMadeKnownToTheClock) {
+  EXPECT_EQ(clock_.startedThreads, 0);
+  ASSERT_EQ(startNotificationThread(), QVR_E_STATUS_OK);
+  EXPECT_EQ(clock_.startedThreads, 1);
 }
 
 TEST_F(Thread, RunsWhileCallbacksComeAndGo) {

@@ -47,6 +47,19 @@ TEST(BoardClock, AResetEndsInRealTime) {
   EXPECT_EQ(board.request(descriptor, DFEIOCMEMRD, request), 0);
 }
 
+TEST(BoardClock, RunsAsFastAsItsTime) {
+  constexpr double speed = 1000;
+  const auto start = steady_clock::now();
+  const auto time = [start] { return duration<double>(steady_clock::now() - start).count() * speed; };
+  VirtualBoard board(
+      parseBoard("[[device]]\nline = \"showtime\"\n[[event]]\ndevice = 0\nat_s = 100\ntype = 3", "b"),
+      VirtualBoard::RunningTime{time, speed});
+  EXPECT_EQ(board.nextDue(), 100.0);
+  const int descriptor = board.open(0);
+  EXPECT_TRUE(becomesReadable(descriptor, 10000));
+  EXPECT_GE(time(), 100.0);
+}
+
 TEST(BoardClock, ABoardCanBeSwitchedOffBeforeAPlannedEvent) {
   const VirtualBoard board(parseBoard("[[event]]\ndevice = 0\nat_s = 1000000\ntype = 3", "b"));
 }

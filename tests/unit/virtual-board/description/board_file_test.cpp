@@ -79,7 +79,7 @@ TEST(BoardFile, EveryKeyIsRead) {
 
 TEST(BoardFile, TheExamplesAreBoards) {
   size_t examples = 0;
-  for (const auto& entry : std::filesystem::directory_iterator(BOARD_EXAMPLES)) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(BOARD_EXAMPLES)) {
     if (entry.path().extension() == ".toml") {
       EXPECT_NO_THROW(readBoardFile(entry.path().string())) << entry.path();
       examples++;
