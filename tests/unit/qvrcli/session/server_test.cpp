@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -49,6 +50,54 @@ TEST(Listener, TakesAnyFreePortForPort0) {
   ASSERT_GE(listener, 0);
   EXPECT_NE(portOf(listener), 0);
   close(listener);
+}
+
+uint32_t addressOf(int listener) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  return ntohl(address.sin_addr.s_addr);
+}
+
+TEST(Listener, ListensAtEveryAddressUnlessToldOne) {
+  const int everywhere = openListener(0);
+  const int atHome = openListener(0, INADDR_LOOPBACK);
+  EXPECT_EQ(addressOf(everywhere), INADDR_ANY);
+  EXPECT_EQ(addressOf(atHome), INADDR_LOOPBACK);
+  close(everywhere);
+  close(atHome);
+}
+
+// A connection that waits in the system's queue is complete for the client.
+TEST(Listener, LetsFiftyClientsWait) {
+  const int listener = openListener(0);
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  int clients[50];
+  for (int& client : clients) {
+    client = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    connect(client, reinterpret_cast<sockaddr*>(&address), length);
+    pollfd connected{client, POLLOUT, 0};
+    EXPECT_EQ(poll(&connected, 1, 1000), 1);
+  }
+  for (const int client : clients) {
+    close(client);
+  }
+  close(listener);
+}
+
+// The server's end of a connection that it closed first keeps the port for minutes.
+TEST(Listener, TakesThePortOfAServerThatEndedJustNow) {
+  const int listener = openListener(0);
+  const uint16_t port = portOf(listener);
+  const ConsoleSession client(port);
+  close(accept(listener, nullptr, nullptr));
+  close(listener);
+  const int next = openListener(port);
+  EXPECT_GE(next, 0);
+  close(next);
 }
 
 TEST(Listener, ReportsThatThereIsNoSocket) {

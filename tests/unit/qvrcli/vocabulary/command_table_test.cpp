@@ -132,6 +132,7 @@ TEST(CommandTable, TakesTheRightNumberOfWordsForEachCommand) {
       {"upgrade manufacturer-block", MODE_EXEC, 0, 2},
       {"upgrade firmware", MODE_EXEC, 0, 2},
       {"erase bootloader", MODE_EXEC, 0, 1},
+      {"erase manufacturer-block", MODE_EXEC, 0, 1},
       {"erase firmware", MODE_EXEC, 0, 1},
       {"erase flash", MODE_EXEC, 0, 1},
       {"run", MODE_EXEC, 0, 2},
