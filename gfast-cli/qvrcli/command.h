@@ -3,6 +3,8 @@
 
 #include <libcli.h>
 
+#include <limits>
+
 namespace gfast::console {
 
 // A handler checks, calls, prints. It has libcli's signature: interpreter, the command's full name, the words
@@ -29,30 +31,47 @@ constexpr bool anyNumber(int /*argc*/) {
   return true;
 }
 
+// What a command does to chips, their flash and the operator's files. A console that is read-only refuses
+// what changes them.
+struct Effect {
+  int wordsThatChange;  // with this many words or more it changes something
+
+  constexpr bool changes(int argc) const { return argc >= wordsThatChange; }
+};
+
+constexpr Effect kReads = {std::numeric_limits<int>::max()};
+constexpr Effect kChanges = {0};
+
+// Writes a file when its name is typed, as the word at this position; otherwise it only reads.
+constexpr Effect writesFile(int position) {
+  return {position + 1};
+}
+
 struct Command {
   const char* path;       // keyword path, words separated by one blank
   int mode;               // MODE_EXEC or MODE_CONFIG
   const char* help;       // as help shows it; nullptr for a keyword-only word
   Handler handler;        // nullptr for a keyword-only word
   ArgumentCount accepts;  // any other count prints the usage line
+  Effect effect;
   const char* usage;
 };
 
 // A word that only leads to others.
 constexpr Command keyword(const char* path) {
-  return {path, MODE_EXEC, nullptr, nullptr, anyNumber, nullptr};
+  return {path, MODE_EXEC, nullptr, nullptr, anyNumber, kReads, nullptr};
 }
 
 // A command of exec mode.
 constexpr Command exec(const char* path, const char* help, Handler handler, ArgumentCount accepts,
-                       const char* usage) {
-  return {path, MODE_EXEC, help, handler, accepts, usage};
+                       Effect effect, const char* usage) {
+  return {path, MODE_EXEC, help, handler, accepts, effect, usage};
 }
 
 // A command of configuration mode.
 constexpr Command config(const char* path, const char* help, Handler handler, ArgumentCount accepts,
-                         const char* usage) {
-  return {path, MODE_CONFIG, help, handler, accepts, usage};
+                         Effect effect, const char* usage) {
+  return {path, MODE_CONFIG, help, handler, accepts, effect, usage};
 }
 
 }  // namespace gfast::console

@@ -9,11 +9,32 @@
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/server.h"
+#include "qvrcli/session/settings.h"
 #include "qvrcli/session/stop.h"
+#include "qvrcli/text/named_files.h"
+#include "qvrcli/vocabulary/command_tree.h"
 
 namespace gfast::console {
 
 namespace {
+
+constexpr int kSettingsError = 2;
+
+// False after a message.
+bool protect(const Settings& settings) {
+  if (settings.filesFolder && !keepFilesInside(settings.filesFolder->c_str())) {
+    std::fprintf(stderr, "GFAST_FILES=%s: %s\n", settings.filesFolder->c_str(), std::strerror(errno));
+    return false;
+  }
+  if (settings.readOnly) {
+    refuseChanges();
+  }
+  return true;
+}
+
+int listenOn(uint16_t port, const std::optional<Endpoint>& endpoint) {
+  return endpoint ? openListener(endpoint->port.value_or(port), endpoint->address) : openListener(port);
+}
 
 void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
   std::puts(line);
@@ -38,6 +59,10 @@ void runScript(cli_def* interpreter, FILE* script) {
 }  // namespace
 
 int runConsole(const char* script, uint16_t port) {
+  const auto settings = readSettings();
+  if (!settings || !protect(*settings)) {
+    return kSettingsError;
+  }
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
@@ -51,11 +76,11 @@ int runConsole(const char* script, uint16_t port) {
     cli_done(interpreter);
     return 0;
   }
-  const int listener = openListener(port);
+  const int listener = listenOn(port, settings->listen);
   if (listener < 0) {
     return 1;
   }
-  serveSessions(interpreter, listener);
+  serveSessions(interpreter, listener, settings->allowed);
   cli_done(interpreter);
   return 0;
 }

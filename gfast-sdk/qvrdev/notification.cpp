@@ -52,6 +52,7 @@ microseconds NotificationRound::timeLeftInRound() {
   if (now >= roundEnd_) {
     roundEnd_ = now + kPollingInterval;
     fruitless_.fill(false);
+    newsLeft_ = kMostNewsInARound;
   }
   return roundEnd_ - now;
 }
@@ -60,19 +61,39 @@ bool NotificationRound::hasUnfinished() const {
   return std::ranges::find(unfinished_, true) != unfinished_.end();
 }
 
+// In place of a device that is readable all the time.
+bool NotificationRound::awaitsNews(int descriptor, fd_set& descriptors) {
+  if (newsLeft_ <= 0 || news_.descriptor() < 0 || news_.descriptor() >= FD_SETSIZE ||
+      !news_.watch(descriptor)) {
+    return false;
+  }
+  FD_SET(news_.descriptor(), &descriptors);
+  return true;
+}
+
 bool NotificationRound::waitForDevices(microseconds duration) {
   fd_set descriptors;
   FD_ZERO(&descriptors);
   std::array<int, QVR_K_MAX_DEVICES> waitedFor;
   waitedFor.fill(-1);
+  int limit = limit_;
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     const int descriptor = openDescriptor(device);
-    if (descriptor >= 0 && descriptor < limit_ && !fruitless_[static_cast<size_t>(device)]) {
+    if (descriptor < 0 || descriptor >= limit_) {
+      continue;
+    }
+    if (!fruitless_[static_cast<size_t>(device)]) {
       waitedFor[static_cast<size_t>(device)] = descriptor;
       FD_SET(descriptor, &descriptors);
+    } else if (awaitsNews(descriptor, descriptors)) {
+      limit = std::max(limit, news_.descriptor() + 1);
     }
   }
-  const int readable = clockSource().waitReadable(descriptors, limit_, duration);
+  const int readable = clockSource().waitReadable(descriptors, limit, duration);
+  if (readable > 0 && limit > limit_ && FD_ISSET(news_.descriptor(), &descriptors)) {
+    news_.forget();
+    newsLeft_--;
+  }
   for (size_t i = 0; i < ready_.size(); i++) {
     ready_[i] = readable > 0 && waitedFor[i] >= 0 && FD_ISSET(waitedFor[i], &descriptors);
   }

@@ -8,6 +8,7 @@
 #include <chrono>
 
 #include "qvrdev/callbacks.h"
+#include "qvrdev/device_news.h"
 
 namespace gfast {
 
@@ -30,13 +31,16 @@ class NotificationRound {
   // continued in the next step, which does not wait.
   //
   // A device that was readable but delivered nothing (log records that nobody takes, reads that fail) would
-  // end every wait at once. It is not waited for during the rest of the round; its events are still read
-  // whenever another device ends the wait.
+  // end every wait at once. During the rest of the round only news on it end the wait; its events are read
+  // then, and whenever another device ends the wait. Of a driver that tells of news all the time, so many are
+  // heard in a round and the others wait for the next.
+  static constexpr int kMostNewsInARound = 50;
   void step();
 
  private:
   std::chrono::microseconds timeLeftInRound();  // begins a round when the last one is over
   bool hasUnfinished() const;
+  bool awaitsNews(int descriptor, fd_set& descriptors);
   bool waitForDevices(std::chrono::microseconds duration);
   void watchBoundary();
   void drainDevices();
@@ -53,6 +57,8 @@ class NotificationRound {
   std::array<bool, QVR_K_MAX_DEVICES> ready_{};         // devices whose events are drained in this round
   std::array<bool, QVR_K_MAX_DEVICES> unfinished_{};    // devices whose queues still hold more
   std::array<bool, QVR_K_MAX_DEVICES> fruitless_{};     // devices that were readable but delivered nothing
+  DeviceNews news_;                                     // on those
+  int newsLeft_ = 0;                                    // still heard in this round
 };
 
 // The thread's body; it never returns.

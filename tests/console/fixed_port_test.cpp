@@ -5,7 +5,10 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <csignal>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "console/programs.h"
@@ -51,6 +54,21 @@ TEST(GfastCli, RunsAScriptAndExitsWith0) {
   ConsoleProgram program = gfastCli({folder.write("a.txt", "sleep ?\n"), "ignored"});
   EXPECT_EQ(program.wait(), 0);
   EXPECT_EQ(program.output(), "Warning: Failed to connect to DFEs\nsleep <seconds>\n");
+}
+
+// A child that ends without being waited for would stay in the system's table otherwise.
+TEST(GfastCli, LeavesNothingOfAChildThatEnds) {
+  const std::string start = std::string("sleep 60 & echo child $!; exec ") + LAUNCHER + " " + GFAST_CLI;
+  ConsoleProgram program("", {"/bin/sh", "-c", start});
+  program.port();
+  const std::string& printed = program.output();
+  const pid_t child = std::stoi(printed.substr(printed.find("child ") + 6));
+  ASSERT_EQ(kill(child, SIGKILL), 0);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (kill(child, 0) == 0 && std::chrono::steady_clock::now() < end) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_NE(kill(child, 0), 0) << "it is a zombie";
 }
 
 }  // namespace

@@ -161,4 +161,20 @@ TEST(Vocabulary, RefusesAnAbbreviationThatFitsTwoWordsWhateverTheirCase) {
   EXPECT_EQ(session.type("lo"), "Invalid command \"lo\"\r\n");
 }
 
+TEST(Vocabulary, TakesWordsInAnyCaseForAQuestionMarkAndTab) {
+  LabServer lab;
+  OpenSession session(lab.port());
+  EXPECT_EQ(session.typeKeys("ShOw VeRsIoN ?"), "ShOw VeRsIoN \r\nshow version\r\n");
+  dropLine(session);
+  session.send("sHo\tvEr\t");
+  EXPECT_EQ(session.typeKeys("\r"), std::string("sHo\b\b\bshow vEr\b\b\bversion \r\n") + kVersion);
+  session.type("configure");
+  EXPECT_EQ(session.typeKeys("cdta_MIN?"), "cdta_MIN\r\n  cDTA_MINMds          Set cDTA_MINMds\r\n");
+  dropLine(session);
+  EXPECT_EQ(session.typeKeys("CdTa_mInMDS ?"), "CdTa_mInMDS \r\ncDTA_MINMds <8..30>\r\n");
+  dropLine(session);
+  session.send("CDTA_e\t");
+  EXPECT_EQ(session.typeKeys("\r"), "CDTA_e\b\b\b\b\b\bcDTA_ENABLE \r\ncDTA_ENABLE <T | F>\r\n");
+}
+
 }  // namespace

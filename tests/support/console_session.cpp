@@ -170,9 +170,14 @@ bool ConsoleProgram::running() {
   return pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0;
 }
 
-ConsoleSession::ConsoleSession(uint16_t port) : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+ConsoleSession::ConsoleSession(uint16_t port, uint32_t from)
+    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(from);
+  if (bind(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) < 0) {
+    throw systemError("bind");
+  }
   address.sin_port = htons(port);
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   if (connect(socket_, reinterpret_cast<sockaddr*>(&address), sizeof address) < 0) {

@@ -52,7 +52,8 @@ class ConsoleProgram {
 // A telnet client. It leaves telnet commands out of what it returns.
 class ConsoleSession {
  public:
-  explicit ConsoleSession(uint16_t port);
+  // From an address of this machine; 0: any.
+  explicit ConsoleSession(uint16_t port, uint32_t from = 0);
   ~ConsoleSession();
   ConsoleSession(const ConsoleSession&) = delete;
   ConsoleSession& operator=(const ConsoleSession&) = delete;

@@ -126,6 +126,11 @@ void ExpectedRequests::expect(const Script& script) {
   left_.insert(left_.end(), script.calls().begin(), script.calls().end());
 }
 
+size_t ExpectedRequests::left() {
+  const std::lock_guard guard(lock_);
+  return left_.size();
+}
+
 void ExpectedRequests::verify() {
   const std::lock_guard guard(lock_);
   for (const ExpectedCall& call : left_) {

@@ -23,6 +23,9 @@ class ExpectedRequests final : public Driver {
   // Further calls, expected after those that were not made yet.
   void expect(const Script& script);
 
+  // How many calls were not made yet. It tells what a wait or a print comes between.
+  size_t left();
+
   // Fails the test when a call was not made, and forgets those.
   void verify();
 

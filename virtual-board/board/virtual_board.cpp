@@ -225,12 +225,14 @@ void VirtualBoard::advanceLocked() {
   showPending();
 }
 
-// A descriptor is readable while its chip has an event or a log record for the host.
+// A descriptor is readable while its chip has an event or a log record for the host, and wakes whoever waits
+// for it at each.
 void VirtualBoard::showPending() {
   for (auto& [descriptor, state] : descriptors_) {
     Chip& chip = *chips_[static_cast<size_t>(state.device)];
     const bool pending = !chip.hung() && chip.pending().any();
-    if (pending == state.readable) {
+    const size_t arrivals = chip.pending().arrivals();
+    if (pending == state.readable && (!pending || arrivals == state.arrivals)) {
       continue;
     }
     eventfd_t value = 1;
@@ -240,6 +242,7 @@ void VirtualBoard::showPending() {
       ::eventfd_read(descriptor, &value);
     }
     state.readable = pending;
+    state.arrivals = arrivals;
   }
 }
 
@@ -259,7 +262,7 @@ int VirtualBoard::open(int device) {
       traced.error = descriptor < 0 ? errno : 0;
     }
     if (traced.error == 0) {
-      descriptors_[descriptor] = {device, false};
+      descriptors_[descriptor] = {device, false, 0};
       showPending();
     }
   }

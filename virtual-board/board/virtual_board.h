@@ -114,6 +114,7 @@ class VirtualBoard final : public Driver {
   struct Descriptor {
     int device;
     bool readable;
+    size_t arrivals;  // of which its readers were told
   };
   std::map<int, Descriptor> descriptors_;
   std::thread clock_;

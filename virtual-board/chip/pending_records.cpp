@@ -33,6 +33,7 @@ void PendingRecords::raiseEvent(double time, uint32_t type, std::span<const uint
     store_le32(record.data() + GFAST_EVENT_PARAMS + 4 * i, params[i]);
   }
   append(events_, kMaxEvents, std::move(record));
+  arrivals_++;
 }
 
 void PendingRecords::raiseLog(uint8_t core, uint8_t line, std::string_view text,
@@ -55,6 +56,7 @@ void PendingRecords::raiseLog(uint8_t core, uint8_t line, std::string_view text,
     record.push_back(0);
   }
   append(logs_, kMaxLogs, std::move(record));
+  arrivals_++;
 }
 
 bool PendingRecords::takeEvent(std::span<uint8_t> out, size_t& length) {

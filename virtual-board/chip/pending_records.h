@@ -25,6 +25,9 @@ class PendingRecords {
   // Whether the host can read something: an event, or a log record when logs are enabled.
   bool any() const { return !events_.empty() || (logsEnabled_ && !logs_.empty()); }
 
+  // How many records have come so far, taken or not.
+  size_t arrivals() const { return arrivals_; }
+
   // Takes one event; length 0: there is none. False: it does not fit, and stays.
   bool takeEvent(std::span<uint8_t> out, size_t& length);
   // Takes as many whole log records as fit. False: not even the first one fits.
@@ -36,6 +39,7 @@ class PendingRecords {
   std::deque<std::vector<uint8_t>> events_;
   std::deque<std::vector<uint8_t>> logs_;
   bool logsEnabled_ = false;
+  size_t arrivals_ = 0;
 };
 
 }  // namespace gfast::board

@@ -107,16 +107,17 @@ namespace {
 constexpr Command commandOf(const ConfigWord& word) {
   constexpr ArgumentCount kExactly[] = {exactly<0>, exactly<1>, exactly<2>, exactly<3>, exactly<4>};
   const int words = (word.takesDirection() ? 1 : 0) + word.accepts.words;
-  return config(word.keyword, word.help, word.handler, kExactly[words], word.usage);
+  // It changes the console's own record only; `save` writes that to a chip.
+  return config(word.keyword, word.help, word.handler, kExactly[words], kReads, word.usage);
 }
 
 constexpr Command kRecordCommands[] = {
-    config("restore", "Restore default line parameters", CLI_setDefaultConfigParams, exactly<0>,
+    config("restore", "Restore default line parameters", CLI_setDefaultConfigParams, exactly<0>, kReads,
            "default-params"),
     config("save", "Save configuration parameters to line (same as apply)", CLI_saveLineConfig, between<0, 1>,
-           "save <line-id>"),
-    config("show", "Show configuration parameters", CLI_showConfigParams, exactly<0>, "show"),
-    config("get", "Get configuration parameters for line", CLI_getConfigParams, between<0, 1>,
+           kChanges, "save <line-id>"),
+    config("show", "Show configuration parameters", CLI_showConfigParams, exactly<0>, kReads, "show"),
+    config("get", "Get configuration parameters for line", CLI_getConfigParams, between<0, 1>, kReads,
            "get [<line-id>] : { 0 }"),
 };
 

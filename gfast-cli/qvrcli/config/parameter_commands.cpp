@@ -72,8 +72,9 @@ int CLI_showParams(cli_def* session, const char* /*command*/, char* argv[], int 
 }
 
 constexpr Command kCommands[] = {
-    exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, anyNumber, "show dictionary"),
-    exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>,
+    exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, anyNumber, kReads,
+         "show dictionary"),
+    exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>, kReads,
          "show params [<lineId>]"),
 };
 

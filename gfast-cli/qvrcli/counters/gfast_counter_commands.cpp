@@ -147,13 +147,13 @@ int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[
 }
 
 constexpr Command kCommands[] = {
-    exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>,
+    exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>, kReads,
          "show gfast-counters <line-id> [(ne | fe)]"),
     exec("show remote-management-counters", "Show remote FTU management counters for line",
-         CLI_showRemoteManagementCounters, between<0, 1>,
+         CLI_showRemoteManagementCounters, between<0, 1>, kReads,
          "show remote-management-counters [<line-id>] : { 0 }"),
     exec("show pmd-test-parameters", "Show PMD test parameters for line", CLI_showPMDTestParameters,
-         between<0, 1>, "show pmd-test-parameters [<line-id>] : { 0 }"),
+         between<0, 1>, kReads, "show pmd-test-parameters [<line-id>] : { 0 }"),
 };
 
 }  // namespace

@@ -271,23 +271,23 @@ int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, ch
 
 constexpr Command kCommands[] = {
     exec("show pm-counters", "Show performance monitoring counters for line",
-         CLI_showPerformanceMonitoringCounters, atLeast<1>, "show pm-counters <line-id>"),
+         CLI_showPerformanceMonitoringCounters, atLeast<1>, kReads, "show pm-counters <line-id>"),
     exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
-         "show 15min-counters [<line-id>] [interval]"),
+         kReads, "show 15min-counters [<line-id>] [interval]"),
     exec("show 24hr-counters", "Show 24-hour performance counters", CLI_show24hrCounters, between<0, 2>,
-         "show 24hr-counters [<line-id>] [interval]"),
+         kReads, "show 24hr-counters [<line-id>] [interval]"),
     exec("show line performance-counters", "Show (near-end) line performance counters",
-         CLI_showLinePerformanceCounters, anyNumber,
+         CLI_showLinePerformanceCounters, anyNumber, kReads,
          "show line performance-counters [<line-id>] [(ne | fe)] : { 0, ne }"),
     exec("show channel performance-counters", "Show (near-end) line performance counters",
-         CLI_showChannelPerformanceCounters, between<1, 2>,
+         CLI_showChannelPerformanceCounters, between<1, 2>, kReads,
          "show channel performance-counters <line-id> [(ne | fe)] : { 0, ne }"),
     exec("show number 15min-intervals", "Show number of 15 minute history intervals",
-         CLI_showNumberOf15minIntervals, between<0, 1>, "show number 15min-intervals [<line-id>]"),
+         CLI_showNumberOf15minIntervals, between<0, 1>, kReads, "show number 15min-intervals [<line-id>]"),
     exec("show number 24hr-intervals", "Show number of 24 hour history intervals",
-         CLI_showNumberOf24hrIntervals, between<0, 1>, "show number 24hr-intervals [<line-id>]"),
+         CLI_showNumberOf24hrIntervals, between<0, 1>, kReads, "show number 24hr-intervals [<line-id>]"),
     exec("dump 15min-history", "Dump the 15-minute counter history database", CLI_dump15minCountersHistoryDB,
-         between<0, 1>, "dump 15min-history [<line-id>] : { 0 }"),
+         between<0, 1>, kReads, "dump 15min-history [<line-id>] : { 0 }"),
 };
 
 }  // namespace

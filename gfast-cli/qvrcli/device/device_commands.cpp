@@ -138,12 +138,13 @@ int CLI_restartSystem(cli_def* cli, const char* /*command*/, char* argv[], int a
 }
 
 constexpr Command kCommands[] = {
-    exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>,
+    exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>, kReads,
          "show device-info [<device-id>]"),
-    exec("restart system", "Restart the system", CLI_restartSystem, between<0, 2>,
+    exec("restart system", "Restart the system", CLI_restartSystem, between<0, 2>, kChanges,
          "restart system [<wait-for-config>] [device-id] : { 0, F }"),
-    exec("rediscover", "Rediscover G.fast devices", CLI_rediscoverDevices, exactly<0>, "rediscover"),
-    exec("reboot", "Reboot device", CLI_rebootDevice, between<0, 2>,
+    exec("rediscover", "Rediscover G.fast devices", CLI_rediscoverDevices, exactly<0>, kChanges,
+         "rediscover"),
+    exec("reboot", "Reboot device", CLI_rebootDevice, between<0, 2>, kChanges,
          "reboot [B0 | B1 | APP] [<device-id>] : { APP, 0 }"),
 };
 

@@ -2,9 +2,12 @@
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
+#include <string>
 
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/named_files.h"
 
 namespace gfast::console {
 
@@ -12,9 +15,15 @@ namespace {
 
 constexpr Refusal kNoSuchDevice = "invalid device number {}";
 
-// The driver's record has room for the name and its terminator.
-bool fitsRecord(const char* filename) {
-  return std::strlen(filename) < MAX_FW_FN_SIZE;
+// The name that the driver is given, for whose record it must leave room for a terminator. Empty, with errno,
+// when the driver cannot or may not have it.
+std::optional<std::string> nameForDriver(const char* filename) {
+  std::optional<std::string> name = nameForOthers(filename);
+  if (name && name->size() >= MAX_FW_FN_SIZE) {
+    errno = ENAMETOOLONG;
+    return std::nullopt;
+  }
+  return name;
 }
 
 int report(cli_def* cli, QVR_retval_t status, const char* failure) {
@@ -36,8 +45,8 @@ int upgrade(cli_def* cli, char* argv[], int argc, const char* defaultFile,
     return CLI_OK;
   }
   flushSession(cli);
-  const QVR_retval_t status =
-      fitsRecord(filename) ? operation(device, filename) : QVR_E_FAILED_TO_OPEN_IMAGE_FILE;
+  const auto name = nameForDriver(filename);
+  const QVR_retval_t status = name ? operation(device, name->c_str()) : QVR_E_FAILED_TO_OPEN_IMAGE_FILE;
   return report(cli, status, failure);
 }
 
@@ -69,9 +78,8 @@ int CLI_loadBootloader(cli_def* cli, const char* /*command*/, char* argv[], int 
     return CLI_OK;
   }
   flushSession(cli);
-  if (!fitsRecord(filename)) {
-    cli_print(cli, "Error loading image - %s", std::strerror(ENAMETOOLONG));
-  } else if (QVR_STATUS_ERROR(QVR_loadBootloader(device, filename))) {
+  const auto name = nameForDriver(filename);
+  if (!name || QVR_STATUS_ERROR(QVR_loadBootloader(device, name->c_str()))) {
     cli_print(cli, "Error loading image - %s", std::strerror(errno));
   }
   return CLI_OK;
@@ -108,22 +116,22 @@ int CLI_eraseFlash(cli_def* cli, const char* /*command*/, char* argv[], int argc
 }
 
 constexpr Command kCommands[] = {
-    exec("load bootloader", "Erase bootloader from flash", CLI_loadBootloader, between<0, 2>,
+    exec("load bootloader", "Erase bootloader from flash", CLI_loadBootloader, between<0, 2>, kChanges,
          "load bootloader [<filename>] [<device-id>] : { B1.bin, 0 }"),
-    exec("upgrade bootloader", "Upgrade bootloader", CLI_upgradeBootloader, between<0, 2>,
+    exec("upgrade bootloader", "Upgrade bootloader", CLI_upgradeBootloader, between<0, 2>, kChanges,
          "upgrade-bootloader [<filename>] [<device-id>] : { B1.bin 0 } "),
     exec("upgrade manufacturer-block", "Upgrade manufacturer block", CLI_upgradeManufacturerBlock,
-         between<0, 2>,
+         between<0, 2>, kChanges,
          "upgrade manufacturer-block [<filename>] [<device-id>] : { ManufacturerBlock_DP.bin, 0 }"),
-    exec("upgrade firmware", "Upgrade firmware image", CLI_upgradeFirmwareImage, between<0, 2>,
+    exec("upgrade firmware", "Upgrade firmware image", CLI_upgradeFirmwareImage, between<0, 2>, kChanges,
          "upgrade firmware-image [<filename>] [<device-id>] : { triplet_dp_2_94.bin, 0 }"),
-    exec("erase bootloader", "Erase bootloader from flash", CLI_eraseBootloader, between<0, 1>,
+    exec("erase bootloader", "Erase bootloader from flash", CLI_eraseBootloader, between<0, 1>, kChanges,
          "erase bootloader [<device-id>] : { 0 }"),
     exec("erase manufacturer-block", "Erase manufacturer block from flash", CLI_eraseManufacturerBlock,
-         between<0, 1>, "erase manufacturer-block [<device-id>] : { 0 }"),
-    exec("erase firmware", "Erase firmware image from flash", CLI_eraseFirmwareImage, between<0, 1>,
+         between<0, 1>, kChanges, "erase manufacturer-block [<device-id>] : { 0 }"),
+    exec("erase firmware", "Erase firmware image from flash", CLI_eraseFirmwareImage, between<0, 1>, kChanges,
          "erase firmware [<device-id>] : { 0 }"),
-    exec("erase flash", "Erase entire flash", CLI_eraseFlash, between<0, 1>,
+    exec("erase flash", "Erase entire flash", CLI_eraseFlash, between<0, 1>, kChanges,
          "erase flash [<device-id>] : { 0 }"),
 };
 

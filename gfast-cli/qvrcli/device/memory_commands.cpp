@@ -137,11 +137,11 @@ int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int arg
 }
 
 constexpr Command kCommands[] = {
-    exec("read memory", "Read memory from device", CLI_readMemory, atLeast<3>,
+    exec("read memory", "Read memory from device", CLI_readMemory, atLeast<3>, kReads,
          "read memory <device-id | line-id> <address> <length> [(ne | fe)]"),
-    exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>,
+    exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>, kReads,
          "read sbr <device-id> [ 0 ]"),
-    exec("write memory", "Write to device memory", CLI_writeMemory, atLeast<4>,
+    exec("write memory", "Write to device memory", CLI_writeMemory, atLeast<4>, kChanges,
          "write memory <device-id> <address> <length> <data> : data either at xx:xx:xx... or hex value"),
 };
 

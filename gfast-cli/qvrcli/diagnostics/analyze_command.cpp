@@ -80,7 +80,7 @@ int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], in
 }
 
 constexpr Command kCommands[] = {
-    exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>,
+    exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>, writesFile(2),
          "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]"),
 };
 

@@ -48,8 +48,8 @@ int CLI_showExtcomTestResults(cli_def* cli, const char* /*command*/, char* /*arg
 
 constexpr Command kCommands[] = {
     exec("show extcom-results", "Shows Extcom test results", CLI_showExtcomTestResults, between<0, 1>,
-         "start extcom-text"),
-    exec("start extcom-test", "Starts Extcom PRBS test", CLI_startExtcomTest, between<0, 1>,
+         kChanges, "start extcom-text"),
+    exec("start extcom-test", "Starts Extcom PRBS test", CLI_startExtcomTest, between<0, 1>, kChanges,
          "start extcom-text"),
 };
 

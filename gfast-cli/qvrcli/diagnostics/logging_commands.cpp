@@ -74,12 +74,12 @@ int CLI_setLogLevel(cli_def* cli, const char* /*command*/, char* argv[], int /*a
 }
 
 constexpr Command kCommands[] = {
-    exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, "show log-level"),
-    exec("set log-level", "Set current log level", CLI_setLogLevel, exactly<1>,
+    exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, kReads, "show log-level"),
+    exec("set log-level", "Set current log level", CLI_setLogLevel, exactly<1>, kReads,
          "set log-level <0..4> : 0=LOG_CRIT, 1=LOG_ERR, 2=LOG_WARNING, 3=LOG_INFO, 4=LOG_DEBUG"),
-    exec("start logging", "Starts terminal logging", CLI_startLogging, between<0, 1>,
+    exec("start logging", "Starts terminal logging", CLI_startLogging, between<0, 1>, kChanges,
          "start logging [<seconds>] [<filename>] : { <0>, <stdout> }"),
-    exec("stop logging", "Stops terminal logging", CLI_stopLogging, between<0, 1>, "stop logging "),
+    exec("stop logging", "Stops terminal logging", CLI_stopLogging, between<0, 1>, kReads, "stop logging "),
 };
 
 }  // namespace

@@ -168,21 +168,21 @@ int CLI_testAfePerformanceMTPRInLoop(cli_def* cli, const char* /*command*/, char
 }
 
 constexpr Command kCommands[] = {
-    exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>,
+    exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>, kChanges,
          "test afe-loop <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] : { "
          "<default-signal>, fdsignal.out } "),
-    exec("test afe-mtpr", "Test MTPR performance", CLI_testAfePerformanceMTPR, between<2, 5>,
+    exec("test afe-mtpr", "Test MTPR performance", CLI_testAfePerformanceMTPR, between<2, 5>, kChanges,
          "test afe-mtpr <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] "
          "[<mtpr-result-filename>] : { NULL, fdsignal.out mtpr.out } "),
     exec("test afe-mtpr-loop", "Test MTPR performance in loop", CLI_testAfePerformanceMTPRInLoop,
-         between<2, 4>,
+         between<2, 4>, kChanges,
          "test afe-mtpr-loop <tx-line-id> <rx-line-id> <loop-iterations> [<mtpr-result-filename>] : { 1, "
          "mtpr.out } "),
-    exec("transmit signal", "Transmit signal", CLI_transmitSignal, between<0, 2>,
+    exec("transmit signal", "Transmit signal", CLI_transmitSignal, between<0, 2>, kChanges,
          "transmit signal [<line-id>] [<signal-filename>] : { 0, <default-signal> }"),
-    exec("receive signal", "Receive signal snapshot", CLI_receiveSignal, between<0, 2>,
+    exec("receive signal", "Receive signal snapshot", CLI_receiveSignal, between<0, 2>, kChanges,
          "receive signal [<line-id>] [<fdsignal-filename>] : { 0, fdsignal.out } "),
-    exec("generate signal", "Generate a random signal", CLI_generateRandomSignal, between<0, 1>,
+    exec("generate signal", "Generate a random signal", CLI_generateRandomSignal, between<0, 1>, kChanges,
          "generate signal [<signal-filename>] : { txsignal.dat }"),
 };
 

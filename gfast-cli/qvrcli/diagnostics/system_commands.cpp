@@ -30,9 +30,9 @@ int CLI_showSystemRestartState(cli_def* cli, const char* /*command*/, char* /*ar
 }
 
 constexpr Command kCommands[] = {
-    exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, "show version"),
+    exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, kReads, "show version"),
     exec("show system restart-state", "Show system restart state", CLI_showSystemRestartState, exactly<0>,
-         "show system restart-state"),
+         kReads, "show system restart-state"),
 };
 
 }  // namespace

@@ -92,9 +92,9 @@ constexpr bool anyNumberButFour(int argc) {
 }
 
 constexpr Command kCommands[] = {
-    exec("show inventory", "Show inventory information for line", CLI_showInventory, between<0, 1>,
+    exec("show inventory", "Show inventory information for line", CLI_showInventory, between<0, 1>, kReads,
          "show inventory [<line-id>] : { 0 }"),
-    exec("set inventory", "Set some inventory parameters", CLI_setInventory, anyNumberButFour,
+    exec("set inventory", "Set some inventory parameters", CLI_setInventory, anyNumberButFour, kChanges,
          "set inventory <device-id> <vendor-id> <serial-number> : vendor-id (hex string) "
          "XX:XX:XX:XX:XX:XX:XX:XX, serial-number (string)"),
 };

@@ -43,11 +43,11 @@ int CLI_deactivateLine(cli_def* cli, const char* /*command*/, char* argv[], int 
 }
 
 constexpr Command kCommands[] = {
-    exec("restart line", "Restart a G.fast line or all active lines", CLI_resetLine, exactly<1>,
+    exec("restart line", "Restart a G.fast line or all active lines", CLI_resetLine, exactly<1>, kChanges,
          "restart line <line-id> | all"),
-    exec("activate line", "Activate a line", CLI_activateLine, exactly<1>,
+    exec("activate line", "Activate a line", CLI_activateLine, exactly<1>, kChanges,
          "activate line [<line-id> | all] : { 0 }"),
-    exec("deactivate line", "De-activate a line", CLI_deactivateLine, between<0, 1>,
+    exec("deactivate line", "De-activate a line", CLI_deactivateLine, between<0, 1>, kChanges,
          "deactivate line [<line-id> | all] : { 0 }"),
 };
 

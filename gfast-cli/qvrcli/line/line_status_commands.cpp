@@ -167,21 +167,21 @@ int CLI_showNumberOfReboots(cli_def* cli, const char* /*command*/, char* /*argv*
 
 constexpr Command kCommands[] = {
     exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
-         between<0, 1>, "show init-failure-cause [<lineId>]"),
-    exec("show line state", "Show line state", CLI_showLineState, between<0, 1>,
+         between<0, 1>, kReads, "show init-failure-cause [<lineId>]"),
+    exec("show line state", "Show line state", CLI_showLineState, between<0, 1>, kReads,
          "show line state [<lineId>] : { * all lines }"),
-    exec("show line status", "Show line status information", CLI_showLineStatus, between<0, 1>,
+    exec("show line status", "Show line status information", CLI_showLineStatus, between<0, 1>, kReads,
          "show line status [<lineId>] : { 0 }"),
-    exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>,
+    exec("show line config", "Show line confgetiguration", CLI_showLineConfig, between<0, 1>, kReads,
          "show line config [<line-id>] : { 0 }"),
     exec("show channel status", "Show channel status for line in US or DS direction", CLI_showChannelStatus,
-         between<0, 2>, "show channel status [<line-id>] [us | ds] : { 0, us }"),
+         between<0, 2>, kReads, "show channel status [<line-id>] [us | ds] : { 0, us }"),
     exec("show number devices", "Show number of discovered G.fast devices", CLI_showNumberOfDevices,
-         exactly<0>, "show number devices"),
-    exec("show number lines", "Show number of G.fast lines", CLI_showNumberOfLines, exactly<0>,
+         exactly<0>, kReads, "show number devices"),
+    exec("show number lines", "Show number of G.fast lines", CLI_showNumberOfLines, exactly<0>, kReads,
          "show number lines"),
     exec("show number reboots", "Show number of reboot notifications", CLI_showNumberOfReboots, exactly<0>,
-         "show number reboots"),
+         kReads, "show number reboots"),
 };
 
 }  // namespace

@@ -118,7 +118,7 @@ int CLI_showNetworkInfo(cli_def* cli, const char* /*command*/, char* /*argv*/[],
 }
 
 constexpr Command kCommands[] = {
-    exec("show network-info", "Show network information", CLI_showNetworkInfo, exactly<0>,
+    exec("show network-info", "Show network information", CLI_showNetworkInfo, exactly<0>, kReads,
          "show network-info"),
 };
 

@@ -11,6 +11,7 @@
 #include <system_error>
 
 #include "clock/clock.h"
+#include "qvrcli/session/doorkeeper.h"
 #include "qvrcli/session/session_printer.h"
 #include "qvrcli/session/session_relay.h"
 #include "qvrcli/session/session_stream.h"
@@ -59,8 +60,7 @@ void setConnectionOptions(int connection) {
 
 void announce(int connection) {
   sockaddr_in peer{};
-  socklen_t length = sizeof peer;
-  if (getpeername(connection, reinterpret_cast<sockaddr*>(&peer), &length) == 0) {
+  if (peerOf(connection, peer)) {
     std::printf(" * accepted connection from %s\n", inet_ntoa(peer.sin_addr));
   }
 }
@@ -89,17 +89,17 @@ void runFailedSession(cli_def* interpreter) {
 
 }  // namespace
 
-int openListener(uint16_t port) {
+int openListener(uint16_t port, uint32_t address) {
   const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   if (listener < 0) {
     return failed(listener, "socket");
   }
   setOption(listener, SOL_SOCKET, SO_REUSEADDR, 1);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_ANY);
-  address.sin_port = htons(port);
-  if (bind(listener, reinterpret_cast<sockaddr*>(&address), sizeof address) < 0) {
+  sockaddr_in own{};
+  own.sin_family = AF_INET;
+  own.sin_addr.s_addr = htonl(address);
+  own.sin_port = htons(port);
+  if (bind(listener, reinterpret_cast<sockaddr*>(&own), sizeof own) < 0) {
     return failed(listener, "bind");
   }
   if (listen(listener, kBacklog) < 0) {
@@ -108,11 +108,16 @@ int openListener(uint16_t port) {
   return listener;
 }
 
-void serveSessions(cli_def* interpreter, int listener) {
+void serveSessions(cli_def* interpreter, int listener, const std::optional<std::vector<Network>>& allowed) {
+  std::optional<Doorkeeper> doorkeeper;
+  if (allowed) {
+    doorkeeper.emplace(listener, *allowed);
+  }
   const int port = portOf(listener);
   for (;;) {
     std::printf("Listening on port %d\n", port);
-    const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    const int connection =
+        doorkeeper ? doorkeeper->take() : accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
     if (connection == 0) {
       return;
     }

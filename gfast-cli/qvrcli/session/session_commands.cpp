@@ -33,8 +33,8 @@ int CLI_runScript(cli_def* cli, const char* /*command*/, char* argv[], int argc)
 }
 
 constexpr Command kCommands[] = {
-    exec("sleep", "Sleep for some seconds", CLI_sleep, exactly<1>, "sleep <seconds>"),
-    exec("run", "Run a CLI script file", CLI_runScript, between<0, 2>,
+    exec("sleep", "Sleep for some seconds", CLI_sleep, exactly<1>, kReads, "sleep <seconds>"),
+    exec("run", "Run a CLI script file", CLI_runScript, between<0, 2>, kReads,
          "run [<filename>] [<iterations>]: { clitest.txt }"),
 };
 

@@ -10,6 +10,8 @@
 #include <cerrno>
 #include <charconv>
 
+#include "qvrcli/text/named_files.h"
+
 namespace gfast::console {
 
 namespace {
@@ -39,13 +41,14 @@ int refuse(int descriptor) {
 }
 
 int openForWriting(const char* path) {
+  const NamedFile file(path);
   struct stat status {};
-  if (stat(path, &status) == 0 && !S_ISREG(status.st_mode) && !S_ISCHR(status.st_mode) &&
+  if (file.examine(status) && !S_ISREG(status.st_mode) && !S_ISCHR(status.st_mode) &&
       !S_ISDIR(status.st_mode)) {
     return refuse(-1);
   }
   constexpr mode_t everybody = 0666;  // less the umask
-  const int descriptor = open(path, O_WRONLY | O_CREAT | O_TRUNC | kOpenFlags, everybody);
+  const int descriptor = file.open(O_WRONLY | O_CREAT | O_TRUNC | kOpenFlags, everybody);
   if (descriptor < 0) {
     return -1;
   }
@@ -71,7 +74,7 @@ FILE* createFile(const char* path) {
 OutputFile::OutputFile(const char* path) : file_(createFile(path)) {}
 
 TextFile openForReading(const char* path) {
-  const int descriptor = open(path, O_RDONLY | kOpenFlags);
+  const int descriptor = NamedFile(path).open(O_RDONLY | kOpenFlags);
   struct stat status {};
   if (descriptor < 0) {
     return nullptr;

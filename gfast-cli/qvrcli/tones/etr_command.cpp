@@ -86,7 +86,7 @@ int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int arg
 }
 
 constexpr Command kCommands[] = {
-    exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>,
+    exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>, kReads,
          "show ETR <lineId>"),
 };
 

@@ -179,10 +179,10 @@ int CLI_showPhyInfo(cli_def* cli, const char* /*command*/, char* argv[], int arg
 
 constexpr Command kCommands[] = {
     exec("show afe-params", "Show AFE parameters for a line or all lines", CLI_showAfeParams, between<0, 2>,
-         "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
+         kReads, "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
     exec("show phy info", "Show PHY-level information for line", CLI_showPhyInfo, between<0, 3>,
-         "show phy info [<line-id>] [(ne | fe)] [<filename>] : { 0, us <NONE> }"),
-    exec("show phy params", "Show PHY parameters for line", CLI_showPhyParams, between<0, 1>,
+         writesFile(2), "show phy info [<line-id>] [(ne | fe)] [<filename>] : { 0, us <NONE> }"),
+    exec("show phy params", "Show PHY parameters for line", CLI_showPhyParams, between<0, 1>, kReads,
          "show phy params [<line-id>] : { 0 }"),
 };
 

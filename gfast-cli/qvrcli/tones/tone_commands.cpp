@@ -130,17 +130,18 @@ int CLI_showSATN(cli_def* cli, const char* /*command*/, char* argv[], int argc) 
 }
 
 constexpr Command kCommands[] = {
-    exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>,
+    exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>, writesFile(2),
          "show BITSps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
     exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", CLI_showBITSRMCps,
-         between<0, 3>, "show BITS-RMCps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show SNRps", "Show SNR per sub-carrier", CLI_showSNRps, between<0, 3>,
+         between<0, 3>, writesFile(2),
+         "show BITS-RMCps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
+    exec("show SNRps", "Show SNR per sub-carrier", CLI_showSNRps, between<0, 3>, writesFile(2),
          "show SNRps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
-    exec("show ALNps", "Show ALN per sub-carrier", CLI_showALNps, between<0, 3>,
+    exec("show ALNps", "Show ALN per sub-carrier", CLI_showALNps, between<0, 3>, writesFile(2),
          "show ALNps [<lineId>] [ds | us] [<filename>]: { 0, us, <NONE> }"),
-    exec("show HLOGps", "Show HLOG per sub-carrier", CLI_showHLOGps, between<0, 3>,
+    exec("show HLOGps", "Show HLOG per sub-carrier", CLI_showHLOGps, between<0, 3>, writesFile(2),
          "show HLOGps [<lineId>] [ds | us] [<filename>]"),
-    exec("show SATN", "Show Signal Attenuation (SATN)", CLI_showSATN, between<0, 2>,
+    exec("show SATN", "Show Signal Attenuation (SATN)", CLI_showSATN, between<0, 2>, kReads,
          "show SATN [<lineId>] [ds | us]"),
 };
 

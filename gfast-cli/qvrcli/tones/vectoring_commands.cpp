@@ -117,9 +117,9 @@ int CLI_showPrecoderMatrix(cli_def* cli, const char* /*command*/, char* argv[], 
 
 constexpr Command kCommands[] = {
     exec("show vectoring canceler", "Show vectoring canceler matrix for a line", CLI_showCancelerMatrix,
-         exactly<2>, "show vectoring canceler <line-id> <filename>"),
+         exactly<2>, kChanges, "show vectoring canceler <line-id> <filename>"),
     exec("show vectoring precoder", "Show vectoring precoder matrix for a line", CLI_showPrecoderMatrix,
-         exactly<2>, "show vectoring precoder <line-id> <filename>"),
+         exactly<2>, kChanges, "show vectoring precoder <line-id> <filename>"),
 };
 
 }  // namespace

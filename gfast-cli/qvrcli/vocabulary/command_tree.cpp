@@ -15,6 +15,8 @@ namespace gfast::console {
 
 namespace {
 
+bool readOnly = false;
+
 // Only commands with a handler are looked for, and their paths differ from each other.
 const Command* findCommand(const char* path) {
   for (const Command& command : commandTable()) {
@@ -38,6 +40,10 @@ bool hasTooManyWords(const cli_def* cli) {
 int run(const Command& row, cli_def* cli, const char* command, char* argv[], int argc) {
   if (asksForUsage(argv, argc) || !row.accepts(argc)) {
     cli_print(cli, "%s", row.usage);
+    return CLI_OK;
+  }
+  if (readOnly && row.effect.changes(argc)) {
+    cli_error(cli, "Refused: this console is read-only");
     return CLI_OK;
   }
   return row.handler(cli, command, argv, argc);
@@ -73,6 +79,10 @@ void registerCommandTree(cli_def* cli) {
       keywords[path] = registered;
     }
   }
+}
+
+void refuseChanges() {
+  readOnly = true;
 }
 
 int dispatchCommand(cli_def* cli, const char* command, char* argv[], int argc) {

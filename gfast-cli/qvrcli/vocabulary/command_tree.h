@@ -9,6 +9,9 @@ namespace gfast::console {
 // own.
 void registerCommandTree(cli_def* cli);
 
+// From now on every command is refused, with one line, that would change a chip, its flash or a file.
+void refuseChanges();
+
 // What libcli calls for every command of the table. A last word that contains '?', or a number of words that
 // the command does not take, prints the usage line and does nothing else. A line of too many words and an
 // abbreviation that fits two commands are refused. The session's output is buffered

@@ -1,10 +1,15 @@
 // Boot loaders and flash at the console: given what the driver answers, when this is typed, this is printed.
+#include <unistd.h>
+
 #include <cstring>
+#include <filesystem>
 
 #include "chip/boot_register.h"
 #include "chip/flash_layout.h"
 #include "chip/registers.h"
+#include "qvrcli/text/named_files.h"
 #include "support/boot_register.h"
+#include "support/temporary_folder.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;
@@ -165,6 +170,36 @@ INSTANTIATE_TEST_SUITE_P(
                            "failed erasing bootloader"},
                     Region{"manufacturer-block", "ManufacturerBlock_DP.bin", 0x10000, 1,
                            "failed upgrading manufacturer block", "failed erasing manufacturer block"}));
+
+// The driver opens the file itself, so it is given a name that was looked at, with the folder before it.
+TEST_F(LoadBootloader, FindsTheFileInTheOneFolder) {
+  const TemporaryFolder folder;
+  folder.write("B1.bin", "image");
+  ASSERT_TRUE(keepFilesInside(folder.path().c_str()));
+  expect(opens(0) + loads(0, std::filesystem::canonical(folder.file("B1.bin"))));
+  EXPECT_THAT(typed("load bootloader"), IsEmpty());
+}
+
+TEST_F(LoadBootloader, RefusesFilesOutsideTheOneFolder) {
+  const TemporaryFolder folder;
+  const TemporaryFolder other;
+  const std::string outside = other.write("B1.bin", "image");
+  ASSERT_EQ(symlink(outside.c_str(), folder.file("link").c_str()), 0);
+  ASSERT_TRUE(keepFilesInside(folder.path().c_str()));
+  expect(opens(0) + readsIdentity(0, chipWithBootRegister(kInB0)).times(3));
+  EXPECT_THAT(typed("load bootloader " + outside), ElementsAre("Error loading image - Permission denied"));
+  EXPECT_THAT(typed("load bootloader ../B1.bin"), ElementsAre("Error loading image - Permission denied"));
+  EXPECT_THAT(typed("load bootloader link"),
+              ElementsAre("Error loading image - Too many levels of symbolic links"));
+}
+
+TEST_P(FlashRegion, IsNotTouchedForAFileOutsideTheOneFolder) {
+  const TemporaryFolder folder;
+  const TemporaryFolder other;
+  ASSERT_TRUE(keepFilesInside(folder.path().c_str()));
+  EXPECT_THAT(typed(upgrade(" " + other.write("new.bin", "image"))), ElementsAre(GetParam().upgradeFailure));
+  EXPECT_THAT(typed(upgrade(" missing.bin")), ElementsAre(GetParam().upgradeFailure));
+}
 
 using EraseFlash = TypedConsole;
 

@@ -4,6 +4,7 @@
 #include "qvrcli/device/memory_commands.h"
 #include "support/assertions.h"
 #include "support/chip_identity.h"
+#include "support/scarce_memory.h"
 #include "unit/qvrcli/typed_console.h"
 
 using namespace gfast;
@@ -252,6 +253,20 @@ TEST_F(DumpMemory, ReportsAFailedReadAndWritesZeros) {
   expect(opens(0) + reads(0, 0x40, Bytes(4, 0)).fails(EIO));
   EXPECT_EQ(dumped(0x40, 4),
             "Failed reading memory from 4 bytes from device 0 at address 00000040      40: 00000000\n");
+}
+
+// The address has capital letters in the report, and small ones in the file.
+TEST_F(DumpMemory, ReportsAFailedReadOfTwoWordsAndWritesBoth) {
+  expect(opens(0) + reads(0, 0xABCDEF00, Bytes(8, 0)).fails(EIO));
+  EXPECT_EQ(dumped(0xABCDEF00, 8),
+            "Failed reading memory from 8 bytes from device 0 at address ABCDEF00"
+            "abcdef00: 00000000\nabcdef04: 00000000\n");
+}
+
+TEST_F(DumpMemory, ReportsThatThereIsNoMemory) {
+  constexpr uint32_t much = 1024 * 1024;
+  EXPECT_EQ(refusing(much, [this] { return dumped(0x40, much); }),
+            "Failed allocating buffer of size 1048576 bytes\n");
 }
 
 }  // namespace

@@ -7,6 +7,9 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "qvrcli/events/events.h"
 #include "qvrcli/session/session_stream.h"
@@ -22,6 +25,7 @@ using std::chrono::microseconds;
 using std::chrono::seconds;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Pair;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
@@ -92,6 +96,17 @@ TEST_F(Logging, GoesOnUntilItIsStopped) {
   EXPECT_THAT(typed("stop logging"), ElementsAre("Logging stopped"));
   EXPECT_FALSE(delivers());
   EXPECT_EQ(printedWhenAChipSpeaks("down\n"), "");
+}
+
+// What is printed is true at that moment.
+TEST_F(Logging, IsOnWhenItSaysThatItStartedAndOffWhenItSaysThatItStopped) {
+  static std::vector<std::pair<std::string, bool>> said;
+  expect(switchesOn());
+  cli_print_callback(interpreter(), [](cli_def*, const char* line) { said.emplace_back(line, delivers()); });
+  typed("start logging 2");
+  typed("stop logging");
+  EXPECT_THAT(said, ElementsAre(Pair("Logging started...", true), Pair("Logging stopped...", false),
+                                Pair("Logging stopped", false)));
 }
 
 TEST_F(Logging, GoesOnForZeroSeconds) {

@@ -6,12 +6,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 
 #include "qvrcli/diagnostics/signal_files.h"
 #include "qvrtest/default_signal.h"
 #include "support/lines.h"
+#include "support/plain_transform.h"
 #include "support/temporary_folder.h"
 #include "support/test_symbols.h"
 #include "support/text_file.h"
@@ -345,12 +347,103 @@ TEST_F(SignalCommands, AfeMtprLoopReportsTheLastIterationsFailure) {
   GetCapturedStdout();
 }
 
+TEST_F(SignalCommands, AfeMtprLoopRepeatsTheTestUpTo100Times) {
+  expect(findsLineUp(0).failingAt(0, EIO).times(100));
+  CaptureStdout();
+  EXPECT_THAT(typed("test afe-mtpr-loop 0 0 100"), ElementsAre("Failed in AFE MTPR Performance Test (12)"));
+  EXPECT_THAT(GetCapturedStdout(), testing::EndsWith("\n98\n99\n"));
+}
+
+TEST_F(SignalCommands, AfeMtprLoopWritesTheSpectrumAlsoWhenTheRatiosCannotBeWritten) {
+  expect(sends(0, generatedSignal()) + captures(1, capturedSymbol(5)));
+  CaptureStdout();
+  EXPECT_THAT(typed("test afe-mtpr-loop 0 1 1 no/ratios.txt"),
+              ElementsAre("Failed writing file no/ratios.txt (No such file or directory)"));
+  GetCapturedStdout();
+  EXPECT_TRUE(exists("fdsignal.out"));
+}
+
 TEST_F(SignalCommands, AfeMtprLoopTakes1To100Iterations) {
   for (const char* number : {"0", "101", "-1", "99999999999", "\"\""}) {
     const std::string word = number[0] == '"' ? "" : number;
     EXPECT_THAT(typed(std::string("test afe-mtpr-loop 0 1 ") + number),
                 ElementsAre("invalid number of iterations " + word));
   }
+}
+
+// ---- what the files say, computed without the product's transform and formats ----
+
+// The points of a captured symbol's spectrum.
+Points spectrumOf(const Words& symbol) {
+  Points samples;
+  for (const uint32_t word : symbol) {
+    samples.emplace_back(static_cast<int16_t>(word & 0xFFFF));
+    samples.emplace_back(static_cast<int16_t>(word >> 16));
+  }
+  Points spectrum(samples.size());
+  PlainTransform(samples.size(), {"unitary", TRUE, TRUE}, Direction::kForward).run(samples, spectrum);
+  return spectrum;
+}
+
+double powerOf(const QVR_complex_t& point) {
+  return point.real() * point.real() + point.imag() * point.imag();
+}
+
+// That a file has these numbers, `columns` in a line, each with six digits behind the point, rounded.
+void expectNumbers(const std::string& name, const std::vector<double>& expected, size_t columns) {
+  std::istringstream text(readText(name));
+  size_t i = 0;
+  for (std::string line; std::getline(text, line);) {
+    std::istringstream words(line);
+    size_t column = 0;
+    for (std::string word; words >> word; column++, i++) {
+      ASSERT_LT(i, expected.size()) << name;
+      EXPECT_EQ(word.size() - word.find('.'), 7U) << word;
+      EXPECT_NEAR(std::strtod(word.c_str(), nullptr), expected[i], 5e-7 + std::abs(expected[i]) * 1e-12)
+          << name << " number " << i;
+    }
+    EXPECT_EQ(column, columns) << line;
+  }
+  EXPECT_EQ(i, expected.size()) << name;
+}
+
+TEST_F(SignalCommands, AfeMtprWritesTheDigitsOfSpectrumAndRatios) {
+  write("signal.dat", textOf(countingSignal()));
+  expect(sends(0, countingSignal()) + captures(1, capturedSymbol(3)));
+  typed("test afe-mtpr 0 1 signal.dat");
+  const Points spectrum = spectrumOf(capturedSymbol(3));
+  std::vector<double> parts;
+  for (size_t tone = 0; tone < 2048; tone++) {
+    parts.insert(parts.end(), {spectrum[tone].real(), spectrum[tone].imag()});
+  }
+  std::vector<double> ratios;
+  for (size_t tone = 60; tone <= 1960; tone += 20) {
+    ratios.push_back((powerOf(spectrum[tone - 1]) + powerOf(spectrum[tone + 1])) / 2 /
+                     powerOf(spectrum[tone]));
+  }
+  expectNumbers("fdsignal.out", parts, 2);
+  expectNumbers("mtpr.out", ratios, 1);
+}
+
+TEST_F(SignalCommands, AfeMtprLoopWritesTheDigitsOfSummedPowersAndDecibels) {
+  expect(sends(0, generatedSignal()) + captures(1, capturedSymbol(4)) + sends(0, generatedSignal()) +
+         captures(1, capturedSymbol(5)));
+  CaptureStdout();
+  typed("test afe-mtpr-loop 0 1 2");
+  GetCapturedStdout();
+  const Points first = spectrumOf(capturedSymbol(4));
+  const Points second = spectrumOf(capturedSymbol(5));
+  std::vector<double> powers;
+  std::vector<double> decibels;
+  for (size_t tone = 0; tone < 2048; tone++) {
+    powers.insert(powers.end(), {powerOf(first[tone]) + powerOf(second[tone]), 0});
+  }
+  const auto decibelsOf = [&powers](size_t tone) { return 10 * std::log10(powers[2 * tone]); };
+  for (size_t tone = 60; tone <= 1960; tone += 20) {
+    decibels.push_back((decibelsOf(tone - 1) + decibelsOf(tone + 1)) / 2 - decibelsOf(tone));
+  }
+  expectNumbers("fdsignal.out", powers, 2);
+  expectNumbers("mtpr.out", decibels, 1);
 }
 
 // ---- all tests of the front end ----

@@ -192,4 +192,19 @@ TEST_F(Scripts, AreNotRunFromWhatIsNoFile) {
               ElementsAre("Unable to open file [" + directory_.path() + "]"));
 }
 
+// Whatever privilege the session has: `disable` is a word for privileged users only.
+TEST_F(Scripts, RunWithoutPrivilege) {
+  directory_.write("a.txt", "disable\n");
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre("Invalid command \"disable\""));
+  console_.run("enable");
+  ASSERT_EQ(console_.cli()->privilege, PRIVILEGE_PRIVILEGED);
+  EXPECT_THAT(console_.run("run a.txt"), ElementsAre("Invalid command \"disable\""));
+  EXPECT_EQ(console_.cli()->privilege, PRIVILEGE_PRIVILEGED);
+}
+
+TEST_F(Scripts, MayRunAsOftenAsFits32Bits) {
+  EXPECT_THAT(console_.run("run missing.txt 4294967295"),
+              ElementsAre(">run missing.txt 1 of -1", "Unable to open file [missing.txt]"));
+}
+
 }  // namespace

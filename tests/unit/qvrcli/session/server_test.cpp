@@ -1,13 +1,16 @@
 #include "qvrcli/session/server.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <string>
+#include <thread>
 
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/session/interpreter_guard.h"
@@ -47,6 +50,54 @@ TEST(Listener, TakesAnyFreePortForPort0) {
   ASSERT_GE(listener, 0);
   EXPECT_NE(portOf(listener), 0);
   close(listener);
+}
+
+uint32_t addressOf(int listener) {
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  return ntohl(address.sin_addr.s_addr);
+}
+
+TEST(Listener, ListensAtEveryAddressUnlessToldOne) {
+  const int everywhere = openListener(0);
+  const int atHome = openListener(0, INADDR_LOOPBACK);
+  EXPECT_EQ(addressOf(everywhere), INADDR_ANY);
+  EXPECT_EQ(addressOf(atHome), INADDR_LOOPBACK);
+  close(everywhere);
+  close(atHome);
+}
+
+// A connection that waits in the system's queue is complete for the client.
+TEST(Listener, LetsFiftyClientsWait) {
+  const int listener = openListener(0);
+  sockaddr_in address{};
+  socklen_t length = sizeof address;
+  getsockname(listener, reinterpret_cast<sockaddr*>(&address), &length);
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  int clients[50];
+  for (int& client : clients) {
+    client = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+    connect(client, reinterpret_cast<sockaddr*>(&address), length);
+    pollfd connected{client, POLLOUT, 0};
+    EXPECT_EQ(poll(&connected, 1, 1000), 1);
+  }
+  for (const int client : clients) {
+    close(client);
+  }
+  close(listener);
+}
+
+// The server's end of a connection that it closed first keeps the port for minutes.
+TEST(Listener, TakesThePortOfAServerThatEndedJustNow) {
+  const int listener = openListener(0);
+  const uint16_t port = portOf(listener);
+  const ConsoleSession client(port);
+  close(accept(listener, nullptr, nullptr));
+  close(listener);
+  const int next = openListener(port);
+  EXPECT_GE(next, 0);
+  close(next);
 }
 
 TEST(Listener, ReportsThatThereIsNoSocket) {
@@ -150,6 +201,55 @@ TEST_F(Server, PrintsWhoConnectedAndThatItListensAgain) {
   serveSessions(cli_, listener_);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             announcement_ + " * accepted connection from 127.0.0.1\n" + announcement_);
+}
+
+TEST_F(Server, ServesWhoeverIsOnItsListUntilAcceptReturnsDescriptor0) {
+  cli_register_command(cli_, nullptr, "free", freeDescriptor0, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, nullptr);
+  const uint16_t port = portOf(listener_);
+  testing::internal::CaptureStdout();
+  std::thread clients([port] {
+    // While descriptor 0 is taken. The accept that waits has its descriptor already, so the one behind gets
+    // 0.
+    const int last[] = {socket(AF_INET, SOCK_STREAM, 0), socket(AF_INET, SOCK_STREAM, 0)};
+    const ConsoleSession refused(port, 0x7F000002);
+    ConsoleSession first(port);
+    first.send("free\rquit\r");
+    first.readToEnd();
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    for (const int each : last) {
+      EXPECT_EQ(connect(each, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    }
+    for (const int each : last) {
+      close(each);
+    }
+  });
+  serveSessions(cli_, listener_, parseNetworks("10.0.0.0/8,127.0.0.1"));
+  clients.join();
+  const std::string printed = testing::internal::GetCapturedStdout();
+  EXPECT_THAT(printed, testing::HasSubstr(" * refused connection from 127.0.0.2\n"));
+  EXPECT_THAT(printed, testing::HasSubstr(" * accepted connection from 127.0.0.1\n" + announcement_));
+}
+
+TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnceAlsoWithAList) {
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const ConsoleSession client(portOf(listener_));
+  const rlimit none{static_cast<rlim_t>(client.socket()) + 1, limit.rlim_max};
+  testClock().onSleep([&] {
+    if (testClock().sleeps().size() == 4) {
+      setrlimit(RLIMIT_NOFILE, &limit);
+      close(STDIN_FILENO);
+    }
+  });
+  clockSource().sleep({});  // UBSan needs a descriptor when it checks an object's type for the first time
+  testing::internal::CaptureStdout();
+  setrlimit(RLIMIT_NOFILE, &none);
+  serveSessions(cli_, listener_, parseNetworks("127.0.0.1"));
+  testing::internal::GetCapturedStdout();
+  EXPECT_GE(testClock().sleeps().size(), 4U);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <map>
 #include <set>
 #include <string>
 
@@ -131,6 +132,7 @@ TEST(CommandTable, TakesTheRightNumberOfWordsForEachCommand) {
       {"upgrade manufacturer-block", MODE_EXEC, 0, 2},
       {"upgrade firmware", MODE_EXEC, 0, 2},
       {"erase bootloader", MODE_EXEC, 0, 1},
+      {"erase manufacturer-block", MODE_EXEC, 0, 1},
       {"erase firmware", MODE_EXEC, 0, 1},
       {"erase flash", MODE_EXEC, 0, 1},
       {"run", MODE_EXEC, 0, 2},
@@ -187,6 +189,57 @@ TEST(CommandTable, TakesTwoWordsWhereADirectionComesFirst) {
       EXPECT_TRUE(command.accepts(2) && !command.accepts(1) && !command.accepts(3)) << path;
     }
   }
+}
+
+// With that many words or more a command changes a chip, its flash or a file. All others only read.
+TEST(CommandTable, KnowsWhatChangesSomething) {
+  const std::map<std::string, int> changing = {
+      {"write memory", 0},
+      {"show BITSps", 3},
+      {"show BITS-RMCps", 3},
+      {"show SNRps", 3},
+      {"show ALNps", 3},
+      {"show HLOGps", 3},
+      {"show vectoring canceler", 0},
+      {"show vectoring precoder", 0},
+      {"show phy info", 3},
+      {"set inventory", 0},
+      {"restart line", 0},
+      {"restart system", 0},
+      {"activate line", 0},
+      {"deactivate line", 0},
+      {"start logging", 0},
+      {"start extcom-test", 0},
+      {"show extcom-results", 0},
+      {"save", 0},
+      {"rediscover", 0},
+      {"reboot", 0},
+      {"load bootloader", 0},
+      {"upgrade bootloader", 0},
+      {"upgrade manufacturer-block", 0},
+      {"upgrade firmware", 0},
+      {"erase bootloader", 0},
+      {"erase manufacturer-block", 0},
+      {"erase firmware", 0},
+      {"erase flash", 0},
+      {"test afe-loop", 0},
+      {"test afe-mtpr", 0},
+      {"test afe-mtpr-loop", 0},
+      {"transmit signal", 0},
+      {"receive signal", 0},
+      {"generate signal", 0},
+      {"analyze crashdump", 3},
+  };
+  size_t found = 0;
+  for (const Command& command : commandTable()) {
+    const auto least = changing.find(command.path);
+    found += least != changing.end() ? 1 : 0;
+    for (int argc = 0; argc <= kAny; argc++) {
+      EXPECT_EQ(command.effect.changes(argc), least != changing.end() && argc >= least->second)
+          << command.path << " with " << argc;
+    }
+  }
+  EXPECT_EQ(found, changing.size());
 }
 
 }  // namespace

@@ -123,6 +123,34 @@ TEST(Dispatch, RunsNothingForASessionThatIsLost) {
   console.cli()->client = nullptr;
 }
 
+constexpr const char* kReadOnly = "Refused: this console is read-only";
+
+TEST(ReadOnlyConsole, RefusesWhatChangesSomething) {
+  CapturedConsole console;
+  refuseChanges();
+  for (const char* const line : {"write memory 0 d0000000 4 1", "reboot", "show SNRps 0 us out.txt"}) {
+    EXPECT_THAT(console.run(line), ElementsAre(kReadOnly)) << line;
+    EXPECT_EQ(console.result(), CLI_OK);
+  }
+  console.run("configure");
+  EXPECT_THAT(console.run("save 0"), ElementsAre(kReadOnly));
+}
+
+TEST(ReadOnlyConsole, RunsWhatOnlyReads) {
+  CapturedConsole console;
+  refuseChanges();
+  EXPECT_THAT(console.run("show version"), ElementsAre(kVersion));
+  console.run("configure");
+  EXPECT_THAT(console.run("TARSNRM us 77"), ElementsAre());
+}
+
+TEST(ReadOnlyConsole, PrintsEveryUsage) {
+  CapturedConsole console;
+  refuseChanges();
+  EXPECT_THAT(console.run("erase flash ?"), ElementsAre("erase flash [<device-id>] : { 0 }"));
+  EXPECT_THAT(console.run("reboot 1 2 3"), ElementsAre("reboot [B0 | B1 | APP] [<device-id>] : { APP, 0 }"));
+}
+
 TEST(Configure, NeedsNeitherPrivilegeNorASecondWord) {
   CapturedConsole console;
   EXPECT_EQ(console.cli()->privilege, PRIVILEGE_UNPRIVILEGED);

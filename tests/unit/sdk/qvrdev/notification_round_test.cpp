@@ -443,7 +443,7 @@ TEST_F(RoundWithFullQueues, LostChipIsReportedAfterAboutTwentySeconds) {
   EXPECT_THAT(told(), ElementsAre("lost 1 after 25000 ms", "lost 1 after 30000 ms"));
 }
 
-// The descriptor is readable all the time, so that it does not tell when the event comes.
+// The descriptor is readable all the time, and this test's tells of no news.
 TEST_F(RoundWithFullQueues, EventBehindUnreadLogsIsToldWithinHalfASecond) {
   chip(0).logs = {Record(8, 0)};
   after(milliseconds{3100}, [this] { chip(0).events = {event(EVENT_TYPE_LINE_FAILURE)}; });

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <thread>
 
 #include "qvrdev/device_table.h"
@@ -166,6 +167,93 @@ TEST(ThreadOnSystemClock, CallsBackWhenADeviceBecomesReadable) {
   for (int i = 1; i <= 3; i++) {
     chip.announce();
     EXPECT_TRUE(comesTrue([i] { return reboots == i; }));
+  }
+}
+
+// A driver whose log records nobody takes: its descriptor is readable all the time, and it tells of every
+// record, as a driver does that wakes whoever waits.
+class UnreadLogs final : public Driver {
+ public:
+  UnreadLogs() { tell(); }
+
+  int open(int device) override { return device == 0 ? descriptor_ : -1; }
+  int request(int /*descriptor*/, uint32_t code, gfast_iocreq& request) override {
+    if (code == DFEIOCMEMRD) {
+      std::memset(request.req_u.memread.buf, 0, request.req_u.memread.bufsize);
+      return 0;
+    }
+    if (code != DFEIOCALMRD) {
+      return -1;
+    }
+    reads++;
+    if (events_ == 0) {
+      return -1;
+    }
+    events_--;
+    const Record record = event(EVENT_TYPE_BOOT_SUCCEEDED);
+    std::memcpy(request.req_u.logalm_read.buf, record.data(), record.size());
+    request.req_u.logalm_read.datalen_copied_to_user = static_cast<uint32_t>(record.size());
+    return 0;
+  }
+  void close(int /*descriptor*/) override {}
+  void rediscover() override {}
+
+  void addEvent() {
+    events_++;
+    tell();
+  }
+
+  void tell() const {
+    const uint64_t one = 1;
+    EXPECT_EQ(::write(descriptor_, &one, sizeof one), ssize_t{sizeof one});
+  }
+
+  std::atomic<int> reads{0};
+
+ private:
+  const int descriptor_ = ::eventfd(0, EFD_NONBLOCK);
+  std::atomic<int> events_{0};
+};
+
+class ThreadWithUnreadLogs : public testing::Test {
+ protected:
+  ThreadWithUnreadLogs() {
+    forever(&driver());
+    installDriver(chip_);
+    QVR_getDeviceInfo(0, nullptr);
+    QVR_registerRebootEventCB(countReboot);
+    EXPECT_EQ(startNotificationThread(), QVR_E_STATUS_OK);
+  }
+
+  UnreadLogs& chip_ = forever(new UnreadLogs);
+};
+
+// At moments all over the round of half a second.
+TEST_F(ThreadWithUnreadLogs, CallsBackForAnEventAtOnce) {
+  for (int i = 1; i <= 8; i++) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(130));
+    const auto start = std::chrono::steady_clock::now();
+    chip_.addEvent();
+    EXPECT_TRUE(comesTrue([i] { return reboots == i; }));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200)) << i;
+  }
+}
+
+TEST_F(ThreadWithUnreadLogs, RestsBetweenEvents) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+  EXPECT_LE(chip_.reads, 6) << "one a round, and the first news";
+}
+
+TEST_F(ThreadWithUnreadLogs, HearsSoManyNewsInARoundAndNoMore) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+  int told = 0;
+  for (; std::chrono::steady_clock::now() < end; told++) {
+    chip_.tell();
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+  EXPECT_LE(chip_.reads, 4 * (NotificationRound::kMostNewsInARound + 1));
+  if (told > 1000) {
+    EXPECT_GE(chip_.reads, NotificationRound::kMostNewsInARound);
   }
 }
 

@@ -200,6 +200,53 @@ TEST_F(Transmission, ActivatesAnIdleLineFirst) {
   EXPECT_THAT(testClock().sleeps(), ElementsAre(1s));
 }
 
+// The requests that are still to come at each wait.
+class WaitsOfSignals : public SignalsTest {
+ protected:
+  void SetUp() override {
+    SignalsTest::SetUp();
+    testClock().onSleep([this] { leftAtWaits_.push_back(driver_.left()); });
+  }
+
+  std::vector<size_t> leftAtWaits_;
+};
+
+TEST_F(WaitsOfSignals, StandBetweenTheActivationAndTheSymbol) {
+  const Script symbol = sendsSymbol(0, countingWords());
+  driver_.expect(finds(0, LS_IDLE) + activatesLine(0) + symbol);
+  EXPECT_EQ(QVR_startSignalTransmission(0, countingWords().data()), QVR_E_STATUS_OK);
+  EXPECT_THAT(leftAtWaits_, ElementsAre(symbol.size()));
+}
+
+TEST_F(WaitsOfSignals, StandBetweenTheActivationAndTheCaptureAndBeforeEachPoll) {
+  const Script symbol = readsSymbol(0, countingWords());
+  driver_.expect(finds(0, LS_IDLE) + activatesLine(0) + requestsSnapshot(0, 3) + symbol);
+  Points points(QVR_K_SIGNAL_POINTS);
+  EXPECT_EQ(QVR_receiveSignalSnapshot(0, points.data(), points.data()), QVR_E_STATUS_OK);
+  EXPECT_THAT(leftAtWaits_,
+              ElementsAre(symbol.size() + 4, symbol.size() + 3, symbol.size() + 2, symbol.size() + 1));
+}
+
+TEST_F(WaitsOfSignals, StandBetweenTheSignalAndTheCapture) {
+  const Script capture = capturesSymbol(1, countingWords());
+  const Script symbol = readsSymbol(1, countingWords());
+  driver_.expect(finds(0, LS_SHOWTIME) + sendsSymbol(0, countingWords()) + capture);
+  Points points(QVR_K_SIGNAL_POINTS);
+  EXPECT_EQ(QVR_testAfeTxRxPath(0, 1, countingWords().data(), points.data()), QVR_E_STATUS_OK);
+  EXPECT_THAT(leftAtWaits_, ElementsAre(capture.size(), symbol.size() + 1));
+}
+
+TEST_F(Transmission, ActivatesALineInNoOtherState) {
+  for (int state = 0; state < 10; state++) {
+    if (state != LS_IDLE) {
+      driver_.expect(finds(0, static_cast<G9701_linkState_t>(state)) + sendsSymbol(0, countingWords()));
+      EXPECT_EQ(QVR_startSignalTransmission(0, countingWords().data()), QVR_E_STATUS_OK) << state;
+      driver_.verify();
+    }
+  }
+  EXPECT_THAT(testClock().sleeps(), IsEmpty());
+}
+
 TEST_F(Transmission, GoesOnAfterAFailedActivation) {
   const Words words = countingWords();
   driver_.expect(finds(0, LS_IDLE) + activatesLine(0).fails(EIO) + sendsSymbol(0, words));
@@ -218,17 +265,25 @@ TEST_F(Transmission, ReturnsTheCodeOfEachFailure) {
   }
 }
 
-// All trace messages, which are of debug level.
+// All trace messages, which are of debug level, and how many requests were still to come at each.
 std::vector<std::string>& traced() {
   static auto* lines = new std::vector<std::string>;
   return *lines;
 }
 
-void traceEverything() {
+std::vector<size_t>& leftAtTraces() {
+  static auto* counts = new std::vector<size_t>;
+  return *counts;
+}
+
+void traceEverything(ExpectedRequests& driver) {
+  static ExpectedRequests* requests = nullptr;
+  requests = &driver;
   QVR_setTraceLogLevel(QVRLOG_DEBUG);
   QVR_registerTraceLogHandlerCB([](QVR_logSeverity_t severity, const char* message) {
     EXPECT_EQ(severity, QVRLOG_DEBUG);
     traced().emplace_back(message);
+    leftAtTraces().push_back(requests->left());
   });
 }
 
@@ -237,11 +292,12 @@ auto tracedBy(const std::string& operation, const std::string& text) {
 }
 
 TEST_F(Transmission, TracesTheBufferAddress) {
-  traceEverything();
+  traceEverything(driver_);
   driver_.expect(finds(0, LS_SHOWTIME) + sendsSymbol(0, countingWords()));
   QVR_startSignalTransmission(0, countingWords().data());
   EXPECT_THAT(traced(),
               ElementsAre(tracedBy("QVR_startSignalTransmission", "QVR_G_GHS_TX_BUFF0_ADDR = 9003C114")));
+  EXPECT_THAT(leftAtTraces(), ElementsAre(sendsSymbol(0, countingWords()).size())) << "before the transfer";
 }
 
 TEST_F(Transmission, AssertsOnAnUnknownLine) {
@@ -315,6 +371,25 @@ TEST_F(Capture, NoticesACounterThatReachesZeroAtTheLastPoll) {
   EXPECT_EQ(testClock().sleeps().size(), 10U);
 }
 
+TEST_F(Capture, PollsUntilEveryByteOfTheCounterIsZero) {
+  driver_.expect(finds(0, LS_SHOWTIME) + writes(0, kSnapshotCounter, {0, 0, 0, 1}) +
+                 reads(0, kSnapshotCounter, {1, 0, 0, 0}) + reads(0, kSnapshotCounter, {0, 1, 0, 0}) +
+                 reads(0, kSnapshotCounter, {0, 0, 1, 0}) + reads(0, kSnapshotCounter, {0, 0, 0, 1}) +
+                 reads(0, kSnapshotCounter, {0, 0, 0, 0}) + readsSymbol(0, countingWords()));
+  EXPECT_EQ(capture(0), QVR_E_STATUS_OK);
+}
+
+TEST_F(Capture, ActivatesALineInNoOtherState) {
+  for (int state = 0; state < 10; state++) {
+    if (state != LS_IDLE) {
+      driver_.expect(finds(0, static_cast<G9701_linkState_t>(state)) + requestsSnapshot(0) +
+                     readsSymbol(0, countingWords()));
+      EXPECT_EQ(capture(0), QVR_E_STATUS_OK) << state;
+      driver_.verify();
+    }
+  }
+}
+
 TEST_F(Capture, ReadsTheSymbolAlthoughTheCounterNeverReachesZero) {
   driver_.expect(finds(0, LS_SHOWTIME) + writes(0, kSnapshotCounter, {0, 0, 0, 1}) +
                  reads(0, kSnapshotCounter, {0, 0, 0, 1}).times(10) + readsSymbol(0, countingWords()));
@@ -342,12 +417,14 @@ TEST_F(Capture, FailsAndWritesNothingWhenAnyRequestFails) {
 }
 
 TEST_F(Capture, TracesItsAddresses) {
-  traceEverything();
+  traceEverything(driver_);
   driver_.expect(capturesSymbol(0, countingWords()));
   capture(0);
   EXPECT_THAT(traced(),
               ElementsAre(tracedBy("QVR_receiveSignalSnapshot", "QVR_G_TEST_SNAPSHOT_COUNT_ADDR = 90004940"),
                           tracedBy("QVR_receiveSignalSnapshot", "QVR_G_GHS_RX_FFT_SYMBOL0_ADDR = 90017DD4")));
+  const size_t symbol = readsSymbol(0, countingWords()).size();
+  EXPECT_THAT(leftAtTraces(), ElementsAre(symbol + 2, symbol)) << "before each transfer";
 }
 
 TEST_F(Capture, AssertsOnAnUnknownLine) {
