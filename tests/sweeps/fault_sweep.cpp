@@ -62,8 +62,17 @@ struct Report {
   SeenRequests seen;
 };
 
+// Requests that fail, and answers with other bytes.
+struct Half {
+  const char* name;
+  size_t every;  // one case of so many is run
+  size_t cases = 0;
+  size_t run = 0;
+};
+
 struct Options {
-  size_t every = 1;
+  size_t faults = 1;
+  size_t bytes = 1;
   std::string only;
   bool verbose = false;
 };
@@ -117,6 +126,8 @@ class Sweep {
  public:
   explicit Sweep(const Options& options)
       : options_(options),
+        faults_{"fault sweep", options.faults},
+        bytes_{"byte sweep", options.bytes},
         console_(boardInShowtime()),
         report_(shareReport()),
         driver_(console_, report_->seen),
@@ -163,24 +174,25 @@ class Sweep {
     runCase(subject, nullptr);
     const std::vector<SeenRequest> seen(
         report_->seen.list, report_->seen.list + std::min<size_t>(report_->seen.count, kMostSeen));
-    const size_t every = options_.every * (seen.size() > kManyRequests ? kEveryOfMany : 1);
     requests_ += seen.size();
-    const size_t before = run_;
+    const size_t before = faults_.run + bytes_.run;
     for (uint32_t i = 0; i < seen.size(); i++) {
       for (const Fault& fault : faultsOf(i, seen[i])) {
-        if (cases_++ % every == 0) {
+        Half& half = fault.spoilsBytes() ? bytes_ : faults_;
+        if (half.cases++ % (half.every * (seen.size() > kManyRequests ? kEveryOfMany : 1)) == 0) {
+          half.run++;
           runCase(subject, &fault);
         }
       }
     }
     if (options_.verbose) {
-      std::printf("%-50s %5zu requests %7zu cases\n", subject.name.c_str(), seen.size(), run_ - before);
+      std::printf("%-50s %5zu requests %7zu cases\n", subject.name.c_str(), seen.size(),
+                  faults_.run + bytes_.run - before);
       std::fflush(stdout);
     }
   }
 
   void runCase(const Subject& subject, const Fault* fault) {
-    run_ += fault != nullptr ? 1 : 0;
     report_->done = false;
     report_->waitedForEver = false;
     report_->failure[0] = '\0';
@@ -276,12 +288,17 @@ class Sweep {
     for (const auto& [what, times] : waits_) {
       std::printf("waited %zu times until its session was lost, as it must: %s\n", times, what.c_str());
     }
-    std::printf("fault sweep: %zu commands, %zu requests, %zu of %zu cases run, %zu failed\n", commands_,
-                requests_, run_, cases_, failures_);
+    for (const Half& half : {faults_, bytes_}) {
+      std::printf("%s: %zu commands, %zu requests, %zu of %zu cases run\n", half.name, commands_, requests_,
+                  half.run, half.cases);
+    }
+    std::printf("%zu failed\n", failures_);
     return failures_ > 0 ? 1 : missing.empty() ? 0 : 2;
   }
 
   const Options options_;
+  Half faults_;
+  Half bytes_;
   const TemporaryFolder folder_;
   SimulatedConsole console_;
   Report* const report_;
@@ -289,8 +306,6 @@ class Sweep {
   const std::string log_;
   size_t commands_ = 0;
   size_t requests_ = 0;
-  size_t cases_ = 0;
-  size_t run_ = 0;
   size_t failures_ = 0;
   std::map<std::string, size_t> knownEnds_;
   std::map<std::string, size_t> waits_;
@@ -300,14 +315,16 @@ Options readOptions(int argc, char* argv[]) {
   Options options;
   for (int i = 1; i < argc; i++) {
     const std::string word = argv[i];
-    if (word == "--every" && i + 1 < argc) {
-      options.every = std::max(1UL, std::strtoul(argv[++i], nullptr, 10));
+    if (word == "--faults" && i + 1 < argc) {
+      options.faults = std::max(1UL, std::strtoul(argv[++i], nullptr, 10));
+    } else if (word == "--bytes" && i + 1 < argc) {
+      options.bytes = std::max(1UL, std::strtoul(argv[++i], nullptr, 10));
     } else if (word == "--only" && i + 1 < argc) {
       options.only = argv[++i];
     } else if (word == "--verbose") {
       options.verbose = true;
     } else {
-      std::fprintf(stderr, "usage: fault_sweep [--every N] [--only TEXT] [--verbose]\n");
+      std::fprintf(stderr, "usage: fault_sweep [--faults N] [--bytes N] [--only TEXT] [--verbose]\n");
       std::exit(2);
     }
   }

@@ -26,6 +26,7 @@ struct Fault {
   FaultKind kind = FaultKind::kErrno;
   uint32_t detail = 0;
 
+  bool spoilsBytes() const { return kind >= FaultKind::kZeros; }
   std::string text() const;
 };
 
