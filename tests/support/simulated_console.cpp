@@ -21,10 +21,25 @@ constexpr time_t kPowerUp = 1700006400;  // 2023-11-15 00:00:00 UTC, a midnight
 constexpr int64_t kMicroseconds = 1000000;
 
 std::string printed;
+size_t mostPrinted = std::string::npos;
+
+// Standard output becomes a pipe without a reader.
+void loseStandardOutput() {
+  int ends[2];
+  if (pipe(ends) == 0) {
+    close(ends[0]);
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[1]);
+  }
+}
 
 void keep(cli_def* /*cli*/, const char* line) {
+  const bool was = printed.size() > mostPrinted;
   printed += line;
   printed += '\n';
+  if (!was && printed.size() > mostPrinted) {
+    loseStandardOutput();
+  }
 }
 
 }  // namespace
@@ -71,20 +86,45 @@ int WaitingClock::waitReadable(fd_set& descriptors, int limit, std::chrono::micr
   return 0;
 }
 
-SimulatedConsole::SimulatedConsole(const BoardConfig& config)
-    : board_(config, [this] { return clock_.seconds(); }) {
+SimulatedConsole::SimulatedConsole(const BoardConfig& config) : config_(config) {
   setenv("TZ", "UTC0", 1);
   tzset();
-  clock_.advances(board_);
+  switchOn();
+}
+
+void SimulatedConsole::switchOn() {
+  const double start = clock_.seconds();
+  board_ = std::make_unique<VirtualBoard>(config_, [this, start] { return clock_.seconds() - start; });
+  clock_.advances(*board_);
+}
+
+void SimulatedConsole::renewBoard() {
+  renews_ = true;
+  run("rediscover");
+}
+
+void SimulatedConsole::rediscovered() {
+  if (renews_) {
+    switchOn();
+    renews_ = false;
+  }
+}
+
+void SimulatedConsole::loseOutputAfter(size_t bytes) {
+  mostPrinted = bytes;
 }
 
 void SimulatedConsole::start(Driver& driver) {
   installDriver(driver);
   installMayGoOn(commandMayGoOn);
   interpreter_ = cli_init();
-  cli_print_callback(interpreter_, keep);
+  keepPrints();
   QVR_cliInit(interpreter_);
   round_ = std::make_unique<NotificationRound>();
+}
+
+void SimulatedConsole::keepPrints() {
+  cli_print_callback(interpreter_, keep);
 }
 
 std::string SimulatedConsole::run(const std::string& lines) {

@@ -55,14 +55,25 @@ class SimulatedConsole {
   // Switches the board on.
   explicit SimulatedConsole(const gfast::board::BoardConfig& config);
 
-  gfast::board::VirtualBoard& board() { return board_; }
+  gfast::board::VirtualBoard& board() { return *board_; }
   WaitingClock& clock() { return clock_; }
 
   // Starts library and interpreter behind this driver, which passes on to the board.
   void start(gfast::Driver& driver);
 
+  // Puts a board as it was at power-up in the place of this one, and has the library discover it. The driver
+  // that the console was started with passes its rediscovery to rediscovered().
+  void renewBoard();
+  void rediscovered();
+
+  // Standard output is lost, as that of a script whose reader has left, when a script has printed so much.
+  void loseOutputAfter(size_t bytes);
+
   // What a script of these lines prints to the interpreter's output, a line end behind each line.
   std::string run(const std::string& lines);
+
+  // Has the interpreter's output kept for run() again.
+  void keepPrints();
 
   // Rounds of the notification thread for so long.
   void pass(double seconds);
@@ -70,8 +81,12 @@ class SimulatedConsole {
   cli_def* interpreter() const { return interpreter_; }
 
  private:
+  void switchOn();
+
+  const gfast::board::BoardConfig config_;
   WaitingClock clock_;
-  gfast::board::VirtualBoard board_;
+  std::unique_ptr<gfast::board::VirtualBoard> board_;
+  bool renews_ = false;
   cli_def* interpreter_ = nullptr;
   std::unique_ptr<gfast::NotificationRound> round_;
 };

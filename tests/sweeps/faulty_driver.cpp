@@ -186,7 +186,7 @@ int FaultyDriver::open(int device) {
       return -1;
     }
   }
-  const int descriptor = board_.open(device);
+  const int descriptor = console_.board().open(device);
   if (device >= 0 && static_cast<size_t>(device) < descriptors_.size()) {
     descriptors_[static_cast<size_t>(device)] = descriptor;
   }
@@ -195,7 +195,7 @@ int FaultyDriver::open(int device) {
 
 int FaultyDriver::request(int descriptor, uint32_t code, gfast_iocreq& request) {
   if (!counting_) {
-    return board_.request(descriptor, code, request);
+    return console_.board().request(descriptor, code, request);
   }
   const bool next = isNext();
   SeenRequest& seen = add(code, answerOf(code, request).room);
@@ -209,7 +209,7 @@ int FaultyDriver::request(int descriptor, uint32_t code, gfast_iocreq& request) 
   if (next) {
     return spoiled(descriptor, code, request);
   }
-  const int result = board_.request(descriptor, code, request);
+  const int result = console_.board().request(descriptor, code, request);
   if (const uint32_t* const length = answerOf(code, request).length; length != nullptr) {
     seen.length = result < 0 ? 0 : *length;
   }
@@ -224,7 +224,7 @@ int FaultyDriver::spoiled(int descriptor, uint32_t code, gfast_iocreq& request) 
   if (fault_->kind == FaultKind::kDelay) {
     console_.clock().sleep(std::chrono::microseconds(static_cast<int64_t>(kDelay_s * 1e6)));
   }
-  const int result = board_.request(descriptor, code, request);
+  const int result = console_.board().request(descriptor, code, request);
   if (const Answer answer = answerOf(code, request); result >= 0 && answer.length != nullptr) {
     spoil(*fault_, answer);
   }

@@ -51,8 +51,7 @@ std::vector<Fault> faultsOf(uint32_t number, const SeenRequest& request);
 class FaultyDriver final : public gfast::Driver {
  public:
   // Writes down what is asked.
-  FaultyDriver(SimulatedConsole& console, SeenRequests& seen)
-      : console_(console), board_(console.board()), seen_(seen) {}
+  FaultyDriver(SimulatedConsole& console, SeenRequests& seen) : console_(console), seen_(seen) {}
 
   // Counts from here on; spoils a request if a fault is given.
   void begin(const Fault* fault);
@@ -60,8 +59,8 @@ class FaultyDriver final : public gfast::Driver {
 
   int open(int device) override;
   int request(int descriptor, uint32_t code, gfast_iocreq& request) override;
-  void close(int descriptor) override { board_.close(descriptor); }
-  void rediscover() override { board_.rediscover(); }
+  void close(int descriptor) override { console_.board().close(descriptor); }
+  void rediscover() override { console_.rediscovered(); }
 
  private:
   bool isNext() const { return fault_ != nullptr && seen_.count == fault_->request; }
@@ -69,7 +68,6 @@ class FaultyDriver final : public gfast::Driver {
   int spoiled(int descriptor, uint32_t code, gfast_iocreq& request);
 
   SimulatedConsole& console_;
-  gfast::board::VirtualBoard& board_;
   bool counting_ = false;
   const Fault* fault_ = nullptr;
   SeenRequests& seen_;
