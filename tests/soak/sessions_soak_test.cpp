@@ -40,21 +40,28 @@ class SessionsSoak : public testing::Test {
     const long resident_KiB = residentKib(pid());
     EXPECT_LE(resident_KiB, resident_KiB_ + kAllowedGrowth_KiB);
     EXPECT_EQ(openDescriptors(pid()), descriptors_);
-    std::printf("resident memory: %ld KiB before, %ld KiB after; the next client waited at most %.1f ms\n",
-                resident_KiB_, resident_KiB, 1000 * longestWait_s_);
+#ifdef GFAST_MEASURABLE
+    EXPECT_LE(late_, 1 + served_ / 100) << "clients not served within 100 ms; a few, for a busy machine";
+#endif
+    std::printf(
+        "resident memory: %ld KiB before, %ld KiB after; the next client waited at most %.1f ms, %d of %d "
+        "more than 100 ms\n",
+        resident_KiB_, resident_KiB, 1000 * longestWait_s_, late_, served_);
   }
 
-  pid_t pid() { return lab_.program().pid(); }
+  pid_t pid() {
+    return lab_.program().pid();
+  }
 
   // From the connection to the answer of a first command.
   void serveNext() {
     const auto start = steady_clock::now();
     OpenSession session(lab_.port());
     EXPECT_EQ(session.type("show version"), kVersion);
-    longestWait_s_ = std::max(longestWait_s_, Seconds(steady_clock::now() - start).count());
-#ifdef GFAST_MEASURABLE
-    EXPECT_LT(longestWait_s_, 0.1);
-#endif
+    const double wait_s = Seconds(steady_clock::now() - start).count();
+    longestWait_s_ = std::max(longestWait_s_, wait_s);
+    served_++;
+    late_ += wait_s < 0.1 ? 0 : 1;
   }
 
   // The server closes a connection a little after its client.
@@ -71,6 +78,8 @@ class SessionsSoak : public testing::Test {
   long resident_KiB_ = 0;
   int descriptors_ = 0;
   double longestWait_s_ = 0;
+  int served_ = 0;
+  int late_ = 0;
 };
 
 TEST_F(SessionsSoak, ManyInARow) {

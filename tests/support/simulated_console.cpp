@@ -18,7 +18,6 @@ using namespace gfast::console;
 namespace {
 
 constexpr time_t kPowerUp = 1700006400;  // 2023-11-15 00:00:00 UTC, a midnight
-constexpr int64_t kMicroseconds = 1000000;
 
 std::string printed;
 size_t mostPrinted = std::string::npos;
@@ -45,7 +44,8 @@ void keep(cli_def* /*cli*/, const char* line) {
 }  // namespace
 
 double WaitingClock::seconds() const {
-  return static_cast<double>(elapsed_us_) / static_cast<double>(kMicroseconds);
+  const std::lock_guard guard(lock_);
+  return std::chrono::duration<double>(elapsed_).count();
 }
 
 void WaitingClock::awaitOtherThread() const {
@@ -55,11 +55,19 @@ void WaitingClock::awaitOtherThread() const {
 }
 
 time_t WaitingClock::now() {
-  return kPowerUp + static_cast<time_t>(elapsed_us_ / kMicroseconds);
+  return kPowerUp + static_cast<time_t>(seconds());
+}
+
+std::chrono::microseconds WaitingClock::steady() {
+  const std::lock_guard guard(lock_);
+  return elapsed_;
 }
 
 void WaitingClock::sleep(std::chrono::microseconds duration) {
-  elapsed_us_ += duration.count();
+  {
+    const std::lock_guard guard(lock_);
+    elapsed_ += duration;
+  }
   if (board_ != nullptr) {
     board_->advance();
   }

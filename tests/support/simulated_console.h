@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 
@@ -36,7 +37,7 @@ class WaitingClock final : public gfast::Clock {
   void awaitOtherThread() const;
 
   time_t now() override;
-  std::chrono::microseconds steady() override { return std::chrono::microseconds(elapsed_us_); }
+  std::chrono::microseconds steady() override;
   void sleep(std::chrono::microseconds duration) override;
   bool sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) override;
   int waitReadable(fd_set& descriptors, int limit, std::chrono::microseconds duration) override;
@@ -44,7 +45,8 @@ class WaitingClock final : public gfast::Clock {
  private:
   const std::thread::id owner_ = std::this_thread::get_id();
   gfast::board::VirtualBoard* board_ = nullptr;
-  int64_t elapsed_us_ = 0;  // of the owner alone
+  mutable std::mutex lock_;  // guards the time
+  std::chrono::microseconds elapsed_{0};
   double waitsEnd_s_ = 1e18;
   bool waitsEnded_ = false;
   std::atomic<bool> otherWaits_{false};
