@@ -16,3 +16,7 @@ if(GFAST_SANITIZE)
   add_compile_options(${sanitize})
   add_link_options(${sanitize})
 endif()
+if(GFAST_FUZZ)
+  # Tells a fuzzer which ways the product took.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
