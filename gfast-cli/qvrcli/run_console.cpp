@@ -7,6 +7,7 @@
 
 #include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
+#include "qvrcli/serve/serve.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/server.h"
 #include "qvrcli/session/stop.h"
@@ -37,13 +38,16 @@ void runScript(cli_def* interpreter, FILE* script) {
 
 }  // namespace
 
-int runConsole(const char* script, uint16_t port) {
+int runConsole(const char* script, uint16_t port, const char* http) {
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
   installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
+  if (http != nullptr && *http != '\0' && !serveReadings(http)) {
+    return 1;
+  }
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
   if (file != nullptr) {
     reportUnreadable(file, script);
