@@ -296,13 +296,19 @@ ToneDirection readDirection(QVR_lineId_t line, const DirectionTables& tables, bo
   return direction;
 }
 
+// A device is counted once more when it is lost and found again.
+QVR_lineId_t numberOfLines() {
+  return static_cast<QVR_lineId_t>(
+      std::min<uint32_t>(QVR_numberOfDevices() * QVR_numberOfLinesInDevice(), QVR_K_MAX_LINES));
+}
+
 }  // namespace
 
 Reading collectReading() {
   const auto began = clockSource().steady();
   operationsDone = 0;
   Reading reading;
-  for (QVR_lineId_t line = 0; line <= QVR_K_LINE_ID_LAST; line++) {
+  for (QVR_lineId_t line = 0; line < numberOfLines(); line++) {
     reading.lines.push_back(readLine(line));
   }
   // Behind the lines: what happened while they were read is told as well.
