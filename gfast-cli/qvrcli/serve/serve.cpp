@@ -9,6 +9,7 @@
 #include "qvrcli/reading/readings.h"
 #include "qvrcli/serve/field_model.h"
 #include "qvrcli/serve/metrics.h"
+#include "qvrcli/serve/page.h"
 #include "qvrcli/serve/web_server.h"
 
 namespace gfast::console {
@@ -69,12 +70,17 @@ WebAnswer oneLine(Readings& readings, int line) {
   return document ? WebAnswer{200, kJson, *document} : WebAnswer{404, kText, "No such line.\n"};
 }
 
+WebAnswer start(Readings& /*readings*/) {
+  return {200, "text/html; charset=utf-8", {page, pageSize}};
+}
+
 struct Page {
   std::string_view path;
   WebAnswer (*answer)(Readings&);
 };
 
 constexpr Page kPages[] = {
+    {"/", start},
     {"/data/lines.json", lines},
     {"/metrics", metrics},
 };
@@ -93,9 +99,9 @@ std::optional<int> lineIn(std::string_view path) {
 }
 
 WebAnswer answerTo(Readings& readings, const std::string& path) {
-  for (const Page& page : kPages) {
-    if (page.path == path) {
-      return page.answer(readings);
+  for (const Page& known : kPages) {
+    if (known.path == path) {
+      return known.answer(readings);
     }
   }
   if (const auto line = lineIn(path)) {
