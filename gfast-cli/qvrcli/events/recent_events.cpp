@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <deque>
 #include <iterator>
 #include <mutex>
@@ -28,6 +29,8 @@ Remembered& remembered() {
   return all;
 }
 
+constexpr std::string_view kFailure = "line failure";
+
 constexpr const char* kReasons[] = {"no error",
                                     "no G.fast in the handshake",
                                     "severely errored seconds",
@@ -49,6 +52,15 @@ void keep(Remembered& all, RecentEvent event) {
     all.events.pop_front();
   }
   all.events.push_back(std::move(event));
+}
+
+// Gives the failure that was kept last its line. With the lock held.
+void nameLine(Remembered& all, QVR_lineId_t line) {
+  const auto failure =
+      std::ranges::find(all.events.rbegin(), all.events.rend(), kFailure, &RecentEvent::what);
+  if (failure != all.events.rend()) {
+    failure->line = line;
+  }
 }
 
 bool isLine(QVR_lineId_t line) {
@@ -75,6 +87,7 @@ void rememberLinkState(QVR_lineId_t line, G9701_linkState_t before, G9701_linkSt
   if (before == LS_SHOWTIME && all.unnamed) {
     memory.lastFailure = std::exchange(all.unnamed, std::nullopt);
     why = failureText(memory.lastFailure->reason);
+    nameLine(all, line);
   }
   keep(all, {now, line, fmt::format("{} to {}", stateText(before), stateText(after)), why});
 }
@@ -83,7 +96,7 @@ void rememberLineFailure(LINK_FAILURE_TYPE_E reason, time_t time) {
   Remembered& all = remembered();
   const std::lock_guard guard(all.lock);
   all.unnamed = {time, reason};
-  keep(all, {time, std::nullopt, "line failure", failureText(reason)});
+  keep(all, {time, std::nullopt, std::string(kFailure), failureText(reason)});
 }
 
 void rememberEvent(std::optional<QVR_lineId_t> line, const char* what) {

@@ -17,7 +17,7 @@ TEST(RecentEvents, NameTheLineOfAFailureByTheChangeBehindIt) {
   EXPECT_EQ(recent.lines[1].lastFailure->time, 1000);
   EXPECT_FALSE(recent.lines[0].lastFailure);
   ASSERT_EQ(recent.events.size(), 3U);
-  EXPECT_FALSE(recent.events[0].line);
+  EXPECT_EQ(recent.events[0].line, 1);
   EXPECT_EQ(recent.events[0].why, "loss of signal");
   EXPECT_EQ(recent.events[1].line, 1);
   EXPECT_EQ(recent.events[1].what, "show time to deactivating 1");
