@@ -72,6 +72,7 @@ struct Options {
   std::string replayed;
   std::string blanked;
   std::string script;
+  std::string http;
 };
 
 std::string speedCheck(const std::string& text) {
@@ -111,6 +112,10 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
          "Write the replayed trace, its MAC addresses and serial numbers blanked, into this file and end")
       ->type_name("FILE")
       ->needs(replayed);
+  app.add_option(
+         "--http", options.http,
+         "Let others read the lines at this address and port (0: any free one); docs/seeing-a-line.md")
+      ->type_name("[ADDRESS:]PORT");
   app.add_option("SCRIPT", options.script, "File of commands to run instead of serving sessions")
       ->type_name("");
   try {
@@ -131,7 +136,8 @@ int fail(const std::string& file, int error) {
 
 int runConsoleBefore(Driver& board, const Options& options) {
   installDriver(recordedIfAsked(board));
-  return runConsole(options.script.empty() ? nullptr : options.script.c_str(), options.port);
+  return runConsole(options.script.empty() ? nullptr : options.script.c_str(), options.port,
+                    options.http.empty() ? nullptr : options.http.c_str());
 }
 
 // What serves the console is never deleted: the notification thread uses it until the process ends.

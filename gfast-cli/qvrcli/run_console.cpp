@@ -7,6 +7,7 @@
 
 #include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
+#include "qvrcli/serve/serve.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/server.h"
 #include "qvrcli/session/settings.h"
@@ -58,7 +59,7 @@ void runScript(cli_def* interpreter, FILE* script) {
 
 }  // namespace
 
-int runConsole(const char* script, uint16_t port) {
+int runConsole(const char* script, uint16_t port, const char* http) {
   const auto settings = readSettings();
   if (!settings || !protect(*settings)) {
     return kSettingsError;
@@ -69,6 +70,9 @@ int runConsole(const char* script, uint16_t port) {
   installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
+  if (http != nullptr && *http != '\0' && !serveReadings(http)) {
+    return 1;
+  }
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
   if (file != nullptr) {
     reportUnreadable(file, script);

@@ -39,6 +39,9 @@
 // end of a line wait for each other, all but QVR_sendMsgToFarEnd itself. While devices are rediscovered the
 // requests of other threads may fail.
 //
+// A thread that reads beside a user calls QVR_observeOnly first: what it reads then changes nothing that the
+// user is told.
+//
 // ---- Callbacks ----
 //
 // They run on the notification thread, but for a trace log handler, which runs on the thread that wrote the
@@ -95,6 +98,7 @@
 #include <qvr/lines.h>
 #include <qvr/memory.h>
 #include <qvr/notifications.h>
+#include <qvr/observing.h>
 #include <qvr/parameters.h>
 #include <qvr/signals.h>
 #include <qvr/status.h>

@@ -9,6 +9,7 @@
 #include "driver/driver.h"
 #include "qvrdev/device_lines.h"
 #include "qvrdev/require.h"
+#include "std/observing.h"
 
 using namespace gfast;
 
@@ -101,6 +102,12 @@ QVR_deviceInfo_t gfast::storeDeviceImages(QVR_deviceId_t device, const DeviceIma
   return record;
 }
 
+QVR_deviceInfo_t gfast::recordWithImages(QVR_deviceId_t device, const DeviceImages& images) {
+  QVR_deviceInfo_t record = deviceRecord(device);
+  fillRecord(record, device, images);
+  return record;
+}
+
 void gfast::clearDeviceTable() {
   for (QVR_deviceId_t device = QVR_K_DEVICE_ID_FIRST; device <= QVR_K_DEVICE_ID_LAST; device++) {
     closeDevice(device);
@@ -130,6 +137,9 @@ int QVR_deviceHandle(QVR_deviceId_t xi_deviceId) {
   }
   if (const int descriptor = openDescriptor(xi_deviceId); descriptor >= 0) {
     return descriptor;
+  }
+  if (observing) {
+    return -1;
   }
   const int opened = driver().open(xi_deviceId);
   if (opened < 0) {

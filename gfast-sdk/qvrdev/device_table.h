@@ -29,6 +29,9 @@ void setStartOfCollection(QVR_deviceId_t device, int narrowLine, uint32_t second
 // record.
 QVR_deviceInfo_t storeDeviceImages(QVR_deviceId_t device, const DeviceImages& images);
 
+// The record that storeDeviceImages would make, without storing it.
+QVR_deviceInfo_t recordWithImages(QVR_deviceId_t device, const DeviceImages& images);
+
 // Clears every record and closes every descriptor; the count of devices stays.
 void clearDeviceTable();
 

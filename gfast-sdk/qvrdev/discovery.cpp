@@ -11,6 +11,7 @@
 #include "qvrdev/notification.h"
 #include "qvrdev/require.h"
 #include "qvrdev/sbr.h"
+#include "std/observing.h"
 
 using namespace gfast;
 
@@ -95,7 +96,8 @@ QVR_retval_t QVR_getDeviceInfo(QVR_deviceId_t xi_deviceId, QVR_deviceInfo_t* xo_
   if (const QVR_retval_t status = readImages(xi_deviceId, images); QVR_STATUS_ERROR(status)) {
     return status;
   }
-  const QVR_deviceInfo_t record = storeDeviceImages(xi_deviceId, images);
+  const QVR_deviceInfo_t record =
+      observing ? recordWithImages(xi_deviceId, images) : storeDeviceImages(xi_deviceId, images);
   if (xo_deviceInfo != nullptr) {
     *xo_deviceInfo = record;
     for (uint8_t& lineId : xo_deviceInfo->lineIDs) {

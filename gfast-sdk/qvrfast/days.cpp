@@ -7,6 +7,7 @@
 #include "qvrfast/running_interval.h"
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_table.h"
+#include "std/observing.h"
 
 using namespace gfast;
 
@@ -43,6 +44,14 @@ QVR_intervalLinkCounterDB_t& sumUpDay(LineHistory& history, time_t time) {
       return day;
     }
   }
+}
+
+// The same without keeping it, with a running quarter hour that is not kept either.
+QVR_intervalLinkCounterDB_t sumOfDay(const LineHistory& history, const QVR_intervalLinkCounterDB_t& running,
+                                     time_t time) {
+  LineHistory copy = history;
+  copy.quarterHours.running() = running;
+  return sumUpDay(copy, time);
 }
 
 }  // namespace
@@ -85,7 +94,11 @@ QVR_retval_t QVR_getCurr24hrCounters(QVR_lineId_t xi_lineId, QVR_intervalLinkCou
   }
   const time_t now = clockSource().now();
   const LockedHistory history(xi_lineId);
-  *xo_interval = sumUpDay(*history.operator->(), now);
+  if (observing) {
+    *xo_interval = sumOfDay(*history.operator->(), running, now);
+  } else {
+    *xo_interval = sumUpDay(*history.operator->(), now);
+  }
   return QVR_E_STATUS_OK;
 }
 

@@ -7,6 +7,7 @@
 #include "qvrfast/interval_history.h"
 #include "qvrfast/time_stamp.h"
 #include "qvrline/line_table.h"
+#include "std/observing.h"
 
 using namespace gfast;
 
@@ -66,7 +67,7 @@ void fillCounters(QVR_lineId_t lineId, QVR_intervalCounterDB_t snapshots,
                   QVR_intervalLinkCounterDB_t* interval) {
   const uint32_t start = snapshots.prev15minSnapshot.ne.UAS;
   QVR_update15minPeformanceCounters(&snapshots, interval);
-  if (snapshots.prev15minSnapshot.ne.UAS != start) {
+  if (!observing && snapshots.prev15minSnapshot.ne.UAS != start) {
     moveUnavailableSecondsStart(lineId, start, snapshots.prev15minSnapshot.ne.UAS);
   }
 }
@@ -79,8 +80,8 @@ struct Query {
   QVR_intervalLinkCounterDB_t entry;  // of the running quarter hour
 };
 
-// Marks the running entry as incomplete, even if the counters cannot be read afterwards. Returns false and
-// marks nothing if a boundary has passed since the query began.
+// Marks the running entry as incomplete, even if the counters cannot be read afterwards; for who only looks,
+// a copy of it. Returns false and marks nothing if a boundary has passed since the query began.
 bool markIncomplete(QVR_lineId_t lineId, uint32_t collected, Query* query) {
   G9972_timeStamp_t stamp;
   formatTimeStamp(query->now, stamp);
@@ -88,13 +89,16 @@ bool markIncomplete(QVR_lineId_t lineId, uint32_t collected, Query* query) {
   if (history->boundaries != query->boundaries) {
     return false;
   }
-  QVR_intervalLinkCounterDB_t& running = history->quarterHours.running();
+  query->entry = history->quarterHours.running();
+  QVR_intervalLinkCounterDB_t& running = query->entry;
   setInvalid(running.neCounters, true);
   setInvalid(running.feCounters, true);
   running.collectionTime = collected;
   running.timestamp = query->now;
   std::memcpy(running.timestampString, stamp, sizeof stamp);
-  query->entry = running;
+  if (!observing) {
+    history->quarterHours.running() = running;
+  }
   return true;
 }
 
@@ -112,6 +116,9 @@ Query beginQuery(QVR_lineId_t lineId) {
 }
 
 void storeRunning(QVR_lineId_t lineId, const Query& query) {
+  if (observing) {
+    return;
+  }
   const LockedHistory history(lineId);
   if (history->boundaries == query.boundaries) {
     history->quarterHours.running() = query.entry;
@@ -120,7 +127,9 @@ void storeRunning(QVR_lineId_t lineId, const Query& query) {
 
 QVR_retval_t readForQuery(QVR_lineId_t lineId, G9972_PM_COUNTERS_S* latest) {
   const QVR_retval_t status = QVR_readPerformanceMonitoringCounters(lineId, latest);
-  storeLatestCounters(lineId, *latest);
+  if (!observing) {
+    storeLatestCounters(lineId, *latest);
+  }
   return status;
 }
 

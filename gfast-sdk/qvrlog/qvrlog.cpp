@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "std/callback_slot.h"
+#include "std/observing.h"
 
 using namespace gfast;
 
@@ -42,7 +43,7 @@ const char* QVR_traceLogLevelString(QVR_logSeverity_t xi_level) {
 
 void gfast::QVR_traceLogMessage(QVR_logSeverity_t xi_severity, const char* xi_function, int xi_line,
                                 const char* xi_format, ...) {
-  if (static_cast<uint32_t>(xi_severity) > log_level) {
+  if (observing || static_cast<uint32_t>(xi_severity) > log_level) {
     return;
   }
   const int reason = errno;  // the caller may still need it

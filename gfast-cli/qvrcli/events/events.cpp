@@ -10,6 +10,7 @@
 #include <string>
 #include <string_view>
 
+#include "qvrcli/events/recent_events.h"
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/link_states.h"
 #include "qvrcli/text/local_time.h"
@@ -73,11 +74,13 @@ void handleLinkStateChange(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState
                            G9701_linkState_t xi_newState) {
   std::printf("Link [%1d] state changed from %s to %s\n", xi_lineId,
               linkStateString(static_cast<int>(xi_oldState)), linkStateString(static_cast<int>(xi_newState)));
+  rememberLinkState(xi_lineId, xi_oldState, xi_newState);
 }
 
 void handleRebootEvent() {
   std::puts("Reboot notification...");
   rebootCounter++;
+  rememberEvent(std::nullopt, "a chip started anew");
   // A device that does not answer counts as one in configuration state: no line is activated.
   QVR_deviceInfo_t device{};
   QVR_getDeviceInfo(QVR_K_DEVICE_ID_FIRST, &device);
@@ -92,6 +95,7 @@ void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYP
                                         time_t xi_time) {
   std::printf("Line failure event on line=%d reason=%d at time %s ...\n", xi_lineId,
               static_cast<int>(xi_reason), localTimeText(xi_time).c_str());
+  rememberLineFailure(xi_reason, xi_time);
 }
 
 void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {
@@ -111,6 +115,7 @@ void handle24hrEvent(QVR_lineId_t /*xi_lineId*/, const char* xi_timeStamp, time_
 
 void handleCommFailureNotificationEvent(QVR_deviceId_t xi_deviceId) {
   std::printf("Communication failure with DFE%1d\n", xi_deviceId);
+  rememberEvent(std::nullopt, fmt::format("device {} does not answer", xi_deviceId).c_str());
 }
 
 void handleTraceLogMessage(QVR_logSeverity_t /*xi_severity*/, const char* xi_text) {
@@ -119,6 +124,7 @@ void handleTraceLogMessage(QVR_logSeverity_t /*xi_severity*/, const char* xi_tex
 
 void handleNonCdtaCpeJoinNotification(QVR_lineId_t xi_lineId) {
   std::printf("non-cDTA CPE joined on line %d\n", xi_lineId);
+  rememberEvent(xi_lineId, "a modem without cDTA joined");
 }
 
 void handleDownloadStatusNotification(QVR_lineId_t xi_lineId, QVR_downloadStatus_t xi_status) {

@@ -12,6 +12,7 @@
 #include "clock/clock.h"
 #include "qvrcli/session/libcli_structs.h"
 #include "qvrcli/session/stop.h"
+#include "qvrcli/session/turn.h"
 
 namespace gfast::console {
 
@@ -73,6 +74,7 @@ void flushSession(cli_def* cli) {
 
 bool sleepInSession(cli_def* cli, std::chrono::seconds duration) {
   flushSession(cli);
+  const TurnLent lent;
   return clockSource().sleepWhile(duration, [cli] { return mayGoOn(cli); });
 }
 

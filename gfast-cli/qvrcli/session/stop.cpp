@@ -63,6 +63,9 @@ bool interrupted() {
 RunningCommand::RunningCommand(cli_def* cli) : cli_(cli) {
   commandThread = std::this_thread::get_id();
   interpreter = cli;
+  if (depth == 0) {
+    turn_.emplace();
+  }
   depth++;
 }
 

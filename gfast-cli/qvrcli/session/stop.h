@@ -3,6 +3,10 @@
 
 #include <libcli.h>
 
+#include <optional>
+
+#include "qvrcli/session/turn.h"
+
 namespace gfast::console {
 
 // Whether what runs may go on. It may not when its session is lost, when Ctrl-C was typed meanwhile, or, for
@@ -16,8 +20,8 @@ bool commandMayGoOn();
 // Whether Ctrl-C was typed while the present command runs. What that still prints is not shown.
 bool interrupted();
 
-// Exists while a command runs, also for each that a script runs. The outermost ends the interruption, and
-// says so in one line.
+// Exists while a command runs, also for each that a script runs. The outermost has the command's turn, ends
+// the interruption, and says so in one line.
 class RunningCommand {
  public:
   explicit RunningCommand(cli_def* cli);
@@ -27,6 +31,7 @@ class RunningCommand {
 
  private:
   cli_def* cli_;
+  std::optional<CommandTurn> turn_;
 };
 
 }  // namespace gfast::console

@@ -1,0 +1,13 @@
+// In place of serve.cpp in a program that is built without it.
+#include <cstdio>
+
+#include "qvrcli/serve/serve.h"
+
+namespace gfast::console {
+
+bool serveReadings(const std::string& where) {
+  std::fprintf(stderr, "%s: this program was built without HTTP\n", where.c_str());
+  return false;
+}
+
+}  // namespace gfast::console
