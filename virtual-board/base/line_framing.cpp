@@ -16,10 +16,11 @@ StreamRates streamRates(const StreamFraming& framing) {
     return {};
   }
   const double f = kSampleRate_hz;
-  const double k = kCodewordData;
-  const double q = kCodewordsPerDtu;
+  const double k = framing.dtu.codewordData();
+  const double q = framing.dtu.codewords;
   const double overhead = f * kDtuOverhead;
-  const double perFrame = static_cast<double>(kSamplesPerSymbol) * framing.frameSymbols * kCodewordSize;
+  const double perFrame =
+      static_cast<double>(kSamplesPerSymbol) * framing.frameSymbols * framing.dtu.codewordSize;
   // The RMC symbol is missing once a superframe.
   const double data = f * k * (framing.symbolsPerFrame - 1) - framing.symbolsPerFrame * overhead / q -
                       f * k / kFramesPerSuperframe + overhead / q + overhead / (kFramesPerSuperframe * q);

@@ -18,14 +18,21 @@ constexpr uint32_t kFramesPerSuperframe = 8;
 constexpr uint32_t kFramesPer3s = 4000;
 static_assert(kFramesPer3s * kSymbolsPerFrame == 3 * kSymbolRate_hz);
 
-// Data transfer units: four Reed-Solomon codewords each.
-constexpr uint32_t kCodewordSize = 240;
-constexpr uint32_t kCodewordRedundancy = 16;
-constexpr uint32_t kCodewordData = kCodewordSize - kCodewordRedundancy;
-constexpr uint32_t kCodewordsPerDtu = 4;
-constexpr uint32_t kDtuSize = kCodewordsPerDtu * kCodewordSize;
+// Data transfer units of some Reed-Solomon codewords each.
 constexpr uint32_t kDtuOverhead = 7;
-constexpr uint32_t kDtuPayload = kCodewordsPerDtu * kCodewordData - kDtuOverhead;
+struct DtuFraming {
+  uint32_t codewordSize;  // N_FEC, bytes
+  uint32_t redundancy;    // R_FEC, of these
+  uint32_t codewords;     // Q, in a unit
+
+  constexpr uint32_t codewordData() const { return codewordSize - redundancy; }
+  constexpr uint32_t size() const { return codewords * codewordSize; }
+  constexpr uint32_t payload() const { return codewords * codewordData() - kDtuOverhead; }
+  bool operator==(const DtuFraming&) const = default;
+};
+// What the firmware uses in each direction unless its parameters say otherwise.
+constexpr DtuFraming kDownstreamDtu{240, 16, 4};
+constexpr DtuFraming kUpstreamDtu{224, 12, 5};
 
 // Taken from each direction by the embedded operations channel (eoc).
 constexpr uint32_t kEocBytesPer3s = 1500;
@@ -46,6 +53,7 @@ struct StreamFraming {
   uint32_t symbolsPerFrame = 0;              // of a frame, in this direction
   uint32_t bytesPerSymbol = 0;               // B_D
   uint32_t bytesPerRmcSymbol = 0;            // B_DR: data beside the RMC in its symbol
+  DtuFraming dtu = kDownstreamDtu;
   // Whether the receiver may ask for these adaptations.
   bool seamlessRateAdaptation = true;
   bool fastRateAdaptation = true;

@@ -108,7 +108,7 @@ void VirtualBoard::mapCounters(size_t device) {
 void VirtualBoard::introduce(size_t device) {
   FarEnd::Response response;
   if (farEnds_[device]->answer(MGMT_FAR_END_REQ_TYPE_INVENTORY, {}, response) == 0) {
-    chips_[device]->inventory().hear(kVendorId, response);
+    chips_[device]->inventory().hear(chips_[1 - device]->vendorId(), response);
   }
 }
 

@@ -77,6 +77,7 @@ class Chip {
   bool networkSide() const { return identity_.firmware.version.networkSide(); }
   // The application runs, the chip is in line state, and the line is provisioned.
   bool lineWanted() const;
+  const VendorId& vendorId() const { return vendorIdOf(identity_.firmware.version); }
   LineState lineState() const { return identity_.lineState; }
   // Raises the event of a change of state.
   void setLineState(LineState state);

@@ -10,8 +10,15 @@
 
 namespace gfast::board {
 
-// ITU-T G.994.1 vendor id: country code, four letters, two bytes that the vendor chooses.
-constexpr std::array<uint8_t, 8> kVendorId = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
+// ITU-T G.994.1 vendor id: country code, four letters, two bytes that the vendor chooses. The chips of the
+// two sides come from different makers.
+using VendorId = std::array<uint8_t, 8>;
+constexpr VendorId kNetworkVendorId = {0xB5, 0x00, 'V', 'B', 'R', 'D', 0x00, 0x01};
+constexpr VendorId kSubscriberVendorId = {0xB5, 0x00, 'V', 'H', 'O', 'M', 0x00, 0x02};
+
+inline const VendorId& vendorIdOf(const FirmwareVersion& version) {
+  return version.networkSide() ? kNetworkVendorId : kSubscriberVendorId;
+}
 
 struct DeviceIdentity {
   Firmware firmware;  // of the stage that runs

@@ -6,8 +6,10 @@ namespace gfast::board {
 
 namespace {
 
-// How long the first part of training takes. Channel analysis takes the rest.
+// How long the first part of training takes, and from when on upstream trains in it. Channel analysis takes
+// the rest.
 constexpr double kChannelDiscovery_s = 1.2;
+constexpr double kVectoredTrainingFrom_s = 0.9;
 
 }  // namespace
 
@@ -21,21 +23,30 @@ void Initialisation::ended(uint32_t startup_ms, uint32_t handshake_ms, uint32_t 
   startup_ms_ = startup_ms;
   handshake_ms_ = handshake_ms;
   failureCause_ = failureCause;
-  if (failureCause == E_INITSFCAUSE_NO_FAR_END_FTU_DETECTED) {
+  if (failureCause == E_INITSFCAUSE_SUCCESSS) {
+    lastDownstream_ = DownstreamSignal::kShowtime;
+    lastUpstream_ = UpstreamSignal::kShowtime;
+  } else if (failureCause == E_INITSFCAUSE_NO_FAR_END_FTU_DETECTED) {
     // Only the subscriber's end sends before it hears the other one.
-    lastDownstream_ = InitSignal::kNone;
-    lastUpstream_ = networkSide ? InitSignal::kNone : InitSignal::kHandshake;
-    return;
+    lastDownstream_ = DownstreamSignal::kNone;
+    lastUpstream_ = networkSide ? UpstreamSignal::kNone : UpstreamSignal::kHandshake;
+  } else {
+    takeReached(now);
   }
-  lastDownstream_ = failureCause == E_INITSFCAUSE_SUCCESSS ? InitSignal::kShowtime : reached(now);
-  lastUpstream_ = lastDownstream_;
 }
 
-InitSignal Initialisation::reached(double now) const {
+void Initialisation::takeReached(double now) {
+  lastDownstream_ = DownstreamSignal::kHandshake;
+  lastUpstream_ = UpstreamSignal::kHandshake;
   if (state_ != LineState::kTraining) {
-    return InitSignal::kHandshake;
+    return;
   }
-  return now - since_ < kChannelDiscovery_s ? InitSignal::kChannelDiscovery : InitSignal::kChannelAnalysis;
+  const double elapsed_s = now - since_;
+  const bool discovered = elapsed_s >= kChannelDiscovery_s;
+  lastDownstream_ = discovered ? DownstreamSignal::kChannelAnalysis : DownstreamSignal::kChannelDiscovery;
+  lastUpstream_ = discovered                             ? UpstreamSignal::kChannelAnalysis
+                  : elapsed_s >= kVectoredTrainingFrom_s ? UpstreamSignal::kVectoredTraining
+                                                         : UpstreamSignal::kChannelDiscovery;
 }
 
 }  // namespace gfast::board

@@ -7,8 +7,17 @@
 
 namespace gfast::board {
 
-// The last signal that was sent in one direction (ITU-T G.9701).
-enum class InitSignal : uint8_t { kNone, kHandshake, kChannelDiscovery, kChannelAnalysis, kShowtime };
+// The last signals that were sent, by the stage they belong to (ITU-T G.9701). Upstream has one stage more:
+// the vectored training of the upstream direction, with which channel discovery ends.
+enum class DownstreamSignal : uint8_t { kNone, kHandshake, kChannelDiscovery, kChannelAnalysis, kShowtime };
+enum class UpstreamSignal : uint8_t {
+  kNone,
+  kHandshake,
+  kChannelDiscovery,
+  kVectoredTraining,
+  kChannelAnalysis,
+  kShowtime
+};
 
 class Initialisation {
  public:
@@ -21,19 +30,19 @@ class Initialisation {
   uint32_t startup_ms() const { return startup_ms_; }
   uint32_t handshake_ms() const { return handshake_ms_; }
   uint32_t failureCause() const { return failureCause_; }
-  InitSignal lastDownstream() const { return lastDownstream_; }
-  InitSignal lastUpstream() const { return lastUpstream_; }
+  DownstreamSignal lastDownstream() const { return lastDownstream_; }
+  UpstreamSignal lastUpstream() const { return lastUpstream_; }
 
  private:
-  InitSignal reached(double now) const;
+  void takeReached(double now);
 
   LineState state_ = LineState::kSelfTest;
   double since_ = 0;
   uint32_t startup_ms_ = 0;
   uint32_t handshake_ms_ = 0;
   uint32_t failureCause_ = 0;
-  InitSignal lastDownstream_ = InitSignal::kNone;
-  InitSignal lastUpstream_ = InitSignal::kNone;
+  DownstreamSignal lastDownstream_ = DownstreamSignal::kNone;
+  UpstreamSignal lastUpstream_ = UpstreamSignal::kNone;
 };
 
 }  // namespace gfast::board

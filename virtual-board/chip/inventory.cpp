@@ -11,7 +11,9 @@ namespace gfast::board {
 
 namespace {
 
-constexpr const char* kUsualVendor = "VBOARD";
+// The system vendors as delivered.
+constexpr const char* kNetworkVendor = "VBOARD";
+constexpr const char* kSubscriberVendor = "VBHOME";
 constexpr uint32_t kArea = VIRT_BASE_ADDR_INVENTORY_PER_LINE_PARAMS(0);
 constexpr size_t kVersionTextSize = INVENTORY_RESPONSE_SERIAL_NUMBER - INVENTORY_RESPONSE_VERSION_NUMBER;
 
@@ -35,7 +37,8 @@ std::string factorySerial(const MacAddress& mac) {
 }  // namespace
 
 Inventory::Inventory(const ChipConfig& config) : otherResponse_(INVENTORY_RESPONSE_SIZE) {
-  copyInto(vendor_, bytesOf(config.vendor.value_or(kUsualVendor)));
+  copyInto(vendor_, bytesOf(config.vendor.value_or(config.firmware.networkSide() ? kNetworkVendor
+                                                                                 : kSubscriberVendor)));
   copyInto(serial_, bytesOf(config.serial.value_or(factorySerial(config.mac))));
 }
 
@@ -79,7 +82,7 @@ Bytes Inventory::area() const {
   };
   const FirmwareVersion version = firmware_.version();
   const uint8_t versionWord[] = {version.profile, version.rc, version.ga, version.chipset};
-  put(INVENTORY_DB_FTU_GHS_VENDOR, kVendorId);
+  put(INVENTORY_DB_FTU_GHS_VENDOR, vendorIdOf(version));
   put(INVENTORY_DB_FTU_VERSION, versionWord);
   put(INVENTORY_DB_SYSTEM_VENDOR, vendor_);
   put(INVENTORY_DB_SYSTEM_SERIAL, serial_);

@@ -14,6 +14,10 @@ struct LineInsight {
   bool everTrained() const { return view.sends.framing.symbolsPerFrame != 0; }
   const DirectionBudget& sends() const { return networkSide ? loop.downstream : loop.upstream; }
   const DirectionBudget& receives() const { return networkSide ? loop.upstream : loop.downstream; }
+  const DirectionPlan& sendPlan() const { return networkSide ? loop.plan->downstream : loop.plan->upstream; }
+  const DirectionPlan& receivePlan() const {
+    return networkSide ? loop.plan->upstream : loop.plan->downstream;
+  }
 };
 
 }  // namespace gfast::board

@@ -1,5 +1,4 @@
-// A line by subcarrier: received level, SNR and loading. Levels and SNR are the same in both directions, the
-// loading is not.
+// One direction of a line by subcarrier: received level, SNR and loading.
 #pragma once
 
 #include <array>
@@ -7,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "virtual-board/base/receiver.h"
 #include "virtual-board/line/tone_plan.h"
 
 namespace gfast::board {
@@ -14,18 +14,23 @@ namespace gfast::board {
 // Symbols over which the SNR is measured.
 constexpr uint32_t kSnrWindow = 256;
 
+// What lies between transmitter and receiver, by subcarrier.
+struct Path {
+  std::vector<std::complex<double>> gain;
+  std::vector<double> noise_mw_hz;  // at the receiver, without the receiver's own
+};
+
 struct LineSpectrum {
   std::array<std::complex<double>, kTones> gain{};
-  // The level of the noise where nothing is sent.
-  std::array<double, kTones> received_dbm_hz{};
-  std::array<double, kTones> snr{};  // as a ratio; 0 where nothing is sent
-  uint32_t snrScale = 0;             // noise energies are 2^snrScale times the window's length over the SNR
+  std::array<double, kTones> received_dbm_hz{};  // signal and noise together
+  std::array<double, kTones> noise_dbm_hz{};     // the receiver's own included
+  std::array<double, kTones> snr{};              // as a ratio; 0 where nothing is sent
+  uint32_t snrScale = 0;  // noise energies are 2^snrScale times the window's length over (1 + SNR)
   double powerSent_dbm = 0;
   double powerReceived_dbm = 0;
 };
 
-LineSpectrum lineSpectrum(const std::vector<std::complex<double>>& gains, const TonePlan& plan,
-                          double noise_dbm_hz);
+LineSpectrum lineSpectrum(const Path& path, const DirectionPlan& plan, const Receiver& receiver);
 
 // The loading of one direction. Pilots carry no data; the RMC's subcarriers carry none in the RMC symbol.
 struct ToneLoading {
@@ -35,14 +40,21 @@ struct ToneLoading {
   uint32_t bytesPerSymbol = 0;     // B_D
   uint32_t bytesPerRmcSymbol = 0;  // B_DR
   uint32_t rmcBytes = 0;           // B_R: what the RMC itself carries
+};
+
+ToneLoading toneLoading(const LineSpectrum& spectrum, const DirectionPlan& plan);
+
+// What a line with this loading has to spare, and what it could carry.
+struct LoadingState {
+  // The lowest margin of all subcarriers, 0.1 dB; 0 when none is loaded.
+  int32_t margin = 0;
+  int32_t rmcMargin = 0;
   // bytesPerSymbol and bytesPerRmcSymbol with fractions of bits, and limited by the chip alone.
   uint32_t attainableBytes = 0;
   uint32_t attainableRmcBytes = 0;
-  // The lowest margin of all subcarriers, 0.1 dB.
-  uint32_t margin = 0;
-  uint32_t rmcMargin = 0;
 };
 
-ToneLoading toneLoading(const LineSpectrum& spectrum, const TonePlan& plan, const DirectionPlan& direction);
+LoadingState loadingState(const LineSpectrum& spectrum, const DirectionPlan& plan,
+                          const ToneLoading& loading);
 
 }  // namespace gfast::board

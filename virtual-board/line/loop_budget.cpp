@@ -28,25 +28,6 @@ int32_t signedTenthsOf(double db) {
   return static_cast<int32_t>(std::clamp(std::round(db * 10), -32768.0, 32767.0));
 }
 
-DirectionBudget directionBudget(const LineSpectrum& spectrum, const TonePlan& plan,
-                                const DirectionPlan& direction) {
-  DirectionBudget budget;
-  const auto loading = std::make_shared<const ToneLoading>(toneLoading(spectrum, plan, direction));
-  StreamFraming& framing = budget.framing;
-  framing.frameSymbols = plan.frameSymbols;
-  framing.symbolsPerFrame = direction.symbols;
-  framing.bytesPerSymbol = loading->bytesPerSymbol;
-  framing.bytesPerRmcSymbol = loading->bytesPerRmcSymbol;
-  framing.seamlessRateAdaptation = direction.seamlessRateAdaptation;
-  framing.fastRateAdaptation = direction.fastRateAdaptation;
-  StreamFraming attainable = framing;
-  attainable.bytesPerSymbol = loading->attainableBytes;
-  attainable.bytesPerRmcSymbol = loading->attainableRmcBytes;
-  budget.attainable_kbps = streamRates(attainable).net;
-  budget.loading = loading;
-  return budget;
-}
-
 bool carriesEnough(const DirectionBudget& downstream, const DirectionBudget& upstream) {
   const uint32_t net = streamRates(downstream.framing).net + streamRates(upstream.framing).net;
   return downstream.framing.bytesPerSymbol != 0 && upstream.framing.bytesPerSymbol != 0 &&
@@ -60,6 +41,10 @@ Loop::Loop(const LoopConfig& config, uint32_t seed)
     : cable_(config), length_m_(config.length_m), noise_dbm_hz_(config.noise_dbm_hz), seed_(seed) {}
 
 bool Loop::heard(const TonePlan& plan) const {
+  return heard(plan.downstream) && heard(plan.upstream);
+}
+
+bool Loop::heard(const DirectionPlan& plan) const {
   double sum_db = 0;
   uint32_t tones = 0;
   for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; tone++) {
@@ -79,29 +64,52 @@ bool Loop::soonEnough() const {
   return 2 * cable_.delay_s() <= kMostRoundTrip_s;
 }
 
-const std::vector<std::complex<double>>& Loop::gains() {
-  if (gains_.empty()) {
-    gains_.resize(kTones);
+const Path& Loop::path() {
+  if (path_.gain.empty()) {
+    path_.gain.resize(kTones);
+    path_.noise_mw_hz.assign(kTones, powerRatio(noise_dbm_hz_));
     for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
-      gains_[tone] = cable_.insertionGain(tone * kSubcarrierSpacing_hz);
+      path_.gain[tone] = cable_.insertionGain(tone * kSubcarrierSpacing_hz);
     }
   }
-  return gains_;
+  return path_;
+}
+
+DirectionBudget Loop::directionBudget(const DirectionPlan& plan, uint32_t frameSymbols,
+                                      bool networkReceives) {
+  DirectionBudget budget;
+  const Receiver& receiver = receiverOf(networkReceives);
+  const auto spectrum = std::make_shared<const LineSpectrum>(lineSpectrum(path(), plan, receiver));
+  const auto loading = std::make_shared<const ToneLoading>(toneLoading(*spectrum, plan));
+  budget.state = loadingState(*spectrum, plan, *loading);
+  StreamFraming& framing = budget.framing;
+  framing.frameSymbols = frameSymbols;
+  framing.symbolsPerFrame = plan.symbols;
+  framing.dtu = plan.dtu;
+  framing.bytesPerSymbol = loading->bytesPerSymbol;
+  framing.bytesPerRmcSymbol = loading->bytesPerRmcSymbol;
+  framing.seamlessRateAdaptation = plan.seamlessRateAdaptation;
+  framing.fastRateAdaptation = plan.fastRateAdaptation;
+  StreamFraming attainable = framing;
+  attainable.bytesPerSymbol = budget.state.attainableBytes;
+  attainable.bytesPerRmcSymbol = budget.state.attainableRmcBytes;
+  budget.attainable_kbps = streamRates(attainable).net;
+  budget.powerSent = signedTenthsOf(spectrum->powerSent_dbm);
+  budget.powerReceived = signedTenthsOf(spectrum->powerReceived_dbm);
+  budget.electricalLength = tenthsOf(loss_db(kElectricalLength_hz) + receiver.loss_db);
+  budget.loading = loading;
+  budget.spectrum = spectrum;
+  return budget;
 }
 
 LoopBudget Loop::budget(const TonePlan& plan) {
   LoopBudget budget;
-  const auto spectrum = std::make_shared<const LineSpectrum>(lineSpectrum(gains(), plan, noise_dbm_hz_));
   budget.plan = std::make_shared<const TonePlan>(plan);
-  budget.spectrum = spectrum;
-  budget.downstream = directionBudget(*spectrum, plan, plan.downstream);
-  budget.upstream = directionBudget(*spectrum, plan, plan.upstream);
+  budget.downstream = directionBudget(plan.downstream, plan.frameSymbols, false);
+  budget.upstream = directionBudget(plan.upstream, plan.frameSymbols, true);
   budget.heard = heard(plan);
   budget.trainable = budget.heard && soonEnough() && carriesEnough(budget.downstream, budget.upstream);
   budget.length_m = length_m_;
-  budget.electricalLength = tenthsOf(loss_db(kElectricalLength_hz));
-  budget.powerSent = signedTenthsOf(spectrum->powerSent_dbm);
-  budget.powerReceived = signedTenthsOf(spectrum->powerReceived_dbm);
   budget.binderSeed = seed_;
   return budget;
 }

@@ -133,7 +133,7 @@ uint64_t StreamMeter::framesIn(uint64_t seconds) const {
 }
 
 uint64_t StreamMeter::dtus(uint64_t frames) const {
-  return frames * open_->framing.bytesPerFrame() / kDtuSize;
+  return frames * open_->framing.bytesPerFrame() / open_->framing.dtu.size();
 }
 
 // Draws the corrupted units of one second of the open stretch.

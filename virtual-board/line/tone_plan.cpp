@@ -18,7 +18,24 @@ constexpr struct {
   double mhz;
   double dbm_hz;
 } kPsd[] = {{2.2, -65}, {30, -73}, {106, -76}};
-constexpr double kMostPower_dbm = 4;
+
+// What the two directions have of their own.
+struct DirectionLimits {
+  uint32_t lastTone;
+  double mostPower_dbm;
+  uint32_t reserve;      // 0.1 dB
+  uint32_t mostRmcBits;  // a subcarrier
+};
+constexpr DirectionLimits kDownstream{kLastTone, 4, 0, 6};
+// The filter that keeps power and signal apart at the network side rolls off, and its receiver measures the
+// SNR in short bursts.
+constexpr DirectionLimits kUpstream{kLastTone - 12, 3, 3, 5};
+
+// What ITU-T G.9701 allows of a data transfer unit.
+constexpr uint32_t kSmallestCodeword = 32;
+constexpr uint32_t kLargestCodeword = 255;
+constexpr uint32_t kMostRedundancy = 16;
+constexpr uint32_t kMostCodewords = 16;
 
 // International amateur radio bands (ITU-T G.9700), by bit of IARBands.
 constexpr struct {
@@ -97,7 +114,7 @@ double unshapedPsd(uint32_t tone) {
 }
 
 // Lowers each band by flatDecrease (0.1 dB), or limits it to -saturation (0.1 dBm/Hz).
-void shape(TonePlan& plan, const Parameters& parameters) {
+void shape(DirectionPlan& plan, const Parameters& parameters) {
   const std::vector<uint32_t> edges = bandEdges(parameters);
   const bool lowered = parameters.running(PARAMS_isFlatDecrease) != 0;
   for (uint32_t tone = 0; tone < kTones; tone++) {
@@ -117,15 +134,15 @@ void shape(TonePlan& plan, const Parameters& parameters) {
   }
 }
 
-// Lowers the whole spectrum until its power is at most kMostPower_dbm.
-void scale(TonePlan& plan) {
+// Lowers the whole spectrum until its power is at most this.
+void scale(DirectionPlan& plan, double mostPower_dbm) {
   double power_mw = 0;
   for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {
       power_mw += powerRatio(plan.sent_dbm_hz[tone]) * kSubcarrierSpacing_hz;
     }
   }
-  const double excess_db = power_mw > 0 ? powerDecibels(power_mw) - kMostPower_dbm : 0;
+  const double excess_db = power_mw > 0 ? powerDecibels(power_mw) - mostPower_dbm : 0;
   plan.highest_dbm_hz = -std::numeric_limits<double>::infinity();
   for (uint32_t tone = 0; tone < kTones; tone++) {
     if (plan.medley.test(tone)) {
@@ -186,10 +203,20 @@ void shareFrame(TonePlan& plan, const Parameters& network) {
   plan.upstream.symbols = plan.frameSymbols - 1 - plan.downstream.symbols;
 }
 
-}  // namespace
+// Values that make no unit are those of the firmware.
+DtuFraming dtuFraming(const Parameters& parameters, eConstParams size, eConstParams codewords,
+                      eConstParams redundancy, const DtuFraming& usual) {
+  const DtuFraming dtu{parameters.running(size), parameters.running(redundancy),
+                       parameters.running(codewords)};
+  const bool possible = dtu.codewordSize >= kSmallestCodeword && dtu.codewordSize <= kLargestCodeword &&
+                        dtu.redundancy >= 2 && dtu.redundancy <= kMostRedundancy && dtu.redundancy % 2 == 0 &&
+                        dtu.codewords >= 1 && dtu.codewords <= kMostCodewords;
+  return possible ? dtu : usual;
+}
 
-TonePlan tonePlan(const Parameters& network, const Parameters& subscriber) {
-  TonePlan plan;
+DirectionPlan spectrumOf(const DirectionLimits& limits, const Parameters& network,
+                         const Parameters& subscriber) {
+  DirectionPlan plan;
   plan.medley.set();
   for (const Parameters* end : {&network, &subscriber}) {
     shape(plan, *end);
@@ -197,16 +224,31 @@ TonePlan tonePlan(const Parameters& network, const Parameters& subscriber) {
     spareAmateurBands(plan.medley, end->running(PARAMS_IARBands));
   }
   spare(plan.medley, 0, kFirstTone - 1);
-  spare(plan.medley, kLastTone + 1, kTopmostTone);
-  scale(plan);
+  spare(plan.medley, limits.lastTone + 1, kTopmostTone);
+  scale(plan, limits.mostPower_dbm);
   plan.bands = bandsOf(plan.medley);
   plan.pilots = pilotsOf(plan.medley);
+  plan.reserve = limits.reserve;
+  plan.mostRmcBits = limits.mostRmcBits;
+  plan.mostBits = std::min(
+      {network.running(PARAMS_blUpperLimit), subscriber.running(PARAMS_blUpperLimit), kMostToneBits});
+  return plan;
+}
+
+}  // namespace
+
+TonePlan tonePlan(const Parameters& network, const Parameters& subscriber) {
+  TonePlan plan;
+  plan.downstream = spectrumOf(kDownstream, network, subscriber);
+  plan.upstream = spectrumOf(kUpstream, network, subscriber);
   plan.vectoring = network.running(PARAMS_vectoringEnabled) != 0;
   shareFrame(plan, network);
+  plan.downstream.dtu = dtuFraming(network, PARAMS_dsCodeWordSize, PARAMS_dsNumCodeWords,
+                                   PARAMS_dsRsRedundancy, kDownstreamDtu);
+  plan.upstream.dtu =
+      dtuFraming(network, PARAMS_usCodeWordSize, PARAMS_usNumCodeWords, PARAMS_usRsRedundancy, kUpstreamDtu);
   plan.downstream.targetMargin = margin(network, PARAMS_dsMargin);
   plan.upstream.targetMargin = margin(network, PARAMS_usMargin);
-  plan.downstream.mostBits = plan.upstream.mostBits = std::min(
-      {network.running(PARAMS_blUpperLimit), subscriber.running(PARAMS_blUpperLimit), kMostToneBits});
   plan.downstream.seamlessRateAdaptation = network.running(PARAMS_disableDsSra) == 0;
   plan.upstream.seamlessRateAdaptation = network.running(PARAMS_disableUsSra) == 0;
   plan.downstream.fastRateAdaptation = network.running(PARAMS_disableDsFra) == 0;

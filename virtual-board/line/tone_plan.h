@@ -1,9 +1,10 @@
 // What the two ends of a line agree on before training, from the start-up parameters of both: subcarriers,
 // levels, the share of the frame, and limits of the loading.
 //
-// Frame, margins and adaptations are set by the network side. Both ends spare what either has to spare: the
-// bands of RFIBand and IARBands, the subcarriers outside of the first and the last bandStart, and the levels
-// by which the bands are lowered. The lower of both bit-loading limits applies.
+// Frame, margins, adaptations and codewords are set by the network side. Both ends spare what either has to
+// spare: the bands of RFIBand and IARBands, the subcarriers outside of the first and the last bandStart, and
+// the levels by which the bands are lowered. The lower of both bit-loading limits applies. Upstream ends a
+// few subcarriers below downstream and is sent with less power.
 #pragma once
 
 #include <array>
@@ -26,21 +27,24 @@ struct ToneBand {
 };
 
 struct DirectionPlan {
-  uint32_t symbols = 0;       // of a frame, the RMC symbol included
-  uint32_t targetMargin = 0;  // 0.1 dB
-  uint32_t mostBits = 0;      // a subcarrier
+  ToneMask medley;
+  std::vector<ToneBand> bands;               // the medley set as bands
+  ToneMask pilots;                           // of the medley set: they carry no data
+  std::array<double, kTones> sent_dbm_hz{};  // of the medley set
+  double highest_dbm_hz = 0;                 // the highest of sent_dbm_hz
+  uint32_t symbols = 0;                      // of a frame, the RMC symbol included
+  uint32_t targetMargin = 0;                 // 0.1 dB
+  uint32_t reserve = 0;                      // what the receiver keeps above the target, 0.1 dB
+  uint32_t mostBits = 0;                     // a subcarrier
+  uint32_t mostRmcBits = 0;                  // a subcarrier of the RMC
+  DtuFraming dtu = kDownstreamDtu;
   bool seamlessRateAdaptation = false;
   bool fastRateAdaptation = false;
   bool operator==(const DirectionPlan&) const = default;
 };
 
 struct TonePlan {
-  ToneMask medley;                           // the same in both directions
-  std::vector<ToneBand> bands;               // the medley set as bands
-  ToneMask pilots;                           // of the medley set: they carry no data
-  std::array<double, kTones> sent_dbm_hz{};  // of the medley set
-  double highest_dbm_hz = 0;                 // the highest of sent_dbm_hz
-  uint32_t frameSymbols = 0;                 // M_F
+  uint32_t frameSymbols = 0;  // M_F
   bool vectoring = false;
   DirectionPlan downstream;
   DirectionPlan upstream;

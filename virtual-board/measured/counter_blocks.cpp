@@ -62,24 +62,37 @@ struct Carried {
 };
 
 // `newDtus` are the units without retransmissions, or those that arrived well.
-Carried carried(uint64_t newDtus, uint64_t frames, uint32_t load_percent) {
+Carried carried(uint64_t newDtus, uint64_t frames, const StreamState& state) {
   Carried c{};
-  c.dataDtus = newDtus * load_percent / 100;
+  c.dataDtus = newDtus * state.load_percent / 100;
   c.idleDtus = newDtus - c.dataDtus;
-  c.dataBytes = c.dataDtus * kDtuPayload;
-  c.idleBytes = c.idleDtus * kDtuPayload;
+  c.dataBytes = c.dataDtus * state.framing.dtu.payload();
+  c.idleBytes = c.idleDtus * state.framing.dtu.payload();
   c.eocBytes = frames * kEocBytesPer3s / kFramesPer3s;
   c.packets = c.dataBytes / kMeanPacket;
   return c;
 }
 
-uint64_t corrections(const StreamCounts& stream) {
-  return stream.dtusArrived * kCodewordsPerDtu / kCodewordsPerCorrection;
+uint64_t corrections(const StreamCounts& stream, const StreamState& state) {
+  return stream.dtusArrived * state.framing.dtu.codewords / kCodewordsPerCorrection;
 }
 
 // In 65536 bits (ITU-T G.997.2).
-uint64_t errorFreeBits(const StreamCounts& stream) {
-  return stream.dtusGood() * kDtuPayload * 8 / kEfbUnit_bits;
+uint64_t errorFreeBits(const StreamCounts& stream, const StreamState& state) {
+  return stream.dtusGood() * state.framing.dtu.payload() * 8 / kEfbUnit_bits;
+}
+
+// The codewords of either direction, and which of the two the chip sends.
+struct Codewords {
+  const DtuFraming& ds;
+  const DtuFraming& us;
+  const DtuFraming& tx;
+  const DtuFraming& rx;
+};
+
+Codewords codewordsOf(const LineInsight& line) {
+  return {line.loop.plan->downstream.dtu, line.loop.plan->upstream.dtu, line.sendPlan().dtu,
+          line.receivePlan().dtu};
 }
 
 Bytes framerInit(const LineInsight& line) {
@@ -87,11 +100,19 @@ Bytes framerInit(const LineInsight& line) {
   if (line.everTrained()) {
     block.firstTone = kFirstTone;
     block.numProcessedTones = kProcessedTones;
-    block.dsCodeWordSize = block.usCodeWordSize = block.txCodeWordSize = block.rxCodeWordSize = kCodewordSize;
-    block.dsNumCodeWords = block.usNumCodeWords = block.txNumCodeWords = block.rxNumCodeWords =
-        kCodewordsPerDtu;
-    block.dsRsRedundancy = block.usRsRedundancy = block.txRsRedundancy = block.rxRsRedundancy =
-        kCodewordRedundancy;
+    const Codewords dtu = codewordsOf(line);
+    block.dsCodeWordSize = dtu.ds.codewordSize;
+    block.dsNumCodeWords = dtu.ds.codewords;
+    block.dsRsRedundancy = dtu.ds.redundancy;
+    block.usCodeWordSize = dtu.us.codewordSize;
+    block.usNumCodeWords = dtu.us.codewords;
+    block.usRsRedundancy = dtu.us.redundancy;
+    block.txCodeWordSize = dtu.tx.codewordSize;
+    block.txNumCodeWords = dtu.tx.codewords;
+    block.txRsRedundancy = dtu.tx.redundancy;
+    block.rxCodeWordSize = dtu.rx.codewordSize;
+    block.rxNumCodeWords = dtu.rx.codewords;
+    block.rxRsRedundancy = dtu.rx.redundancy;
     block.txLogicalFrameNumSym = line.view.sends.framing.symbolsPerFrame;
     block.rxLogicalFrameNumSym = line.view.receives.framing.symbolsPerFrame;
   }
@@ -102,7 +123,7 @@ Bytes fduInit(const LineInsight& line) {
   auto block = headed<GFAST_FDU_INIT_COUNTERS_S>();
   if (line.everTrained()) {
     block.winSize = kSnrWindow;
-    block.sseScale = line.loop.spectrum->snrScale;
+    block.sseScale = line.receives().spectrum->snrScale;
     block.vectoringEnabled = line.loop.plan->vectoring ? 1 : 0;
     block.dsMargin = line.loop.plan->downstream.targetMargin;
     block.usMargin = line.loop.plan->upstream.targetMargin;
@@ -114,14 +135,14 @@ Bytes fduInit(const LineInsight& line) {
 
 void fillSent(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& sent, const StreamState& state) {
   const uint64_t newDtus = sent.dtusSent - sent.dtusRetransmitted;
-  const Carried c = carried(newDtus, sent.framesSent, state.load_percent);
+  const Carried c = carried(newDtus, sent.framesSent, state);
   block.numOfTxFrames = wrapped(sent.framesSent);
   block.numOfTxDTUs = wrapped(sent.dtusSent);
   block.numOfDataTxDTUs = wrapped(c.dataDtus);
   block.numOfDummyTxDTUs = wrapped(c.idleDtus);
   block.numOfRetTxDTUs = wrapped(sent.dtusRetransmitted);
   block.numOfTxPackets = wrapped(c.packets);
-  block.numOfTxRScw = wrapped(sent.dtusSent * kCodewordsPerDtu);
+  block.numOfTxRScw = wrapped(sent.dtusSent * state.framing.dtu.codewords);
   block.numDescriptorsProcessedByDtuBuilder = wrapped(c.packets);
   block.TxBytes = wrapped(c.dataBytes + c.idleBytes + c.eocBytes);
   block.TxDataBytes = wrapped(c.dataBytes);
@@ -137,7 +158,7 @@ void fillSent(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& sent, cons
 
 void fillReceived(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& received,
                   const StreamState& state) {
-  const Carried c = carried(received.dtusGood(), received.framesArrived, state.load_percent);
+  const Carried c = carried(received.dtusGood(), received.framesArrived, state);
   block.numOfRxFrames = wrapped(received.framesArrived);
   block.numOfGoodRMCs = wrapped(received.framesArrived - received.lostRmcs);
   block.numOfBadRMCs = wrapped(received.lostRmcs);
@@ -147,8 +168,8 @@ void fillReceived(GFAST_FRAMER_RAW_COUNTERS_S& block, const StreamCounts& receiv
   block.numOfBadRxDTUs = wrapped(received.dtusBad);
   block.numOfOutRxDTUs = wrapped(c.dataDtus);
   block.numOfRxPackets = wrapped(c.packets);
-  block.numOfRxRScw = wrapped(received.dtusArrived * kCodewordsPerDtu);
-  block.numOfRxRSBytesCorrected = wrapped(corrections(received) * kBytesPerCorrection);
+  block.numOfRxRScw = wrapped(received.dtusArrived * state.framing.dtu.codewords);
+  block.numOfRxRSBytesCorrected = wrapped(corrections(received, state) * kBytesPerCorrection);
   block.numOfRxRScwUncorrected = wrapped(received.dtusBad);
   block.rtxuc = wrapped(received.dtusUncorrected);
   block.RxBytes = wrapped(c.dataBytes + c.idleBytes + c.eocBytes);
@@ -201,8 +222,8 @@ Bytes framerRaw(const LineInsight& line) {
     block.RxBR = line.receives().loading->rmcBytes;
     block.RxLD = rx.bytesPerSymbol * 8;
     block.attainableNdr = line.receives().attainable_kbps;
-    block.snrMargin = line.receives().loading->margin;
-    block.rmcSnrMargin = line.receives().loading->rmcMargin;
+    block.snrMargin = static_cast<uint32_t>(line.receives().state.margin);
+    block.rmcSnrMargin = static_cast<uint32_t>(line.receives().state.rmcMargin);
     block.dtaCurrentMds = line.loop.plan->downstream.symbols;
   }
   return inChipOrder(block);
@@ -212,11 +233,13 @@ Bytes fduRaw(const LineInsight& line) {
   auto block = headed<GFAST_FDU_RAW_COUNTERS_S>();
   block.lossOfPower = wrapped(line.view.near.lossOfPowerFailures);
   if (line.everTrained()) {
-    block.rxMargin = line.receives().loading->margin;
-    block.UPBOKLE = line.loop.electricalLength;
-    block.UPBOKLE_R = line.loop.electricalLength;
-    block.ACTATPds = line.loop.powerSent;
-    block.ACTATPus = line.loop.powerSent;
+    block.rxMargin = static_cast<uint32_t>(line.receives().state.margin);
+    block.UPBOKLE = line.receives().electricalLength;
+    block.UPBOKLE_R = line.sends().electricalLength;
+    // Hosts read the power of the other end from the other end, and show it as upstream whoever it is. So a
+    // chip puts its own where they look for downstream.
+    block.ACTATPds = line.sends().powerSent;
+    block.ACTATPus = line.receives().powerSent;
     block.TimeGapCorrection =
         static_cast<uint32_t>(std::max(0.0, kGapAtZero - line.loop.length_m * kGapPerMetre));
   }
@@ -276,7 +299,7 @@ Bytes derived(const LineInsight& line) {
   block.failedFullInits = wrapped(near.failedInitialisations);
   block.crcAnomaly = wrapped(near.received.dtusUncorrected);
   block.lorDefects = wrapped(near.received.lossOfRmcSeconds);
-  block.errorFreeBits = wrapped(errorFreeBits(near.received));
+  block.errorFreeBits = wrapped(errorFreeBits(near.received, line.view.receives));
   block.continuousLossOfSignalSeconds = view.signalLostFor_s;
   fillRates(block, line);
   return inChipOrder(block);
@@ -294,9 +317,13 @@ Bytes etrDatabase(const LineInsight& line) {
     const StreamFraming& rx = line.view.receives.framing;
     block.numTxSymbols = tx.symbolsPerFrame;
     block.numRxSymbols = rx.symbolsPerFrame;
-    block.Tx_kFec = block.Rx_kFec = kCodewordData;
-    block.Tx_nFec = block.Rx_nFec = kCodewordSize;
-    block.Tx_Q = block.Rx_Q = kCodewordsPerDtu;
+    const Codewords dtu = codewordsOf(line);
+    block.Tx_kFec = dtu.tx.codewordData();
+    block.Tx_nFec = dtu.tx.codewordSize;
+    block.Tx_Q = dtu.tx.codewords;
+    block.Rx_kFec = dtu.rx.codewordData();
+    block.Rx_nFec = dtu.rx.codewordSize;
+    block.Rx_Q = dtu.rx.codewords;
     block.Tx_B_D = tx.bytesPerSymbol;
     block.Tx_B_DR = tx.bytesPerRmcSymbol;
     block.Rx_B_D = rx.bytesPerSymbol;
@@ -307,7 +334,7 @@ Bytes etrDatabase(const LineInsight& line) {
 
 // The counters that near-end and far-end groups both have.
 template <typename Group>
-void fillGroup(Group& group, const EndCounts& end) {
+void fillGroup(Group& group, const EndCounts& end, const StreamState& receives) {
   group.LOS = wrapped(end.lossOfSignalFailures);
   group.LOR = wrapped(end.lossOfRmcFailures);
   group.LPR = wrapped(end.lossOfPowerFailures);
@@ -323,13 +350,13 @@ void fillGroup(Group& group, const EndCounts& end) {
   group.CV = wrapped(end.received.dtusUncorrected);
   group.RTXUC = wrapped(end.received.dtusUncorrected);
   group.RTXTX = wrapped(end.sent.dtusRetransmitted);
-  group.EFB = wrapped(errorFreeBits(end.received));
+  group.EFB = wrapped(errorFreeBits(end.received, receives));
 }
 
 Bytes performanceMonitoring(const LineInsight& line) {
   G9972_PM_COUNTERS_S block{};
-  fillGroup(block.ne, line.view.near);
-  fillGroup(block.fe, line.view.far);
+  fillGroup(block.ne, line.view.near, line.view.receives);
+  fillGroup(block.fe, line.view.far, line.view.sends);
   block.ne.FULL_INITS = wrapped(line.view.near.initialisations);
   block.ne.FAILEDFULL_INITS = wrapped(line.view.near.failedInitialisations);
   return inChipOrder(block);
@@ -359,7 +386,7 @@ std::span<const CounterBlock> counterBlocks() {
 Bytes managementCounters(const LineInsight& line) {
   const EndCounts& near = line.view.near;
   G9701_ManagementCounters_t counters{};
-  counters.fec = wrapped(corrections(near.received));
+  counters.fec = wrapped(corrections(near.received, line.view.receives));
   counters.crc = wrapped(near.received.dtusUncorrected);
   counters.rtxUc = wrapped(near.received.dtusUncorrected);
   counters.rtxTx = wrapped(near.sent.dtusRetransmitted);
@@ -370,7 +397,7 @@ Bytes managementCounters(const LineInsight& line) {
   counters.unavailableSeconds = wrapped(near.unavailableSeconds);
   counters.eftrMin =
       throughLoss(streamRates(line.view.receives.framing).expected, line.view.receives.worstLoss);
-  counters.errorFreeBitsCounter = wrapped(errorFreeBits(near.received));
+  counters.errorFreeBitsCounter = wrapped(errorFreeBits(near.received, line.view.receives));
   return inChipOrder(counters);
 }
 
@@ -378,12 +405,12 @@ Bytes pmdTestParameters(const LineInsight& line) {
   Bytes bytes(sizeof(G9701_PMDTestParameters_t));
   uint8_t* const p = bytes.data();
   const auto half = [](auto value) { return static_cast<uint16_t>(value); };
-  store_le16(p, half(line.receives().loading->margin));
+  store_le16(p, half(line.receives().state.margin));
   store_le32(p + 2, line.receives().attainable_kbps);
-  store_le16(p + 6, half(line.loop.powerSent));
+  store_le16(p + 6, half(line.sends().powerSent));
   store_le16(p + 8, half(kImpulseProtection));
-  store_le16(p + 10, half(line.receives().loading->rmcMargin));
-  store_le16(p + 12, half(line.loop.powerReceived));
+  store_le16(p + 10, half(line.receives().state.rmcMargin));
+  store_le16(p + 12, half(line.receives().powerReceived));
   return bytes;
 }
 

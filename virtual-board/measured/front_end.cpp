@@ -14,7 +14,6 @@ namespace {
 
 constexpr double kNominalSteps = 4096;
 constexpr double kNominal_dbm = 4;
-constexpr double kReceiverNoise_dbm_hz = -150;
 // Power of the second-order products over that of the third-order ones, in a balanced circuit.
 constexpr double kBalance_db = -10;
 // Range of the programmable gain, and the highest peak that it allows, relative to the nominal level.
@@ -56,12 +55,14 @@ std::vector<double> FrontEnd::send(std::span<const int16_t> samples) const {
   return signal;
 }
 
-std::vector<int16_t> FrontEnd::receive(std::vector<double> signal, double background_dbm_hz) {
+std::vector<int16_t> FrontEnd::receive(std::vector<double> signal, double background_dbm_hz,
+                                       const Receiver& receiver) {
   constexpr double bandwidth_hz = kSampleRate_hz / 2.0;
-  const double noise = std::sqrt((powerRatio(background_dbm_hz) + powerRatio(kReceiverNoise_dbm_hz)) *
+  const double noise = std::sqrt((powerRatio(background_dbm_hz) + powerRatio(receiver.noise_dbm_hz)) *
                                  bandwidth_hz / powerRatio(kNominal_dbm));
+  const double through = amplitudeRatio(-receiver.loss_db);
   for (double& x : signal) {
-    x += noise * gaussian();
+    x = through * x + noise * gaussian();
   }
   const double gain = gainFor(signal);
   std::vector<int16_t> samples(signal.size());

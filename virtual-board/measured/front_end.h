@@ -11,6 +11,8 @@
 #include <span>
 #include <vector>
 
+#include "virtual-board/base/receiver.h"
+
 namespace gfast::board {
 
 class FrontEnd {
@@ -20,9 +22,10 @@ class FrontEnd {
   // The signal on the pair.
   std::vector<double> send(std::span<const int16_t> samples) const;
 
-  // The samples of a received signal: with the noise of background and receiver, amplified in steps of 1 dB
-  // to the nominal level, or less if peaks or the range of the gain forbid it.
-  std::vector<int16_t> receive(std::vector<double> signal, double background_dbm_hz);
+  // The samples of a received signal: with the receiver's loss and the noise of background and receiver,
+  // amplified in steps of 1 dB to the nominal level, or less if peaks or the range of the gain forbid it.
+  std::vector<int16_t> receive(std::vector<double> signal, double background_dbm_hz,
+                               const Receiver& receiver);
 
  private:
   double distorted(double x) const { return x + second_ * x * x + third_ * x * x * x; }

@@ -93,7 +93,8 @@ void TestMemory::capture(size_t end) {
   if (!active(end)) {
     return;
   }
-  const std::vector<int16_t> samples = self.frontEnd.receive(arriving(end), loop_.noise_dbm_hz);
+  const std::vector<int16_t> samples =
+      self.frontEnd.receive(arriving(end), loop_.noise_dbm_hz, receiverOf(self.chip->networkSide()));
   for (size_t i = 0; i < samples.size(); i++) {
     store_le16(&self.captured[kSampleSize * i], static_cast<uint16_t>(samples[i]));
   }

@@ -42,8 +42,7 @@ void storeSigned(uint8_t* bytes, int16_t value) {
 // ---- Sets and bit loading ----
 
 // The entries are the bands, then the two counts.
-void storeMedley(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  const TonePlan& plan = *line.loop.plan;
+void storeMedley(const DirectionPlan& plan, uint32_t entry, uint8_t* bytes) {
   if (entry < plan.bands.size()) {
     store_le16(bytes, plan.bands[entry].first);
     store_le16(bytes + kHalf, plan.bands[entry].last);
@@ -53,12 +52,19 @@ void storeMedley(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
   }
 }
 
+void storeTxMedley(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
+  storeMedley(line.sendPlan(), entry, bytes);
+}
+void storeRxMedley(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
+  storeMedley(line.receivePlan(), entry, bytes);
+}
+
 uint16_t loaded(uint32_t tone, uint32_t bits) {
   return static_cast<uint16_t>(tone << QVR_BLT_TONE_INDEX_OFFSET | bits);
 }
 
-void storeLoading(const LineInsight& line, const DirectionBudget& direction, uint32_t entry, uint8_t* bytes) {
-  const TonePlan& plan = *line.loop.plan;
+void storeLoading(const DirectionPlan& plan, const DirectionBudget& direction, uint32_t entry,
+                  uint8_t* bytes) {
   const uint32_t tone = plan.bands.front().first + entry;
   if (tone <= plan.bands.back().last) {
     const uint32_t bits = plan.pilots.test(tone) ? QVR_PILOT_BL : direction.loading->bits[tone];
@@ -67,10 +73,10 @@ void storeLoading(const LineInsight& line, const DirectionBudget& direction, uin
 }
 
 void storeTxLoading(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  storeLoading(line, line.sends(), entry, bytes);
+  storeLoading(line.sendPlan(), line.sends(), entry, bytes);
 }
 void storeRxLoading(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  storeLoading(line, line.receives(), entry, bytes);
+  storeLoading(line.receivePlan(), line.receives(), entry, bytes);
 }
 
 // Each training and each adaptation of the RMC writes a new table.
@@ -118,16 +124,16 @@ void storeRxRmc(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
 // ---- Measurements of the receiver ----
 
 void storeNoiseEnergy(const LineInsight& line, uint32_t tone, uint8_t* bytes) {
-  const LineSpectrum& spectrum = *line.loop.spectrum;
+  const LineSpectrum& spectrum = *line.receives().spectrum;
   const double snr = tone < kTones ? spectrum.snr[tone] : 0;
   const double most = std::numeric_limits<uint32_t>::max();
-  const double energy =
-      kSnrWindow * std::exp2(spectrum.snrScale) / std::max(snr, std::numeric_limits<double>::min());
+  const double energy = kSnrWindow * std::exp2(spectrum.snrScale) / (1 + snr);
   store_le32(bytes, static_cast<uint32_t>(std::clamp(std::round(energy), 1.0, most)));
 }
 
 double rxGain_db(const LineInsight& line) {
-  return std::clamp(std::round(kConverterLevel_dbm - line.loop.powerReceived / 10.0), 0.0, kMostGain_db);
+  return std::clamp(std::round(kConverterLevel_dbm - line.receives().powerReceived / 10.0), 0.0,
+                    kMostGain_db);
 }
 bool aceOn(const LineInsight& line) {
   return rxGain_db(line) >= kAceFrom_db;
@@ -158,7 +164,7 @@ struct FeqCoefficient {
 
 // The inverse of what the equaliser receives.
 FeqCoefficient feqCoefficient(const LineInsight& line, uint32_t entry) {
-  const LineSpectrum& spectrum = *line.loop.spectrum;
+  const LineSpectrum& spectrum = *line.receives().spectrum;
   const uint32_t tone = kFirstTone + entry;
   const double path_db = receivePath_db(aceOn(line) ? kPathWithCanceller : kPathWithoutCanceller, tone);
   const double power_db = path_db - rxGain_db(line) - spectrum.received_dbm_hz[tone];
@@ -192,7 +198,7 @@ void storeAceMode(const LineInsight& line, uint32_t /*entry*/, uint8_t* bytes) {
 // ---- The transmitter ----
 
 void storeTxSignal(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  const TonePlan& plan = *line.loop.plan;
+  const DirectionPlan& plan = line.sendPlan();
   const uint32_t tone = kFirstTone + entry;
   const double level = plan.sent_dbm_hz[tone] - QVR_K_LINE_DRIVER_GAIN_DB;
   storeSigned(bytes,
@@ -201,7 +207,7 @@ void storeTxSignal(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
 
 // The strongest subcarrier has an amplitude of 1.
 void storeTxFeq(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
-  const TonePlan& plan = *line.loop.plan;
+  const DirectionPlan& plan = line.sendPlan();
   const uint32_t tone = kFirstTone + entry;
   if (plan.medley.test(tone)) {
     const double below_db = plan.sent_dbm_hz[tone] - plan.highest_dbm_hz;
@@ -237,8 +243,8 @@ static_assert(kMatrixSize == VIRT_ADDR_RX_FEQ_MAN(0) - VIRT_ADDR_RX_VEC_COEFFS(0
 
 using Kind = ToneArea::Kind;
 constexpr ToneArea kAreas[] = {
-    {VIRT_ADDR_MEDLEY_SET_DS(0), (kMedleyBands + 1) * kWord, kWord, Kind::kTable, storeMedley},
-    {VIRT_ADDR_MEDLEY_SET_US(0), (kMedleyBands + 1) * kWord, kWord, Kind::kTable, storeMedley},
+    {VIRT_ADDR_MEDLEY_SET_DS(0), (kMedleyBands + 1) * kWord, kWord, Kind::kTable, storeRxMedley},
+    {VIRT_ADDR_MEDLEY_SET_US(0), (kMedleyBands + 1) * kWord, kWord, Kind::kTable, storeTxMedley},
     {VIRT_ADDR_TX_BLT(0), kTones* kHalf, kHalf, Kind::kTable, storeTxLoading},
     {VIRT_ADDR_RX_BLT(0), kTones* kHalf, kHalf, Kind::kTable, storeRxLoading},
     {VIRT_ADDR_TX_RMC_BLT_INDEX(0), kWord, kWord, Kind::kTable, storeTxRmcIndex},
@@ -262,11 +268,10 @@ constexpr ToneArea kAreas[] = {
 
 // In half decibels above -32 dB.
 uint8_t snrByte(const LineInsight& line, uint32_t tone) {
-  if (!line.everTrained() || !line.loop.plan->medley.test(tone)) {
+  if (!line.everTrained() || !line.receivePlan().medley.test(tone)) {
     return PMD_VECTOR_NO_VALUE;
   }
-  const double snr_db =
-      powerDecibels(std::max(line.loop.spectrum->snr[tone], std::numeric_limits<double>::min()));
+  const double snr_db = powerDecibels(1 + line.receives().spectrum->snr[tone]);
   return static_cast<uint8_t>(std::clamp(std::round((snr_db + 32) * 2), 0.0, PMD_VECTOR_NO_VALUE - 1.0));
 }
 

@@ -67,7 +67,7 @@ TEST(FarEnd, InventoryNamesTheOtherModem) {
   Bench bench("[[device]]\nline = \"showtime\"\n[[device]]\nside = \"cpe\"\nfirmware = \"2.7.1.4\"");
   const auto record = fromHex(bench.farEnd(0, kInventory));
   ASSERT_EQ(record.size(), 56U);
-  EXPECT_EQ(hex(record.data(), 8), "56 42 4f 41 52 44 00 00");  // VBOARD
+  EXPECT_EQ(hex(record.data(), 8), "56 42 48 4f 4d 45 00 00");  // VBOARD
   EXPECT_STREQ(reinterpret_cast<const char*>(&record[8]), "7.1.4 v2");
   EXPECT_STREQ(reinterpret_cast<const char*>(&record[24]), "VB02005E000002");
 }
@@ -78,7 +78,7 @@ TEST(FarEnd, ItsParametersArePackedAndLittleEndian) {
   ASSERT_EQ(bytes.size(), 14U);
   EXPECT_EQ(load_le16(&bytes[0]), framer(bench, 1).snrMargin);
   EXPECT_EQ(load_le32(&bytes[2]), framer(bench, 1).attainableNdr);
-  EXPECT_EQ(load_le16(&bytes[6]), 40U);
+  EXPECT_EQ(load_le16(&bytes[6]), 30U);
   EXPECT_EQ(load_le16(&bytes[8]), 10U);
   EXPECT_EQ(load_le16(&bytes[10]), framer(bench, 1).rmcSnrMargin);
   // The power of 4 dBm after 100 m, summed over the subcarriers, in 0.1 dBm.

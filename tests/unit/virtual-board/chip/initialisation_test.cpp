@@ -21,12 +21,12 @@ TEST(LastSignals, OfALineThatIsUp) {
   Bench bench;
   EXPECT_EQ(lastSignals(bench, 0), "0 0");
   bench.wait(kTrainingTime_s);
-  EXPECT_EQ(lastSignals(bench, 0), "4 4");
-  EXPECT_EQ(lastSignals(bench, 1), "4 4");
+  EXPECT_EQ(lastSignals(bench, 0), "4 5");
+  EXPECT_EQ(lastSignals(bench, 1), "4 5");
   bench.rebootToApp(0);
   bench.wait(1.3);
   EXPECT_EQ(lastSignals(bench, 0), "0 0");
-  EXPECT_EQ(lastSignals(bench, 1), "4 4");
+  EXPECT_EQ(lastSignals(bench, 1), "4 5");
 }
 
 TEST(LastSignals, OfAnEndThatFoundNoFarEnd) {
@@ -40,7 +40,7 @@ TEST(LastSignals, OfAnInitialisationThatWasInterrupted) {
   const struct {
     double at_s;
     const char* signals;
-  } cases[] = {{1.5, "1 1"}, {2.5, "2 2"}, {4.0, "3 3"}};
+  } cases[] = {{1.5, "1 1"}, {2.5, "2 2"}, {3.2, "2 3"}, {4.0, "3 4"}};
   for (const auto& each : cases) {
     Bench bench;
     bench.wait(each.at_s);
@@ -53,6 +53,6 @@ TEST(LastSignals, OfAnInitialisationThatWasInterrupted) {
 TEST(LastSignals, OfALoopThatIsTooLong) {
   Bench bench("[loop]\nlength_m = 600");
   bench.wait(5);
-  EXPECT_EQ(lastSignals(bench, 0), "3 3");
-  EXPECT_EQ(lastSignals(bench, 1), "3 3");
+  EXPECT_EQ(lastSignals(bench, 0), "3 4");
+  EXPECT_EQ(lastSignals(bench, 1), "3 4");
 }

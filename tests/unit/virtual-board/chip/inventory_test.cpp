@@ -45,7 +45,9 @@ TEST(Inventory, HasTheOtherEndsRecordInShowtime) {
   for (Bench* bench : {&trained, &fromPowerUp}) {
     for (const int device : {0, 1}) {
       EXPECT_EQ(bench->read(device, kHeard, INVENTORY_RESPONSE_SIZE), bench->farEnd(device, kInventory));
-      EXPECT_EQ(bench->read(device, kArea + INVENTORY_DB_FTU_VENDOR, 8), "b5 00 56 42 52 44 00 01");
+      const char* const vendors[] = {"b5 00 56 42 52 44 00 01", "b5 00 56 48 4f 4d 00 02"};
+      EXPECT_EQ(bench->read(device, kArea + INVENTORY_DB_FTU_GHS_VENDOR, 8), vendors[device]);
+      EXPECT_EQ(bench->read(device, kArea + INVENTORY_DB_FTU_VENDOR, 8), vendors[1 - device]);
     }
     EXPECT_EQ(textAt(*bench, 0, kHeard + INVENTORY_RESPONSE_VERSION_NUMBER, 16), "9.4.106 v2");
     EXPECT_EQ(textAt(*bench, 0, kHeard + INVENTORY_RESPONSE_SERIAL_NUMBER, 32), "VB02005E000002");
@@ -68,7 +70,7 @@ TEST(Inventory, TheOtherEndSeesWhatTheHostSets) {
   setInventory(bench, 1, "ACME", "S/N 4711");
   // A message shows it at once, the area after the next start of showtime.
   EXPECT_EQ(bench.farEnd(0, kInventory).substr(0, 8 * 3 - 1), "41 43 4d 45 00 00 00 00");
-  EXPECT_EQ(textAt(bench, 0, kHeard, 8), "VBOARD");
+  EXPECT_EQ(textAt(bench, 0, kHeard, 8), "VBHOME");
   bench.board.cutLoop(true);
   bench.wait(5);
   bench.board.cutLoop(false);
@@ -99,7 +101,7 @@ TEST(Inventory, SurvivesResetsAndALossOfPower) {
   bench.rebootToApp(0);
   bench.wait(1.5);
   EXPECT_EQ(textAt(bench, 0, kArea + INVENTORY_DB_SYSTEM_VENDOR, 8), "ACME");
-  EXPECT_EQ(textAt(bench, 0, kHeard, 8), "VBOARD");
+  EXPECT_EQ(textAt(bench, 0, kHeard, 8), "VBHOME");
   bench.wait(21);  // the power is back, the line not trained yet
   EXPECT_EQ(textAt(bench, 0, kArea + INVENTORY_DB_SYSTEM_VENDOR, 8), "ACME");
   EXPECT_EQ(bench.read(0, kHeard, INVENTORY_RESPONSE_SIZE), zeros(INVENTORY_RESPONSE_SIZE));

@@ -173,7 +173,8 @@ TEST(Parameters, InitialValues) {
       {PARAMS_us_fREIN, "64 00 00 00"},
       {PARAMS_IARBands, "00 00 00 00"},
       {PARAMS_RFIBand_15, "00 00 00 00"},
-      {PARAMS_usRsRedundancy, "10 00 00 00"},
+      {PARAMS_dsRsRedundancy, "10 00 00 00"},
+      {PARAMS_usRsRedundancy, "0c 00 00 00"},
   };
   Bench bench;
   for (const auto& value : values) {

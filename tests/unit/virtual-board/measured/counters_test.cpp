@@ -326,9 +326,15 @@ TEST(Counters, BytesOfABoardFileHideThem) {
 
 TEST(Counters, MarginsAndLengthsFollowFromTheLoop) {
   Bench bench(kShowtime);
-  EXPECT_EQ(framer(bench, 0).snrMargin, 60U);
-  EXPECT_EQ(fdu(bench, 0).rxMargin, 60U);
+  EXPECT_EQ(framer(bench, 1).snrMargin, 60U);
+  // The network side keeps 0.3 dB in reserve.
+  EXPECT_EQ(framer(bench, 0).snrMargin, 63U);
+  EXPECT_EQ(fdu(bench, 0).rxMargin, 63U);
   EXPECT_EQ(fdu(bench, 0).ACTATPds, 40);
+  EXPECT_EQ(fdu(bench, 1).ACTATPds, 30);
+  // The network side's receiver loses 1 dB.
+  EXPECT_EQ(fdu(bench, 0).UPBOKLE, fdu(bench, 0).UPBOKLE_R + 10);
+  EXPECT_EQ(fdu(bench, 0).UPBOKLE, fdu(bench, 1).UPBOKLE_R);
   // The length of the wire, as a host computes it.
   EXPECT_NEAR((262752 - 483 * fdu(bench, 0).TimeGapCorrection) >> 10, 100, 1);
 }
