@@ -42,7 +42,7 @@ class EventClock final : public Clock {
   bool sleepWhile(std::chrono::microseconds duration, const std::function<bool()>& mayGoOn) override;
   void sleepOutside(std::chrono::microseconds duration) override;
   void threadStarts() override;
-  void letOthersCatchUp() override { sleep({}); }
+  void letOthersCatchUp(const std::function<bool()>& mayGoOn) override { sleepWhile({}, mayGoOn); }
 
  private:
   struct Waiting {

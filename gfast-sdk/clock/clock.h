@@ -44,9 +44,9 @@ class Clock {
   // turns waits for it.
   virtual void threadStarts() {}
 
-  // On a clock on which threads take turns, the others do now what is due by now. On any other they do so
-  // without being told.
-  virtual void letOthersCatchUp() {}
+  // On a clock on which threads take turns, the others do now what is due by now, as long as this one may go
+  // on waiting. On any other they do so without being told.
+  virtual void letOthersCatchUp(const std::function<bool()>& /*mayGoOn*/) {}
 };
 
 // Uses this clock from now on. It must live until the process ends.

@@ -67,7 +67,7 @@ RunningCommand::RunningCommand(cli_def* cli) : cli_(cli) {
 }
 
 RunningCommand::~RunningCommand() {
-  clockSource().letOthersCatchUp();
+  clockSource().letOthersCatchUp([this] { return mayGoOn(cli_); });
   depth--;
   if (depth == 0 && interruption) {
     interruption = false;
