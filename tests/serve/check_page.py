@@ -1,6 +1,7 @@
 """The page in a real browser: a line in training, in showtime, one that drops and comes back while the page is open.
 usage: check_page.py GFAST-LAB BOARD-FILES-FOLDER [SCREENSHOTS-FOLDER]
 """
+import contextlib
 import os
 import sys
 
@@ -62,13 +63,21 @@ class Browser:
         assert not errors, errors
 
 
+@contextlib.contextmanager
+def page_of(browser, board):
+    """A lab with its page open; the page is left before the lab ends."""
+    with Lab(program, board) as lab:
+        browser.open(lab)
+        yield lab
+        browser.driver.get("about:blank")
+
+
 def table(browser, name, direction):
     return browser.script(f"shown.{direction}.{name}")
 
 
 def in_showtime(browser):
-    with Lab(program, '[[device]]\nline = "showtime"\n') as lab:
-        browser.open(lab)
+    with page_of(browser, '[[device]]\nline = "showtime"\n') as lab:
         browser.await_text("#lines", "showtime")
         wait_for(lambda: browser.script("shown !== null"), 30, "tones")
         figures = browser.text("#lines")
@@ -79,6 +88,8 @@ def in_showtime(browser):
         hlog = table(browser, "hlog", "us")
         assert hlog[100] > hlog[1900], "a cable attenuates high tones more"
         assert browser.script("document.querySelectorAll('.plot canvas').length") >= 8
+        # The day so far.
+        assert browser.script("days.dayrate.getValue(0, 1)") > 100 and browser.script("days.daymargin.getValue(0, 2)") > 3
         # The cursor, by pointer and by key.
         plot = browser.driver.find_element(By.ID, "snr")
         before = browser.script("tone")
@@ -122,8 +133,7 @@ bytes = "05 00 00 00"
 
 
 def in_training(browser):
-    with Lab(program, TRAINING) as lab:
-        browser.open(lab)
+    with page_of(browser, TRAINING) as lab:
         browser.await_text("#lines button", "line0: training")
         browser.driver.find_element(By.CSS_SELECTOR, "#lines button").click()
         assert browser.script("shown === null") and not browser.driver.find_element(By.ID, "plots").is_displayed()
@@ -151,8 +161,7 @@ def with_a_radio_station(browser):
     if not os.path.exists(os.path.join(boards, "line-radio.toml")):
         print("with_a_radio_station: these boards have none")
         return
-    with Lab(program, RADIO) as lab:
-        browser.open(lab)
+    with page_of(browser, RADIO) as lab:
         wait_for(lambda: browser.script("shown !== null"), 40, "tones")
         snr = table(browser, "snr", "ds")
         quiet = [v for tone, v in enumerate(snr) if v is not None and 100 <= tone <= 300 and abs(tone * 0.05175 - 9.6) > 1]
@@ -164,8 +173,7 @@ def with_a_radio_station(browser):
 
 def drops_and_comes_back(browser):
     board = '[[device]]\nline = "showtime"\n[[loop_event]]\nat_s = 8\ncut = true\n[[loop_event]]\nat_s = 18\ncut = false\n'
-    with Lab(program, board) as lab:
-        browser.open(lab)
+    with page_of(browser, board) as lab:
         browser.await_text("#lines", "showtime")
         wait_for(lambda: browser.script("shown !== null"), 30, "tones")
         browser.await_text("#lines", "loss of signal", 40)

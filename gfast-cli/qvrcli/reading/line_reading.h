@@ -87,6 +87,17 @@ struct ToneReading {
   ToneDirection downstream, upstream;
 };
 
+// The lowest ones during a quarter hour; absent when the line was never seen up.
+struct DirectionFigures {
+  std::optional<uint32_t> netDataRate_kbps;
+  std::optional<double> snrMargin_db;
+};
+
+struct QuarterFigures {
+  time_t start;
+  DirectionFigures downstream, upstream;
+};
+
 struct LineReading {
   QVR_lineId_t line = 0;
   bool answers = false;      // the chip; without that nothing else is filled but the memory
@@ -102,6 +113,7 @@ struct LineReading {
   std::optional<EndCounters> networkEnd, subscriberEnd;  // since the chip started
   std::optional<EndTotals> networkTotals, subscriberTotals;
   HistoryReading quarterHours, days;
+  std::vector<QuarterFigures> dayFigures;  // oldest first
   std::optional<QVR_inventoryObject_t> inventory;
   std::shared_ptr<const ToneReading> tones;  // none before they are asked for, and of a line that is not up
 

@@ -60,26 +60,41 @@ void Readings::run() {
 }
 
 void Readings::readOnce() {
-  std::chrono::seconds toneAge{};
+  std::optional<std::chrono::seconds> toneAge;
   bool old = false;
   {
     std::unique_lock guard(lock_);
-    changed_.wait(guard, [this] { return wanted_.has_value(); });
-    toneAge = *std::exchange(wanted_, std::nullopt);
+    changed_.wait_for(guard, kReadingIntervalUnasked, [this] { return wanted_.has_value(); });
+    toneAge = std::exchange(wanted_, std::nullopt);
     old = !isFresh(clockSource().steady());
   }
   if (old) {
-    const Time began = clockSource().steady();
-    Reading reading = collectReading();
-    addTotals(reading);
-    reading.number = ++number_;
-    publish(std::move(reading), began);
+    readNew();
   }
   const auto current = [this] {
     const std::lock_guard guard(lock_);
     return current_;
   }();
-  readTones(*current, toneAge);
+  if (toneAge) {
+    readTones(*current, *toneAge);
+  }
+}
+
+void Readings::readNew() {
+  const Time began = clockSource().steady();
+  Reading reading = collectReading();
+  addTotals(reading);
+  addDayFigures(reading);
+  reading.number = ++number_;
+  publish(std::move(reading), began);
+}
+
+void Readings::addDayFigures(Reading& reading) {
+  for (LineReading& line : reading.lines) {
+    DayFigures& day = dayFigures_[at(line)];
+    day.add(line, reading.time);
+    line.dayFigures = day.all();
+  }
 }
 
 void Readings::addTotals(Reading& reading) {

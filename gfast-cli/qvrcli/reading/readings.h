@@ -1,6 +1,6 @@
 // The latest reading, for any number of readers. One thread of its own reads, when somebody asks and what
-// there is has become old: so the chips are asked at most once in an interval, and not at all when nobody
-// asks.
+// there is has become old: so the chips are asked at most once in an interval. When nobody asks it reads now
+// and then, for the figures of the day.
 #pragma once
 
 #include <chrono>
@@ -9,12 +9,14 @@
 #include <memory>
 #include <mutex>
 
+#include "qvrcli/reading/day_figures.h"
 #include "qvrcli/reading/line_reading.h"
 #include "qvrcli/reading/running_totals.h"
 
 namespace gfast::console {
 
 constexpr std::chrono::seconds kReadingInterval{5};
+constexpr std::chrono::seconds kReadingIntervalUnasked{300};
 
 // How old the tones may be. Tables of 2048 tones are read through the line's own management channel, so those
 // who look at figures only are content with old ones.
@@ -43,7 +45,9 @@ class Readings {
   Readings() = default;
   void run();
   void readOnce();
+  void readNew();
   void addTotals(Reading& reading);
+  void addDayFigures(Reading& reading);
   void readTones(const Reading& reading, std::chrono::seconds toneAge);
   void publish(Reading reading, std::optional<Time> began);  // of a new one, when it began
   bool isFresh(Time asked) const;
@@ -57,6 +61,7 @@ class Readings {
   std::optional<std::chrono::seconds> wanted_;  // the youngest tones that somebody waits for
   // Of the reading thread only.
   std::array<RunningTotals, QVR_K_MAX_LINES> networkTotals_, subscriberTotals_;
+  std::array<DayFigures, QVR_K_MAX_LINES> dayFigures_;
   int reboots_ = 0;
   time_t countedSince_ = 0;
   uint32_t number_ = 0;

@@ -274,6 +274,28 @@ Json ownTones(const ToneDirection& tones) {
   return own;
 }
 
+void addFigures(Json& own, const char* direction, const DirectionFigures& figures) {
+  Json figuresOf = Json::object();
+  if (figures.netDataRate_kbps) {
+    figuresOf["net-data-rate"] = *figures.netDataRate_kbps;
+  }
+  if (figures.snrMargin_db) {
+    figuresOf["snr-margin"] = inTenths(*figures.snrMargin_db, -511, 511);
+  }
+  own[direction] = std::move(figuresOf);
+}
+
+Json ownQuarterHours(const LineReading& line) {
+  Json quarters = Json::array();
+  for (const QuarterFigures& quarter : line.dayFigures) {
+    Json own{{"start", dateAndTime(quarter.start)}};
+    addFigures(own, "downstream", quarter.downstream);
+    addFigures(own, "upstream", quarter.upstream);
+    quarters.push_back(std::move(own));
+  }
+  return quarters;
+}
+
 Json ownLine(const LineReading& line, bool all) {
   Json own;
   own["name"] = nameOf(line);
@@ -293,6 +315,9 @@ Json ownLine(const LineReading& line, bool all) {
   own["firmware"] = line.firmware;
   if (line.deviceTemperature_c) {
     own["temperature"] = static_cast<int32_t>(*line.deviceTemperature_c);
+  }
+  if (all) {
+    own["quarter-hour"] = ownQuarterHours(line);
   }
   if (all && line.tones) {
     own["tones"] = {{"time", dateAndTime(line.tones->time)},

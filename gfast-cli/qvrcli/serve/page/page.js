@@ -257,19 +257,34 @@ function pressed(event) {
 
 // ---- The last day ----
 
-let day = null;
+const days = {};
 
-function drawDay(fast) {
-  const past = (fast && fast.performance['intervals-15min'].history) || [];
-  byId('day').hidden = past.length === 0;
-  byId('noday').hidden = past.length > 0;
-  if (day) day.destroy();
-  day = null;
-  if (past.length === 0) return;
-  const rows = past.slice().reverse().map((interval) => [new Date(interval['ftu-o']['time-stamp']),
-    interval['ftu-r']['errored-seconds'], interval['ftu-o']['errored-seconds']]);
-  day = new Dygraph(byId('day'), rows, { labels: ['time', 'downstream', 'upstream'], colors: [colour('--down'), colour('--up')],
+// Draws rows of [time, downstream, upstream], or hides the plot when there are none.
+function drawDay(id, rows) {
+  if (days[id]) days[id].destroy();
+  delete days[id];
+  byId(id).hidden = rows.length === 0;
+  if (rows.length === 0) return;
+  const last = rows[rows.length - 1];
+  const end = [new Date(last[0].getTime() + 900000), last[1], last[2]];
+  days[id] = new Dygraph(byId(id), rows.concat([end]), { labels: ['time', 'downstream', 'upstream'],
+    colors: [colour('--down'), colour('--up')], series: { downstream: { strokeWidth: 3 }, upstream: { strokeWidth: 1.25 } },
     stepPlot: true, includeZero: true, legend: 'never', gridLineColor: colour('--edge'), axisLineColor: colour('--edge') });
+}
+
+// Errors that are seen downstream are counted at the subscriber's end.
+function drawDays(read) {
+  const fast = fastOf(interfacesIn(read)[0]);
+  const past = (fast && fast.performance['intervals-15min'].history) || [];
+  const figures = ownIn(read).line[0]['quarter-hour'] || [];
+  const started = (interval) => new Date(new Date(interval['ftu-o']['time-stamp']).getTime() - 900000);
+  const scaled = (value, by) => (value === undefined ? null : value / by);
+  const rowsOfFigures = (name, by) => figures.map((q) => [new Date(q.start), scaled(q.downstream[name], by), scaled(q.upstream[name], by)]);
+  drawDay('dayrate', rowsOfFigures('net-data-rate', 1000));
+  drawDay('daymargin', rowsOfFigures('snr-margin', 10));
+  drawDay('dayerrors', past.slice().reverse().map((interval) => [started(interval), interval['ftu-r']['errored-seconds'],
+    interval['ftu-o']['errored-seconds']]));
+  byId('noday').hidden = past.length > 0;
 }
 
 // ---- One line ----
@@ -296,11 +311,10 @@ function inventoryText(fast) {
 
 function showOne(read) {
   document_ = read;
-  const fast = fastOf(interfacesIn(read)[0]);
-  byId('told').textContent = inventoryText(fast);
+  byId('told').textContent = inventoryText(fastOf(interfacesIn(read)[0]));
   shown = tonesOf(read);
   draw();
-  drawDay(fast);
+  drawDays(read);
 }
 
 function keepReading() {
