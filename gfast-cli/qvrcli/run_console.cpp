@@ -13,6 +13,7 @@
 #include "qvrcli/session/settings.h"
 #include "qvrcli/session/stop.h"
 #include "qvrcli/text/named_files.h"
+#include "qvrcli/text/standard_output.h"
 #include "qvrcli/vocabulary/command_tree.h"
 
 namespace gfast::console {
@@ -78,6 +79,7 @@ int runConsole(const char* script, uint16_t port, const char* http) {
     reportUnreadable(file, script);
     runScript(interpreter, file);
     cli_done(interpreter);
+    finishStandardOutput();
     return 0;
   }
   const int listener = listenOn(port, settings->listen);
@@ -86,6 +88,7 @@ int runConsole(const char* script, uint16_t port, const char* http) {
   }
   serveSessions(interpreter, listener, settings->allowed);
   cli_done(interpreter);
+  finishStandardOutput();
   return 0;
 }
 

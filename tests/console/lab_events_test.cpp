@@ -5,10 +5,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "console/lab_on_board.h"
@@ -242,6 +244,57 @@ TEST_F(LabEvents, ChipThatStopsAnsweringIsReported) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, 18s);
   EXPECT_EQ(session().readFor(500ms), "");
   EXPECT_THAT(events(), ElementsAre("Communication failure with DFE0"));
+}
+
+// Nobody reads what the lab prints until the test does.
+class UnreadOutput : public LabOnBoard {
+ protected:
+  static constexpr int kEvents = 9000;  // more than the pipe and what waits behind it
+
+  static std::string floodedBoard() {
+    std::string board = boardWithLines("showtime");
+    for (int i = 0; i < kEvents; i++) {
+      board += "[[event]]\nat_s = 1.5\ndevice = 0\ntype = 2\nparams = [" + std::to_string(i) + ", 0]\n";
+    }
+    return board;
+  }
+};
+
+TEST_F(UnreadOutput, KeepsNobodyFromTheConsole) {
+  start(floodedBoard());
+  const auto end = std::chrono::steady_clock::now() + 6s;
+  while (std::chrono::steady_clock::now() < end) {
+    EXPECT_EQ(typed("show version"), kVersion);
+    std::this_thread::sleep_for(200ms);
+  }
+  session().send("quit\r");
+  OpenSession next(program().port());
+  EXPECT_EQ(next.type("show version"), kVersion);
+  const std::string printed = program().awaitOutput(" lines lost\n");
+  // In order, and every event is printed or counted.
+  int told = 0;
+  std::istringstream lines(printed);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("Line failure event on line=0 reason=")) {
+      EXPECT_TRUE(line.starts_with("Line failure event on line=0 reason=" + std::to_string(told) + " "))
+          << line;
+      told++;
+    }
+  }
+  const size_t behind = printed.find(" lines lost");
+  const int lost = std::stoi(printed.substr(printed.rfind('\n', behind) + 1));
+  EXPECT_GE(told, 5000);
+  EXPECT_GE(told + lost, kEvents);
+  EXPECT_LE(told + lost, kEvents + 10) << "the server's own lines are counted as well";
+}
+
+TEST_F(UnreadOutput, GetsTheTextOfAnAssertionBeforeTheProcessEnds) {
+  start(floodedBoard());
+  std::this_thread::sleep_for(2500ms);
+  session().send("write memory 0 0 1 12\r");
+  session().readFor(500ms);
+  EXPECT_EQ(program().wait(), killedBy(SIGSEGV));
+  EXPECT_THAT(program().output(), testing::HasSubstr("Length must be an even number of bytes\n"));
 }
 
 }  // namespace

@@ -58,11 +58,13 @@ uint16_t freePort() {
   return ntohs(address.sin_port);
 }
 
-std::unique_ptr<OpenSession> sessionWhenReady(uint16_t port) {
+// What `connect` returns as soon as somebody listens.
+template <typename Connect>
+auto whenReady(Connect connect) {
   const auto end = std::chrono::steady_clock::now() + kPatience;
   for (;;) {
     try {
-      return std::make_unique<OpenSession>(port);
+      return connect();
     } catch (const std::runtime_error&) {
       if (std::chrono::steady_clock::now() > end) {
         throw;
@@ -92,6 +94,7 @@ class Ssh : public testing::Test {
                            "\nStrictModes no\nUsePAM no\nPidFile none\nPermitRootLogin yes\n"
                            "PasswordAuthentication no\nKbdInteractiveAuthentication no\n");
     server_ = std::make_unique<ConsoleProgram>("", std::vector<std::string>{kSshd, "-D", "-e", "-f", config});
+    whenReady([this] { return std::make_unique<ConsoleSession>(serverPort_); });
     known_ =
         folder_.write("known", "[127.0.0.1]:" + std::to_string(serverPort_) + " " + folder_.read("host.pub"));
   }
@@ -138,7 +141,7 @@ TEST_F(Ssh, CarriesSessionsToAConsoleThatListensOnItsOwnMachineOnly) {
   LabServer lab;
   const uint16_t local = freePort();
   ConsoleProgram tunnel("", command(local, lab.port()));
-  const auto session = sessionWhenReady(local);
+  const auto session = whenReady([local] { return std::make_unique<OpenSession>(local); });
   EXPECT_EQ(session->type("show version"), kVersion);
 }
 

@@ -14,6 +14,7 @@
 #include "qvrcli/session/session_stream.h"
 #include "qvrcli/text/link_states.h"
 #include "qvrcli/text/local_time.h"
+#include "qvrcli/text/standard_output.h"
 
 namespace gfast::console {
 
@@ -72,13 +73,14 @@ void registerEventHandlers() {
 
 void handleLinkStateChange(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState,
                            G9701_linkState_t xi_newState) {
-  std::printf("Link [%1d] state changed from %s to %s\n", xi_lineId,
-              linkStateString(static_cast<int>(xi_oldState)), linkStateString(static_cast<int>(xi_newState)));
+  printWithoutWaiting(fmt::format("Link [{}] state changed from {} to {}\n", xi_lineId,
+                                  linkStateString(static_cast<int>(xi_oldState)),
+                                  linkStateString(static_cast<int>(xi_newState))));
   rememberLinkState(xi_lineId, xi_oldState, xi_newState);
 }
 
 void handleRebootEvent() {
-  std::puts("Reboot notification...");
+  printWithoutWaiting("Reboot notification...\n");
   rebootCounter++;
   rememberEvent(std::nullopt, "a chip started anew");
   // A device that does not answer counts as one in configuration state: no line is activated.
@@ -93,37 +95,41 @@ void handleRebootEvent() {
 
 void handlelinkFailureNotificationEvent(QVR_lineId_t xi_lineId, LINK_FAILURE_TYPE_E xi_reason,
                                         time_t xi_time) {
-  std::printf("Line failure event on line=%d reason=%d at time %s ...\n", xi_lineId,
-              static_cast<int>(xi_reason), localTimeText(xi_time).c_str());
+  printWithoutWaiting(fmt::format("Line failure event on line={} reason={} at time {} ...\n", xi_lineId,
+                                  static_cast<int>(xi_reason), localTimeText(xi_time)));
   rememberLineFailure(xi_reason, xi_time);
 }
 
 void handleLogMessage(QVR_deviceId_t xi_deviceId, const char* xi_text) {
   const std::shared_ptr<FILE> file = terminal();
-  FILE* const to = file ? file.get() : stdout;
   // The session first: once the line is on standard output, it is on its way to the session as well.
   if (!file && logShownInSession) {
     printLater(logLine(xi_deviceId, xi_text).c_str());
   }
-  std::fprintf(to, "DFE%02d: %s", xi_deviceId, xi_text);
-  std::fflush(to);
+  const std::string line = fmt::format("DFE{:02}: {}", xi_deviceId, xi_text);
+  if (file) {
+    std::fputs(line.c_str(), file.get());
+    std::fflush(file.get());
+  } else {
+    printWithoutWaiting(line);
+  }
 }
 
 void handle24hrEvent(QVR_lineId_t /*xi_lineId*/, const char* xi_timeStamp, time_t /*xi_time*/) {
-  std::printf("24 hour event at %s\n", xi_timeStamp);
+  printWithoutWaiting(fmt::format("24 hour event at {}\n", xi_timeStamp));
 }
 
 void handleCommFailureNotificationEvent(QVR_deviceId_t xi_deviceId) {
-  std::printf("Communication failure with DFE%1d\n", xi_deviceId);
+  printWithoutWaiting(fmt::format("Communication failure with DFE{}\n", xi_deviceId));
   rememberEvent(std::nullopt, fmt::format("device {} does not answer", xi_deviceId).c_str());
 }
 
 void handleTraceLogMessage(QVR_logSeverity_t /*xi_severity*/, const char* xi_text) {
-  std::printf("%s", xi_text);
+  printWithoutWaiting(xi_text);
 }
 
 void handleNonCdtaCpeJoinNotification(QVR_lineId_t xi_lineId) {
-  std::printf("non-cDTA CPE joined on line %d\n", xi_lineId);
+  printWithoutWaiting(fmt::format("non-cDTA CPE joined on line {}\n", xi_lineId));
   rememberEvent(xi_lineId, "a modem without cDTA joined");
 }
 
@@ -136,7 +142,7 @@ void handleDownloadStatusNotification(QVR_lineId_t xi_lineId, QVR_downloadStatus
     return;
   }
   const char* name = status < std::size(downloadStatusName) ? downloadStatusName[status] : "DOWNLOAD_UNKNOWN";
-  std::printf("Download Status Notification (line=%d, status=%s\n", xi_lineId, name);
+  printWithoutWaiting(fmt::format("Download Status Notification (line={}, status={}\n", xi_lineId, name));
 }
 
 int rebootCount() {

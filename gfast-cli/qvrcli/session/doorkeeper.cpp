@@ -1,12 +1,14 @@
 #include "qvrcli/session/doorkeeper.h"
 
 #include <arpa/inet.h>
+#include <fmt/format.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
+
+#include "qvrcli/text/standard_output.h"
 
 namespace gfast::console {
 
@@ -60,7 +62,7 @@ bool Doorkeeper::admits(int connection) const {
   if (std::ranges::any_of(allowed_, [=](const Network& network) { return network.contains(address); })) {
     return true;
   }
-  std::printf(" * refused connection from %s\n", inet_ntoa(peer.sin_addr));
+  printWithoutWaiting(fmt::format(" * refused connection from {}\n", inet_ntoa(peer.sin_addr)));
   return false;
 }
 

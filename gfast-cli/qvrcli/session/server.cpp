@@ -1,6 +1,7 @@
 #include "qvrcli/session/server.h"
 
 #include <arpa/inet.h>
+#include <fmt/format.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -15,6 +16,7 @@
 #include "qvrcli/session/session_printer.h"
 #include "qvrcli/session/session_relay.h"
 #include "qvrcli/session/session_stream.h"
+#include "qvrcli/text/standard_output.h"
 
 namespace gfast::console {
 
@@ -61,7 +63,7 @@ void setConnectionOptions(int connection) {
 void announce(int connection) {
   sockaddr_in peer{};
   if (peerOf(connection, peer)) {
-    std::printf(" * accepted connection from %s\n", inet_ntoa(peer.sin_addr));
+    printWithoutWaiting(fmt::format(" * accepted connection from {}\n", inet_ntoa(peer.sin_addr)));
   }
 }
 
@@ -115,7 +117,7 @@ void serveSessions(cli_def* interpreter, int listener, const std::optional<std::
   }
   const int port = portOf(listener);
   for (;;) {
-    std::printf("Listening on port %d\n", port);
+    printWithoutWaiting(fmt::format("Listening on port {}\n", port));
     const int connection =
         doorkeeper ? doorkeeper->take() : accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
     if (connection == 0) {

@@ -1,4 +1,5 @@
 // The eoc of a line carries one exchange at a time, and is released after it.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -6,6 +7,7 @@
 #include <future>
 #include <memory>
 #include <thread>
+#include <vector>
 
 #include "chip/far_end_messages.h"
 #include "chip/registers.h"
@@ -135,51 +137,55 @@ void makeEveryExchange() {
   QVR_readFarEndPMDTestParameters(0, &pmd);
 }
 
-TEST(Eoc, IsHeldDuringEveryExchange) {
-  AnsweringFarEnds farEnds;
-  std::atomic<int> captures{0};
-  std::vector<std::thread> waiting;
-  farEnds.duringExchange = [&](int) {
+// Threads that try to capture line 0, each begun during an exchange on it.
+class Captures {
+ public:
+  // Begins one more. False when it captures the line while the exchange still goes on.
+  bool mustWait() {
     const auto captured = std::make_shared<std::atomic<bool>>(false);
-    waiting.emplace_back([&captures, captured] {
+    threads_.emplace_back([captured] {
       exchangeOn(0);
       *captured = true;
-      captures++;
     });
+    captured_.push_back(captured);
     std::this_thread::sleep_for(20ms);
-    EXPECT_FALSE(*captured);
-    EXPECT_TRUE(isFree(1));
-  };
-  for (int exchange = 0; exchange < 3; exchange++) {
-    makeEveryExchange();
-    for (std::thread& thread : waiting) {
+    return !*captured;
+  }
+
+  // Waits until all have captured the line, one after the other, and returns how many there were.
+  int join() {
+    for (std::thread& thread : threads_) {
       thread.join();
     }
-    waiting.clear();
+    threads_.clear();
+    return static_cast<int>(std::ranges::count_if(captured_, [](const auto& each) { return each->load(); }));
   }
-  EXPECT_EQ(captures, 9);
+
+ private:
+  std::vector<std::thread> threads_;
+  std::vector<std::shared_ptr<std::atomic<bool>>> captured_;
+};
+
+TEST(Eoc, IsHeldDuringEveryExchange) {
+  AnsweringFarEnds farEnds;
+  Captures captures;
+  farEnds.duringExchange = [&](int) {
+    EXPECT_TRUE(captures.mustWait());
+    EXPECT_TRUE(isFree(1));
+  };
+  for (int exchanges = 3; exchanges <= 9; exchanges += 3) {
+    makeEveryExchange();
+    EXPECT_EQ(captures.join(), exchanges);
+  }
 }
 
 TEST(Eoc, IsHeldDuringEveryBlockOfFarEndSnr) {
   AnsweringFarEnds farEnds;
-  std::atomic<int> captures{0};
-  std::vector<std::thread> waiting;
-  farEnds.duringExchange = [&](int) {
-    const auto captured = std::make_shared<std::atomic<bool>>(false);
-    waiting.emplace_back([&captures, captured] {
-      exchangeOn(0);
-      *captured = true;
-      captures++;
-    });
-    std::this_thread::sleep_for(20ms);
-    EXPECT_FALSE(*captured);
-  };
+  Captures captures;
+  farEnds.duringExchange = [&](int) { EXPECT_TRUE(captures.mustWait()); };
   QVR_SNRTBL_t snr;
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr), QVR_E_STATUS_OK);
-  for (std::thread& thread : waiting) {
-    thread.join();
-  }
-  EXPECT_EQ(captures, 2);
+  EXPECT_EQ(captures.join(), 2);
 }
 
 TEST(Eoc, IsReleasedAfterEveryExchangeGoodOrBad) {
