@@ -122,6 +122,18 @@ void lookAround(SimulatedConsole& console, Report& report) {
   }
 }
 
+// What a chip says reaches no terminal as a control character.
+void expectPrintable(const std::string& printed, Report& report) {
+  const auto isPrintable = [](char character) {
+    return (character >= ' ' && character <= '~') || character == '\n' || character == '\t';
+  };
+  const auto found = std::ranges::find_if_not(printed, isPrintable);
+  if (found != printed.end()) {
+    std::snprintf(report.failure, sizeof report.failure, "prints the byte %d in: %s",
+                  static_cast<unsigned char>(*found), printed.c_str());
+  }
+}
+
 class Sweep {
  public:
   explicit Sweep(const Options& options)
@@ -155,7 +167,9 @@ class Sweep {
       const std::string typed = configures ? "configure\n" + command.line : command.line;
       sweep({(configures ? "configure; " : "") + command.line,
              [&](SimulatedConsole& console, FaultyDriver&) { console.run(command.setup); },
-             [typed](SimulatedConsole& console, FaultyDriver&) { console.run(typed); }});
+             [this, typed](SimulatedConsole& console, FaultyDriver&) {
+               expectPrintable(console.run(typed), *report_);
+             }});
     }
     return conclude();
   }

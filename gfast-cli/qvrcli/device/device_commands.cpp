@@ -12,6 +12,7 @@
 #include "qvrcli/text/hexadecimal.h"
 #include "qvrcli/text/line_buffer.h"
 #include "qvrcli/text/link_states.h"
+#include "qvrcli/text/printable.h"
 
 namespace gfast::console {
 
@@ -52,7 +53,8 @@ void printDevice(cli_def* cli, const QVR_deviceInfo_t& info) {
   cli_print(cli, "Device Info Version                      %04u", info.devInfVersion);
   cli_print(cli, "Firmware Version                    %01hhu.%01hhu.%01hhu.%01hhu", version.versionChipset,
             version.versionGa, version.versionRc, version.versionProfile);
-  cli_print(cli, "Compiled at              %s %s", info.date, info.time);
+  cli_print(cli, "Compiled at              %s %s", printable(info.date).c_str(),
+            printable(info.time).c_str());
   cli_print(cli, "FW State                                  %s", fwStateName(info.fwState));
   cli_print(cli, "Config State                     %s",
             info.configState != CONFIG_STATE_SYSTEM ? "  LINE (LCS)" : "SYSTEM (SCS)");

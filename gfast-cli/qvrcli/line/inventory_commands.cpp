@@ -9,22 +9,11 @@
 
 #include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/hexadecimal.h"
+#include "qvrcli/text/printable.h"
 
 namespace gfast::console {
 
 namespace {
-
-constexpr bool isPrintable(char c) {
-  return c >= ' ' && c <= '~';
-}
-
-// Control characters from the equipment must not reach the operator's terminal.
-std::string printable(std::string_view bytes) {
-  std::string text(bytes);
-  std::ranges::replace_if(
-      text, [](char c) { return !isPrintable(c); }, '.');
-  return text;
-}
 
 // A text ends at its first zero byte or fills its field.
 template <size_t Size>

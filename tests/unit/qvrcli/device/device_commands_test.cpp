@@ -62,6 +62,15 @@ TEST_F(ShowDeviceInfo, ShowsEveryField) {
   EXPECT_EQ(result(), CLI_OK);
 }
 
+TEST_F(ShowDeviceInfo, ShowsNoControlCharactersOfTheBuildTime) {
+  ChipIdentity chip = shownChip();
+  chip.info[DEV_INF_DATE] = 0x1B;
+  chip.info[DEV_INF_DATE + 2] = 0xFF;
+  chip.info[DEV_INF_TIME] = '\r';
+  expect(isShown(0, chip));
+  EXPECT_EQ(typed("show device-info 0")[3], "Compiled at              ..r 30 2017 .1");
+}
+
 TEST_F(ShowDeviceInfo, TakesTheFirstDeviceByDefault) {
   expect(isShown(0, shownChip()));
   EXPECT_EQ(typed("show device-info").size(), 11U);
