@@ -4,10 +4,10 @@ namespace gfast::board {
 
 namespace {
 
-constexpr EndCounter kFields[] = {&EndCounts::lossOfSignalFailures,  &EndCounts::lossOfRmcFailures,
-                                  &EndCounts::lossOfPowerFailures,   &EndCounts::initialisations,
-                                  &EndCounts::failedInitialisations, &EndCounts::lossOfSignalSeconds,
-                                  &EndCounts::unavailableSeconds};
+constexpr EndCounter kFields[] = {&EndCounts::lossOfSignalFailures, &EndCounts::lossOfRmcFailures,
+                                  &EndCounts::lossOfPowerFailures,  &EndCounts::lossOfMarginFailures,
+                                  &EndCounts::initialisations,      &EndCounts::failedInitialisations,
+                                  &EndCounts::lossOfSignalSeconds,  &EndCounts::unavailableSeconds};
 
 }  // namespace
 
@@ -24,9 +24,10 @@ LineLedger::LineLedger(uint32_t seed) : streams_{StreamMeter(seed, 0), StreamMet
   unavailable_.run(0, true);
 }
 
-void LineLedger::flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors) {
+void LineLedger::flow(double now, const std::array<StreamFraming, kEnds>& framing,
+                      const std::array<ErrorRates, kEnds>& errors) {
   for (size_t end = 0; end < kEnds; end++) {
-    streams_[end].flow(now, framing[end], errors);
+    streams_[end].flow(now, framing[end], errors[end]);
   }
   framing_ = framing;
   flowing_ = true;

@@ -19,6 +19,7 @@ struct EndCounts {
   StreamCounts received;
   uint64_t lossOfSignalFailures = 0;
   uint64_t lossOfRmcFailures = 0;
+  uint64_t lossOfMarginFailures = 0;
   uint64_t lossOfPowerFailures = 0;
   uint64_t initialisations = 0;  // the failed ones included
   uint64_t failedInitialisations = 0;
@@ -55,9 +56,14 @@ class LineLedger {
 
   // Both directions carry data from now on. Framing is by the end that sends, `errors` as in
   // StreamMeter::flow.
-  void flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors);
+  void flow(double now, const std::array<StreamFraming, kEnds>& framing,
+            const std::array<ErrorRates, kEnds>& errors);
   void stop(double now);
   void signalLost(double now, bool lost);
+  // An adaptation of what that end sends.
+  void adapted(size_t sender, uint64_t StreamCounts::*kind, uint64_t exchanges) {
+    streams_[sender].adapted(kind, exchanges);
+  }
   void count(size_t end, EndCounter what) { ++(ends_[end].events.*what); }
   // The chip at that end has started: its counts begin at 0.
   void restarted(double now, size_t end);

@@ -45,6 +45,7 @@ struct DirectionPlan {
 
 struct TonePlan {
   uint32_t frameSymbols = 0;  // M_F
+  size_t networkEnd = 0;      // the device at the network side
   bool vectoring = false;
   DirectionPlan downstream;
   DirectionPlan upstream;

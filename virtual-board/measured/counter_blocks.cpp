@@ -232,6 +232,7 @@ Bytes framerRaw(const LineInsight& line) {
 Bytes fduRaw(const LineInsight& line) {
   auto block = headed<GFAST_FDU_RAW_COUNTERS_S>();
   block.lossOfPower = wrapped(line.view.near.lossOfPowerFailures);
+  block.lossOfMargin = wrapped(line.view.near.lossOfMarginFailures);
   if (line.everTrained()) {
     block.rxMargin = static_cast<uint32_t>(line.receives().state.margin);
     block.UPBOKLE = line.receives().electricalLength;
@@ -289,6 +290,7 @@ Bytes derived(const LineInsight& line) {
   block.persistentLossOfSignalDefect = view.signalLost ? 1 : 0;
   block.lossOfSignalFailureCounter = wrapped(near.lossOfSignalFailures);
   block.lossOfRmcFailureCounter = wrapped(near.lossOfRmcFailures);
+  block.lossOfMarginFailureCounter = wrapped(near.lossOfMarginFailures);
   block.lossOfPowerFailureCounter = wrapped(near.lossOfPowerFailures);
   block.erroredSeconds = wrapped(near.received.erroredSeconds);
   block.severlyErroredSeconds = wrapped(near.received.severelyErroredSeconds);
@@ -336,6 +338,7 @@ Bytes etrDatabase(const LineInsight& line) {
 template <typename Group>
 void fillGroup(Group& group, const EndCounts& end, const StreamState& receives) {
   group.LOS = wrapped(end.lossOfSignalFailures);
+  group.LOM = wrapped(end.lossOfMarginFailures);
   group.LOR = wrapped(end.lossOfRmcFailures);
   group.LPR = wrapped(end.lossOfPowerFailures);
   group.ES = wrapped(end.received.erroredSeconds);
