@@ -36,6 +36,7 @@ struct StreamState {
   uint32_t load_percent = 0;
   double lastLoss = 0;
   double worstLoss = 0;
+  uint32_t severeInRow = 0;
 };
 
 // What a chip knows of its line at one moment. The streams are those of the last showtime; before the first
@@ -48,6 +49,8 @@ struct EndView {
   bool showtime = false;
   bool signalLost = false;
   uint32_t signalLostFor_s = 0;
+  bool rmcLost = false;  // nothing of the management channel arrives at this end
+  double rmcLostFor_s = 0;
 };
 
 class LineLedger {
@@ -95,6 +98,7 @@ class LineLedger {
   std::array<End, kEnds> ends_;
   Stopwatch unavailable_;
   Stopwatch withoutSignal_;
+  std::array<Stopwatch, kEnds> withoutRmc_;  // by the end that receives
   bool flowing_ = false;
 };
 

@@ -71,6 +71,7 @@ void StreamMeter::flow(double now, const StreamFraming& framing, const ErrorRate
     stop(now);
   } else {
     worstLoss_ = 0;
+    severeInRow_ = 0;
   }
   lastLoss_ = 0;
   stretches_++;
@@ -161,6 +162,7 @@ void StreamMeter::settle(uint64_t framesArrived) {
     judgeSecond(stretch.settled, second.uncorrected);
     lastLoss_ = length == 0 ? 0 : static_cast<double>(second.uncorrected) / static_cast<double>(length);
     worstLoss_ = std::max(worstLoss_, lastLoss_);
+    severeInRow_ = second.uncorrected >= kSevere ? severeInRow_ + 1 : 0;
     stretch.seconds++;
   }
 }

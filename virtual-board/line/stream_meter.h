@@ -59,6 +59,8 @@ class StreamMeter {
   // second since data began to flow.
   double lastLoss() const { return lastLoss_; }
   double worstLoss() const { return worstLoss_; }
+  // Severely errored seconds up to the last whole one.
+  uint32_t severeInRow() const { return severeInRow_; }
   // The share of user data in what is sent, in per cent. The rest is idle.
   uint32_t load_percent() const { return load_percent_; }
 
@@ -90,6 +92,7 @@ class StreamMeter {
   std::optional<Stretch> open_;
   double lastLoss_ = 0;
   double worstLoss_ = 0;
+  uint32_t severeInRow_ = 0;
 };
 
 }  // namespace gfast::board

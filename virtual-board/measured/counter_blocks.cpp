@@ -28,6 +28,8 @@ constexpr uint32_t kTxSoftRealTime = 9;
 constexpr uint32_t kRxHardRealTime = 31;
 constexpr uint32_t kRxSoftRealTime = 12;
 constexpr uint32_t kTraps[] = {2, 1, 1};
+// From when on a defect is persistent.
+constexpr double kPersistent_s = 1;
 
 // The lower 32 bits, as a chip shows a counter.
 constexpr uint32_t wrapped(uint64_t count) {
@@ -300,6 +302,11 @@ Bytes derived(const LineInsight& line) {
   block.fullInits = wrapped(near.initialisations);
   block.failedFullInits = wrapped(near.failedInitialisations);
   block.crcAnomaly = wrapped(near.received.dtusUncorrected);
+  block.lorDefect = view.rmcLost ? 1 : 0;
+  block.persistentLorDefect = view.rmcLostFor_s >= kPersistent_s ? 1 : 0;
+  block.continousMillisecondsOfLorDefects = static_cast<uint32_t>(view.rmcLostFor_s * 1000);
+  block.continuousLossOfRMCSeconds = static_cast<uint32_t>(view.rmcLostFor_s);
+  block.continuousSeverlyErroredSeconds = view.receives.severeInRow;
   block.lorDefects = wrapped(near.received.lossOfRmcSeconds);
   block.errorFreeBits = wrapped(errorFreeBits(near.received, line.view.receives));
   block.continuousLossOfSignalSeconds = view.signalLostFor_s;

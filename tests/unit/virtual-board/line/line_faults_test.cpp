@@ -1,6 +1,7 @@
 // Faults of the line, and what the chips make of them.
 #include <gtest/gtest.h>
 
+#include "chip/device_information.h"
 #include "unit/virtual-board/measured/tone_memory.h"
 
 using namespace gfast;
@@ -246,6 +247,34 @@ TEST(LineReacts, NoiseOnTheRmcTakesTheManagementChannelAway) {
   bench.wait(12.6);
   EXPECT_NE(bench.events(1).find("failure 3"), std::string::npos);
   EXPECT_EQ(pm(bench, 1).ne.LOR, 1U);
+}
+
+TEST(LineReacts, DefectsAreCountedWhileTheyLast) {
+  Bench bench(faulty("kind = \"noise\"\nat_m = 100\nlevel_dbm_hz = -70\nat_s = 10"));
+  bench.wait(9);
+  EXPECT_EQ(derived(bench, 1).lorDefect, 0U);
+  bench.wait(3.2);
+  const auto now = derived(bench, 1);
+  EXPECT_EQ(now.lorDefect, 1U);
+  EXPECT_EQ(now.persistentLorDefect, 1U);
+  EXPECT_NEAR(now.continousMillisecondsOfLorDefects, 2200, 1);
+  EXPECT_EQ(now.continuousLossOfRMCSeconds, 2U);
+  EXPECT_GE(now.continuousSeverlyErroredSeconds, 1U);
+}
+
+TEST(LineReacts, NoiseThatLeavesTooLittleFailsTheTraining) {
+  Bench bench(
+      "[[line_fault]]\nkind = \"noise\"\nat_m = 100\nshape = [ { mhz = 3.2, dbm_hz = -60 }, "
+      "{ mhz = 106, dbm_hz = -60 } ]\n");
+  bench.wait(5);
+  EXPECT_EQ(bench.events(1), "3>4 4>5 failure 7 5>3");
+  EXPECT_EQ(bench.word(0, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_INIT_FAILURE_CAUSE), 2U);
+}
+
+TEST(LineReacts, NoiseThatDrownsTheHandshakeFindsNobody) {
+  Bench bench("[[line_fault]]\nkind = \"noise\"\nat_m = 100\nlevel_dbm_hz = -60\nat_s = 0\n");
+  bench.wait(6);
+  EXPECT_EQ(bench.word(0, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_INIT_FAILURE_CAUSE), 4U);
 }
 
 TEST(LineReacts, AWireThatComesLooseIsALossOfSignal) {
