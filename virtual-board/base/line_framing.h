@@ -30,7 +30,7 @@ struct DtuFraming {
   constexpr uint32_t payload() const { return codewords * codewordData() - kDtuOverhead; }
   bool operator==(const DtuFraming&) const = default;
 };
-// What the firmware uses in each direction unless its parameters say otherwise.
+// What the firmware uses in each direction.
 constexpr DtuFraming kDownstreamDtu{240, 16, 4};
 constexpr DtuFraming kUpstreamDtu{224, 12, 5};
 

@@ -43,11 +43,11 @@ std::vector<uint8_t> deviceInfoImage(const DeviceIdentity& identity) {
   p[DEV_INF_LAST_SIGNAL + 2] = static_cast<uint8_t>(initialisation.lastUpstream());
   store_le32(p + DEV_INF_INIT_FAILURE_CAUSE, initialisation.failureCause());
   store_le32(p + DEV_INF_TEMPERATURE, static_cast<uint32_t>(identity.temperature_c));
-  // Country code, vendor code and revision each begin a word of their own.
+  // Country code, vendor code and revision each have a word of their own, two of them its upper half.
   const VendorId& vendor = vendorIdOf(version);
-  std::copy_n(vendor.begin(), 2, p + DEV_INF_VENDOR_ID);
-  std::copy_n(vendor.begin() + 2, 4, p + DEV_INF_VENDOR_ID + 4);
-  std::copy_n(vendor.begin() + 6, 2, p + DEV_INF_VENDOR_ID + 8);
+  store_le32(p + DEV_INF_VENDOR_ID, uint32_t{load_be16(vendor.data())} << 16);
+  store_le32(p + DEV_INF_VENDOR_ID + 4, load_be32(vendor.data() + 2));
+  store_le32(p + DEV_INF_VENDOR_ID + 8, uint32_t{load_be16(vendor.data() + 6)} << 16);
   return image;
 }
 

@@ -10,6 +10,7 @@
 #include "virtual-board/chip/inventory.h"
 #include "virtual-board/description/board_tables.h"
 #include "virtual-board/description/foreign_text.h"
+#include "virtual-board/description/line_fault_tables.h"
 #include "virtual-board/description/parameter_settings.h"
 #include "virtual-board/description/toml_reader.h"
 #include "virtual-board/line/loop_budget.h"
@@ -20,6 +21,7 @@ namespace {
 
 constexpr double kLongestLoop_m = 2000;
 constexpr size_t kMaxTaps = 16;
+constexpr size_t kMaxLineFaults = 64;
 
 void readBoardTable(TomlReader table, BoardConfig& config) {
   config.devices = static_cast<int>(table.integer("devices", 0, kMaxDevices).value_or(config.devices));
@@ -36,12 +38,7 @@ BridgedTap readTap(TomlReader& table, double loopLength_m) {
 }
 
 void readLoopTable(TomlReader table, LoopConfig& loop) {
-  static constexpr const char* cables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
-  const auto cable =
-      table.choice("cable", {{cables[0], 0}, {cables[1], 1}, {cables[2], 2}, {cables[3], 3}, {cables[4], 4}});
-  if (cable) {
-    loop.cable = cables[*cable];
-  }
+  loop.cable = readCable(table).value_or(loop.cable);
   loop.length_m = table.number("length_m", 0, kLongestLoop_m).value_or(loop.length_m);
   loop.noise_dbm_hz = table.number("noise_dbm_hz", -200, 0).value_or(loop.noise_dbm_hz);
   loop.cut = table.boolean("cut").value_or(loop.cut);
@@ -161,8 +158,9 @@ bool together(LineState state) {
 
 bool trainable(const BoardConfig& config) {
   const size_t network = config.device[0].firmware.networkSide() ? 0 : 1;
-  const TonePlan plan =
+  TonePlan plan =
       tonePlan(Parameters(config.device[network].params), Parameters(config.device[1 - network].params));
+  plan.networkEnd = network;
   return Loop(config.loop).budget(plan).trainable;
 }
 
@@ -223,6 +221,16 @@ void readAll(TomlReader& root, const char* key, std::vector<Entry>& entries, Rea
   }
 }
 
+void readLineFaults(TomlReader& root, LoopConfig& loop) {
+  auto tables = root.tables("line_fault", "[[line_fault]]");
+  if (tables.size() > kMaxLineFaults) {
+    tables[kMaxLineFaults].failHere("there are at most " + std::to_string(kMaxLineFaults) + " line faults");
+  }
+  for (TomlReader& table : tables) {
+    loop.faults.push_back(readLineFaultTable(table, loop));
+  }
+}
+
 BoardConfig readRoot(TomlReader root) {
   BoardConfig config;
   if (auto board = root.table("board", "[board]")) {
@@ -231,6 +239,7 @@ BoardConfig readRoot(TomlReader root) {
   if (auto loop = root.table("loop", "[loop]")) {
     readLoopTable(*loop, config.loop);
   }
+  readLineFaults(root, config.loop);
   readDevices(root, config);
   readMemory(root, config);
   const int devices = config.devices;

@@ -2,10 +2,12 @@
 
 #include <gfast_api.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "chip/init_failure_causes.h"
 #include "chip/log_records.h"
+#include "virtual-board/line/adaptation.h"
 
 namespace gfast::board {
 
@@ -23,6 +25,10 @@ constexpr double kSearch_s = 5.0;
 constexpr double kRetry_s = 10.0;
 // How long an end waits before it reports the loss of the robust management channel.
 constexpr double kRmcLossDetection_s = 2.5;
+// How long an end goes on without any margin before it reports that loss.
+constexpr double kMarginLossDetection_s = 10;
+// A signal that is so much weaker than in training counts as lost.
+constexpr double kSignalLost_db = 30;
 
 uint32_t milliseconds(double seconds) {
   return static_cast<uint32_t>(std::lround(seconds * 1000));
@@ -54,6 +60,7 @@ CopperLine::CopperLine(Chip& first, Chip& second, Agenda& agenda, const LoopConf
 
 void CopperLine::powerUp(LineState state) {
   drawDurations();
+  watchLoop();
   survey();
   for (Chip* end : ends_) {
     end->resetLineState(restState(*end));
@@ -103,17 +110,21 @@ void CopperLine::losePower(size_t end) {
 }
 
 bool CopperLine::canMeet() const {
-  return !cut_ && heard_ && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
+  // In showtime nobody asks whether a handshake would be understood.
+  const bool up = phase_ == Phase::kShowtime || phase_ == Phase::kLosing;
+  const bool arrives = up ? loop_.arrivingLoss_db(plan_) < trainedLoss_db_ + kSignalLost_db : heard_;
+  return !cut_ && arrives && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
          ends_[0]->networkSide() != ends_[1]->networkSide();
 }
 
 TonePlan CopperLine::plan() const {
   const bool first = ends_[0]->networkSide();
-  return tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters());
+  TonePlan plan = tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters());
+  plan.networkEnd = first ? 0 : 1;
+  return plan;
 }
 
-// Makes the plan of the next training. The pair of wires never changes, so the same plan gives the same
-// result.
+// Makes the plan of the next training. On the same loop the same plan gives the same result.
 void CopperLine::survey() {
   if (TonePlan now = plan(); now != plan_) {
     plan_ = std::move(now);
@@ -127,6 +138,111 @@ bool CopperLine::trainable() {
     next_ = loop_.budget(plan_);
   }
   return next_.trainable;
+}
+
+void CopperLine::watchLoop() {
+  agenda_.cancel(watch_);
+  if (const auto next = loop_.nextChange(agenda_.now())) {
+    watch_ = agenda_.at(*next, [this] {
+      watch_ = Agenda::kNone;
+      loopChanged();
+      watchLoop();
+    });
+  }
+}
+
+void CopperLine::loopChanged() {
+  if (!loop_.passTo(agenda_.now())) {
+    return;
+  }
+  next_ = {};
+  heard_ = loop_.heard(plan_);
+  if (phase_ == Phase::kShowtime || phase_ == Phase::kLosing) {
+    measureLine();
+  }
+  reconsider();
+}
+
+DirectionBudget& CopperLine::budgetOf(size_t sender) {
+  return sender == budget_.plan->networkEnd ? budget_.downstream : budget_.upstream;
+}
+
+const DirectionPlan& CopperLine::planOf(size_t sender) const {
+  return sender == budget_.plan->networkEnd ? budget_.plan->downstream : budget_.plan->upstream;
+}
+
+// Both receivers measure the line as it is now. What they find wrong they change from a second later on.
+void CopperLine::measureLine() {
+  loop_.measure(budget_);
+  quietSince_ = agenda_.now();
+  noiseErrors_ = loop_.impulses(budget_);
+  for (size_t sender = 0; sender < kEnds; sender++) {
+    const DirectionBudget& direction = budgetOf(sender);
+    noiseErrors_[sender].add(lastingErrors(*direction.spectrum, *direction.loading, planOf(sender).dtu,
+                                           direction.state.rmcMargin));
+  }
+  updateTraffic();
+  if (adaptation_ == Agenda::kNone) {
+    adaptation_ = agenda_.after(kAdaptationPeriod_s, [this] {
+      adaptation_ = Agenda::kNone;
+      adaptLine();
+    });
+  }
+}
+
+// Once a second until nothing is left to change.
+void CopperLine::adaptLine() {
+  if (phase_ != Phase::kShowtime) {
+    return;
+  }
+  bool again = false;
+  bool changed = false;
+  for (size_t sender = 0; sender < kEnds; sender++) {
+    changed = adaptDirection(sender) || changed;
+    again = again || mayRise(budgetOf(sender), planOf(sender));
+  }
+  if (changed) {
+    measureLine();
+  }
+  if (!judgeMargins()) {
+    return;
+  }
+  again = again || withoutMarginSince_;
+  if (again && adaptation_ == Agenda::kNone) {
+    adaptation_ = agenda_.after(kAdaptationPeriod_s, [this] {
+      adaptation_ = Agenda::kNone;
+      adaptLine();
+    });
+  }
+}
+
+bool CopperLine::adaptDirection(size_t sender) {
+  DirectionBudget& direction = budgetOf(sender);
+  const Adaptation adaptation =
+      adapt(direction, planOf(sender), noiseErrors_[sender].corrupted, agenda_.now() - quietSince_);
+  if (!adaptation) {
+    return false;
+  }
+  direction.load(adaptation.loading, planOf(sender));
+  ledger_.adapted(sender, adaptation.kind, adaptation.exchanges);
+  return true;
+}
+
+// False: the line went down because a receiver had no margin for too long.
+bool CopperLine::judgeMargins() {
+  const bool without = std::any_of(ends_.begin(), ends_.end(), [this](const Chip* end) {
+    return budgetOf(end == ends_[0] ? 1 : 0).state.margin < 0;
+  });
+  if (!without) {
+    withoutMarginSince_.reset();
+    return true;
+  }
+  withoutMarginSince_ = withoutMarginSince_.value_or(agenda_.now());
+  if (agenda_.now() - *withoutMarginSince_ < kMarginLossDetection_s) {
+    return true;
+  }
+  lost(LF_REASON_LOSS_OF_MARGIN, &EndCounts::lossOfMarginFailures);
+  return false;
 }
 
 LineState CopperLine::restState(const Chip& chip) const {
@@ -225,18 +341,22 @@ void CopperLine::setPhase(Phase phase) {
 void CopperLine::updateTraffic() {
   const double now = agenda_.now();
   const bool flows = phase_ == Phase::kShowtime || phase_ == Phase::kLosing;
-  const double errors = phase_ == Phase::kLosing ? 1 : errors_;
-  agenda_.cancel(rmcLoss_);
+  const ErrorRates burst = burstErrors(phase_ == Phase::kLosing ? 1 : errors_);
+  std::array<ErrorRates, kEnds> errors{burst, burst};
   if (flows) {
     std::array<StreamFraming, kEnds> framing;
     for (size_t i = 0; i < kEnds; i++) {
-      framing[i] = (ends_[i]->networkSide() ? budget_.downstream : budget_.upstream).framing;
+      framing[i] = budgetOf(i).framing;
+      errors[i].add(noiseErrors_[i]);
     }
     ledger_.flow(now, framing, errors);
   } else {
     ledger_.stop(now);
   }
-  if (phase_ == Phase::kShowtime && errors >= kRmcLost) {
+  const bool drowned = phase_ == Phase::kShowtime && (errors[0].rmcLost || errors[1].rmcLost);
+  if (!drowned) {
+    agenda_.cancel(rmcLoss_);
+  } else if (rmcLoss_ == Agenda::kNone) {
     rmcLoss_ = agenda_.after(kRmcLossDetection_s, [this] {
       rmcLoss_ = Agenda::kNone;
       lost(LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
@@ -251,6 +371,11 @@ void CopperLine::updateTraffic() {
 
 void CopperLine::enterPhase(Phase phase) {
   if (phase == Phase::kShowtime) {
+    // The loop may have changed during training.
+    if (!trainable()) {
+      trainingFailed();
+      return;
+    }
     trained();
   }
   setPhase(phase);
@@ -291,6 +416,11 @@ void CopperLine::drawDurations() {
 
 void CopperLine::trained() {
   budget_ = next_;
+  noiseErrors_ = loop_.impulses(budget_);
+  trainedLoss_db_ = loop_.arrivingLoss_db(plan_);
+  withoutMarginSince_.reset();
+  quietSince_ = agenda_.now();
+  agenda_.cancel(adaptation_);
   for (size_t i = 0; i < ends_.size(); i++) {
     ends_[i]->setInitialisation(milliseconds(handshake_s_ + training_s_), milliseconds(handshake_s_),
                                 E_INITSFCAUSE_SUCCESSS);

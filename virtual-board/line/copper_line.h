@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <random>
 #include <span>
 
@@ -29,6 +30,8 @@ class CopperLine {
 
   void setCut(bool cut);
   bool cut() const { return cut_; }
+  // The pair as it is now.
+  const Cable& cable() const { return loop_.cable(); }
   // From now on this share of what either end sends arrives corrupted; 0: the line is healthy.
   void setErrors(double share);
   // The end loses its power. In showtime it tells the other end, which then reports the loss of power.
@@ -54,6 +57,14 @@ class CopperLine {
   TonePlan plan() const;
   void survey();
   bool trainable();
+  void watchLoop();
+  void loopChanged();
+  void measureLine();
+  void adaptLine();
+  bool adaptDirection(size_t sender);
+  bool judgeMargins();
+  DirectionBudget& budgetOf(size_t sender);
+  const DirectionPlan& planOf(size_t sender) const;
   LineState restState(const Chip& chip) const;
   void reconsider();
   void rest();
@@ -88,6 +99,12 @@ class CopperLine {
   double errors_ = 0;
   Agenda::Ticket step_ = Agenda::kNone;
   Agenda::Ticket search_ = Agenda::kNone;
+  std::array<ErrorRates, kEnds> noiseErrors_;  // that follow from the noise, by the end that sends
+  double trainedLoss_db_ = 0;                  // of what arrived when the line was trained
+  double quietSince_ = 0;                      // when the loop or a loading changed last
+  std::optional<double> withoutMarginSince_;
+  Agenda::Ticket watch_ = Agenda::kNone;
+  Agenda::Ticket adaptation_ = Agenda::kNone;
   Agenda::Ticket rmcLoss_ = Agenda::kNone;
   double handshake_s_ = 0;
   double training_s_ = 0;

@@ -4,10 +4,10 @@ namespace gfast::board {
 
 namespace {
 
-constexpr EndCounter kFields[] = {&EndCounts::lossOfSignalFailures,  &EndCounts::lossOfRmcFailures,
-                                  &EndCounts::lossOfPowerFailures,   &EndCounts::initialisations,
-                                  &EndCounts::failedInitialisations, &EndCounts::lossOfSignalSeconds,
-                                  &EndCounts::unavailableSeconds};
+constexpr EndCounter kFields[] = {&EndCounts::lossOfSignalFailures, &EndCounts::lossOfRmcFailures,
+                                  &EndCounts::lossOfPowerFailures,  &EndCounts::lossOfMarginFailures,
+                                  &EndCounts::initialisations,      &EndCounts::failedInitialisations,
+                                  &EndCounts::lossOfSignalSeconds,  &EndCounts::unavailableSeconds};
 
 }  // namespace
 
@@ -24,9 +24,11 @@ LineLedger::LineLedger(uint32_t seed) : streams_{StreamMeter(seed, 0), StreamMet
   unavailable_.run(0, true);
 }
 
-void LineLedger::flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors) {
+void LineLedger::flow(double now, const std::array<StreamFraming, kEnds>& framing,
+                      const std::array<ErrorRates, kEnds>& errors) {
   for (size_t end = 0; end < kEnds; end++) {
-    streams_[end].flow(now, framing[end], errors);
+    streams_[end].flow(now, framing[end], errors[end]);
+    withoutRmc_[1 - end].run(now, errors[end].rmcLost);
   }
   framing_ = framing;
   flowing_ = true;
@@ -42,6 +44,7 @@ void LineLedger::stop(double now) {
   }
   for (size_t end = 0; end < kEnds; end++) {
     ends_[end].farHeard = total(now, 1 - end);
+    withoutRmc_[end].run(now, false);
   }
   flowing_ = false;
   unavailable_.run(now, true);
@@ -62,7 +65,8 @@ EndView LineLedger::view(double now, size_t end) {
   const End& self = ends_[end];
   const auto state = [this](size_t sender) {
     const StreamMeter& stream = streams_[sender];
-    return StreamState{framing_[sender], stream.load_percent(), stream.lastLoss(), stream.worstLoss()};
+    return StreamState{framing_[sender], stream.load_percent(), stream.lastLoss(), stream.worstLoss(),
+                       stream.severeInRow()};
   };
   EndView view;
   view.near = total(now, end) - self.nearAtStart;
@@ -71,6 +75,8 @@ EndView LineLedger::view(double now, size_t end) {
   view.receives = state(1 - end);
   view.showtime = flowing_;
   view.signalLost = withoutSignal_.since.has_value();
+  view.rmcLost = withoutRmc_[end].since.has_value();
+  view.rmcLostFor_s = withoutRmc_[end].current(now);
   view.signalLostFor_s = static_cast<uint32_t>(withoutSignal_.current(now));
   return view;
 }

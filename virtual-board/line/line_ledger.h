@@ -19,6 +19,7 @@ struct EndCounts {
   StreamCounts received;
   uint64_t lossOfSignalFailures = 0;
   uint64_t lossOfRmcFailures = 0;
+  uint64_t lossOfMarginFailures = 0;
   uint64_t lossOfPowerFailures = 0;
   uint64_t initialisations = 0;  // the failed ones included
   uint64_t failedInitialisations = 0;
@@ -35,6 +36,7 @@ struct StreamState {
   uint32_t load_percent = 0;
   double lastLoss = 0;
   double worstLoss = 0;
+  uint32_t severeInRow = 0;
 };
 
 // What a chip knows of its line at one moment. The streams are those of the last showtime; before the first
@@ -47,6 +49,8 @@ struct EndView {
   bool showtime = false;
   bool signalLost = false;
   uint32_t signalLostFor_s = 0;
+  bool rmcLost = false;  // nothing of the management channel arrives at this end
+  double rmcLostFor_s = 0;
 };
 
 class LineLedger {
@@ -55,9 +59,14 @@ class LineLedger {
 
   // Both directions carry data from now on. Framing is by the end that sends, `errors` as in
   // StreamMeter::flow.
-  void flow(double now, const std::array<StreamFraming, kEnds>& framing, double errors);
+  void flow(double now, const std::array<StreamFraming, kEnds>& framing,
+            const std::array<ErrorRates, kEnds>& errors);
   void stop(double now);
   void signalLost(double now, bool lost);
+  // An adaptation of what that end sends.
+  void adapted(size_t sender, uint64_t StreamCounts::*kind, uint64_t exchanges) {
+    streams_[sender].adapted(kind, exchanges);
+  }
   void count(size_t end, EndCounter what) { ++(ends_[end].events.*what); }
   // The chip at that end has started: its counts begin at 0.
   void restarted(double now, size_t end);
@@ -89,6 +98,7 @@ class LineLedger {
   std::array<End, kEnds> ends_;
   Stopwatch unavailable_;
   Stopwatch withoutSignal_;
+  std::array<Stopwatch, kEnds> withoutRmc_;  // by the end that receives
   bool flowing_ = false;
 };
 

@@ -29,12 +29,6 @@ uint8_t wholeBits(double capacity, uint32_t most) {
   return static_cast<uint8_t>(std::clamp(std::floor(capacity), 0.0, static_cast<double>(most)));
 }
 
-// The margin of a subcarrier with this SNR and so many bits.
-double margin_db(double snr, uint32_t bits) {
-  return powerDecibels(std::max(snr, kLeastPositive)) - (kShannonGap_db - kCodingGain_db) -
-         powerDecibels(std::exp2(bits) - 1);
-}
-
 double targetOf(const DirectionPlan& plan) {
   return (plan.targetMargin + plan.reserve) / 10.0;
 }
@@ -43,7 +37,7 @@ class LeastMargin {
  public:
   void add(double snr, uint32_t bits) {
     if (bits != 0) {
-      least_db_ = std::min(least_db_, margin_db(snr, bits));
+      least_db_ = std::min(least_db_, marginOf(snr, bits));
     }
   }
   // In 0.1 dB; 0 when no subcarrier was given.
@@ -79,7 +73,6 @@ uint32_t snrScale(const LineSpectrum& spectrum, const DirectionPlan& plan) {
 
 // Loads the lowest subcarriers that carry enough, because a loop loses least there.
 void loadRmc(ToneLoading& loading, const LineSpectrum& spectrum, const DirectionPlan& plan) {
-  uint32_t bits = 0;
   for (uint32_t tone = 0; tone < kTones && loading.rmcTones.size() < kMostRmcTones; tone++) {
     const uint8_t most =
         wholeBits(capacity(spectrum.snr[tone], targetOf(plan) + kRmcMarginAbove_db), plan.mostRmcBits);
@@ -88,12 +81,15 @@ void loadRmc(ToneLoading& loading, const LineSpectrum& spectrum, const Direction
     }
     loading.rmcTones.push_back(static_cast<uint16_t>(tone));
     loading.rmcBits[tone] = most;
-    bits += most;
   }
-  loading.rmcBytes = bits / 8;
 }
 
 }  // namespace
+
+double marginOf(double snr, uint32_t bits) {
+  return powerDecibels(std::max(snr, kLeastPositive)) - (kShannonGap_db - kCodingGain_db) -
+         powerDecibels(std::exp2(bits) - 1);
+}
 
 LineSpectrum lineSpectrum(const Path& path, const DirectionPlan& plan, const Receiver& receiver) {
   LineSpectrum spectrum;
@@ -121,22 +117,30 @@ LineSpectrum lineSpectrum(const Path& path, const DirectionPlan& plan, const Rec
   return spectrum;
 }
 
-ToneLoading toneLoading(const LineSpectrum& spectrum, const DirectionPlan& plan) {
+ToneLoading toneLoading(const LineSpectrum& spectrum, const DirectionPlan& plan, double above_db) {
   ToneLoading loading;
   loadRmc(loading, spectrum, plan);
+  for (uint32_t tone = 0; tone < kTones; tone++) {
+    if (plan.medley.test(tone) && !plan.pilots.test(tone)) {
+      loading.bits[tone] = wholeBits(capacity(spectrum.snr[tone], targetOf(plan) + above_db), plan.mostBits);
+    }
+  }
+  sumUp(loading);
+  return loading;
+}
+
+void sumUp(ToneLoading& loading) {
   uint32_t bits = 0;
   uint32_t setAside = 0;
+  uint32_t rmc = 0;
   for (uint32_t tone = 0; tone < kTones; tone++) {
-    if (!plan.medley.test(tone) || plan.pilots.test(tone)) {
-      continue;
-    }
-    loading.bits[tone] = wholeBits(capacity(spectrum.snr[tone], targetOf(plan)), plan.mostBits);
     bits += loading.bits[tone];
+    rmc += loading.rmcBits[tone];
     setAside += loading.rmcBits[tone] != 0 ? loading.bits[tone] : 0U;
   }
   loading.bytesPerSymbol = bits / 8;
   loading.bytesPerRmcSymbol = (bits - setAside) / 8;
-  return loading;
+  loading.rmcBytes = rmc / 8;
 }
 
 LoadingState loadingState(const LineSpectrum& spectrum, const DirectionPlan& plan,

@@ -42,7 +42,14 @@ struct ToneLoading {
   uint32_t rmcBytes = 0;           // B_R: what the RMC itself carries
 };
 
-ToneLoading toneLoading(const LineSpectrum& spectrum, const DirectionPlan& plan);
+// With so much margin above the plan's, dB.
+ToneLoading toneLoading(const LineSpectrum& spectrum, const DirectionPlan& plan, double above_db = 0);
+
+// Takes the sums of bits anew.
+void sumUp(ToneLoading& loading);
+
+// The margin of a subcarrier with this SNR and so many bits, dB.
+double marginOf(double snr, uint32_t bits);
 
 // What a line with this loading has to spare, and what it could carry.
 struct LoadingState {

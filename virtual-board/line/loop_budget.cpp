@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "virtual-board/base/decibels.h"
+#include "virtual-board/line/line_noise.h"
 
 namespace gfast::board {
 
@@ -38,18 +40,48 @@ bool carriesEnough(const DirectionBudget& downstream, const DirectionBudget& ups
 }  // namespace
 
 Loop::Loop(const LoopConfig& config, uint32_t seed)
-    : cable_(config), length_m_(config.length_m), noise_dbm_hz_(config.noise_dbm_hz), seed_(seed) {}
+    : config_(config),
+      seed_(seed),
+      conditions_(conditionsAt(config_.faults, 0)),
+      cable_(config_, conditions_) {}
 
-bool Loop::heard(const TonePlan& plan) const {
-  return heard(plan.downstream) && heard(plan.upstream);
+bool Loop::passTo(double now) {
+  LineConditions then = conditionsAt(config_.faults, now);
+  if (then == conditions_) {
+    return false;
+  }
+  const auto copper = [](const LineConditions& conditions) {
+    LineConditions kept;
+    std::copy_if(conditions.begin(), conditions.end(), std::back_inserter(kept),
+                 [](const PresentFault& present) { return isCopper(*present.fault); });
+    return kept;
+  };
+  const bool sameCopper = copper(then) == copper(conditions_);
+  conditions_ = std::move(then);
+  if (!sameCopper) {
+    cable_ = Cable(config_, conditions_);
+    gains_.clear();
+  }
+  for (Noise& noise : noise_) {
+    noise = {};
+  }
+  return true;
 }
 
-bool Loop::heard(const DirectionPlan& plan) const {
+bool Loop::heard(const TonePlan& plan) const {
+  return heard(plan.downstream, 1 - plan.networkEnd, plan.vectoring) &&
+         heard(plan.upstream, plan.networkEnd, plan.vectoring);
+}
+
+bool Loop::heard(const DirectionPlan& plan, size_t receiver, bool vectoring) const {
+  const NoiseScene scene{config_, cable_, conditions_, vectoring};
   double sum_db = 0;
   uint32_t tones = 0;
   for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; tone++) {
     if (plan.medley.test(tone)) {
-      sum_db += plan.sent_dbm_hz[tone] - loss_db(tone * kSubcarrierSpacing_hz) - noise_dbm_hz_;
+      const double frequency_hz = tone * kSubcarrierSpacing_hz;
+      sum_db += plan.sent_dbm_hz[tone] - loss_db(frequency_hz) -
+                powerDecibels(noiseAtEnds(scene, frequency_hz)[receiver]);
       tones++;
     }
   }
@@ -64,54 +96,118 @@ bool Loop::soonEnough() const {
   return 2 * cable_.delay_s() <= kMostRoundTrip_s;
 }
 
-const Path& Loop::path() {
-  if (path_.gain.empty()) {
-    path_.gain.resize(kTones);
-    path_.noise_mw_hz.assign(kTones, powerRatio(noise_dbm_hz_));
+Path Loop::path(size_t receiver, bool vectoring) {
+  if (gains_.empty()) {
+    gains_.resize(kTones);
     for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
-      path_.gain[tone] = cable_.insertionGain(tone * kSubcarrierSpacing_hz);
+      gains_[tone] = cable_.insertionGain(tone * kSubcarrierSpacing_hz);
     }
   }
-  return path_;
+  Noise& noise = noise_[vectoring ? 1 : 0];
+  if (noise[0].empty()) {
+    const NoiseScene scene{config_, cable_, conditions_, vectoring};
+    noise[0].resize(kTones);
+    noise[1].resize(kTones);
+    for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
+      const auto ends = noiseAtEnds(scene, tone * kSubcarrierSpacing_hz);
+      noise[0][tone] = ends[0];
+      noise[1][tone] = ends[1];
+    }
+  }
+  return {gains_, noise[receiver]};
 }
 
-DirectionBudget Loop::directionBudget(const DirectionPlan& plan, uint32_t frameSymbols,
-                                      bool networkReceives) {
+DirectionBudget Loop::directionBudget(const TonePlan& plan, const DirectionPlan& direction, size_t receiver) {
   DirectionBudget budget;
-  const Receiver& receiver = receiverOf(networkReceives);
-  const auto spectrum = std::make_shared<const LineSpectrum>(lineSpectrum(path(), plan, receiver));
-  const auto loading = std::make_shared<const ToneLoading>(toneLoading(*spectrum, plan));
-  budget.state = loadingState(*spectrum, plan, *loading);
+  const Receiver& traits = receiverOf(receiver == plan.networkEnd);
+  const auto spectrum =
+      std::make_shared<const LineSpectrum>(lineSpectrum(path(receiver, plan.vectoring), direction, traits));
+  const auto loading = std::make_shared<const ToneLoading>(toneLoading(*spectrum, direction));
   StreamFraming& framing = budget.framing;
-  framing.frameSymbols = frameSymbols;
-  framing.symbolsPerFrame = plan.symbols;
-  framing.dtu = plan.dtu;
+  framing.frameSymbols = plan.frameSymbols;
+  framing.symbolsPerFrame = direction.symbols;
+  framing.dtu = direction.dtu;
+  framing.seamlessRateAdaptation = direction.seamlessRateAdaptation;
+  framing.fastRateAdaptation = direction.fastRateAdaptation;
+  budget.electricalLength = tenthsOf(loss_db(kElectricalLength_hz) + traits.loss_db);
+  budget.loading = loading;
+  budget.measured(spectrum, direction);
+  return budget;
+}
+
+void DirectionBudget::measured(std::shared_ptr<const LineSpectrum> now, const DirectionPlan& plan) {
+  spectrum = std::move(now);
+  load(loading, plan);
+}
+
+void DirectionBudget::load(std::shared_ptr<const ToneLoading> other, const DirectionPlan& plan) {
+  loading = std::move(other);
   framing.bytesPerSymbol = loading->bytesPerSymbol;
   framing.bytesPerRmcSymbol = loading->bytesPerRmcSymbol;
-  framing.seamlessRateAdaptation = plan.seamlessRateAdaptation;
-  framing.fastRateAdaptation = plan.fastRateAdaptation;
+  state = loadingState(*spectrum, plan, *loading);
   StreamFraming attainable = framing;
-  attainable.bytesPerSymbol = budget.state.attainableBytes;
-  attainable.bytesPerRmcSymbol = budget.state.attainableRmcBytes;
-  budget.attainable_kbps = streamRates(attainable).net;
-  budget.powerSent = signedTenthsOf(spectrum->powerSent_dbm);
-  budget.powerReceived = signedTenthsOf(spectrum->powerReceived_dbm);
-  budget.electricalLength = tenthsOf(loss_db(kElectricalLength_hz) + receiver.loss_db);
-  budget.loading = loading;
-  budget.spectrum = spectrum;
-  return budget;
+  attainable.bytesPerSymbol = state.attainableBytes;
+  attainable.bytesPerRmcSymbol = state.attainableRmcBytes;
+  attainable_kbps = streamRates(attainable).net;
+  powerSent = signedTenthsOf(spectrum->powerSent_dbm);
+  powerReceived = signedTenthsOf(spectrum->powerReceived_dbm);
 }
 
 LoopBudget Loop::budget(const TonePlan& plan) {
   LoopBudget budget;
   budget.plan = std::make_shared<const TonePlan>(plan);
-  budget.downstream = directionBudget(plan.downstream, plan.frameSymbols, false);
-  budget.upstream = directionBudget(plan.upstream, plan.frameSymbols, true);
+  budget.downstream = directionBudget(plan, plan.downstream, 1 - plan.networkEnd);
+  budget.upstream = directionBudget(plan, plan.upstream, plan.networkEnd);
   budget.heard = heard(plan);
   budget.trainable = budget.heard && soonEnough() && carriesEnough(budget.downstream, budget.upstream);
-  budget.length_m = length_m_;
+  budget.length_m = config_.length_m;
   budget.binderSeed = seed_;
   return budget;
+}
+
+void Loop::measure(LoopBudget& budget) {
+  const TonePlan& plan = *budget.plan;
+  const auto again = [&](DirectionBudget& direction, const DirectionPlan& own, size_t receiver) {
+    const Receiver& traits = receiverOf(receiver == plan.networkEnd);
+    direction.measured(
+        std::make_shared<const LineSpectrum>(lineSpectrum(path(receiver, plan.vectoring), own, traits)), own);
+  };
+  again(budget.downstream, plan.downstream, 1 - plan.networkEnd);
+  again(budget.upstream, plan.upstream, plan.networkEnd);
+}
+
+std::array<ErrorRates, 2> Loop::impulses(const LoopBudget& budget) {
+  const TonePlan& plan = *budget.plan;
+  std::array<ErrorRates, 2> rates;
+  for (const auto& [fault, share] : conditions_) {
+    if (fault->kind != LineFault::Kind::kImpulse) {
+      continue;
+    }
+    for (size_t receiver = 0; receiver < rates.size(); receiver++) {
+      const bool upstream = receiver == plan.networkEnd;
+      const DirectionBudget& direction = upstream ? budget.upstream : budget.downstream;
+      Path hit = path(receiver, plan.vectoring);
+      for (uint32_t tone = kFirstTone; tone <= kLastTone; tone++) {
+        hit.noise_mw_hz[tone] += impulseAtEnds(cable_, *fault, tone * kSubcarrierSpacing_hz)[receiver];
+      }
+      const DirectionPlan& own = upstream ? plan.upstream : plan.downstream;
+      const LineSpectrum spectrum = lineSpectrum(hit, own, receiverOf(upstream));
+      rates[1 - receiver].add(impulseErrors(*fault, corruptedShare(spectrum, *direction.loading, own.dtu)));
+    }
+  }
+  return rates;
+}
+
+double Loop::arrivingLoss_db(const TonePlan& plan) const {
+  double sum_db = 0;
+  uint32_t tones = 0;
+  for (uint32_t tone = 0; tone < kTones && tones < kHandshakeTones; tone++) {
+    if (plan.downstream.medley.test(tone)) {
+      sum_db += loss_db(tone * kSubcarrierSpacing_hz);
+      tones++;
+    }
+  }
+  return sum_db / std::max(tones, 1U);
 }
 
 }  // namespace gfast::board

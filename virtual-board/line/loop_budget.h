@@ -2,11 +2,16 @@
 // subcarrier by subcarrier. The pair is computed once, the rest once for each plan.
 #pragma once
 
+#include <array>
+#include <complex>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "virtual-board/base/line_framing.h"
 #include "virtual-board/line/cable.h"
+#include "virtual-board/line/error_rates.h"
 #include "virtual-board/line/line_spectrum.h"
 #include "virtual-board/line/loop_config.h"
 #include "virtual-board/line/tone_plan.h"
@@ -23,6 +28,10 @@ struct DirectionBudget {
   LoadingState state;
   std::shared_ptr<const LineSpectrum> spectrum;
   std::shared_ptr<const ToneLoading> loading;
+
+  // The same loading as the receiver measures it now; another one on the same line.
+  void measured(std::shared_ptr<const LineSpectrum> now, const DirectionPlan& plan);
+  void load(std::shared_ptr<const ToneLoading> other, const DirectionPlan& plan);
 };
 
 struct LoopBudget {
@@ -38,24 +47,47 @@ struct LoopBudget {
 class Loop {
  public:
   explicit Loop(const LoopConfig& config, uint32_t seed = 0);
+  Loop(const Loop&) = delete;
+  Loop& operator=(const Loop&) = delete;
+
+  // From now on the loop is as it is at this time. Returns whether anything has changed.
+  bool passTo(double now);
+  // When it changes next, after `now`; empty: never.
+  std::optional<double> nextChange(double now) const { return nextConditions(config_.faults, now); }
+  // As it is now.
+  const Cable& cable() const { return cable_; }
 
   // Whether the lowest subcarriers of both directions have enough SNR for a handshake.
   bool heard(const TonePlan& plan) const;
 
   LoopBudget budget(const TonePlan& plan);
 
- private:
-  double loss_db(double frequency_hz) const;
-  bool heard(const DirectionPlan& plan) const;
-  bool soonEnough() const;
-  const Path& path();
-  DirectionBudget directionBudget(const DirectionPlan& plan, uint32_t frameSymbols, bool networkReceives);
+  // Measures again what a line in showtime has to spare. Its loading stays.
+  void measure(LoopBudget& budget);
 
-  const Cable cable_;
-  const double length_m_;
-  const double noise_dbm_hz_;
+  // What the impulses that are there corrupt, by the end that sends.
+  std::array<ErrorRates, 2> impulses(const LoopBudget& budget);
+
+  // Of the lowest subcarriers, on average.
+  double arrivingLoss_db(const TonePlan& plan) const;
+
+ private:
+  using Gains = std::vector<std::complex<double>>;
+  // By the end that hears it, by subcarrier.
+  using Noise = std::array<std::vector<double>, 2>;
+
+  double loss_db(double frequency_hz) const;
+  bool heard(const DirectionPlan& plan, size_t receiver, bool vectoring) const;
+  bool soonEnough() const;
+  Path path(size_t receiver, bool vectoring);
+  DirectionBudget directionBudget(const TonePlan& plan, const DirectionPlan& direction, size_t receiver);
+
+  const LoopConfig config_;
   const uint32_t seed_;
-  Path path_;  // empty until the first budget
+  LineConditions conditions_;
+  Cable cable_;
+  Gains gains_;     // empty until they are needed, here and below
+  Noise noise_[2];  // without and with vectoring
 };
 
 }  // namespace gfast::board

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "virtual-board/line/line_fault.h"
+
 namespace gfast::board {
 
 struct BridgedTap {
@@ -17,6 +19,7 @@ struct LoopConfig {
   double noise_dbm_hz = -140.0;
   std::vector<BridgedTap> taps;
   bool cut = false;
+  std::vector<LineFault> faults{};
 };
 
 }  // namespace gfast::board

@@ -66,11 +66,12 @@ StreamMeter::StreamMeter(uint32_t seed, uint32_t stream)
       bitSwapPeriod_(
           static_cast<uint32_t>(kBitSwapPeriod - kBitSwapSpread / 2 + mix(seed_ + 1) % kBitSwapSpread)) {}
 
-void StreamMeter::flow(double now, const StreamFraming& framing, double errors) {
+void StreamMeter::flow(double now, const StreamFraming& framing, const ErrorRates& errors) {
   if (open_) {
     stop(now);
   } else {
     worstLoss_ = 0;
+    severeInRow_ = 0;
   }
   lastLoss_ = 0;
   stretches_++;
@@ -94,10 +95,10 @@ StreamCounts StreamMeter::counts(double now) {
     add(counts, count(now, kFramesOnTheWay));
   }
   counts.dtusRetransmitted = counts.dtusBad - counts.dtusUncorrected;
-  counts.bitSwaps = counts.framesSent / bitSwapPeriod_;
-  counts.seamlessRateAdaptations = counts.adaptiveFrames / kSraPeriod;
-  counts.fastRateAdaptations = counts.adaptedSeconds;
-  counts.rmcParameterAdaptations = counts.framesSent / kRpaPeriod;
+  counts.bitSwaps += counts.framesSent / bitSwapPeriod_;
+  counts.seamlessRateAdaptations += counts.adaptiveFrames / kSraPeriod;
+  counts.fastRateAdaptations += counts.adaptedSeconds;
+  counts.rmcParameterAdaptations += counts.framesSent / kRpaPeriod;
   return counts;
 }
 
@@ -114,8 +115,8 @@ StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
   counts.framesArrived = arrived;
   counts.dtusSent = dtus(frames);
   counts.dtusArrived = dtus(arrived);
-  if (open_->errors >= kRmcLost) {
-    counts.lostRmcs = static_cast<uint64_t>(static_cast<double>(arrived) * open_->errors);
+  if (open_->errors.rmcLost) {
+    counts.lostRmcs = static_cast<uint64_t>(static_cast<double>(arrived) * open_->errors.corrupted);
   }
   // The bad units are spread evenly over the second, so that the count of good ones never falls.
   const uint64_t begin = dtus(framesIn(open_->seconds));
@@ -140,14 +141,13 @@ uint64_t StreamMeter::dtus(uint64_t frames) const {
 StreamMeter::Draw StreamMeter::draw(uint64_t second) const {
   const uint64_t number = mix(mix(seed_ ^ (stretches_ << 32)) + second);
   const uint64_t length = dtus(framesIn(second + 1)) - dtus(framesIn(second));
-  if (open_->errors == 0) {
+  if (open_->errors.corrupted == 0) {
     const uint64_t bad = number % kSecondsBetweenHits == 0 ? 1 + (number >> 8) % kMostHit : 0;
     const bool lost = (number >> 16) % (kSecondsBetweenLosses / kSecondsBetweenHits) == 0;
     return {std::min(bad, length), bad != 0 && length != 0 && lost ? 1U : 0U};
   }
-  const auto bad = static_cast<uint64_t>(std::llround(static_cast<double>(length) * open_->errors));
-  // A unit is lost for good when its retransmissions are corrupted too.
-  const auto lost = static_cast<uint64_t>(static_cast<double>(bad) * open_->errors * open_->errors);
+  const auto bad = static_cast<uint64_t>(std::llround(static_cast<double>(length) * open_->errors.corrupted));
+  const auto lost = static_cast<uint64_t>(static_cast<double>(bad) * open_->errors.lost);
   return {bad, lost};
 }
 
@@ -162,6 +162,7 @@ void StreamMeter::settle(uint64_t framesArrived) {
     judgeSecond(stretch.settled, second.uncorrected);
     lastLoss_ = length == 0 ? 0 : static_cast<double>(second.uncorrected) / static_cast<double>(length);
     worstLoss_ = std::max(worstLoss_, lastLoss_);
+    severeInRow_ = second.uncorrected >= kSevere ? severeInRow_ + 1 : 0;
     stretch.seconds++;
   }
 }
@@ -169,8 +170,9 @@ void StreamMeter::settle(uint64_t framesArrived) {
 void StreamMeter::judgeSecond(StreamCounts& counts, uint64_t uncorrected) const {
   counts.erroredSeconds += uncorrected > 0 ? 1 : 0;
   counts.severelyErroredSeconds += uncorrected >= kSevere ? 1 : 0;
-  counts.adaptedSeconds += uncorrected >= kSevere && open_->framing.fastRateAdaptation ? 1 : 0;
-  counts.lossOfRmcSeconds += uncorrected > 0 && open_->errors >= kRmcLost ? 1 : 0;
+  counts.adaptedSeconds +=
+      uncorrected >= kSevere && open_->framing.fastRateAdaptation && open_->errors.announced ? 1 : 0;
+  counts.lossOfRmcSeconds += uncorrected > 0 && open_->errors.rmcLost ? 1 : 0;
 }
 
 }  // namespace gfast::board

@@ -9,11 +9,9 @@
 #include <optional>
 
 #include "virtual-board/base/line_framing.h"
+#include "virtual-board/line/error_rates.h"
 
 namespace gfast::board {
-
-// From this share of errors on, the robust management channel is lost too.
-constexpr double kRmcLost = 0.5;
 
 // Counts since power-up. They never fall. Those of the receiver are two frames behind those of the sender.
 struct StreamCounts {
@@ -47,17 +45,22 @@ class StreamMeter {
   // `stream` tells the two directions apart, so that each has draws of its own.
   StreamMeter(uint32_t seed, uint32_t stream);
 
-  // Begins a stretch, and ends the one before. `errors` is the share of units that arrive corrupted; 0: the
-  // few of a healthy line.
-  void flow(double now, const StreamFraming& framing, double errors);
+  // Begins a stretch, and ends the one before.
+  void flow(double now, const StreamFraming& framing, const ErrorRates& errors);
   // Ends the stretch. Frames on their way arrive.
   void stop(double now);
+
+  // Adaptations were made that noise or the loop asked for. A line that nothing happens to makes a few by
+  // itself.
+  void adapted(uint64_t StreamCounts::*kind, uint64_t exchanges) { closed_.*kind += exchanges; }
 
   StreamCounts counts(double now);
   // The share of units that were lost for good, in the last whole second of this stretch and in the worst
   // second since data began to flow.
   double lastLoss() const { return lastLoss_; }
   double worstLoss() const { return worstLoss_; }
+  // Severely errored seconds up to the last whole one.
+  uint32_t severeInRow() const { return severeInRow_; }
   // The share of user data in what is sent, in per cent. The rest is idle.
   uint32_t load_percent() const { return load_percent_; }
 
@@ -69,7 +72,7 @@ class StreamMeter {
   struct Stretch {
     double start;
     StreamFraming framing;
-    double errors;
+    ErrorRates errors;
     uint64_t seconds = 0;  // whole seconds that `settled` counts
     StreamCounts settled;  // only bad and uncorrected units, and seconds
   };
@@ -89,6 +92,7 @@ class StreamMeter {
   std::optional<Stretch> open_;
   double lastLoss_ = 0;
   double worstLoss_ = 0;
+  uint32_t severeInRow_ = 0;
 };
 
 }  // namespace gfast::board

@@ -25,17 +25,12 @@ struct DirectionLimits {
   double mostPower_dbm;
   uint32_t reserve;      // 0.1 dB
   uint32_t mostRmcBits;  // a subcarrier
+  DtuFraming dtu;
 };
-constexpr DirectionLimits kDownstream{kLastTone, 4, 0, 6};
+constexpr DirectionLimits kDownstream{kLastTone, 4, 0, 6, kDownstreamDtu};
 // The filter that keeps power and signal apart at the network side rolls off, and its receiver measures the
 // SNR in short bursts.
-constexpr DirectionLimits kUpstream{kLastTone - 12, 3, 3, 5};
-
-// What ITU-T G.9701 allows of a data transfer unit.
-constexpr uint32_t kSmallestCodeword = 32;
-constexpr uint32_t kLargestCodeword = 255;
-constexpr uint32_t kMostRedundancy = 16;
-constexpr uint32_t kMostCodewords = 16;
+constexpr DirectionLimits kUpstream{kLastTone - 12, 3, 3, 5, kUpstreamDtu};
 
 // International amateur radio bands (ITU-T G.9700), by bit of IARBands.
 constexpr struct {
@@ -203,17 +198,6 @@ void shareFrame(TonePlan& plan, const Parameters& network) {
   plan.upstream.symbols = plan.frameSymbols - 1 - plan.downstream.symbols;
 }
 
-// Values that make no unit are those of the firmware.
-DtuFraming dtuFraming(const Parameters& parameters, eConstParams size, eConstParams codewords,
-                      eConstParams redundancy, const DtuFraming& usual) {
-  const DtuFraming dtu{parameters.running(size), parameters.running(redundancy),
-                       parameters.running(codewords)};
-  const bool possible = dtu.codewordSize >= kSmallestCodeword && dtu.codewordSize <= kLargestCodeword &&
-                        dtu.redundancy >= 2 && dtu.redundancy <= kMostRedundancy && dtu.redundancy % 2 == 0 &&
-                        dtu.codewords >= 1 && dtu.codewords <= kMostCodewords;
-  return possible ? dtu : usual;
-}
-
 DirectionPlan spectrumOf(const DirectionLimits& limits, const Parameters& network,
                          const Parameters& subscriber) {
   DirectionPlan plan;
@@ -230,6 +214,7 @@ DirectionPlan spectrumOf(const DirectionLimits& limits, const Parameters& networ
   plan.pilots = pilotsOf(plan.medley);
   plan.reserve = limits.reserve;
   plan.mostRmcBits = limits.mostRmcBits;
+  plan.dtu = limits.dtu;
   plan.mostBits = std::min(
       {network.running(PARAMS_blUpperLimit), subscriber.running(PARAMS_blUpperLimit), kMostToneBits});
   return plan;
@@ -243,10 +228,6 @@ TonePlan tonePlan(const Parameters& network, const Parameters& subscriber) {
   plan.upstream = spectrumOf(kUpstream, network, subscriber);
   plan.vectoring = network.running(PARAMS_vectoringEnabled) != 0;
   shareFrame(plan, network);
-  plan.downstream.dtu = dtuFraming(network, PARAMS_dsCodeWordSize, PARAMS_dsNumCodeWords,
-                                   PARAMS_dsRsRedundancy, kDownstreamDtu);
-  plan.upstream.dtu =
-      dtuFraming(network, PARAMS_usCodeWordSize, PARAMS_usNumCodeWords, PARAMS_usRsRedundancy, kUpstreamDtu);
   plan.downstream.targetMargin = margin(network, PARAMS_dsMargin);
   plan.upstream.targetMargin = margin(network, PARAMS_usMargin);
   plan.downstream.seamlessRateAdaptation = network.running(PARAMS_disableDsSra) == 0;

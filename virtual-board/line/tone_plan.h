@@ -1,7 +1,7 @@
 // What the two ends of a line agree on before training, from the start-up parameters of both: subcarriers,
 // levels, the share of the frame, and limits of the loading.
 //
-// Frame, margins, adaptations and codewords are set by the network side. Both ends spare what either has to
+// Frame, margins and adaptations are set by the network side. Both ends spare what either has to
 // spare: the bands of RFIBand and IARBands, the subcarriers outside of the first and the last bandStart, and
 // the levels by which the bands are lowered. The lower of both bit-loading limits applies. Upstream ends a
 // few subcarriers below downstream and is sent with less power.
@@ -45,6 +45,7 @@ struct DirectionPlan {
 
 struct TonePlan {
   uint32_t frameSymbols = 0;  // M_F
+  size_t networkEnd = 0;      // the device at the network side
   bool vectoring = false;
   DirectionPlan downstream;
   DirectionPlan upstream;

@@ -28,6 +28,8 @@ constexpr uint32_t kTxSoftRealTime = 9;
 constexpr uint32_t kRxHardRealTime = 31;
 constexpr uint32_t kRxSoftRealTime = 12;
 constexpr uint32_t kTraps[] = {2, 1, 1};
+// From when on a defect is persistent.
+constexpr double kPersistent_s = 1;
 
 // The lower 32 bits, as a chip shows a counter.
 constexpr uint32_t wrapped(uint64_t count) {
@@ -232,6 +234,7 @@ Bytes framerRaw(const LineInsight& line) {
 Bytes fduRaw(const LineInsight& line) {
   auto block = headed<GFAST_FDU_RAW_COUNTERS_S>();
   block.lossOfPower = wrapped(line.view.near.lossOfPowerFailures);
+  block.lossOfMargin = wrapped(line.view.near.lossOfMarginFailures);
   if (line.everTrained()) {
     block.rxMargin = static_cast<uint32_t>(line.receives().state.margin);
     block.UPBOKLE = line.receives().electricalLength;
@@ -289,6 +292,7 @@ Bytes derived(const LineInsight& line) {
   block.persistentLossOfSignalDefect = view.signalLost ? 1 : 0;
   block.lossOfSignalFailureCounter = wrapped(near.lossOfSignalFailures);
   block.lossOfRmcFailureCounter = wrapped(near.lossOfRmcFailures);
+  block.lossOfMarginFailureCounter = wrapped(near.lossOfMarginFailures);
   block.lossOfPowerFailureCounter = wrapped(near.lossOfPowerFailures);
   block.erroredSeconds = wrapped(near.received.erroredSeconds);
   block.severlyErroredSeconds = wrapped(near.received.severelyErroredSeconds);
@@ -298,6 +302,11 @@ Bytes derived(const LineInsight& line) {
   block.fullInits = wrapped(near.initialisations);
   block.failedFullInits = wrapped(near.failedInitialisations);
   block.crcAnomaly = wrapped(near.received.dtusUncorrected);
+  block.lorDefect = view.rmcLost ? 1 : 0;
+  block.persistentLorDefect = view.rmcLostFor_s >= kPersistent_s ? 1 : 0;
+  block.continousMillisecondsOfLorDefects = static_cast<uint32_t>(view.rmcLostFor_s * 1000);
+  block.continuousLossOfRMCSeconds = static_cast<uint32_t>(view.rmcLostFor_s);
+  block.continuousSeverlyErroredSeconds = view.receives.severeInRow;
   block.lorDefects = wrapped(near.received.lossOfRmcSeconds);
   block.errorFreeBits = wrapped(errorFreeBits(near.received, line.view.receives));
   block.continuousLossOfSignalSeconds = view.signalLostFor_s;
@@ -336,6 +345,7 @@ Bytes etrDatabase(const LineInsight& line) {
 template <typename Group>
 void fillGroup(Group& group, const EndCounts& end, const StreamState& receives) {
   group.LOS = wrapped(end.lossOfSignalFailures);
+  group.LOM = wrapped(end.lossOfMarginFailures);
   group.LOR = wrapped(end.lossOfRmcFailures);
   group.LPR = wrapped(end.lossOfPowerFailures);
   group.ES = wrapped(end.received.erroredSeconds);

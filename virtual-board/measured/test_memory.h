@@ -50,6 +50,7 @@ class TestMemory {
   Agenda& agenda_;
   const LoopConfig loop_;
   Spectrum response_;                  // of the loop, by subcarrier; empty until needed
+  std::optional<Cable> measured_;      // whose response it is
   std::optional<size_t> transmitter_;  // whose signal is on the pair
 };
 

@@ -24,10 +24,10 @@ TEST(Identity, DeviceInformationImageHoldsVersionDateTimeTemperatureAndVendor) {
             "32 00 31 00");                                                             // 21
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_TEMPERATURE, 4), "2f 00 00 00");
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_VENDOR_ID, 12),
-            "b5 00 00 00 56 42 52 44 00 01 00 00");
+            "00 00 00 b5 44 52 42 56 00 00 01 00");
   // Another maker's.
   EXPECT_EQ(bench.read(1, VIRT_ADDR_DEVICE_INFO_READ + DEV_INF_VENDOR_ID, 12),
-            "b5 00 00 00 56 48 4f 4d 00 02 00 00");
+            "00 00 00 b5 4d 4f 48 56 00 00 02 00");
   EXPECT_EQ(bench.read(0, VIRT_ADDR_DEVICE_INFO_READ, 260).size(), 260U * 3 - 1);
 }
 

@@ -83,6 +83,16 @@ TEST(BoardFileMistakes, ImpossibleValues) {
       {"[loop]\nlength_m = nan", "2: \"length_m\" must be between 0 and 2000"},
       {"[loop]\nnoise_dbm_hz = 1", "2: \"noise_dbm_hz\" must be between -200 and 0"},
       {"[loop]\ntaps = [ { at_m = 101, length_m = 1 } ]", "2: \"at_m\" must be between 0 and 100"},
+      {"[[line_fault]]\nkind = \"tap\"\nat_m = 101", "3: \"at_m\" must be between 0 and 100"},
+      {"[[line_fault]]\nkind = \"leak\"\nat_m = 1",
+       "2: \"kind\" must be one of tap, joint, section, water, noise, radio, imbalance, crosstalk, impulse, "
+       "supply"},
+      {"[[line_fault]]\nkind = \"tap\"\nfor_s = 5\nevery_s = 5",
+       "4: \"every_s\" must be longer than \"for_s\""},
+      {"[[line_fault]]\nkind = \"noise\"\nat_m = 1\nshape = [ { mhz = 1, dbm_hz = -100 } ]",
+       "4: \"shape\" must have 2 to 64 points"},
+      {"[[line_fault]]\nkind = \"impulse\"\nat_m = 1\nlevel_dbm_hz = -90\nlength_ms = 1\nfor_s = 5",
+       "6: \"for_s\" needs impulses with a \"rate_hz\""},
       {"[[device]]\nside = \"co\"", "2: \"side\" must be one of dp, cpe"},
       {"[[device]]\nfirmware = \"1.9.4\"",
        "2: \"firmware\" must be four numbers of 0 to 255, chipset.ga.rc.profile"},
@@ -148,6 +158,10 @@ TEST(BoardFileMistakes, ImpossibleValues) {
 TEST(BoardFileMistakes, MissingKeys) {
   expectMistakes({
       {"[loop]\ntaps = [ { at_m = 1 } ]", "2: taps needs \"length_m\""},
+      {"[[line_fault]]\nat_m = 1", "1: [[line_fault]] needs \"kind\""},
+      {"[[line_fault]]\nkind = \"tap\"\nlength_m = 1", "1: [[line_fault]] needs \"at_m\""},
+      {"[[line_fault]]\nkind = \"noise\"\nat_m = 1",
+       "1: [[line_fault]] needs either \"level_dbm_hz\" or \"shape\""},
       {"[[memory]]\naddress = 0\nbytes = \"\"", "1: [[memory]] needs \"device\""},
       {"[[memory]]\ndevice = 0\nbytes = \"\"", "1: [[memory]] needs \"address\""},
       {"[[memory]]\ndevice = 0\naddress = 0", "1: [[memory]] needs either \"bytes\" or \"dump\""},

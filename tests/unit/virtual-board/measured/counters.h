@@ -31,3 +31,14 @@ inline G9972_PM_COUNTERS_S pm(Bench& bench, int device) {
 inline G9701_ManagementCounters_t farCounters(Bench& bench, int device) {
   return Bench::record<G9701_ManagementCounters_t>(bench.farEnd(device, 0));
 }
+
+// The rate that follows from the record's fields, kbit/s.
+inline double expectedThroughput(double ns, double k, double n, double q, double bd, double bdr,
+                                 const ETR_DB_S& db) {
+  const double f = db.samplingFrequency;
+  const double a = f * db.dtuOverheadSize;
+  const double m = db.numFramesInSuperFrame;
+  const double s = static_cast<double>(db.numSamplesInSymbol) * db.numSymbolsInFrame * n;
+  const double x = f * k * (ns - 1) - ns * a / q - f * k / m + a / q + a / (m * q);
+  return (bd * x / s * 8 + bdr * f * 8 * (q * k - db.dtuOverheadSize) / (s * q) - 1000) / 1000;
+}

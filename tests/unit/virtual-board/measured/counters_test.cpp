@@ -61,17 +61,6 @@ void expectNothingLost(Bench& bench, int sender) {
   ASSERT_EQ(received.numOfBadRxDTUs - received.rtxuc, sent.numOfRetTxDTUs);
 }
 
-// The rate that follows from the record's fields, kbit/s.
-double expectedThroughput(double ns, double k, double n, double q, double bd, double bdr,
-                          const ETR_DB_S& db) {
-  const double f = db.samplingFrequency;
-  const double a = f * db.dtuOverheadSize;
-  const double m = db.numFramesInSuperFrame;
-  const double s = static_cast<double>(db.numSamplesInSymbol) * db.numSymbolsInFrame * n;
-  const double x = f * k * (ns - 1) - ns * a / q - f * k / m + a / q + a / (m * q);
-  return (bd * x / s * 8 + bdr * f * 8 * (q * k - db.dtuOverheadSize) / (s * q) - 1000) / 1000;
-}
-
 }  // namespace
 
 TEST(Counters, BlocksHoldTheirRevisionAndLength) {

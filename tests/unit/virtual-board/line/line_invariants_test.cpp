@@ -1,0 +1,207 @@
+// What holds on every board at every moment, whatever happens to its line. GFAST_RANDOM_BOARDS says how many
+// boards are tried, GFAST_RANDOM_HOURS how long each runs.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "unit/virtual-board/measured/tone_memory.h"
+#include "virtual-board/base/draw.h"
+
+using namespace gfast;
+using namespace gfast::board;
+
+namespace {
+
+double setting(const char* name, double usual) {
+  const char* const text = std::getenv(name);
+  return text == nullptr ? usual : std::atof(text);
+}
+
+// Draws that depend on the board's number alone.
+class Dice {
+ public:
+  explicit Dice(uint64_t board) : state_(mix(board)) {}
+  double between(double least, double most) {
+    state_ = mix(state_);
+    return least +
+           (most - least) * static_cast<double>(state_ >> 11) / static_cast<double>(uint64_t{1} << 53);
+  }
+  template <size_t N>
+  const char* oneOf(const char* const (&texts)[N]) {
+    return texts[static_cast<size_t>(between(0, N))];
+  }
+
+ private:
+  uint64_t state_;
+};
+
+std::string number(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.3f", value);
+  return text;
+}
+
+constexpr const char* kKinds[] = {
+    "kind = \"tap\"\nlength_m = 7",
+    "kind = \"joint\"\nohm = 120\nnf = 0.05\nwires = 1",
+    "kind = \"joint\"\nohm = 1e8",
+    "kind = \"section\"\nlength_m = 30\ncable = \"T05h\"",
+    "kind = \"water\"\nlength_m = 20\ngrows_s = 200",
+    "kind = \"noise\"\nlevel_dbm_hz = -128",
+    "kind = \"noise\"\nlevel_dbm_hz = -105",
+    "kind = \"noise\"\nshape = [ { mhz = 5, dbm_hz = -120 }, { mhz = 25, dbm_hz = -105 } ]",
+    "kind = \"radio\"\nfrequency_mhz = 7.2\nwidth_khz = 100\nlevel_dbm_hz = -50",
+    "kind = \"imbalance\"\nbalance_db = 20",
+    "kind = \"crosstalk\"\nlength_m = 80\nlines = 3\nlevel_dbm_hz = -60\nto_mhz = 17.664",
+    "kind = \"crosstalk\"\nlength_m = 80\nlines = 3\nlevel_dbm_hz = -76\nvectored = true",
+    "kind = \"impulse\"\nlevel_dbm_hz = -85\nlength_ms = 0.2\nrate_hz = 120",
+    "kind = \"supply\"\nlevel_dbm_hz = -85\nswitching_khz = 250"};
+constexpr const char* kCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
+
+std::string randomBoard(uint64_t board, double duration_s) {
+  Dice dice(board);
+  const double length_m = dice.between(5, 350);
+  std::string toml = "[board]\nseed = " + std::to_string(board) + "\n[loop]\ncable = \"" +
+                     dice.oneOf(kCables) + "\"\nlength_m = " + number(length_m) +
+                     "\nnoise_dbm_hz = " + number(dice.between(-150, -130)) + "\n";
+  for (int i = 0; i < 4; i++) {
+    toml += std::string("[[line_fault]]\n") + dice.oneOf(kKinds) +
+            "\nat_m = " + number(dice.between(0, length_m)) +
+            "\nat_s = " + number(dice.between(10, duration_s / 2)) +
+            "\nfor_s = " + number(dice.between(5, duration_s / 3)) + "\n";
+  }
+  return toml;
+}
+
+// Of one direction: what follows from what.
+void expectBitsFollowFromSnr(Bench& bench, int receiver) {
+  const Measured tones = measured(bench, receiver);
+  const auto bits = bitsReceived(bench, receiver);
+  const auto raw = framer(bench, receiver);
+  double least_db = 1000;
+  uint32_t sum = 0;
+  for (uint32_t tone = 0; tone < 2048; tone++) {
+    sum += bits[tone];
+    if (bits[tone] != 0) {
+      const double needed = std::exp2(bits[tone]) - 1;
+      least_db = std::min(least_db, 10 * std::log10(std::max(tones.snr[tone], 1e-30) / needed) - 4.8);
+    }
+  }
+  EXPECT_EQ(raw.RxBD, sum / 8);
+  EXPECT_EQ(raw.RxBD, framer(bench, 1 - receiver).TxBD);
+  EXPECT_EQ(raw.RxLD, raw.RxBD * 8);
+  // Energies have 32 bits: a signal far below the noise is not measured exactly.
+  if (least_db > -8) {
+    EXPECT_NEAR(static_cast<int32_t>(raw.snrMargin) / 10.0, least_db, 0.3);
+  }
+}
+
+void expectRatesFollowFromBits(Bench& bench, int receiver) {
+  const auto db = bench.block<ETR_DB_S>(receiver, kEtrDb);
+  const auto raw = framer(bench, receiver);
+  EXPECT_NEAR(derived(bench, receiver).RxETR,
+              std::max(0.0, expectedThroughput(db.numRxSymbols, db.Rx_kFec, db.Rx_nFec, db.Rx_Q, raw.RxBD,
+                                               raw.RxBDR, db)),
+              1);
+  EXPECT_EQ(derived(bench, receiver).RxNDR, derived(bench, 1 - receiver).TxNDR);
+}
+
+// Two moments of the same showtime.
+struct Moment {
+  GFAST_FRAMER_RAW_COUNTERS_S raw[2];
+  GFAST_DERIVED_COUNTERS_S cp[2];
+  G9972_PM_COUNTERS_S pms[2];
+  double at_s;
+};
+
+Moment momentOf(Bench& bench) {
+  Moment moment{};
+  for (int device = 0; device < 2; device++) {
+    moment.raw[device] = framer(bench, device);
+    moment.cp[device] = derived(bench, device);
+    moment.pms[device] = pm(bench, device);
+  }
+  moment.at_s = bench.now;
+  return moment;
+}
+
+void expectCountersFollow(const Moment& before, const Moment& after, int receiver, int& compared) {
+  const auto& one = before.raw[receiver];
+  const auto& other = after.raw[receiver];
+  const auto& sender = after.raw[1 - receiver];
+  EXPECT_EQ(other.numOfGoodRxDTUs, other.numOfRxDTUs - other.numOfBadRxDTUs);
+  EXPECT_GE(sender.numOfTxDTUs, other.numOfRxDTUs);
+  EXPECT_LE(other.rtxuc, other.numOfBadRxDTUs);
+  EXPECT_EQ(other.numOfBadRxDTUs - other.rtxuc, sender.numOfRetTxDTUs);
+  const double elapsed_s = after.at_s - before.at_s;
+  const auto& rates = after.cp[receiver];
+  if (rates.RxNDR != before.cp[receiver].RxNDR || one.numOfRxDTUs > other.numOfRxDTUs || elapsed_s < 2) {
+    return;
+  }
+  const auto& pmBefore = before.pms[receiver].ne;
+  const auto& pmAfter = after.pms[receiver].ne;
+  EXPECT_LE(pmAfter.ES - pmBefore.ES, elapsed_s + 2);
+  EXPECT_LE(pmAfter.SES - pmBefore.SES, pmAfter.ES - pmBefore.ES);
+  EXPECT_EQ(pmAfter.RTXUC, other.rtxuc);
+  // While nothing was adapted, units arrive at the rate of the symbols.
+  if (one.RxBD == other.RxBD && one.RxBDR == other.RxBDR && pmBefore.SRA == pmAfter.SRA &&
+      pmBefore.FRA == pmAfter.FRA && pmBefore.RPA == pmAfter.RPA && pmBefore.UAS == pmAfter.UAS) {
+    const double symbols = receiver == 0 ? 7 : 28;
+    const double bytesPerFrame = (symbols - 1) * other.RxBD + other.RxBDR;
+    const double unit = receiver == 0 ? 224 * 5 : 240 * 4;
+    const double expected = elapsed_s * 48000 / 36 * bytesPerFrame / unit;
+    // Each change of the noise begins a new count of whole frames.
+    EXPECT_NEAR(other.numOfRxDTUs - one.numOfRxDTUs, expected, 20 * bytesPerFrame / unit + 20);
+    compared++;
+  }
+}
+
+}  // namespace
+
+TEST(LineInvariants, HoldOnRandomBoards) {
+  const auto boards = static_cast<uint64_t>(setting("GFAST_RANDOM_BOARDS", 2));
+  const double duration_s = 3600 * setting("GFAST_RANDOM_HOURS", 0.1);
+  int compared = 0;  // how often counters were compared with rates
+  for (uint64_t board = 1; board <= boards; board++) {
+    const std::string toml = randomBoard(board, duration_s);
+    SCOPED_TRACE(toml);
+    Bench bench(toml);
+    Moment before{};
+    bool up = false;
+    for (int step = 0; step < 12; step++) {
+      bench.wait(duration_s / 12 + 0.0137);
+      const bool upNow = bench.lineState(0) == 6 && bench.lineState(1) == 6;
+      const Moment now = momentOf(bench);
+      for (const int receiver : {0, 1}) {
+        if (upNow) {
+          expectBitsFollowFromSnr(bench, receiver);
+          expectRatesFollowFromBits(bench, receiver);
+        }
+        if (upNow && up) {
+          expectCountersFollow(before, now, receiver, compared);
+        }
+      }
+      up = upNow;
+      before = now;
+      ASSERT_FALSE(HasFailure()) << "at " << bench.now;
+    }
+  }
+  EXPECT_GT(compared, 0);
+}
+
+// One seed, one history.
+TEST(LineInvariants, TheSameBoardHasTheSameHistory) {
+  const std::string toml = randomBoard(3, 300);
+  Bench often(toml);
+  Bench once(toml);
+  while (often.now < 300) {
+    often.wait(0.377);
+    framer(often, 0);
+  }
+  once.wait(often.now);
+  for (const int device : {0, 1}) {
+    EXPECT_EQ(often.read(device, kFramerRaw, 340), once.read(device, kFramerRaw, 340));
+    EXPECT_EQ(often.read(device, kDerived, 216), once.read(device, kDerived, 216));
+    EXPECT_EQ(often.read(device, kPm, 156), once.read(device, kPm, 156));
+  }
+}
