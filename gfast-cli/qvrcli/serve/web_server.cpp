@@ -19,22 +19,25 @@ namespace {
 // Set while an accepted connection is to be closed only, because there are enough.
 thread_local bool refused = false;
 
+// That are served now. They outlive the server's queue, which goes when nothing can be accepted any more.
+std::atomic<size_t> connections{0};
+
 // A thread for each connection. There is no queue: a peer that waits is one that the kernel has not accepted.
 class Threads : public httplib::TaskQueue {
  public:
   void enqueue(std::function<void()> task) override {
-    if (running_ >= kMostConnections) {
+    if (connections >= kMostConnections) {
       refuse(task);
       return;
     }
-    running_++;
+    connections++;
     try {
-      std::thread([this, task] {
+      std::thread([task] {
         task();
-        running_--;
+        connections--;
       }).detach();
     } catch (const std::system_error&) {  // no thread is to be had
-      running_--;
+      connections--;
       refuse(task);
     }
   }
@@ -47,8 +50,6 @@ class Threads : public httplib::TaskQueue {
     task();
     refused = false;
   }
-
-  std::atomic<size_t> running_{0};
 };
 
 constexpr std::chrono::seconds kPauseAfterFailedAccept{1};
