@@ -23,8 +23,8 @@ constexpr const char* kLongestTable = "read memory 0 d0000000 65536\r";
 class SessionsSoak : public testing::Test {
  protected:
   SessionsSoak() {
-    lab_.port();
-    descriptors_ = openDescriptors(pid());
+    serveNext();
+    descriptors_ = settledDescriptors();
     for (int i = 0; i < 5; i++) {
       serveNext();
       OpenSession session(lab_.port());
@@ -61,6 +61,18 @@ class SessionsSoak : public testing::Test {
     longestWait_s_ = std::max(longestWait_s_, wait_s);
     served_++;
     late_ += wait_s < 0.1 ? 0 : 1;
+  }
+
+  // All threads have started, and the last session is over.
+  int settledDescriptors() {
+    int count = 0;
+    for (int same = 0; same < 20; same++) {
+      std::this_thread::sleep_for(10ms);
+      const int now = openDescriptors(pid());
+      same = now == count ? same : 0;
+      count = now;
+    }
+    return count;
   }
 
   // The server closes a connection a little after its client.
