@@ -33,7 +33,8 @@ using namespace gfast::board;
 namespace {
 
 constexpr double kLongestWait_s = 4 * 3600;  // on the board; then the session is lost
-constexpr unsigned kLongestCase_s = 20;      // of real time
+constexpr unsigned kLongestCase_s = 20;      // of the processor's time
+constexpr unsigned kLongestStop_s = 300;     // of real time, also on a busy machine
 constexpr double kRecovery_s = 30;
 
 // Commands that ask more often ask the same in a loop, and take so long that only so many cases of theirs
@@ -231,7 +232,9 @@ class Sweep {
   [[noreturn]] void beChild(const Subject& subject, const Fault* fault) {
     const rlimit none{0, 0};
     setrlimit(RLIMIT_CORE, &none);
-    alarm(kLongestCase_s);
+    const rlimit processorTime{kLongestCase_s, kLongestCase_s};
+    setrlimit(RLIMIT_CPU, &processorTime);
+    alarm(kLongestStop_s);
     const int log = open(log_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     dup2(log, STDOUT_FILENO);
     dup2(log, STDERR_FILENO);

@@ -112,7 +112,7 @@ void CopperLine::losePower(size_t end) {
 bool CopperLine::canMeet() const {
   // In showtime nobody asks whether a handshake would be understood.
   const bool up = phase_ == Phase::kShowtime || phase_ == Phase::kLosing;
-  const bool arrives = up ? loop_.arrivingLoss_db(plan_) < trainedLoss_db_ + kSignalLost_db : heard_;
+  const bool arrives = up ? loop_.arrivingLoss_db(*budget_.plan) < trainedLoss_db_ + kSignalLost_db : heard_;
   return !cut_ && arrives && ends_[0]->lineWanted() && ends_[1]->lineWanted() &&
          ends_[0]->networkSide() != ends_[1]->networkSide();
 }
@@ -182,6 +182,10 @@ void CopperLine::measureLine() {
                                            direction.state.rmcMargin));
   }
   updateTraffic();
+  awaitAdaptation();
+}
+
+void CopperLine::awaitAdaptation() {
   if (adaptation_ == Agenda::kNone) {
     adaptation_ = agenda_.after(kAdaptationPeriod_s, [this] {
       adaptation_ = Agenda::kNone;
@@ -192,6 +196,9 @@ void CopperLine::measureLine() {
 
 // Once a second until nothing is left to change.
 void CopperLine::adaptLine() {
+  if (phase_ == Phase::kLosing) {
+    awaitAdaptation();  // the signal may come back
+  }
   if (phase_ != Phase::kShowtime) {
     return;
   }
@@ -207,12 +214,8 @@ void CopperLine::adaptLine() {
   if (!judgeMargins()) {
     return;
   }
-  again = again || withoutMarginSince_;
-  if (again && adaptation_ == Agenda::kNone) {
-    adaptation_ = agenda_.after(kAdaptationPeriod_s, [this] {
-      adaptation_ = Agenda::kNone;
-      adaptLine();
-    });
+  if (again || withoutMarginSince_) {
+    awaitAdaptation();
   }
 }
 

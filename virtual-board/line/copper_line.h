@@ -60,6 +60,7 @@ class CopperLine {
   void watchLoop();
   void loopChanged();
   void measureLine();
+  void awaitAdaptation();
   void adaptLine();
   bool adaptDirection(size_t sender);
   bool judgeMargins();

@@ -16,8 +16,8 @@ using Ends = std::array<double, 2>;
 // How far a good pair keeps from between its wires what both of them hear.
 constexpr double kBalance_db = 60;
 constexpr double kCommonModeImpedance_ohm = 150;
-// Crosstalk of n lines (models of near and far ends in ITU-T G.9701's family of twisted-pair systems): near
-// end kNext f^1.5 n^0.6, far end kFext f^2 n^0.6 a metre and times the loss of the line.
+// Crosstalk of n lines (the usual models, ANSI T1.417): near end kNext f^1.5 n^0.6, far end kFextPerMetre f^2
+// n^0.6 a metre, less what the line loses.
 constexpr double kNext = 8.536e-15;
 constexpr double kFextPerMetre = 7.74e-21 * 3.28;
 constexpr double kLinesExponent = 0.6;

@@ -107,7 +107,6 @@ LineSpectrum lineSpectrum(const Path& path, const DirectionPlan& plan, const Rec
       sent_mw += level_mw_hz * kSubcarrierSpacing_hz;
     }
     spectrum.snr[tone] = signal_mw_hz / noise_mw_hz;
-    spectrum.noise_dbm_hz[tone] = powerDecibels(noise_mw_hz);
     spectrum.received_dbm_hz[tone] = powerDecibels(signal_mw_hz + noise_mw_hz);
     received_mw += (signal_mw_hz + noise_mw_hz) * kSubcarrierSpacing_hz;
   }

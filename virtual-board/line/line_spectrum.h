@@ -23,7 +23,6 @@ struct Path {
 struct LineSpectrum {
   std::array<std::complex<double>, kTones> gain{};
   std::array<double, kTones> received_dbm_hz{};  // signal and noise together
-  std::array<double, kTones> noise_dbm_hz{};     // the receiver's own included
   std::array<double, kTones> snr{};              // as a ratio; 0 where nothing is sent
   uint32_t snrScale = 0;  // noise energies are 2^snrScale times the window's length over (1 + SNR)
   double powerSent_dbm = 0;

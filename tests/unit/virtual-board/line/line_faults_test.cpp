@@ -285,6 +285,17 @@ TEST(LineReacts, AWireThatComesLooseIsALossOfSignal) {
   EXPECT_EQ(bench.lineState(0), 6U);
 }
 
+TEST(LineReacts, AnInterruptionDoesNotKeepAReceiverFromAdapting) {
+  Bench bench(faulty("kind = \"noise\"\nat_m = 100\nlevel_dbm_hz = -135\nat_s = 10"));
+  bench.wait(10.7);
+  bench.board.cutLoop(true);
+  bench.wait(0.6);
+  bench.board.cutLoop(false);
+  bench.wait(3);
+  EXPECT_EQ(bench.events(1), "");
+  EXPECT_GE(framer(bench, 1).snrMargin, 50U);
+}
+
 TEST(LineReacts, AShortImpulseIsRepairedByRetransmission) {
   Bench bench(faulty("kind = \"impulse\"\nat_m = 100\nlevel_dbm_hz = -70\nlength_ms = 4\nat_s = 10.5"));
   bench.wait(10.4);
