@@ -56,13 +56,13 @@ constexpr const char* kKinds[] = {
     "kind = \"crosstalk\"\nlength_m = 80\nlines = 3\nlevel_dbm_hz = -76\nvectored = true",
     "kind = \"impulse\"\nlevel_dbm_hz = -85\nlength_ms = 0.2\nrate_hz = 120",
     "kind = \"supply\"\nlevel_dbm_hz = -85\nswitching_khz = 250"};
-constexpr const char* kCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
+constexpr const char* kRandomCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
 
 std::string randomBoard(uint64_t board, double duration_s) {
   Dice dice(board);
   const double length_m = dice.between(5, 350);
   std::string toml = "[board]\nseed = " + std::to_string(board) + "\n[loop]\ncable = \"" +
-                     dice.oneOf(kCables) + "\"\nlength_m = " + number(length_m) +
+                     dice.oneOf(kRandomCables) + "\"\nlength_m = " + number(length_m) +
                      "\nnoise_dbm_hz = " + number(dice.between(-150, -130)) + "\n";
   for (int i = 0; i < 4; i++) {
     toml += std::string("[[line_fault]]\n") + dice.oneOf(kKinds) +
