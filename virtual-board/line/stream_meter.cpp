@@ -85,6 +85,9 @@ void StreamMeter::stop(double now) {
   StreamCounts stretch = count(now, 0);
   // The last second is not whole; it counts with the units that were lost in it.
   judgeSecond(stretch, stretch.dtusUncorrected - open_->settled.dtusUncorrected);
+  if (open_->errors.corrupted > 0) {
+    carryOver(stretch.dtusArrived);
+  }
   add(closed_, stretch);
   open_.reset();
 }
@@ -118,14 +121,9 @@ StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
   if (open_->errors.rmcLost) {
     counts.lostRmcs = static_cast<uint64_t>(static_cast<double>(arrived) * open_->errors.corrupted);
   }
-  // The bad units are spread evenly over the second, so that the count of good ones never falls.
-  const uint64_t begin = dtus(framesIn(open_->seconds));
-  const uint64_t length = dtus(framesIn(open_->seconds + 1)) - begin;
-  if (const Draw second = draw(open_->seconds); second.bad != 0) {
-    const uint64_t bad = (counts.dtusArrived - begin) * second.bad / length;
-    counts.dtusBad += bad;
-    counts.dtusUncorrected += bad * second.uncorrected / second.bad;
-  }
+  const Errors errors = errorsIn(open_->seconds, counts.dtusArrived);
+  counts.dtusBad += errors.bad;
+  counts.dtusUncorrected += errors.uncorrected;
   return counts;
 }
 
@@ -137,26 +135,60 @@ uint64_t StreamMeter::dtus(uint64_t frames) const {
   return frames * open_->framing.bytesPerFrame() / open_->framing.dtu.size();
 }
 
-// Draws the corrupted units of one second of the open stretch.
-StreamMeter::Draw StreamMeter::draw(uint64_t second) const {
+// Draws the corrupted units of one second of a healthy line.
+StreamMeter::Errors StreamMeter::draw(uint64_t second, uint64_t length) const {
   const uint64_t number = mix(mix(seed_ ^ (stretches_ << 32)) + second);
-  const uint64_t length = dtus(framesIn(second + 1)) - dtus(framesIn(second));
-  if (open_->errors.corrupted == 0) {
-    const uint64_t bad = number % kSecondsBetweenHits == 0 ? 1 + (number >> 8) % kMostHit : 0;
-    const bool lost = (number >> 16) % (kSecondsBetweenLosses / kSecondsBetweenHits) == 0;
-    return {std::min(bad, length), bad != 0 && length != 0 && lost ? 1U : 0U};
+  const uint64_t bad = number % kSecondsBetweenHits == 0 ? 1 + (number >> 8) % kMostHit : 0;
+  const bool lost = (number >> 16) % (kSecondsBetweenLosses / kSecondsBetweenHits) == 0;
+  return {std::min(bad, length), bad != 0 && length != 0 && lost ? 1U : 0U};
+}
+
+double StreamMeter::exactlyBad(uint64_t units) const {
+  return carry_.bad + static_cast<double>(units) * open_->errors.corrupted;
+}
+
+double StreamMeter::exactlyUncorrected(uint64_t bad) const {
+  return carry_.uncorrected + static_cast<double>(bad) * open_->errors.lost;
+}
+
+// The errors of the first units of a stretch with noise.
+StreamMeter::Errors StreamMeter::noiseErrors(uint64_t units) const {
+  const auto bad = static_cast<uint64_t>(exactlyBad(units));
+  return {bad, static_cast<uint64_t>(exactlyUncorrected(bad))};
+}
+
+// Keeps the fractions of a stretch of so many units for the next one.
+void StreamMeter::carryOver(uint64_t units) {
+  const Errors errors = noiseErrors(units);
+  carry_ = {exactlyBad(units) - static_cast<double>(errors.bad),
+            exactlyUncorrected(errors.bad) - static_cast<double>(errors.uncorrected)};
+}
+
+// The errors in a second of the open stretch, of which `units` is the number of units that the stretch has
+// had so far. They are spread evenly over the second, so that the count of good units never falls.
+StreamMeter::Errors StreamMeter::errorsIn(uint64_t second, uint64_t units) const {
+  const uint64_t begin = dtus(framesIn(second));
+  if (open_->errors.corrupted > 0) {
+    const Errors before = noiseErrors(begin);
+    const Errors after = noiseErrors(units);
+    return {after.bad - before.bad, after.uncorrected - before.uncorrected};
   }
-  const auto bad = static_cast<uint64_t>(std::llround(static_cast<double>(length) * open_->errors.corrupted));
-  const auto lost = static_cast<uint64_t>(static_cast<double>(bad) * open_->errors.lost);
-  return {bad, lost};
+  const uint64_t length = dtus(framesIn(second + 1)) - begin;
+  const Errors whole = draw(second, length);
+  if (whole.bad == 0) {
+    return {};
+  }
+  const uint64_t bad = (units - begin) * whole.bad / length;
+  return {bad, bad * whole.uncorrected / whole.bad};
 }
 
 // Counts the seconds of which all frames have arrived.
 void StreamMeter::settle(uint64_t framesArrived) {
   Stretch& stretch = *open_;
   while (framesIn(stretch.seconds + 1) <= framesArrived) {
-    const Draw second = draw(stretch.seconds);
-    const uint64_t length = dtus(framesIn(stretch.seconds + 1)) - dtus(framesIn(stretch.seconds));
+    const uint64_t end = dtus(framesIn(stretch.seconds + 1));
+    const uint64_t length = end - dtus(framesIn(stretch.seconds));
+    const Errors second = errorsIn(stretch.seconds, end);
     stretch.settled.dtusBad += second.bad;
     stretch.settled.dtusUncorrected += second.uncorrected;
     judgeSecond(stretch.settled, second.uncorrected);

@@ -1,8 +1,9 @@
 // The traffic from one end of a line to the other, and its errors. Every counter is computed from it.
 //
 // A stretch is a time of showtime under the same conditions. It is counted in whole frames from its start, so
-// that counts do not depend on earlier reads. The number of corrupted data transfer units is drawn for each
-// second from the board's seed; within the second they are spread evenly.
+// that counts do not depend on earlier reads. Noise corrupts its share of the data transfer units, and
+// fractions of a unit add up. On a healthy line the number of corrupted units is drawn for each second from
+// the board's seed; within the second they are spread evenly.
 #pragma once
 
 #include <cstdint>
@@ -65,9 +66,14 @@ class StreamMeter {
   uint32_t load_percent() const { return load_percent_; }
 
  private:
-  struct Draw {
-    uint64_t bad;
-    uint64_t uncorrected;
+  struct Errors {
+    uint64_t bad = 0;
+    uint64_t uncorrected = 0;
+  };
+  // Of a unit, so that what is counted stays within half a unit of what is due.
+  struct Fractions {
+    double bad = 0.5;
+    double uncorrected = 0.5;
   };
   struct Stretch {
     double start;
@@ -79,7 +85,12 @@ class StreamMeter {
 
   uint64_t framesIn(uint64_t seconds) const;
   uint64_t dtus(uint64_t frames) const;
-  Draw draw(uint64_t second) const;
+  Errors draw(uint64_t second, uint64_t length) const;
+  double exactlyBad(uint64_t units) const;
+  double exactlyUncorrected(uint64_t bad) const;
+  Errors noiseErrors(uint64_t units) const;
+  void carryOver(uint64_t units);
+  Errors errorsIn(uint64_t second, uint64_t units) const;
   void settle(uint64_t framesArrived);
   void judgeSecond(StreamCounts& counts, uint64_t uncorrected) const;
   StreamCounts count(double now, uint64_t framesOnTheWay);
@@ -89,6 +100,7 @@ class StreamMeter {
   uint32_t bitSwapPeriod_;  // frames
   uint64_t stretches_ = 0;
   StreamCounts closed_;
+  Fractions carry_;  // of earlier stretches with noise
   std::optional<Stretch> open_;
   double lastLoss_ = 0;
   double worstLoss_ = 0;

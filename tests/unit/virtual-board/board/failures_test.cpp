@@ -63,6 +63,17 @@ TEST(LoopEvents, AWeakBurstIsCorrected) {
   EXPECT_LE(pm(bench, 1).ne.RTXUC, 2U);
 }
 
+// In each second 0.1 units are lost.
+TEST(LoopEvents, FractionsOfLostUnitsAddUp) {
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.01\nfor_s = 300"));
+  bench.wait(310);
+  const double due = 300 * derived(bench, 1).RxNDR * 1e3 / 8 / 889 * std::pow(0.01, 3);
+  const double lost = framer(bench, 1).rtxuc;
+  EXPECT_GT(due, 20);
+  EXPECT_NEAR(lost, due, 2);
+  EXPECT_NEAR(pm(bench, 1).ne.ES, due, 2);
+}
+
 TEST(LoopEvents, AStrongBurstMakesSeverelyErroredSeconds) {
   Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5"));
   bench.wait(20);
