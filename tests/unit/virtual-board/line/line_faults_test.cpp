@@ -77,18 +77,46 @@ TEST(LineFaults, AnotherCableInTheMiddleLosesItsShare) {
   EXPECT_NEAR(mixed, (own + other) / 2, 0.3);
 }
 
-TEST(LineFaults, WaterWeakensMoreAndMore) {
+TEST(LineFaults, WaterWeakensMoreAndMoreAndLeavesAsSlowly) {
   Bench bench(faulty("kind = \"water\"\nat_m = 20\nlength_m = 30\ngrows_s = 300\nat_s = 10\nfor_s = 1000"));
-  double before = measured(bench, 1).received_dbm_hz[1500];
-  const double dry = before;
+  const auto level = [&bench] { return measured(bench, 1).received_dbm_hz[1500]; };
+  const double dry = level();
+  std::vector<double> wetter{dry};
   for (int minute = 0; minute < 5; minute++) {
     bench.wait(minute == 0 ? 70.01 : 60);
-    const double now = measured(bench, 1).received_dbm_hz[1500];
-    EXPECT_LT(now, before - 0.2) << minute;
-    before = now;
+    wetter.push_back(level());
+    EXPECT_LT(wetter.back(), wetter[wetter.size() - 2] - 0.2) << minute;
   }
-  bench.wait(1000);
-  EXPECT_NEAR(measured(bench, 1).received_dbm_hz[1500], dry, 0.01);
+  bench.wait(1000 - 300);
+  for (int minute = 0; minute < 5; minute++) {
+    EXPECT_NEAR(level(), wetter.back(), 0.01) << minute;
+    wetter.pop_back();
+    bench.wait(60);
+  }
+  EXPECT_NEAR(level(), dry, 0.01);
+}
+
+// Rain of two minutes every three: one minute's water is left each time.
+TEST(LineFaults, WaterThatHasNoTimeToLeaveAddsUp) {
+  Bench rain(faulty(
+      "kind = \"water\"\nat_m = 20\nlength_m = 30\ngrows_s = 300\nat_s = 10\nfor_s = 120\nevery_s = 180"));
+  Bench flood(faulty("kind = \"water\"\nat_m = 20\nlength_m = 30\ngrows_s = 300\nat_s = 10"));
+  const auto level = [](Bench& bench) { return measured(bench, 1).received_dbm_hz[1500]; };
+  rain.wait(10.01);
+  flood.wait(10.01);
+  for (int i = 0; i < 4; i++) {
+    EXPECT_NEAR(level(rain), level(flood), 0.01) << i;
+    rain.wait(180);
+    flood.wait(60);
+  }
+  const double fourMinutes = level(flood);
+  EXPECT_NEAR(level(rain), fourMinutes, 0.01);
+  // From now on each rain wets the cable through.
+  rain.wait(90);
+  flood.wait(60);
+  EXPECT_NEAR(level(rain), level(flood), 0.01);
+  rain.wait(90);
+  EXPECT_NEAR(level(rain), fourMinutes, 0.01);
 }
 
 TEST(LineFaults, NoiseIsHeardAtItsPlaceAndWeakerAtTheOtherEnd) {
