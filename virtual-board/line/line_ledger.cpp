@@ -65,8 +65,7 @@ EndView LineLedger::view(double now, size_t end) {
   const End& self = ends_[end];
   const auto state = [this](size_t sender) {
     const StreamMeter& stream = streams_[sender];
-    return StreamState{framing_[sender], stream.load_percent(), stream.lastLoss(), stream.worstLoss(),
-                       stream.severeInRow()};
+    return StreamState{framing_[sender], stream.load_percent(), stream.throughput(), stream.severeInRow()};
   };
   EndView view;
   view.near = total(now, end) - self.nearAtStart;

@@ -34,8 +34,7 @@ EndCounts operator-(EndCounts counts, const EndCounts& before);
 struct StreamState {
   StreamFraming framing;
   uint32_t load_percent = 0;
-  double lastLoss = 0;
-  double worstLoss = 0;
+  Throughput throughput;
   uint32_t severeInRow = 0;
 };
 

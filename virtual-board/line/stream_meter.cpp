@@ -67,15 +67,18 @@ StreamMeter::StreamMeter(uint32_t seed, uint32_t stream)
           static_cast<uint32_t>(kBitSwapPeriod - kBitSwapSpread / 2 + mix(seed_ + 1) % kBitSwapSpread)) {}
 
 void StreamMeter::flow(double now, const StreamFraming& framing, const ErrorRates& errors) {
+  const uint32_t expected_kbps = streamRates(framing).expected;
   if (open_) {
     stop(now);
   } else {
-    worstLoss_ = 0;
+    throughput_.least = expected_kbps;
     severeInRow_ = 0;
+    framesExpected_ = expectedInFrames_ = 0;
   }
-  lastLoss_ = 0;
+  throughput_.last = expected_kbps;
   stretches_++;
-  open_ = Stretch{now, framing, errors, 0, {}};
+  open_ = Stretch{now, framing, expected_kbps, errors, 0, {}};
+  average(0);
 }
 
 void StreamMeter::stop(double now) {
@@ -89,6 +92,8 @@ void StreamMeter::stop(double now) {
     carryOver(stretch.dtusArrived);
   }
   add(closed_, stretch);
+  framesExpected_ += stretch.framesSent;
+  expectedInFrames_ += stretch.framesSent * open_->expected_kbps;
   open_.reset();
 }
 
@@ -112,6 +117,7 @@ StreamCounts StreamMeter::count(double now, uint64_t framesOnTheWay) {
       static_cast<uint64_t>(std::max(0.0, now - open_->start) * kSymbolRate_hz / framing.frameSymbols);
   const uint64_t arrived = frames - std::min(frames, framesOnTheWay);
   settle(arrived);
+  average(frames);
   StreamCounts counts = open_->settled;
   counts.framesSent = frames;
   counts.adaptiveFrames = framing.seamlessRateAdaptation ? frames : 0;
@@ -192,8 +198,7 @@ void StreamMeter::settle(uint64_t framesArrived) {
     stretch.settled.dtusBad += second.bad;
     stretch.settled.dtusUncorrected += second.uncorrected;
     judgeSecond(stretch.settled, second.uncorrected);
-    lastLoss_ = length == 0 ? 0 : static_cast<double>(second.uncorrected) / static_cast<double>(length);
-    worstLoss_ = std::max(worstLoss_, lastLoss_);
+    judgeThroughput(second.bad, length);
     severeInRow_ = second.uncorrected >= kSevere ? severeInRow_ + 1 : 0;
     stretch.seconds++;
   }
@@ -205,6 +210,19 @@ void StreamMeter::judgeSecond(StreamCounts& counts, uint64_t uncorrected) const 
   counts.adaptedSeconds +=
       uncorrected >= kSevere && open_->framing.fastRateAdaptation && open_->errors.announced ? 1 : 0;
   counts.lossOfRmcSeconds += uncorrected > 0 && open_->errors.rmcLost ? 1 : 0;
+}
+
+void StreamMeter::judgeThroughput(uint64_t bad, uint64_t units) {
+  const uint64_t expected = open_->expected_kbps;
+  throughput_.last = static_cast<uint32_t>(units == 0 ? expected : expected * (units - bad) / units);
+  throughput_.least = std::min(throughput_.least, throughput_.last);
+}
+
+// So many frames of the open stretch have been sent.
+void StreamMeter::average(uint64_t frames) {
+  const uint64_t all = framesExpected_ + frames;
+  const uint64_t expected = expectedInFrames_ + frames * open_->expected_kbps;
+  throughput_.averageExpected = all == 0 ? open_->expected_kbps : static_cast<uint32_t>(expected / all);
 }
 
 }  // namespace gfast::board

@@ -41,6 +41,14 @@ struct StreamCounts {
 // The counts since `before`.
 StreamCounts operator-(StreamCounts counts, const StreamCounts& before);
 
+// What is left of the expected rate: a corrupted unit takes the place of a new one (the error-free throughput
+// of ITU-T G.9701).
+struct Throughput {
+  uint32_t last = 0;   // in the last whole second of the stretch
+  uint32_t least = 0;  // in the worst second
+  uint32_t averageExpected = 0;
+};
+
 class StreamMeter {
  public:
   // `stream` tells the two directions apart, so that each has draws of its own.
@@ -56,10 +64,8 @@ class StreamMeter {
   void adapted(uint64_t StreamCounts::*kind, uint64_t exchanges) { closed_.*kind += exchanges; }
 
   StreamCounts counts(double now);
-  // The share of units that were lost for good, in the last whole second of this stretch and in the worst
-  // second since data began to flow.
-  double lastLoss() const { return lastLoss_; }
-  double worstLoss() const { return worstLoss_; }
+  // Rates since data began to flow, kbit/s.
+  const Throughput& throughput() const { return throughput_; }
   // Severely errored seconds up to the last whole one.
   uint32_t severeInRow() const { return severeInRow_; }
   // The share of user data in what is sent, in per cent. The rest is idle.
@@ -78,6 +84,7 @@ class StreamMeter {
   struct Stretch {
     double start;
     StreamFraming framing;
+    uint32_t expected_kbps;
     ErrorRates errors;
     uint64_t seconds = 0;  // whole seconds that `settled` counts
     StreamCounts settled;  // only bad and uncorrected units, and seconds
@@ -93,6 +100,8 @@ class StreamMeter {
   Errors errorsIn(uint64_t second, uint64_t units) const;
   void settle(uint64_t framesArrived);
   void judgeSecond(StreamCounts& counts, uint64_t uncorrected) const;
+  void judgeThroughput(uint64_t bad, uint64_t units);
+  void average(uint64_t frames);
   StreamCounts count(double now, uint64_t framesOnTheWay);
 
   uint64_t seed_;
@@ -102,8 +111,10 @@ class StreamMeter {
   StreamCounts closed_;
   Fractions carry_;  // of earlier stretches with noise
   std::optional<Stretch> open_;
-  double lastLoss_ = 0;
-  double worstLoss_ = 0;
+  Throughput throughput_;
+  // Of the stretches since data began to flow but for the open one.
+  uint64_t framesExpected_ = 0;
+  uint64_t expectedInFrames_ = 0;  // the sum of the expected rates, frame by frame
   uint32_t severeInRow_ = 0;
 };
 

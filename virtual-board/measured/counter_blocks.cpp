@@ -249,25 +249,23 @@ Bytes fduRaw(const LineInsight& line) {
   return inChipOrder(block);
 }
 
-uint32_t throughLoss(uint32_t rate, double loss) {
-  return static_cast<uint32_t>(rate * (1 - loss));
-}
-
 void fillRates(GFAST_DERIVED_COUNTERS_S& block, const LineInsight& line) {
   const StreamRates tx = streamRates(line.view.sends.framing);
   const StreamRates rx = streamRates(line.view.receives.framing);
   block.PreShowTimeTxETR = tx.expected;
   block.PreShowTimeRxETR = rx.expected;
-  block.EFTR_min = throughLoss(rx.expected, line.view.receives.worstLoss);
+  block.EFTR_min = line.view.receives.throughput.least;
   if (!line.view.showtime) {
     return;
   }
   block.TxRateInKbps = tx.line;
   block.TxNDR = tx.net;
   block.RxNDR = rx.net;
-  block.TxETR = block.TxEtrAvg = tx.expected;
-  block.RxETR = block.RxEtrAvg = rx.expected;
-  block.EFTR = throughLoss(rx.expected, line.view.receives.lastLoss);
+  block.TxETR = tx.expected;
+  block.RxETR = rx.expected;
+  block.TxEtrAvg = line.view.sends.throughput.averageExpected;
+  block.RxEtrAvg = line.view.receives.throughput.averageExpected;
+  block.EFTR = line.view.receives.throughput.last;
   block.EocTxRateInKbps = block.EocRxRateInKbps = kEocRate_kbps;
   block.ETRds_MaxMds = streamRates(line.loop.downstream.framing).expected;
   block.ETRus_MaxMus = streamRates(line.loop.upstream.framing).expected;
@@ -405,8 +403,7 @@ Bytes managementCounters(const LineInsight& line) {
   counters.lossOfSignalSeconds = wrapped(near.lossOfSignalSeconds);
   counters.lossOfRmcSeconds = wrapped(near.received.lossOfRmcSeconds);
   counters.unavailableSeconds = wrapped(near.unavailableSeconds);
-  counters.eftrMin =
-      throughLoss(streamRates(line.view.receives.framing).expected, line.view.receives.worstLoss);
+  counters.eftrMin = line.view.receives.throughput.least;
   counters.errorFreeBitsCounter = wrapped(errorFreeBits(near.received, line.view.receives));
   return inChipOrder(counters);
 }

@@ -405,6 +405,44 @@ constexpr Impulses kImpulses[] = {{"0.1", "100", 0, 0},
                                   {"0.03", "1000", 0.001, 0.01}};
 INSTANTIATE_TEST_SUITE_P(LineReacts, RepeatedImpulses, testing::ValuesIn(kImpulses));
 
+TEST(LineReacts, UnitsThatAreSentAgainCostThroughput) {
+  Bench bench(
+      faulty("kind = \"impulse\"\nat_m = 100\nlevel_dbm_hz = -70\nlength_ms = 2\nrate_hz = 100\n"
+             "at_s = 10\nfor_s = 60"));
+  bench.wait(9);
+  const auto before = derived(bench, 1);
+  EXPECT_NEAR(before.EFTR, before.RxETR, 50);
+  EXPECT_NEAR(before.EFTR_min, before.RxETR, 50);
+  bench.wait(30);
+  const auto now = derived(bench, 1);
+  EXPECT_EQ(now.RxETR, before.RxETR);
+  EXPECT_NEAR(now.EFTR, now.RxETR * (1 - 100 * (2e-3 + 1 / 48000.0)), 10);
+  EXPECT_NEAR(now.EFTR_min, now.EFTR, 10);
+  EXPECT_EQ(farCounters(bench, 0).eftrMin, now.EFTR_min);
+  EXPECT_EQ(pm(bench, 1).ne.RTXUC, 0U);
+  bench.wait(60);
+  EXPECT_NEAR(derived(bench, 1).EFTR, before.RxETR, 50);
+  EXPECT_EQ(derived(bench, 1).EFTR_min, now.EFTR_min);
+}
+
+TEST(LineReacts, TheAverageOfARateCountsEachSecondOfShowtime) {
+  Bench bench(faulty("kind = \"noise\"\nat_m = 100\nlevel_dbm_hz = -115\nat_s = 100"));
+  bench.wait(99);
+  const auto before = derived(bench, 1);
+  EXPECT_EQ(before.RxEtrAvg, before.RxETR);
+  bench.wait(101);
+  const auto after = derived(bench, 1);
+  ASSERT_LT(after.RxETR, before.RxETR * 9 / 10);
+  EXPECT_NEAR(after.RxEtrAvg, (before.RxETR + after.RxETR) / 2.0, before.RxETR * 0.01);
+  EXPECT_EQ(derived(bench, 0).TxEtrAvg, after.RxEtrAvg);
+  // A new training begins a new average.
+  bench.board.cutLoop(true);
+  bench.wait(5);
+  bench.board.cutLoop(false);
+  bench.wait(20);
+  EXPECT_EQ(derived(bench, 1).RxEtrAvg, derived(bench, 1).RxETR);
+}
+
 TEST(LineReacts, ALineWhoseLoopChangesInTrainingComesUpOnTheNewOne) {
   Bench bench("[[line_fault]]\nkind = \"noise\"\nat_m = 100\nlevel_dbm_hz = -120\nat_s = 3\n");
   bench.wait(kTrainingTime_s);
