@@ -66,6 +66,8 @@ class LineLedger {
   void adapted(size_t sender, uint64_t StreamCounts::*kind, uint64_t exchanges) {
     streams_[sender].adapted(kind, exchanges);
   }
+  // Of either direction.
+  bool severelyErrored() const { return streams_[0].severelyErrored() || streams_[1].severelyErrored(); }
   void count(size_t end, EndCounter what) { ++(ends_[end].events.*what); }
   // The chip at that end has started: its counts begin at 0.
   void restarted(double now, size_t end);

@@ -188,6 +188,11 @@ StreamMeter::Errors StreamMeter::errorsIn(uint64_t second, uint64_t units) const
   return {bad, bad * whole.uncorrected / whole.bad};
 }
 
+bool StreamMeter::severelyErrored() const {
+  return open_ && static_cast<double>(dtus(framesIn(1))) * open_->errors.corrupted * open_->errors.lost >=
+                      static_cast<double>(kSevere);
+}
+
 // Counts the seconds of which all frames have arrived.
 void StreamMeter::settle(uint64_t framesArrived) {
   Stretch& stretch = *open_;

@@ -66,6 +66,8 @@ class StreamMeter {
   StreamCounts counts(double now);
   // Rates since data began to flow, kbit/s.
   const Throughput& throughput() const { return throughput_; }
+  // Whether a second like this is severely errored.
+  bool severelyErrored() const;
   // Severely errored seconds up to the last whole one.
   uint32_t severeInRow() const { return severeInRow_; }
   // The share of user data in what is sent, in per cent. The rest is idle.

@@ -84,6 +84,24 @@ TEST(LoopEvents, AStrongBurstMakesSeverelyErroredSeconds) {
   EXPECT_LT(derived(bench, 0).EFTR_min, derived(bench, 0).RxETR);
 }
 
+TEST(LoopEvents, MoreThanTenSeverelyErroredSecondsEndShowtime) {
+  Bench ten(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 10"));
+  ten.wait(30);
+  EXPECT_EQ(ten.events(0), "");
+  EXPECT_EQ(pm(ten, 0).ne.SES, 10U);
+  Bench more(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 12"));
+  more.wait(21);
+  EXPECT_EQ(more.events(0), "");
+  EXPECT_GE(derived(more, 0).continuousSeverlyErroredSeconds, 10U);
+  more.wait(9);
+  for (const int device : {0, 1}) {
+    EXPECT_EQ(more.events(device), "failure 2 6>7 7>3 3>4 4>5 5>6");
+    EXPECT_EQ(pm(more, device).ne.FULL_INITS, 2U);
+    EXPECT_EQ(pm(more, device).ne.LOS + pm(more, device).ne.LOR + pm(more, device).ne.LOM, 0U);
+    EXPECT_EQ(derived(more, device).continuousSeverlyErroredSeconds, 0U);
+  }
+}
+
 TEST(LoopEvents, ABurstThatStopsTheManagementChannelEndsShowtime) {
   Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.6\nfor_s = 3"));
   bench.wait(12.4);
