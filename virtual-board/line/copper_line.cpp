@@ -105,6 +105,8 @@ void CopperLine::setErrors(double share) {
 void CopperLine::losePower(size_t end) {
   Chip& other = *ends_[1 - end];
   if (phase_ == Phase::kShowtime && !cut_ && other.lineState() == LineState::kShowtime) {
+    // The last thing that it tells.
+    ledger_.count(end, &EndCounts::lossOfPowerFailures);
     setPhase(Phase::kLeaving);
     fail(1 - end, LF_REASON_LOSS_OF_POWER, &EndCounts::lossOfPowerFailures);
     schedule(kDeactivating_s, Phase::kApart);
@@ -155,8 +157,16 @@ void CopperLine::watchLoop() {
 }
 
 void CopperLine::loopChanged() {
+  const size_t neighbours = loop_.vectoredNeighbours();
   if (!loop_.passTo(agenda_.now())) {
     return;
+  }
+  // What is sent through the new precoder has other gains (ITU-T G.9701, transmitter-initiated gain
+  // adjustment).
+  if (phase_ == Phase::kShowtime && budget_.plan->vectoring && loop_.vectoredNeighbours() != neighbours) {
+    for (size_t end = 0; end < kEnds; end++) {
+      ledger_.count(end, &EndCounts::gainAdjustments);
+    }
   }
   next_ = {};
   heard_ = loop_.heard(plan_);
@@ -507,9 +517,7 @@ void CopperLine::lost(uint32_t reason, EndCounter counter) {
 }
 
 void CopperLine::fail(size_t end, uint32_t reason, EndCounter counter) {
-  if (counter != nullptr) {
-    ledger_.count(end, counter);
-  }
+  ledger_.fail(end, counter);
   const uint32_t params[] = {reason, 0};
   ends_[end]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
   ends_[end]->log(FRAMER_CORE, "line failure %u on link %u", params);

@@ -211,6 +211,7 @@ Bytes framerRaw(const LineInsight& line) {
   fillSent(block, view.near.sent, view.sends);
   fillReceived(block, view.near.received, view.receives);
   fillProcessorTime(block, view.near.sent.framesSent);
+  block.tigaExngCnt = wrapped(view.near.gainAdjustments);
   block.nearEndLossOfSignal = wrapped(view.near.lossOfSignalFailures);
   block.farEndLossOfSignal = wrapped(view.far.lossOfSignalFailures);
   if (line.everTrained()) {
@@ -287,6 +288,9 @@ Bytes derived(const LineInsight& line) {
   const EndCounts& near = view.near;
   const bool failed = view.signalLost && !view.showtime;
   block.lossOfSignalFailure = failed ? 1 : 0;
+  block.lossOfMarginFailure = view.failure == &EndCounts::lossOfMarginFailures ? 1 : 0;
+  block.lossOfRmcFailure = view.failure == &EndCounts::lossOfRmcFailures ? 1 : 0;
+  block.lossOfPowerFailure = view.failure == &EndCounts::lossOfPowerFailures ? 1 : 0;
   block.persistentLossOfSignalDefect = view.signalLost ? 1 : 0;
   block.lossOfSignalFailureCounter = wrapped(near.lossOfSignalFailures);
   block.lossOfRmcFailureCounter = wrapped(near.lossOfRmcFailures);
@@ -365,6 +369,7 @@ Bytes performanceMonitoring(const LineInsight& line) {
   G9972_PM_COUNTERS_S block{};
   fillGroup(block.ne, line.view.near, line.view.receives);
   fillGroup(block.fe, line.view.far, line.view.sends);
+  block.ne.TIGA = wrapped(line.view.near.gainAdjustments);
   block.ne.FULL_INITS = wrapped(line.view.near.initialisations);
   block.ne.FAILEDFULL_INITS = wrapped(line.view.near.failedInitialisations);
   return inChipOrder(block);
