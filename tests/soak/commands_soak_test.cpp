@@ -97,9 +97,9 @@ TEST(CommandsSoak, AFloodOfEventsAndLogsWhileASessionTypes) {
   const double median_ms = roundTrips_ms[roundTrips_ms.size() / 2];
   EXPECT_GT(logLines, static_cast<size_t>(seconds * 100)) << "both chips' logs reached the session";
   EXPECT_LE(last_KiB, early_KiB + kAllowedGrowth_KiB);
-#ifdef GFAST_MEASURABLE
-  EXPECT_LT(median_ms, 5);
-#endif
+  if (isFull()) {
+    EXPECT_LT(median_ms, 5);
+  }
   std::printf(
       "%zu log lines; median round trip %.2f ms; resident memory: %ld KiB early, %ld KiB at the end\n",
       logLines, median_ms, early_KiB, last_KiB);

@@ -23,8 +23,8 @@ constexpr const char* kLongestTable = "read memory 0 d0000000 65536\r";
 class SessionsSoak : public testing::Test {
  protected:
   SessionsSoak() {
-    lab_.port();
-    descriptors_ = openDescriptors(pid());
+    serveNext();
+    descriptors_ = settledDescriptors();
     for (int i = 0; i < 5; i++) {
       serveNext();
       OpenSession session(lab_.port());
@@ -40,18 +40,16 @@ class SessionsSoak : public testing::Test {
     const long resident_KiB = residentKib(pid());
     EXPECT_LE(resident_KiB, resident_KiB_ + kAllowedGrowth_KiB);
     EXPECT_EQ(openDescriptors(pid()), descriptors_);
-#ifdef GFAST_MEASURABLE
-    EXPECT_LE(late_, 1 + served_ / 100) << "clients not served within 100 ms; a few, for a busy machine";
-#endif
+    if (isFull()) {
+      EXPECT_LE(late_, 1 + served_ / 100) << "clients not served within 100 ms";
+    }
     std::printf(
         "resident memory: %ld KiB before, %ld KiB after; the next client waited at most %.1f ms, %d of %d "
         "more than 100 ms\n",
         resident_KiB_, resident_KiB, 1000 * longestWait_s_, late_, served_);
   }
 
-  pid_t pid() {
-    return lab_.program().pid();
-  }
+  pid_t pid() { return lab_.program().pid(); }
 
   // From the connection to the answer of a first command.
   void serveNext() {
@@ -63,6 +61,18 @@ class SessionsSoak : public testing::Test {
     longestWait_s_ = std::max(longestWait_s_, wait_s);
     served_++;
     late_ += wait_s < 0.1 ? 0 : 1;
+  }
+
+  // All threads have started, and the last session is over.
+  int settledDescriptors() {
+    int count = 0;
+    for (int same = 0; same < 20; same++) {
+      std::this_thread::sleep_for(10ms);
+      const int now = openDescriptors(pid());
+      same = now == count ? same : 0;
+      count = now;
+    }
+    return count;
   }
 
   // The server closes a connection a little after its client.
@@ -146,9 +156,9 @@ TEST_F(SessionsSoak, FiftyWaiting) {
   for (auto& next : waiting) {
     const auto start = steady_clock::now();
     next->awaitPrompt();
-#ifdef GFAST_MEASURABLE
-    EXPECT_LT(steady_clock::now() - start, 100ms);
-#endif
+    if (isFull()) {
+      EXPECT_LT(steady_clock::now() - start, 100ms);
+    }
     EXPECT_EQ(next->type("show version"), kVersion);
     next.reset();
   }
