@@ -3,9 +3,8 @@
 
 namespace gfast::console {
 
-// Date and time in UTC, such as "Apr  7 2017 17:46:34". The build writes it (cmake/build-time.cmake): the
-// compiler's own
-// __DATE__ would make another program of the same sources at each build.
+// Date and time in UTC, such as "Apr  7 2017 17:46:34". The build writes it (cmake/build-time.cmake): with
+// the compiler's own __DATE__ the same sources would make another program at each build.
 extern const char* const kBuildTime;
 
 }  // namespace gfast::console
