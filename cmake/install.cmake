@@ -1,9 +1,32 @@
-# What is installed, in two components: "library", for programs that link it with or without CMake, and
-# "programs".
+# What is installed, in components that are packages as well (cmake/packages.cmake): "library", for programs that link it
+# with or without CMake, "cli", and "lab".
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS gfast-cli gfast-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+# install_programs(<component> <program>...): with their manual pages.
+function(install_programs component)
+  foreach(program ${ARGN})
+    set(manual ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
+    set(packed ${CMAKE_CURRENT_BINARY_DIR}/man/${program}.1.gz)
+    # Without its own name and time, so that the same text makes the same file.
+    add_custom_command(OUTPUT ${packed}
+      COMMAND ${CMAKE_COMMAND} -E make_directory man
+      COMMAND gzip -9nc ${manual} > ${packed}
+      DEPENDS ${manual} VERBATIM)
+    add_custom_target(${program}-manual ALL DEPENDS ${packed})
+    install(FILES ${packed} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+  endforeach()
+  install(TARGETS ${ARGN} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+endfunction()
+
+install_programs(cli gfast-cli)
+set(lab_programs gfast-lab gfast-desk gfast-cuse)
+install_programs(lab ${lab_programs})
+# A program that is completed finds its file by its own name.
+foreach(program ${lab_programs})
+  install(FILES packaging/completion/gfast-lab
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program} COMPONENT lab)
+endforeach()
 
 # One folder of headers, so that one -I is enough. Of chip/ and std/ only what the public headers are made from.
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/gfast-sdk)
