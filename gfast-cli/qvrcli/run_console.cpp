@@ -4,6 +4,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <optional>
+#include <vector>
 
 #include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
@@ -39,6 +42,13 @@ int listenOn(uint16_t port, const std::optional<Endpoint>& endpoint) {
   return endpoint ? openListener(endpoint->port.value_or(port), endpoint->address) : openListener(port);
 }
 
+std::function<bool(int connection)> admittedBy(const std::optional<std::vector<Network>>& allowed) {
+  if (!allowed) {
+    return [](int) { return true; };
+  }
+  return [networks = *allowed](int connection) { return isAllowed(connection, networks); };
+}
+
 void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
   std::puts(line);
 }
@@ -72,10 +82,7 @@ int runConsole(const char* script, uint16_t port, const char* http) {
   installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
-  const auto admits = [allowed = settings->allowed](int connection) {
-    return !allowed || isAllowed(connection, *allowed);
-  };
-  if (http != nullptr && *http != '\0' && !serveReadings(http, admits)) {
+  if (http != nullptr && *http != '\0' && !serveReadings(http, admittedBy(settings->allowed))) {
     return 1;
   }
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
