@@ -3,25 +3,38 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# Everything that is installed, without tests and benchmarks.
+add_custom_target(installed DEPENDS gfast-sdk gfast-kernel-driver)
+
+# install_packed(<file> <name> <folder> <component>): as <name>.gz.
+function(install_packed file name folder component)
+  set(packed ${CMAKE_CURRENT_BINARY_DIR}/packed/${component}/${name}.gz)
+  # Without its own name and time, so that the same text makes the same file.
+  add_custom_command(OUTPUT ${packed}
+    COMMAND ${CMAKE_COMMAND} -E make_directory packed/${component}
+    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} > ${packed}
+    DEPENDS ${PROJECT_SOURCE_DIR}/${file} VERBATIM)
+  add_custom_target(packed-${component}-${name} ALL DEPENDS ${packed})
+  add_dependencies(installed packed-${component}-${name})
+  install(FILES ${packed} DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+
 # install_programs(<component> <program>...): with their manual pages.
 function(install_programs component)
-  foreach(program ${ARGN})
-    set(manual ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
-    set(packed ${CMAKE_CURRENT_BINARY_DIR}/man/${program}.1.gz)
-    # Without its own name and time, so that the same text makes the same file.
-    add_custom_command(OUTPUT ${packed}
-      COMMAND ${CMAKE_COMMAND} -E make_directory man
-      COMMAND gzip -9nc ${manual} > ${packed}
-      DEPENDS ${manual} VERBATIM)
-    add_custom_target(${program}-manual ALL DEPENDS ${packed})
-    install(FILES ${packed} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
-  endforeach()
   install(TARGETS ${ARGN} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+  add_dependencies(installed ${ARGN})
+  foreach(program ${ARGN})
+    install_packed(docs/man/${program}.1 ${program}.1 ${CMAKE_INSTALL_MANDIR}/man1 ${component})
+  endforeach()
 endfunction()
 
 install_programs(cli gfast-cli)
+install(FILES packaging/systemd/gfast-cli.service DESTINATION lib/systemd/system COMPONENT cli)
+# A program for people at a desk is added here.
 set(lab_programs gfast-lab gfast-desk gfast-cuse)
 install_programs(lab ${lab_programs})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gfast-lab COMPONENT lab
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.toml" PATTERN man EXCLUDE)
 # A program that is completed finds its file by its own name.
 foreach(program ${lab_programs})
   install(FILES packaging/completion/gfast-lab
