@@ -12,6 +12,7 @@
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/serve/serve.h"
 #include "qvrcli/session/doorkeeper.h"
+#include "qvrcli/session/log_output.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/server.h"
 #include "qvrcli/session/settings.h"
@@ -79,13 +80,17 @@ int runConsole(const char* script, uint16_t port, const char* http) {
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
+  // What a script prints goes to whoever runs it.
+  if (file == nullptr && settings->log) {
+    logTo(*settings->log);
+  }
   installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
   if (http != nullptr && *http != '\0' && !serveReadings(http, admittedBy(settings->allowed))) {
     return 1;
   }
-  FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
   if (file != nullptr) {
     reportUnreadable(file, script);
     runScript(interpreter, file);
