@@ -91,7 +91,7 @@ void logToFile(const std::string& name) {
 }
 
 void sayToSystem(const char* line) {
-  syslog(LOG_DAEMON | LOG_INFO, "%s", line);
+  syslog(LOG_INFO, "%s", line);
 }
 
 // A process of its own: it still passes on what the console printed before a fault, and when the system's log
@@ -114,6 +114,8 @@ void logToSystem() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
       std::signal(signal, SIG_IGN);  // it ends when the console has
     }
+    openlog(program_invocation_short_name, 0,
+            LOG_DAEMON);  // C libraries differ in what they call it themselves
     sayLines(ends[0], sayToSystem);
     _exit(0);
   }
