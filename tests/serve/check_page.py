@@ -88,6 +88,7 @@ def in_showtime(browser):
         hlog = table(browser, "hlog", "us")
         assert hlog[100] > hlog[1900], "a cable attenuates high tones more"
         assert browser.script("document.querySelectorAll('.plot canvas').length") >= 8
+        assert browser.text("#findings") == "", browser.text("#findings")
         # The day so far.
         assert browser.script("days.dayrate.getValue(0, 1)") > 100 and browser.script("days.daymargin.getValue(0, 2)") > 3
         # The cursor, by pointer and by key.
@@ -168,6 +169,7 @@ def with_a_radio_station(browser):
         lowest = min((v, tone) for tone, v in enumerate(snr) if v is not None and 100 <= tone <= 300)
         assert abs(lowest[1] * 0.05175 - 9.6) < 0.2, lowest
         assert lowest[0] < sorted(quiet)[len(quiet) // 2] - 6, lowest
+        browser.await_text("#findings", "A radio station at 9.6 MHz (31 m broadcasting)")
         browser.save("page-radio.png")
 
 

@@ -298,6 +298,7 @@ function choose(name) {
   byId('one').hidden = false;
   byId('name').textContent = name;
   byId('told').textContent = '';
+  byId('findings').replaceChildren();
   draw();
   if (latest) showLines(latest);
   readLine();
@@ -309,8 +310,18 @@ function inventoryText(fast) {
   return fast && fast.inventory ? `${end('Network end:', fast.inventory['ftu-o'])}. ${end('Subscriber end:', fast.inventory['ftu-r'])}.` : '';
 }
 
+function showFindings(findings) {
+  const list = byId('findings');
+  list.replaceChildren();
+  for (const finding of findings) {
+    const item = add(list, 'li', finding.text);
+    add(item, 'span', ` (${finding.sure})`, 'quiet');
+  }
+}
+
 function showOne(read) {
   document_ = read;
+  showFindings(ownIn(read).line[0].finding || []);
   byId('told').textContent = inventoryText(fastOf(interfacesIn(read)[0]));
   shown = tonesOf(read);
   draw();
