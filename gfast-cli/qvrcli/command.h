@@ -48,30 +48,30 @@ constexpr Effect writesFile(int position) {
 }
 
 struct Command {
-  const char* path;       // keyword path, words separated by one blank
-  int mode;               // MODE_EXEC or MODE_CONFIG
+  const char* path;  // keyword path, words separated by one blank
+  int mode;          // MODE_EXEC or MODE_CONFIG
+  Effect effect;
   const char* help;       // as help shows it; nullptr for a keyword-only word
   Handler handler;        // nullptr for a keyword-only word
   ArgumentCount accepts;  // any other count prints the usage line
-  Effect effect;
   const char* usage;
 };
 
 // A word that only leads to others.
 constexpr Command keyword(const char* path) {
-  return {path, MODE_EXEC, nullptr, nullptr, anyNumber, kReads, nullptr};
+  return {path, MODE_EXEC, kReads, nullptr, nullptr, anyNumber, nullptr};
 }
 
 // A command of exec mode.
 constexpr Command exec(const char* path, const char* help, Handler handler, ArgumentCount accepts,
                        Effect effect, const char* usage) {
-  return {path, MODE_EXEC, help, handler, accepts, effect, usage};
+  return {path, MODE_EXEC, effect, help, handler, accepts, usage};
 }
 
 // A command of configuration mode.
 constexpr Command config(const char* path, const char* help, Handler handler, ArgumentCount accepts,
                          Effect effect, const char* usage) {
-  return {path, MODE_CONFIG, help, handler, accepts, effect, usage};
+  return {path, MODE_CONFIG, effect, help, handler, accepts, usage};
 }
 
 }  // namespace gfast::console

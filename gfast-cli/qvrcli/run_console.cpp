@@ -8,6 +8,7 @@
 #include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/serve/serve.h"
+#include "qvrcli/session/doorkeeper.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/server.h"
 #include "qvrcli/session/settings.h"
@@ -71,7 +72,10 @@ int runConsole(const char* script, uint16_t port, const char* http) {
   installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
-  if (http != nullptr && *http != '\0' && !serveReadings(http)) {
+  const auto admits = [allowed = settings->allowed](int connection) {
+    return !allowed || isAllowed(connection, *allowed);
+  };
+  if (http != nullptr && *http != '\0' && !serveReadings(http, admits)) {
     return 1;
   }
   FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");

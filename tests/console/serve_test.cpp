@@ -110,6 +110,20 @@ TEST_F(Serve, TellsWhatTheConsoleShows) {
                                          shown(channel, "NDR") + "000\n"));
 }
 
+TEST_F(Serve, ClosesClientsThatMayNotUseTheConsole) {
+  setenv("GFAST_ALLOW", "10.0.0.0/8", 1);
+  start(boardWithLines("idle"));
+  EXPECT_EQ(get("/metrics"), "");
+  EXPECT_THAT(program().awaitOutput("refused connection"),
+              HasSubstr(" * refused connection from 127.0.0.1\n"));
+}
+
+TEST_F(Serve, AnswersClientsThatMayUseTheConsole) {
+  setenv("GFAST_ALLOW", "10.0.0.0/8 127.0.0.1", 1);
+  start(boardWithLines("idle"));
+  EXPECT_THAT(get("/metrics"), StartsWith("HTTP/1.1 200 OK"));
+}
+
 TEST_F(Serve, HasNoFiguresOfALineThatIsDown) {
   start(boardWithLines("idle"));
   const std::string lines = get("/data/lines.json");

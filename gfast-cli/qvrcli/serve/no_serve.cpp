@@ -5,7 +5,7 @@
 
 namespace gfast::console {
 
-bool serveReadings(const std::string& where) {
+bool serveReadings(const std::string& where, std::function<bool(int connection)> /*admits*/) {
   std::fprintf(stderr, "%s: this program was built without HTTP\n", where.c_str());
   return false;
 }

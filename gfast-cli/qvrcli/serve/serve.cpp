@@ -5,6 +5,7 @@
 #include <optional>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include "qvrcli/reading/readings.h"
 #include "qvrcli/serve/field_model.h"
@@ -112,7 +113,7 @@ WebAnswer answerTo(Readings& readings, const std::string& path) {
 
 }  // namespace
 
-bool serveReadings(const std::string& where) {
+bool serveReadings(const std::string& where, std::function<bool(int connection)> admits) {
   const auto place = placeIn(where);
   if (!place) {
     std::fprintf(stderr, "%s: no [address:]port\n", where.c_str());
@@ -120,8 +121,8 @@ bool serveReadings(const std::string& where) {
   }
   Readings& readings = Readings::start();
   // Never destroyed: its threads serve until the process ends.
-  auto* const server =
-      new WebServer([&readings](const std::string& path) { return answerTo(readings, path); });
+  auto* const server = new WebServer(
+      [&readings](const std::string& path) { return answerTo(readings, path); }, std::move(admits));
   const int port = server->bind(place->address, place->port);
   if (port < 0) {
     std::fprintf(stderr, "%s: cannot serve there\n", where.c_str());

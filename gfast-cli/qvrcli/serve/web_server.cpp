@@ -60,7 +60,7 @@ const char* const kBadRequest = "HTTP/1.1 400 Bad Request\r\nConnection: close\r
 
 class WebServer::Http : public httplib::Server {
  public:
-  explicit Http(WebHandler handler) : handler_(std::move(handler)) {
+  Http(WebHandler handler, Admission admits) : handler_(std::move(handler)), admits_(std::move(admits)) {
     new_task_queue = [] { return new Threads; };
     set_pre_routing_handler([this](const httplib::Request& request, httplib::Response& response) {
       answer(request, response);
@@ -104,7 +104,7 @@ class WebServer::Http : public httplib::Server {
   }
 
   bool process_and_close_socket(socket_t socket) override {
-    if (!refused) {
+    if (!refused && admits_(socket)) {
       try {
         serve(socket);
       } catch (const std::exception&) {  // no memory, say: this answer is lost, and nothing else
@@ -115,9 +115,11 @@ class WebServer::Http : public httplib::Server {
   }
 
   WebHandler handler_;
+  Admission admits_;
 };
 
-WebServer::WebServer(WebHandler handler) : http_(std::make_unique<Http>(std::move(handler))) {}
+WebServer::WebServer(WebHandler handler, Admission admits)
+    : http_(std::make_unique<Http>(std::move(handler), std::move(admits))) {}
 
 WebServer::~WebServer() = default;
 

@@ -20,12 +20,15 @@ struct WebAnswer {
   std::string body;
 };
 
+// Whether the client of a connection is served.
+using Admission = std::function<bool(int connection)>;
+
 // Answers a GET of a path, on one of the server's threads, which runs several at the same time.
 using WebHandler = std::function<WebAnswer(const std::string& path)>;
 
 class WebServer {
  public:
-  explicit WebServer(WebHandler handler);
+  WebServer(WebHandler handler, Admission admits);
   ~WebServer();
   WebServer(const WebServer&) = delete;
   WebServer& operator=(const WebServer&) = delete;

@@ -16,6 +16,10 @@ namespace gfast::console {
 // The IPv4 address of a connection's peer; false when it has none any more.
 bool peerOf(int connection, sockaddr_in& peer);
 
+// Whether a connection's peer is one of those. If not, one line on standard output says so. A peer with an
+// IPv6 address is none, but for one that stands for an IPv4 address; so is one that has reset its connection.
+bool isAllowed(int connection, const std::vector<Network>& allowed);
+
 // Accepts connections on a thread of its own. It closes those of other clients at once, with one line on
 // standard output, and keeps the others, in the order in which they came, until they are taken.
 class Doorkeeper {
@@ -33,7 +37,6 @@ class Doorkeeper {
 
  private:
   void keepDoor();
-  bool admits(int connection) const;
   void put(int connection);
 
   const int listener_;

@@ -16,7 +16,7 @@ int handler(cli_def* /*cli*/, const char* /*command*/, char* /*argv*/[], int /*a
 }
 
 Command rowFor(const char* path, int mode = MODE_EXEC) {
-  return {path, mode, "help", handler, anyNumber, kReads, "usage"};
+  return {path, mode, kReads, "help", handler, anyNumber, "usage"};
 }
 
 std::string refusalOf(std::vector<Place> order, std::vector<Command> rows) {
