@@ -4,6 +4,9 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 install(TARGETS gfast-cli gfast-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+if(TARGET gfast-report)
+  install(TARGETS gfast-report RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+endif()
 
 # One folder of headers, so that one -I is enough. Of chip/ and std/ only what the public headers are made from.
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/gfast-sdk)

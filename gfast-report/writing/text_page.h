@@ -1,0 +1,16 @@
+// A line's figures, plots and findings for a terminal of 80 columns.
+#pragma once
+
+#include <string>
+
+#include "qvrcli/reading/line_reading.h"
+
+namespace gfast::report {
+
+// `source` says where the line is.
+std::string textPage(const console::Reading& reading, const std::string& source);
+
+// Words in lines of at most so many columns; all but the first begin with `indent` blanks.
+std::string wrapped(const std::string& text, size_t indent);
+
+}  // namespace gfast::report

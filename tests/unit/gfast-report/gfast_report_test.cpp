@@ -1,0 +1,115 @@
+// The program, typing at a lab.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <httplib.h>
+
+#include <nlohmann/json.hpp>
+
+#include "support/console_session.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+using Json = nlohmann::json;
+
+struct Ran {
+  int status;
+  std::string output, errors;
+};
+
+Ran report(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), GFAST_REPORT);
+  ConsoleProgram program("", arguments);
+  const int status = program.wait();
+  return {status, program.output(), program.errors()};
+}
+
+class Report : public testing::Test {
+ protected:
+  // A lab in which time passes only while somebody sleeps, some seconds after its start.
+  void start(const std::string& board, int seconds) {
+    lab_ = std::make_unique<ConsoleProgram>(
+        "", std::vector<std::string>{GFAST_LAB, "--board", BOARDS "/" + board, "--speed", "max", "--port",
+                                     "0", "--http", "0"});
+    port_ = std::to_string(lab_->port());
+    ConsoleSession session(lab_->port());
+    session.awaitPrompt();
+    session.type("sleep " + std::to_string(seconds));
+  }
+
+  std::string served(const std::string& path) {
+    const std::string beginning = "Serving http://127.0.0.1:";
+    const std::string& printed = lab_->output();
+    const size_t at = printed.find(beginning) + beginning.size();
+    httplib::Client client("127.0.0.1", std::stoi(printed.substr(at)));
+    const auto answer = client.Get(path);
+    return answer ? answer->body : "";
+  }
+
+  std::string address() const { return "127.0.0.1:" + port_; }
+  const TemporaryFolder& folder() const { return folder_; }
+
+ private:
+  TemporaryFolder folder_;
+  std::unique_ptr<ConsoleProgram> lab_;
+  std::string port_;
+};
+
+// What only the server can know, and what depends on the time of this machine.
+void leaveOut(Json& document) {
+  Json& interface = document["ietf-interfaces:interfaces-state"]["interface"][0];
+  interface.erase("last-change");
+  interface.erase("statistics");
+  Json& fast = interface["bbf-fastdsl:line"]["bbf-fast:line"];
+  for (const char* end : {"ftu-o", "ftu-r"}) {
+    fast["inventory"][end].erase("g.994.1-vendor-id");  // has bytes that are not printed
+  }
+  for (const char* part : {"hlog", "aln"}) {  // whether a group is in use
+    fast["status"]["downstream"].erase(part);
+    fast["status"]["upstream"].erase(part);
+  }
+  Json& own = document["gfast-cli-reading:reading"];
+  for (const char* key : {"time", "number", "event"}) {
+    own.erase(key);
+  }
+  own["line"][0].erase("quarter-hour");
+  own["line"][0].erase("last-failure");
+  own["line"][0]["tones"].erase("time");
+}
+
+TEST_F(Report, HasWhatTheServerTells) {
+  start("line-radio.toml", 1000);
+  const Ran ran = report({"--from", address(), "-o", folder().file("line.json")});
+  ASSERT_EQ(ran.status, 0) << ran.errors;
+  EXPECT_EQ(ran.errors, "");
+  Json typed = Json::parse(folder().read("line.json"));
+  Json told = Json::parse(served("/data/lines/0.json"));
+  leaveOut(typed);
+  leaveOut(told);
+  EXPECT_EQ(Json::diff(typed, told), Json::array());
+}
+
+TEST_F(Report, IsATextWithoutAFile) {
+  start("faults/bridged-tap.toml", 20);
+  const Ran ran = report({"--from", address()});
+  EXPECT_EQ(ran.status, 0) << ran.errors;
+  EXPECT_THAT(ran.output, StartsWith("line 0, network side: showtime"));
+  EXPECT_THAT(ran.output, HasSubstr("* A bridged tap of about 5.0 m"));
+}
+
+TEST(ReportOptions, AreChecked) {
+  EXPECT_EQ(report({"--from", "nowhere"}).status, 2);
+  EXPECT_EQ(report({"--line", "2"}).status, 2);
+  EXPECT_THAT(report({"-o", "line.pdf"}).errors, HasSubstr("must end in one of .txt"));
+}
+
+TEST(ReportOptions, NameAConsoleThatIsThere) {
+  const Ran ran = report({"--from", "127.0.0.1:1"});
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(ran.errors, "gfast-report: 127.0.0.1:1: Connection refused\n");
+}
+
+}  // namespace
