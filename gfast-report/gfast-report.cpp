@@ -12,6 +12,8 @@
 
 #include "gfast-report/console/console_client.h"
 #include "gfast-report/console/read_console.h"
+#include "gfast-report/writing/html_page.h"
+#include "gfast-report/writing/svg_plot.h"
 #include "gfast-report/writing/text_page.h"
 #include "gfast-report/writing/tone_rows.h"
 #include "qvrcli/serve/field_model.h"
@@ -32,8 +34,10 @@ constexpr const char* kDescription =
     "while another one is open, it waits.";
 
 constexpr const char* kFooter =
-    "The ending of -o FILE says what is written: .txt a plot for a terminal, .json what the console serves\n"
-    "to other machines, .csv a row for each tone. Without -o the text goes to standard output.\n"
+    "The ending of -o FILE says what is written: .txt plots for a terminal, .html the page of the server "
+    "with\n"
+    "everything in one file, .json what the server tells other machines, .csv a row for each tone, .svg the\n"
+    "plots as a drawing. Without -o the text goes to standard output.\n"
     "\n"
     "Exit status: 1 when the line cannot be read, 2 for a mistake on the command line.";
 
@@ -70,12 +74,21 @@ std::string rowsOf(const Reading& reading, const std::string& /*source*/) {
   return toneRows(reading.lines.at(0));
 }
 
+std::string pageOf(const Reading& reading, const std::string& /*source*/) {
+  return htmlPage(reading);
+}
+
+std::string drawingOf(const Reading& reading, const std::string& source) {
+  return svgPlot(reading.lines.at(0), headOf(reading, source));
+}
+
 struct Format {
   const char* ending;
   std::string (*write)(const Reading& reading, const std::string& source);
 };
 
-constexpr Format kFormats[] = {{".txt", textPage}, {".json", jsonOf}, {".csv", rowsOf}};
+constexpr Format kFormats[] = {
+    {".txt", textPage}, {".html", pageOf}, {".json", jsonOf}, {".csv", rowsOf}, {".svg", drawingOf}};
 
 const Format* formatOf(const std::string& file) {
   for (const Format& format : kFormats) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "gfast-report/writing/block_plot.h"
+#include "gfast-report/writing/tone_values.h"
 #include "qvrcli/findings/findings.h"
 #include "qvrcli/text/printable.h"
 
@@ -20,13 +21,6 @@ constexpr size_t kWidth = 79;
 template <typename Value>
 std::string orDash(const std::optional<Value>& value, double unit, const char* name) {
   return value ? fmt::format("{:.1f} {}", static_cast<double>(*value) / unit, name) : "-";
-}
-
-std::string headOf(const LineReading& line, time_t time, const std::string& source) {
-  const char* const side = line.networkSide ? ", network side" : ", subscriber's side";
-  return fmt::format("line {}{}: {}   {:%Y-%m-%d %H:%M:%S} UTC   {}\n", line.line, line.answers ? side : "",
-                     line.answers ? stateWord(line.state) : "the chip does not answer", fmt::gmtime(time),
-                     source);
 }
 
 std::string directionRow(const char* name, const DirectionReading& figures,
@@ -88,21 +82,11 @@ Values valuesOf(const Table& table) {
   return {table.begin(), table.end()};
 }
 
-// Tones out of use have no bits either.
-Values bitsOf(const ToneDirection& tones) {
-  Values bits = valuesOf(tones.bits);
-  for (size_t tone = 0; tone < bits.size(); tone++) {
-    const bool used = tone < tones.snr_db.size() && tones.snr_db[tone];
-    bits[tone] = used || tones.bits[tone] > 0 ? bits[tone] : std::nullopt;
-  }
-  return bits;
-}
-
 std::string plotsOf(const ToneReading& tones) {
   const ToneDirection& down = tones.downstream;
   const ToneDirection& up = tones.upstream;
   std::string text = fmt::format("{:11}{:34}{}\n", "", "downstream", "upstream");
-  text += drawBlocks({"bits", Summary::kMean, 3, 0}, bitsOf(down), bitsOf(up));
+  text += drawBlocks({"bits", Summary::kMean, 3, 0}, valuesOf(bitsInUse(down)), valuesOf(bitsInUse(up)));
   text += drawBlocks({"SNR", Summary::kLowest, 4}, valuesOf(down.snr_db), valuesOf(up.snr_db));
   text += drawBlocks({"noise", Summary::kHighest, 3}, valuesOf(down.noise_dbmHz), valuesOf(up.noise_dbmHz));
   text += drawBlocks({"HLOG", Summary::kLowest, 4}, valuesOf(down.hlog_db), valuesOf(up.hlog_db));
@@ -110,6 +94,14 @@ std::string plotsOf(const ToneReading& tones) {
 }
 
 }  // namespace
+
+std::string headOf(const Reading& reading, const std::string& source) {
+  const LineReading& line = reading.lines.at(0);
+  const char* const side = line.networkSide ? ", network side" : ", subscriber's side";
+  return fmt::format("line {}{}: {}   {:%Y-%m-%d %H:%M:%S} UTC   {}", line.line, line.answers ? side : "",
+                     line.answers ? stateWord(line.state) : "the chip does not answer",
+                     fmt::gmtime(reading.time), source);
+}
 
 std::string wrapped(const std::string& text, size_t indent) {
   std::string all;
@@ -129,13 +121,11 @@ std::string wrapped(const std::string& text, size_t indent) {
 }
 
 std::string textPage(const Reading& reading, const std::string& source) {
-  std::string text;
-  for (const LineReading& line : reading.lines) {
-    text += headOf(line, reading.time, source) + figuresOf(line) + endsOf(line) + errorsOf(line);
-    text += line.tones ? plotsOf(*line.tones) : "Tones are measured while the line is up.\n";
-    for (const Finding& finding : findingsIn(line)) {
-      text += wrapped(fmt::format("* {} ({})", finding.text, wordOf(finding.sureness)), 2);
-    }
+  const LineReading& line = reading.lines.at(0);
+  std::string text = headOf(reading, source) + "\n" + figuresOf(line) + endsOf(line) + errorsOf(line);
+  text += line.tones ? plotsOf(*line.tones) : "Tones are measured while the line is up.\n";
+  for (const Finding& finding : findingsIn(line)) {
+    text += wrapped(fmt::format("* {} ({})", finding.text, wordOf(finding.sureness)), 2);
   }
   return text;
 }

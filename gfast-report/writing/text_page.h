@@ -7,7 +7,9 @@
 
 namespace gfast::report {
 
-// `source` says where the line is.
+// Which line it is, its state, when and where it was read; `source` says where.
+std::string headOf(const console::Reading& reading, const std::string& source);
+
 std::string textPage(const console::Reading& reading, const std::string& source);
 
 // Words in lines of at most so many columns; all but the first begin with `indent` blanks.

@@ -4,6 +4,8 @@
 
 #include "gfast-report/console/printed_values.h"
 #include "gfast-report/writing/block_plot.h"
+#include "gfast-report/writing/html_page.h"
+#include "gfast-report/writing/svg_plot.h"
 #include "gfast-report/writing/text_page.h"
 #include "gfast-report/writing/tone_rows.h"
 #include "stored_console.h"
@@ -60,6 +62,40 @@ TEST(BlockPlot, IsEmptyWithoutValues) {
 
 TEST(BlockPlot, DrawsALineThatIsFlat) {
   EXPECT_THAT(drawBlocks({"noise", Summary::kHighest, 1}, Values(2048, -139.0), {}), HasSubstr("│▁▁▁▁▁▁"));
+}
+
+TEST(HtmlPage, HasTheDocumentsInFrontOfItsScript) {
+  StoredConsole console("showtime.txt");
+  const std::string page = htmlPage(console.read(0).reading);
+  const size_t stored =
+      page.find("<body>\n<script type=\"application/json\" id=\"stored\">{\"/data/lines.json\":{");
+  ASSERT_NE(stored, std::string::npos);
+  EXPECT_NE(page.find("\"/data/lines/0.json\":{", stored), std::string::npos);
+  EXPECT_GT(page.rfind("<script>"), stored);
+  EXPECT_THAT(page, testing::EndsWith("</html>\n"));
+}
+
+TEST(HtmlPage, IsNotEndedByWhatAChipSays) {
+  StoredConsole console("showtime.txt");
+  std::string& device = console["show device-info 0"];
+  device.replace(device.find("1.9.4.106"), 9, "1</script><script>alert(1)");
+  const std::string page = htmlPage(console.read(0).reading);
+  EXPECT_THAT(page, HasSubstr("1\\u003c/script>\\u003cscript>alert(1)"));
+  EXPECT_THAT(page, Not(HasSubstr("<script>alert")));
+}
+
+TEST(SvgPlot, BreaksAPathWhereThereIsNoValue) {
+  auto tones = std::make_shared<ToneReading>();
+  tones->downstream.snr_db = {10.0F, 20.0F, std::nullopt, 10.0F};
+  LineReading line;
+  line.tones = tones;
+  const std::string drawing = svgPlot(line, "a < b & c");
+  EXPECT_THAT(drawing, HasSubstr("a &lt; b &amp; c"));
+  EXPECT_THAT(drawing, HasSubstr("<path d=\"M60.0 340.0L60.4 210.0M61.2 340.0\""));
+}
+
+TEST(SvgPlot, HasItsHeadingOnlyOfALineThatIsDown) {
+  EXPECT_THAT(svgPlot({}, "down"), Not(HasSubstr("<path")));
 }
 
 TEST(ToneRows, HaveAnEmptyFieldWithoutAValue) {
