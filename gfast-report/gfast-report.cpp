@@ -9,9 +9,13 @@
 #include <exception>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "gfast-report/console/console_client.h"
 #include "gfast-report/console/read_console.h"
+#include "gfast-report/report_error.h"
+#include "gfast-report/stored/changes.h"
+#include "gfast-report/stored/stored_reading.h"
 #include "gfast-report/writing/html_page.h"
 #include "gfast-report/writing/svg_plot.h"
 #include "gfast-report/writing/text_page.h"
@@ -46,6 +50,7 @@ struct Options {
   std::string from = "127.0.0.1:9000";
   std::string out;
   double wait_s = 60;
+  std::vector<std::string> diff;
 };
 
 ConsoleClient::Address addressIn(const std::string& text) {
@@ -122,6 +127,11 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
       ->type_name("S")
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();
+  app.add_option("--diff", options.diff,
+                 "Tell what changed between two readings that were kept as JSON, instead")
+      ->type_name("A.json B.json")
+      ->expected(2)
+      ->excludes("--line", "--from", "--wait");
   app.add_option("-o,--output", options.out, "The report")->type_name("FILE")->check(fileCheck);
   try {
     app.parse(argc, argv);
@@ -179,7 +189,20 @@ bool write(const std::string& text, const std::string& file) {
   return written && closed;
 }
 
+int tellChanges(const Options& options) {
+  if (!options.out.empty() && !options.out.ends_with(".txt")) {
+    std::fprintf(stderr, "gfast-report: -o: changes are written as .txt only\n");
+    return kUsageError;
+  }
+  return write(changesOf(readStored(options.diff.at(0)), readStored(options.diff.at(1))), options.out)
+             ? 0
+             : kNotRead;
+}
+
 int run(const Options& options) {
+  if (!options.diff.empty()) {
+    return tellChanges(options);
+  }
   ProgressLine progress;
   const TakenReading taken = readFrom(options, progress);
   progress.clear();

@@ -13,6 +13,8 @@
 #include <memory>
 #include <utility>
 
+#include "gfast-report/report_error.h"
+
 namespace gfast::report {
 
 namespace {

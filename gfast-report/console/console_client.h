@@ -4,17 +4,10 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace gfast::report {
-
-// What cannot be read, in one line.
-class ReportError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 // Takes telnet's commands out of a stream of bytes, whatever pieces it comes in.
 class TelnetFilter {

@@ -9,8 +9,8 @@
 #include <iterator>
 #include <utility>
 
-#include "gfast-report/console/console_client.h"
 #include "gfast-report/console/printed_values.h"
+#include "gfast-report/report_error.h"
 #include "qvrcli/text/link_states.h"
 
 namespace gfast::report {

@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "gfast-report/report_error.h"
+
 using namespace gfast::report;
 using namespace std::chrono_literals;
 

@@ -35,6 +35,10 @@ class Report : public testing::Test {
         "", std::vector<std::string>{GFAST_LAB, "--board", BOARDS "/" + board, "--speed", "max", "--port",
                                      "0", "--http", "0"});
     port_ = std::to_string(lab_->port());
+    pass(seconds);
+  }
+
+  void pass(int seconds) {
     ConsoleSession session(lab_->port());
     session.awaitPrompt();
     session.type("sleep " + std::to_string(seconds));
@@ -98,6 +102,23 @@ TEST_F(Report, IsATextWithoutAFile) {
   EXPECT_EQ(ran.status, 0) << ran.errors;
   EXPECT_THAT(ran.output, StartsWith("line 0, network side: showtime"));
   EXPECT_THAT(ran.output, HasSubstr("* A bridged tap of about 5.0 m"));
+}
+
+TEST_F(Report, TellsWhatChanged) {
+  start("line-radio.toml", 20);
+  const std::string before = folder().file("before.json");
+  const std::string after = folder().file("after.json");
+  ASSERT_EQ(report({"--from", address(), "-o", before}).status, 0);
+  pass(80);
+  ASSERT_EQ(report({"--from", address(), "-o", after}).status, 0);
+  const Ran ran = report({"--diff", before, after});
+  EXPECT_EQ(ran.status, 0) << ran.errors;
+  EXPECT_THAT(ran.output, HasSubstr("\nnew: A radio station at 9.6 MHz"));
+  EXPECT_THAT(ran.output, HasSubstr("\ndownstream HLOG: as before\n"));
+  EXPECT_EQ(report({"--diff", before, "--from", address()}).status, 2);
+  EXPECT_EQ(report({"--diff", before, after, "-o", folder().file("x.html")}).status, 2);
+  EXPECT_EQ(report({"--diff", before, folder().file("none.json")}).errors,
+            "gfast-report: " + folder().file("none.json") + ": No such file or directory\n");
 }
 
 TEST(ReportOptions, AreChecked) {

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "gfast-report/console/console_client.h"
+#include "gfast-report/report_error.h"
 #include "stored_console.h"
 
 using namespace gfast::console;
