@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "gfast-report/board/read_board.h"
 #include "gfast-report/console/console_client.h"
 #include "gfast-report/console/read_console.h"
 #include "gfast-report/report_error.h"
@@ -50,6 +51,9 @@ struct Options {
   std::string from = "127.0.0.1:9000";
   std::string out;
   double wait_s = 60;
+  std::string board;
+  double after_s = 30;
+  std::string replayed;
   std::vector<std::string> diff;
 };
 
@@ -119,19 +123,31 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
       ->type_name("N")
       ->check(CLI::Range(0, QVR_K_MAX_LINES - 1))
       ->capture_default_str();
-  app.add_option("--from", options.from, "The console")
-      ->type_name("HOST:PORT")
-      ->check(addressCheck)
-      ->capture_default_str();
+  CLI::Option* const from = app.add_option("--from", options.from, "The console")
+                                ->type_name("HOST:PORT")
+                                ->check(addressCheck)
+                                ->capture_default_str();
   app.add_option("--wait", options.wait_s, "How long to wait for a busy console, seconds")
       ->type_name("S")
       ->check(CLI::Range(0.0, 86400.0))
       ->capture_default_str();
+  CLI::Option* const board = app.add_option("--board", options.board,
+                                            "A board file: read the virtual board that it describes, instead")
+                                 ->type_name("FILE")
+                                 ->excludes(from);
+  app.add_option("--after", options.after_s, "How long after it is switched on, seconds of the board")
+      ->type_name("S")
+      ->check(CLI::Range(0.0, 1e7))
+      ->needs(board)
+      ->capture_default_str();
+  app.add_option("--replay", options.replayed, "A field trace: read what it holds, instead")
+      ->type_name("FILE")
+      ->excludes(from, board);
   app.add_option("--diff", options.diff,
                  "Tell what changed between two readings that were kept as JSON, instead")
       ->type_name("A.json B.json")
       ->expected(2)
-      ->excludes("--line", "--from", "--wait");
+      ->excludes("--line", "--from", "--wait", "--board", "--after", "--replay");
   app.add_option("-o,--output", options.out, "The report")->type_name("FILE")->check(fileCheck);
   try {
     app.parse(argc, argv);
@@ -169,12 +185,28 @@ class ProgressLine {
 };
 
 TakenReading readFrom(const Options& options, ProgressLine& progress) {
+  if (!options.board.empty()) {
+    progress.show("virtual board");
+    return readBoard(options.board, options.line, options.after_s);
+  }
+  if (!options.replayed.empty()) {
+    progress.show("field trace");
+    return readTraced(options.replayed, options.line);
+  }
   ConsoleClient::Limits limits;
   limits.busy = std::chrono::milliseconds(static_cast<int64_t>(options.wait_s * 1000));
   ConsoleClient console(addressIn(options.from), limits,
                         [&progress](const std::string& line) { progress.tell(line); });
   return readConsole([&console](const std::string& command) { return console.ask(command); }, options.line,
                      std::time(nullptr), [&progress](const std::string& what) { progress.show(what); });
+}
+
+// What a report says about where the line is.
+std::string sourceOf(const Options& options) {
+  if (!options.board.empty()) {
+    return options.board;
+  }
+  return options.replayed.empty() ? options.from : options.replayed;
 }
 
 // False after a message.
@@ -209,7 +241,7 @@ int run(const Options& options) {
   for (const std::string& remark : taken.remarks) {
     progress.tell(remark);
   }
-  return write(formatOf(options.out)->write(taken.reading, options.from), options.out) ? 0 : kNotRead;
+  return write(formatOf(options.out)->write(taken.reading, sourceOf(options)), options.out) ? 0 : kNotRead;
 }
 
 }  // namespace

@@ -85,12 +85,14 @@ Values valuesOf(const Table& table) {
 std::string plotsOf(const ToneReading& tones) {
   const ToneDirection& down = tones.downstream;
   const ToneDirection& up = tones.upstream;
-  std::string text = fmt::format("{:11}{:34}{}\n", "", "downstream", "upstream");
-  text += drawBlocks({"bits", Summary::kMean, 3, 0}, valuesOf(bitsInUse(down)), valuesOf(bitsInUse(up)));
-  text += drawBlocks({"SNR", Summary::kLowest, 4}, valuesOf(down.snr_db), valuesOf(up.snr_db));
-  text += drawBlocks({"noise", Summary::kHighest, 3}, valuesOf(down.noise_dbmHz), valuesOf(up.noise_dbmHz));
-  text += drawBlocks({"HLOG", Summary::kLowest, 4}, valuesOf(down.hlog_db), valuesOf(up.hlog_db));
-  return text + frequencyAxis();
+  const std::string plots =
+      drawBlocks({"bits", Summary::kMean, 3, 0}, valuesOf(bitsInUse(down)), valuesOf(bitsInUse(up))) +
+      drawBlocks({"SNR", Summary::kLowest, 4}, valuesOf(down.snr_db), valuesOf(up.snr_db)) +
+      drawBlocks({"noise", Summary::kHighest, 3}, valuesOf(down.noise_dbmHz), valuesOf(up.noise_dbmHz)) +
+      drawBlocks({"HLOG", Summary::kLowest, 4}, valuesOf(down.hlog_db), valuesOf(up.hlog_db));
+  return plots.empty()
+             ? "No tone has a value.\n"
+             : fmt::format("{:11}{:34}{}\n", "", "downstream", "upstream") + plots + frequencyAxis();
 }
 
 }  // namespace

@@ -53,6 +53,7 @@ class Report : public testing::Test {
     return answer ? answer->body : "";
   }
 
+  uint16_t port() { return lab_->port(); }
   std::string address() const { return "127.0.0.1:" + port_; }
   const TemporaryFolder& folder() const { return folder_; }
 
@@ -86,14 +87,60 @@ void leaveOut(Json& document) {
 
 TEST_F(Report, HasWhatTheServerTells) {
   start("line-radio.toml", 1000);
-  const Ran ran = report({"--from", address(), "-o", folder().file("line.json")});
-  ASSERT_EQ(ran.status, 0) << ran.errors;
-  EXPECT_EQ(ran.errors, "");
-  Json typed = Json::parse(folder().read("line.json"));
-  Json told = Json::parse(served("/data/lines/0.json"));
+  for (const char* line : {"0", "1"}) {
+    const std::string file = folder().file("line.json");
+    const Ran ran = report({"--from", address(), "--line", line, "-o", file});
+    ASSERT_EQ(ran.status, 0) << ran.errors;
+    EXPECT_EQ(ran.errors, "");
+    Json typed = Json::parse(folder().read("line.json"));
+    Json told = Json::parse(served(std::string("/data/lines/") + line + ".json"));
+    leaveOut(typed);
+    leaveOut(told);
+    EXPECT_EQ(Json::diff(typed, told), Json::array()) << line;
+  }
+}
+
+TEST_F(Report, WaitsForABusyConsole) {
+  start("usual.toml", 20);
+  ConsoleSession other(port());
+  other.awaitPrompt();
+  const Ran ran = report({"--from", address(), "--wait", "1"});
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(ran.errors, "gfast-report: " + address() + ": still busy after 1 s\n");
+  other.close();
+  EXPECT_EQ(report({"--from", address()}).status, 0);
+}
+
+TEST_F(Report, OfABoardIsThatOfALabBeforeIt) {
+  start("faults/bridged-tap.toml", 1000);
+  ASSERT_EQ(report({"--from", address(), "--line", "0", "-o", folder().file("typed.json")}).status, 0);
+  const std::string board = BOARDS "/faults/bridged-tap.toml";
+  const Ran ran = report({"--board", board, "--after", "1000", "-o", folder().file("read.json")});
+  EXPECT_EQ(ran.output + ran.errors, "");
+  Json typed = Json::parse(folder().read("typed.json"));
+  Json read = Json::parse(folder().read("read.json"));
+  EXPECT_EQ(read["gfast-cli-reading:reading"]["time"], "2024-01-01T00:16:40Z");
   leaveOut(typed);
-  leaveOut(told);
-  EXPECT_EQ(Json::diff(typed, told), Json::array());
+  leaveOut(read);
+  EXPECT_EQ(Json::diff(typed, read), Json::array());
+}
+
+TEST(ReportOfATrace, HasWhatTheTraceHolds) {
+  const Ran ran = report({"--replay", FIELD_TRACES "/line-drops.trace"});
+  EXPECT_EQ(ran.status, 0) << ran.errors;
+  EXPECT_THAT(ran.output, StartsWith("line 0, network side: showtime"));
+  EXPECT_THAT(ran.output, HasSubstr("683.0 Mbit/s"));
+  EXPECT_THAT(ran.output, HasSubstr("No tone has a value."));
+  EXPECT_THAT(ran.errors, testing::MatchesRegex("gfast-report: the trace does not hold [0-9]+ requests\n"));
+}
+
+TEST(ReportOfABoard, NeedsTheLineAndAFile) {
+  const Ran ran = report({"--board", BOARDS "/one-chip.toml", "--line", "1"});
+  EXPECT_EQ(ran.status, 1);
+  EXPECT_EQ(ran.errors, "gfast-report: there is no line 1: the board has 1\n");
+  EXPECT_EQ(report({"--board", "none.toml"}).status, 1);
+  EXPECT_EQ(report({"--replay", "none.trace"}).status, 1);
+  EXPECT_EQ(report({"--after", "5"}).status, 2);
 }
 
 TEST_F(Report, IsATextWithoutAFile) {
