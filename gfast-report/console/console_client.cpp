@@ -184,13 +184,15 @@ void ConsoleClient::awaitFirstPrompt() {
 }
 
 bool ConsoleClient::awaitPrompt() {
-  auto heard = std::chrono::steady_clock::now();
+  constexpr int kSilencesOfCommand = 10;
+  const auto began = std::chrono::steady_clock::now();
+  auto heard = began;
   while (!hasPrompt()) {
     const Received received = receive(100ms);
     const auto now = std::chrono::steady_clock::now();
-    if (received == Received::kSome) {
-      heard = now;
-    } else if (received == Received::kEnd || now - heard > limits_.silent) {
+    heard = received == Received::kSome ? now : heard;
+    if (received == Received::kEnd || now - heard > limits_.silent ||
+        now - began > kSilencesOfCommand * limits_.silent) {
       return false;
     }
   }

@@ -138,6 +138,17 @@ TEST_F(Client, TakesACommandThatNeverEndsForALostSession) {
   EXPECT_THAT(ask(server, {2000ms, 50ms}), HasSubstr("lost 3 sessions"));
 }
 
+TEST_F(Client, TakesACommandThatIsPrintedByteByByteForALostSession) {
+  const auto trickle = [](int connection) {
+    greet(connection);
+    while (send(connection, "x", 1, MSG_NOSIGNAL) == 1) {
+      std::this_thread::sleep_for(5ms);
+    }
+  };
+  Server server({trickle, trickle, trickle});
+  EXPECT_THAT(ask(server, {2000ms, 15ms}), HasSubstr("lost 3 sessions"));
+}
+
 TEST_F(Client, WaitsForABusyConsoleAndGivesUp) {
   Server server({stay});
   EXPECT_THAT(ask(server, {2300ms, 100ms}), HasSubstr("still busy after 2 s"));

@@ -4,10 +4,14 @@
 
 #include <httplib.h>
 
+#include <filesystem>
+#include <iterator>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 #include "support/console_session.h"
 #include "support/temporary_folder.h"
+#include "support/text_file.h"
 
 namespace {
 
@@ -166,6 +170,42 @@ TEST_F(Report, TellsWhatChanged) {
   EXPECT_EQ(report({"--diff", before, after, "-o", folder().file("x.html")}).status, 2);
   EXPECT_EQ(report({"--diff", before, folder().file("none.json")}).errors,
             "gfast-report: " + folder().file("none.json") + ": No such file or directory\n");
+}
+
+struct Example {
+  std::string command, output;
+};
+
+// The commands behind "$ " in the manual's blocks, and what stands below each.
+std::vector<Example> examplesIn(const std::string& manual) {
+  std::vector<Example> examples;
+  bool inside = false;
+  std::istringstream lines(manual);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with("```")) {
+      inside = line == "```text";
+    } else if (inside && line.starts_with("$ gfast-report ")) {
+      examples.push_back({line.substr(line.find(' ', 2) + 1), ""});
+    } else if (inside) {
+      examples.back().output += line + "\n";
+    }
+  }
+  return examples;
+}
+
+TEST(ReportManual, ShowsWhatIsPrinted) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory_symlink(BOARDS, folder.file("boards"));
+  const std::vector<Example> examples = examplesIn(readText(MANUAL));
+  EXPECT_EQ(examples.size(), 4U);
+  for (const Example& example : examples) {
+    std::istringstream words(example.command);
+    std::vector<std::string> command{GFAST_REPORT};
+    command.insert(command.end(), std::istream_iterator<std::string>(words), {});
+    ConsoleProgram program("", command, folder.path());
+    EXPECT_EQ(program.wait(), 0) << program.errors();
+    EXPECT_EQ(program.output(), example.output) << example.command;
+  }
 }
 
 TEST(ReportOptions, AreChecked) {
