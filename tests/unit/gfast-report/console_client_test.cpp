@@ -141,6 +141,7 @@ TEST_F(Client, TakesACommandThatNeverEndsForALostSession) {
 TEST_F(Client, TakesACommandThatIsPrintedByteByByteForALostSession) {
   const auto trickle = [](int connection) {
     greet(connection);
+    heard(connection);
     while (send(connection, "x", 1, MSG_NOSIGNAL) == 1) {
       std::this_thread::sleep_for(5ms);
     }
