@@ -1,8 +1,9 @@
 // A report of a line, read from a running console.
 #include <unistd.h>
-#include <CLI/CLI.hpp>
 
+#include <CLI/CLI.hpp>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -39,8 +40,7 @@ constexpr const char* kDescription =
     "while another one is open, it waits.";
 
 constexpr const char* kFooter =
-    "The ending of -o FILE says what is written: .txt plots for a terminal, .html the page of the server "
-    "with\n"
+    "The ending of -o FILE says what is written: .txt plots for a terminal, .html the server's page with\n"
     "everything in one file, .json what the server tells other machines, .csv a row for each tone, .svg the\n"
     "plots as a drawing. Without -o the text goes to standard output.\n"
     "\n"
@@ -165,6 +165,11 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
 // One line that is written anew, on a terminal only.
 class ProgressLine {
  public:
+  ProgressLine() = default;
+  ~ProgressLine() { clear(); }
+  ProgressLine(const ProgressLine&) = delete;
+  ProgressLine& operator=(const ProgressLine&) = delete;
+
   void show(const std::string& what) {
     if (shown_) {
       std::fprintf(stderr, "\r\033[KReading: %s", what.c_str());
@@ -237,10 +242,10 @@ int run(const Options& options) {
   }
   ProgressLine progress;
   const TakenReading taken = readFrom(options, progress);
-  progress.clear();
   for (const std::string& remark : taken.remarks) {
     progress.tell(remark);
   }
+  progress.clear();
   return write(formatOf(options.out)->write(taken.reading, sourceOf(options)), options.out) ? 0 : kNotRead;
 }
 

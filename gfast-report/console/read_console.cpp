@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
-#include <iterator>
 #include <utility>
 
 #include "gfast-report/console/printed_values.h"
@@ -43,17 +42,20 @@ struct Taking {
 
 // ---- The line and its device ----
 
+// A device that was lost and found again counts once more, so there may seem to be more than can be.
 QVR_lineId_t numberOfLines(const Ask& ask) {
+  constexpr std::string_view kTotal = "total = ";
+  constexpr int64_t kMost = 10000;
   const std::string reply = ask("show number lines");
-  const size_t total = reply.find("total = ");
+  const size_t total = reply.find(kTotal);
   const auto number =
       total == std::string::npos
           ? std::nullopt
-          : numberIn(trimmed(firstLineOf(std::string_view(reply).substr(total + 8))), 0, QVR_K_MAX_LINES);
+          : numberIn(trimmed(firstLineOf(std::string_view(reply).substr(total + kTotal.size()))), 0, kMost);
   if (!number) {
     throw ReportError(fmt::format("\"show number lines\" is answered with: {}", firstLineOf(reply)));
   }
-  return static_cast<QVR_lineId_t>(*number);
+  return static_cast<QVR_lineId_t>(std::min<int64_t>(*number, QVR_K_MAX_LINES));
 }
 
 // None while the chip does not answer.

@@ -154,13 +154,20 @@ TEST(ReadConsole, ShiftsTheTimesOfABoardInAnotherZone) {
   EXPECT_EQ(line.quarterHours.past.at(0).end, StoredConsole::kNow - 200);
 }
 
+TEST(ReadConsole, TakesADeviceThatCountsOnceMore) {
+  StoredConsole console("showtime.txt");
+  console["show number lines"] = "lines per device = 1, total = 5 \r\n";
+  EXPECT_TRUE(console.read(0).reading.lines.at(0).up());
+  EXPECT_THROW(console.read(2), ReportError);
+}
+
 TEST(ReadConsole, RefusesAnotherKindOfServer) {
   const auto read = [](const char* answer, QVR_lineId_t line) {
     readConsole([answer](const std::string&) { return std::string(answer); }, line, 0,
                 [](const std::string&) {});
   };
   EXPECT_THROW(read("login:", 0), ReportError);
-  EXPECT_THROW(read("lines per device = 1, total = 9 \r\n", 0), ReportError);
+  EXPECT_THROW(read("lines per device = 1, total = 99999 \r\n", 0), ReportError);
   EXPECT_THROW(read("lines per device = 1, total = \r\n", 0), ReportError);
   EXPECT_THROW(read("lines per device = 1, total = 1 \r\n", 1), ReportError);
 }
