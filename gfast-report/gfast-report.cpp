@@ -1,4 +1,5 @@
 // A report of a line, read from a running console.
+#include <qvr/version.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
