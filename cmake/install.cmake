@@ -30,8 +30,10 @@ endfunction()
 
 install_programs(cli gfast-cli)
 install(FILES packaging/systemd/gfast-cli.service DESTINATION lib/systemd/system COMPONENT cli)
-# A program for people at a desk is added here.
 set(lab_programs gfast-lab gfast-desk gfast-cuse)
+if(TARGET gfast-report)
+  list(APPEND lab_programs gfast-report)
+endif()
 install_programs(lab ${lab_programs})
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gfast-lab COMPONENT lab
   FILES_MATCHING PATTERN "*.md" PATTERN "*.toml" PATTERN man EXCLUDE)

@@ -36,7 +36,8 @@ set(CPACK_DEBIAN_CLI_PACKAGE_CONTROL_EXTRA
 debian_package(lab gfast-lab net "G.fast modem lines made of software"
 "gfast-lab is the console of gfast-cli in front of a virtual board: two modem
 chips made of software, joined by a copper pair. gfast-desk and gfast-cuse put
-the virtual board behind device files for any program.")
+the virtual board behind device files for any program. gfast-report writes a
+report of a line.")
 set(CPACK_DEBIAN_LAB_PACKAGE_SHLIBDEPS ON)
 
 debian_package(library libgfast-sdk-dev libdevel "library that manages G.fast modem chips"

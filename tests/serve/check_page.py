@@ -1,8 +1,9 @@
 """The page in a real browser: a line in training, in showtime, one that drops and comes back while the page is open.
-usage: check_page.py GFAST-LAB BOARD-FILES-FOLDER [SCREENSHOTS-FOLDER]
+usage: check_page.py GFAST-LAB GFAST-REPORT BOARD-FILES-FOLDER [SCREENSHOTS-FOLDER]
 """
 import contextlib
 import os
+import subprocess
 import sys
 
 from lab import Lab, need, skip, wait_for
@@ -16,8 +17,8 @@ try:
 except ImportError:
     skip("python3-selenium is not installed")
 
-program, boards = sys.argv[1:3]
-screenshots = sys.argv[3] if len(sys.argv) > 3 else None
+program, reporter, boards = sys.argv[1:4]
+screenshots = sys.argv[4] if len(sys.argv) > 4 else None
 
 
 class Browser:
@@ -88,6 +89,7 @@ def in_showtime(browser):
         hlog = table(browser, "hlog", "us")
         assert hlog[100] > hlog[1900], "a cable attenuates high tones more"
         assert browser.script("document.querySelectorAll('.plot canvas').length") >= 8
+        assert browser.text("#findings") == "", browser.text("#findings")
         # The day so far.
         assert browser.script("days.dayrate.getValue(0, 1)") > 100 and browser.script("days.daymargin.getValue(0, 2)") > 3
         # The cursor, by pointer and by key.
@@ -168,6 +170,7 @@ def with_a_radio_station(browser):
         lowest = min((v, tone) for tone, v in enumerate(snr) if v is not None and 100 <= tone <= 300)
         assert abs(lowest[1] * 0.05175 - 9.6) < 0.2, lowest
         assert lowest[0] < sorted(quiet)[len(quiet) // 2] - 6, lowest
+        browser.await_text("#findings", "A radio station at 9.6 MHz (31 m broadcasting)")
         browser.save("page-radio.png")
 
 
@@ -185,8 +188,27 @@ def drops_and_comes_back(browser):
         browser.await_text("#events", "loss of signal")
 
 
+def as_one_file(browser):
+    """The page that gfast-report writes, when the console that it was read from is gone."""
+    with Lab(program, os.path.join(boards, "faults", "bridged-tap.toml")) as lab:
+        lab.await_output("to show time")
+        file = os.path.join(lab.folder.name, "line.html")
+        subprocess.run([reporter, "--from", f"127.0.0.1:{lab.console}", "-o", file], check=True, timeout=60)
+        browser.driver.get(f"file://{file}")
+        lab.process.kill()
+        browser.driver.refresh()
+        browser.await_text("#lines", "line0: showtime")
+        wait_for(lambda: browser.script("shown !== null"), 10, "tones")
+        browser.await_text("#findings", "A bridged tap of about 5.0 m")
+        assert browser.text("#read").startswith("Read "), browser.text("#read")
+        assert browser.text("#told").startswith("Network end: "), browser.text("#told")
+        assert max(v for v in table(browser, "bits", "ds") if v is not None) == 12
+        browser.save("report.png")
+        browser.driver.get("about:blank")
+
+
 with Browser() as browser:
-    for case in (in_showtime, in_training, with_a_radio_station, drops_and_comes_back):
+    for case in (in_showtime, in_training, with_a_radio_station, drops_and_comes_back, as_one_file):
         case(browser)
         print(case.__name__, "passed")
     browser.expect_no_errors()

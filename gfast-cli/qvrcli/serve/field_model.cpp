@@ -5,6 +5,7 @@
 #include <string_view>
 #include <utility>
 
+#include "qvrcli/findings/findings.h"
 #include "qvrcli/reading/counter_columns.h"
 #include "qvrcli/serve/encodings.h"
 
@@ -296,6 +297,17 @@ Json ownQuarterHours(const LineReading& line) {
   return quarters;
 }
 
+Json ownFindings(const LineReading& line) {
+  Json all = Json::array();
+  for (const Finding& finding : findingsIn(line)) {
+    all.push_back({{"number", all.size() + 1},
+                   {"what", finding.what},
+                   {"sure", wordOf(finding.sureness)},
+                   {"text", finding.text}});
+  }
+  return all;
+}
+
 Json ownLine(const LineReading& line, bool all) {
   Json own;
   own["name"] = nameOf(line);
@@ -318,6 +330,7 @@ Json ownLine(const LineReading& line, bool all) {
   }
   if (all) {
     own["quarter-hour"] = ownQuarterHours(line);
+    own["finding"] = ownFindings(line);
   }
   if (all && line.tones) {
     own["tones"] = {{"time", dateAndTime(line.tones->time)},

@@ -13,6 +13,9 @@ const kBands = [[1.81, 2.0], [3.5, 4.0], [5.25, 5.45], [7.0, 7.3], [10.1, 10.15]
 const byId = (id) => document.getElementById(id);
 const colour = (name) => getComputedStyle(document.documentElement).getPropertyValue(name).trim();
 
+// A page that is kept as a file has its documents in itself.
+const stored = byId('stored') && JSON.parse(byId('stored').textContent);
+
 // ---- Documents ----
 
 const kSide = 'bbf-fast:line';
@@ -94,7 +97,8 @@ function showLine(interface_, own, now) {
   button.setAttribute('aria-pressed', String(interface_.name === chosen));
   const head = add(button, 'span', `${interface_.name}: `);
   add(head, 'span', own.answers ? own.state : 'the chip does not answer', 'state');
-  add(head, 'span', interface_['last-change'] ? ` for ${howLong(interface_['last-change'], now)}` : ' since before the start', 'quiet');
+  const unknown = stored ? '' : ' since before the start';
+  add(head, 'span', interface_['last-change'] ? ` for ${howLong(interface_['last-change'], now)}` : unknown, 'quiet');
   const fast = fastOf(interface_);
   if (fast && interface_['oper-status'] === 'up') {
     const figures = add(button, 'span', undefined, 'figures');
@@ -133,7 +137,8 @@ function showEvents(events) {
     const row = add(body, 'tr');
     [timeText(event.time), event.line || '', event.what, event.why || ''].forEach((text) => add(row, 'td', text));
   }
-  if (events.length === 0) add(add(body, 'tr'), 'td', 'none since the start').colSpan = 4;
+  const none = stored ? 'not read' : 'none since the start';
+  if (events.length === 0) add(add(body, 'tr'), 'td', none).colSpan = 4;
 }
 
 // ---- Plots over frequency ----
@@ -280,6 +285,7 @@ function drawDays(read) {
   const started = (interval) => new Date(new Date(interval['ftu-o']['time-stamp']).getTime() - 900000);
   const scaled = (value, by) => (value === undefined ? null : value / by);
   const rowsOfFigures = (name, by) => figures.map((q) => [new Date(q.start), scaled(q.downstream[name], by), scaled(q.upstream[name], by)]);
+  byId('dayplots').hidden = figures.length === 0;
   drawDay('dayrate', rowsOfFigures('net-data-rate', 1000));
   drawDay('daymargin', rowsOfFigures('snr-margin', 10));
   drawDay('dayerrors', past.slice().reverse().map((interval) => [started(interval), interval['ftu-r']['errored-seconds'],
@@ -298,6 +304,7 @@ function choose(name) {
   byId('one').hidden = false;
   byId('name').textContent = name;
   byId('told').textContent = '';
+  byId('findings').replaceChildren();
   draw();
   if (latest) showLines(latest);
   readLine();
@@ -309,8 +316,18 @@ function inventoryText(fast) {
   return fast && fast.inventory ? `${end('Network end:', fast.inventory['ftu-o'])}. ${end('Subscriber end:', fast.inventory['ftu-r'])}.` : '';
 }
 
+function showFindings(findings) {
+  const list = byId('findings');
+  list.replaceChildren();
+  for (const finding of findings) {
+    const item = add(list, 'li', finding.text);
+    add(item, 'span', ` (${finding.sure})`, 'quiet');
+  }
+}
+
 function showOne(read) {
   document_ = read;
+  showFindings(ownIn(read).line[0].finding || []);
   byId('told').textContent = inventoryText(fastOf(interfacesIn(read)[0]));
   shown = tonesOf(read);
   draw();
@@ -339,6 +356,7 @@ async function compareWith(file) {
 // ---- Reading ----
 
 async function get(path) {
+  if (stored) return stored[path];
   const answer = await fetch(path);
   if (!answer.ok) throw new Error(`${path}: ${answer.status}`);
   return answer.json();
@@ -356,7 +374,7 @@ async function readLines() {
   } catch (error) {
     byId('read').textContent = `Not read: ${error.message}`;
   }
-  setTimeout(readLines, kLinesEvery_ms);
+  if (!stored) setTimeout(readLines, kLinesEvery_ms);
 }
 
 // Whether the chosen line is up in a document.
@@ -382,5 +400,5 @@ byId('compare').addEventListener('change', (event) => event.target.files[0] && c
 byId('alone').addEventListener('click', () => { kept = null; draw(); });
 byId('whole').addEventListener('click', () => zoomTo([0, kTones - 1]));
 matchMedia('(prefers-color-scheme: dark)').addEventListener('change', draw);
-setInterval(readLine, kTonesEvery_ms);
+if (!stored) setInterval(readLine, kTonesEvery_ms);
 readLines();

@@ -79,6 +79,18 @@ TEST(FieldModel, PutsTheChipsEndWhereItsSideIs) {
   EXPECT_GT(subscriber.find(kNearFirst), subscriber.find("\"errored-seconds\":22"));
 }
 
+TEST(FieldModel, TellsFindingsOfOneLineOnly) {
+  LineReading line = answering(LS_SILENT);
+  line.quarterHours.running.emplace();
+  line.quarterHours.running->near.counters.lossOfPower = 1;
+  const Reading reading = oneLine(line);
+  EXPECT_THAT(
+      *lineDocument(reading, 0),
+      HasSubstr(
+          "\"finding\":[{\"number\":1,\"what\":\"power-loss\",\"sure\":\"sure\",\"text\":\"The subscriber"));
+  EXPECT_THAT(linesDocument(reading), Not(HasSubstr("finding")));
+}
+
 TEST(FieldModel, TakesAnyBytesAsNames) {
   LineReading line = answering(LS_SHOWTIME);
   line.inventory.emplace();
