@@ -114,8 +114,8 @@ void logToSystem() {
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
       std::signal(signal, SIG_IGN);  // it ends when the console has
     }
-    openlog(program_invocation_short_name, 0,
-            LOG_DAEMON);  // C libraries differ in what they call it themselves
+    // C libraries differ in what they call a program by themselves.
+    openlog(program_invocation_short_name, 0, LOG_DAEMON);
     sayLines(ends[0], sayToSystem);
     _exit(0);
   }
