@@ -1,12 +1,47 @@
-# What is installed, in two components: "library", for programs that link it with or without CMake, and
-# "programs".
+# What is installed, in components that are packages as well (cmake/packages.cmake): "library", for programs that link it
+# with or without CMake, "cli", and "lab".
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-install(TARGETS gfast-cli gfast-lab RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+# Everything that is installed, without tests and benchmarks.
+add_custom_target(installed DEPENDS gfast-sdk gfast-kernel-driver)
+
+# install_packed(<file> <name> <folder> <component>): as <name>.gz.
+function(install_packed file name folder component)
+  set(packed ${CMAKE_CURRENT_BINARY_DIR}/packed/${component}/${name}.gz)
+  # Without its own name and time, so that the same text makes the same file.
+  add_custom_command(OUTPUT ${packed}
+    COMMAND ${CMAKE_COMMAND} -E make_directory packed/${component}
+    COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/${file} > ${packed}
+    DEPENDS ${PROJECT_SOURCE_DIR}/${file} VERBATIM)
+  add_custom_target(packed-${component}-${name} ALL DEPENDS ${packed})
+  add_dependencies(installed packed-${component}-${name})
+  install(FILES ${packed} DESTINATION ${folder} COMPONENT ${component})
+endfunction()
+
+# install_programs(<component> <program>...): with their manual pages.
+function(install_programs component)
+  install(TARGETS ${ARGN} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${component})
+  add_dependencies(installed ${ARGN})
+  foreach(program ${ARGN})
+    install_packed(docs/man/${program}.1 ${program}.1 ${CMAKE_INSTALL_MANDIR}/man1 ${component})
+  endforeach()
+endfunction()
+
+install_programs(cli gfast-cli)
+install(FILES packaging/systemd/gfast-cli.service DESTINATION lib/systemd/system COMPONENT cli)
+set(lab_programs gfast-lab gfast-desk gfast-cuse)
 if(TARGET gfast-report)
-  install(TARGETS gfast-report RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT programs)
+  list(APPEND lab_programs gfast-report)
 endif()
+install_programs(lab ${lab_programs})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/gfast-lab COMPONENT lab
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.toml" PATTERN man EXCLUDE)
+# A program that is completed finds its file by its own name.
+foreach(program ${lab_programs})
+  install(FILES packaging/completion/gfast-lab
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME ${program} COMPONENT lab)
+endforeach()
 
 # One folder of headers, so that one -I is enough. Of chip/ and std/ only what the public headers are made from.
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/gfast-sdk)

@@ -1,5 +1,6 @@
 // A virtual board as character devices of the kernel, for every program on the machine.
 #include <fcntl.h>
+#include <qvr/version.h>
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -47,6 +48,7 @@ struct Options {
 std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
   CLI::App app(kDescription, "gfast-cuse");
   app.footer(kFooter);
+  app.set_version_flag("--version", "gfast-cuse " QVR_VERSION, "Print the version and end");
   app.add_option("--board", options.board, "Board file (TOML) that describes the board; docs/board-files.md")
       ->type_name("FILE");
   app.add_option("--trace-requests", options.trace,

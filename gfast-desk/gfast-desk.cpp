@@ -1,4 +1,6 @@
 // Runs any program with a virtual board behind its device files.
+#include <qvr/version.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -50,6 +52,7 @@ std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
   char** const dashes = std::find(argv, end, std::string_view("--"));
   CLI::App app(kDescription, "gfast-desk");
   app.footer(kFooter);
+  app.set_version_flag("--version", "gfast-desk " QVR_VERSION, "Print the version and end");
   app.add_option("--board", options.board, "Board file (TOML) that describes the board; docs/board-files.md")
       ->type_name("FILE");
   app.add_option("--trace-requests", options.trace,

@@ -1,4 +1,6 @@
 // The console in front of a virtual board: gfast-cli without chips.
+#include <qvr/version.h>
+
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <cstdio>
@@ -87,6 +89,7 @@ std::string startCheck(const std::string& text) {
 std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
   CLI::App app(kDescription, "gfast-lab");
   app.footer(kFooter);
+  app.set_version_flag("--version", "gfast-lab " QVR_VERSION, "Print the version and end");
   app.add_option("--board", options.board, "Board file (TOML) that describes the board; docs/board-files.md")
       ->type_name("FILE");
   app.add_option("--port", options.port, "TCP port of the console; 0 takes any free one")

@@ -1,4 +1,5 @@
 // A report of a line, read from a running console.
+#include <qvr/version.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -119,6 +120,7 @@ std::string fileCheck(const std::string& file) {
 std::optional<int> parseOptions(int argc, char* argv[], Options& options) {
   CLI::App app(kDescription, "gfast-report");
   app.footer(kFooter);
+  app.set_version_flag("--version", "gfast-report " QVR_VERSION, "Print the version and end");
   app.add_option("--line", options.line, "The line")
       ->type_name("N")
       ->check(CLI::Range(0, QVR_K_MAX_LINES - 1))

@@ -1,7 +1,10 @@
 #include "qvrcli/qvrcli.h"
 
+#include <fmt/format.h>
+
 #include <cstdio>
 
+#include "qvrcli/build_time.h"
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/events/events.h"
 #include "qvrcli/session/interpreter.h"
@@ -39,7 +42,8 @@ void warn(cli_def* interpreter, const char* text) {
 QVR_retval_t QVR_cliInit(cli_def* xi_cli) {
   cli = xi_cli;
   guardInterpreter(xi_cli);
-  cli_set_banner(xi_cli, "Welcome to Quelvor G.fast CLI environment (build: " __DATE__ " " __TIME__ ")");
+  cli_set_banner(xi_cli,
+                 fmt::format("Welcome to Quelvor G.fast CLI environment (build: {})", kBuildTime).c_str());
   cli_set_hostname(xi_cli, "(gfast-cli)");
   cli_telnet_protocol(xi_cli, 1);
   cli_regular_interval(xi_cli, kRegularInterval);

@@ -4,11 +4,15 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <functional>
+#include <optional>
+#include <vector>
 
 #include "clock/waiting.h"
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/serve/serve.h"
 #include "qvrcli/session/doorkeeper.h"
+#include "qvrcli/session/log_output.h"
 #include "qvrcli/session/script_lines.h"
 #include "qvrcli/session/server.h"
 #include "qvrcli/session/settings.h"
@@ -37,6 +41,13 @@ bool protect(const Settings& settings) {
 
 int listenOn(uint16_t port, const std::optional<Endpoint>& endpoint) {
   return endpoint ? openListener(endpoint->port.value_or(port), endpoint->address) : openListener(port);
+}
+
+std::function<bool(int connection)> admittedBy(const std::optional<std::vector<Network>>& allowed) {
+  if (!allowed) {
+    return [](int) { return true; };
+  }
+  return [networks = *allowed](int connection) { return isAllowed(connection, networks); };
 }
 
 void printToStandardOutput(cli_def* /*interpreter*/, const char* line) {
@@ -69,16 +80,17 @@ int runConsole(const char* script, uint16_t port, const char* http) {
   std::signal(SIGCHLD, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
+  // What a script prints goes to whoever runs it.
+  if (file == nullptr && settings->log) {
+    logTo(*settings->log);
+  }
   installMayGoOn(commandMayGoOn);
   cli_def* const interpreter = cli_init();
   QVR_cliInit(interpreter);
-  const auto admits = [allowed = settings->allowed](int connection) {
-    return !allowed || isAllowed(connection, *allowed);
-  };
-  if (http != nullptr && *http != '\0' && !serveReadings(http, admits)) {
+  if (http != nullptr && *http != '\0' && !serveReadings(http, admittedBy(settings->allowed))) {
     return 1;
   }
-  FILE* const file = script == nullptr ? nullptr : std::fopen(script, "r");
   if (file != nullptr) {
     reportUnreadable(file, script);
     runScript(interpreter, file);

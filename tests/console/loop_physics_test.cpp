@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <complex>
+#include <map>
 #include <numbers>
 #include <ostream>
 #include <sstream>
@@ -144,12 +145,22 @@ double mask_dbm_hz(int subcarrier) {
 
 // What is sent: the mask, scaled down as a whole until all subcarriers together have at most the power
 // allowed.
-double sent_dbm_hz(const Way& way, int subcarrier) {
-  double total_mW = 0;
-  for (int i = kFirst; i <= way.last; i++) {
-    total_mW += power(mask_dbm_hz(i)) * kSpacing_hz;
+// Summed up once: a slow processor would take half a minute for each table.
+double maskPower_dbm(int last) {
+  static std::map<int, double> known;
+  const auto [entry, isNew] = known.try_emplace(last, 0);
+  if (isNew) {
+    double total_mW = 0;
+    for (int i = kFirst; i <= last; i++) {
+      total_mW += power(mask_dbm_hz(i)) * kSpacing_hz;
+    }
+    entry->second = dB(total_mW);
   }
-  return mask_dbm_hz(subcarrier) - std::max(0.0, dB(total_mW) - way.sent_dbm);
+  return entry->second;
+}
+
+double sent_dbm_hz(const Way& way, int subcarrier) {
+  return mask_dbm_hz(subcarrier) - std::max(0.0, maskPower_dbm(way.last) - way.sent_dbm);
 }
 
 // Of the signal alone. Receivers show that of signal and noise together.

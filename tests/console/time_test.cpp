@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "console/programs.h"
+#include "console/lab_script.h"
 #include "support/stored_text.h"
 
 namespace {
@@ -18,23 +18,6 @@ using testing::HasSubstr;
 using testing::Not;
 
 constexpr int kQuartersOfADay = 96;
-
-// What the lab prints that runs this script with these options, without the trace log.
-std::string outputOf(std::vector<std::string> options, const std::string& script) {
-  const TemporaryFolder folder;
-  setenv("TZ", "UTC0", 1);
-  options.insert(options.begin(), gfastLab());
-  options.push_back(folder.write("a.txt", script));
-  ConsoleProgram program(LAUNCHER, options, folder.path());
-  EXPECT_EQ(program.wait(), 0);
-  EXPECT_EQ(program.errors(), "");
-  std::istringstream output(program.output());
-  std::string text;
-  for (std::string line; std::getline(output, line);) {
-    text += line.starts_with("[LOG_") ? "" : line + '\n';
-  }
-  return text;
-}
 
 // The numbers behind this label, in the order of the lines.
 std::vector<int> numbersOf(const std::string& output, const std::string& label) {

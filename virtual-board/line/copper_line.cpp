@@ -25,6 +25,9 @@ constexpr double kSearch_s = 5.0;
 constexpr double kRetry_s = 10.0;
 // How long an end waits before it reports the loss of the robust management channel.
 constexpr double kRmcLossDetection_s = 2.5;
+// More than ten severely errored seconds in a row, the usual threshold of ITU-T G.997.2 for an
+// initialisation.
+constexpr double kSevereSeconds_s = 11.1;
 // How long an end goes on without any margin before it reports that loss.
 constexpr double kMarginLossDetection_s = 10;
 // A signal that is so much weaker than in training counts as lost.
@@ -102,6 +105,8 @@ void CopperLine::setErrors(double share) {
 void CopperLine::losePower(size_t end) {
   Chip& other = *ends_[1 - end];
   if (phase_ == Phase::kShowtime && !cut_ && other.lineState() == LineState::kShowtime) {
+    // The last thing that it tells.
+    ledger_.count(end, &EndCounts::lossOfPowerFailures);
     setPhase(Phase::kLeaving);
     fail(1 - end, LF_REASON_LOSS_OF_POWER, &EndCounts::lossOfPowerFailures);
     schedule(kDeactivating_s, Phase::kApart);
@@ -152,8 +157,16 @@ void CopperLine::watchLoop() {
 }
 
 void CopperLine::loopChanged() {
+  const size_t neighbours = loop_.vectoredNeighbours();
   if (!loop_.passTo(agenda_.now())) {
     return;
+  }
+  // What is sent through the new precoder has other gains (ITU-T G.9701, transmitter-initiated gain
+  // adjustment).
+  if (phase_ == Phase::kShowtime && budget_.plan->vectoring && loop_.vectoredNeighbours() != neighbours) {
+    for (size_t end = 0; end < kEnds; end++) {
+      ledger_.count(end, &EndCounts::gainAdjustments);
+    }
   }
   next_ = {};
   heard_ = loop_.heard(plan_);
@@ -340,6 +353,19 @@ void CopperLine::setPhase(Phase phase) {
   updateTraffic();
 }
 
+// Ends showtime when what is wrong lasts longer than this.
+void CopperLine::endAfter(Agenda::Ticket& ticket, bool wrong, double patience_s, uint32_t reason,
+                          EndCounter counter) {
+  if (!wrong) {
+    agenda_.cancel(ticket);
+  } else if (ticket == Agenda::kNone) {
+    ticket = agenda_.after(patience_s, [this, &ticket, reason, counter] {
+      ticket = Agenda::kNone;
+      lost(reason, counter);
+    });
+  }
+}
+
 // Tells the ledger whether data flows and a signal arrives.
 void CopperLine::updateTraffic() {
   const double now = agenda_.now();
@@ -356,15 +382,11 @@ void CopperLine::updateTraffic() {
   } else {
     ledger_.stop(now);
   }
-  const bool drowned = phase_ == Phase::kShowtime && (errors[0].rmcLost || errors[1].rmcLost);
-  if (!drowned) {
-    agenda_.cancel(rmcLoss_);
-  } else if (rmcLoss_ == Agenda::kNone) {
-    rmcLoss_ = agenda_.after(kRmcLossDetection_s, [this] {
-      rmcLoss_ = Agenda::kNone;
-      lost(LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
-    });
-  }
+  const bool up = phase_ == Phase::kShowtime;
+  endAfter(rmcLoss_, up && (errors[0].rmcLost || errors[1].rmcLost), kRmcLossDetection_s,
+           LF_REASON_LOSS_OF_RMC, &EndCounts::lossOfRmcFailures);
+  endAfter(severeSeconds_, up && ledger_.severelyErrored(), kSevereSeconds_s,
+           LF_REASON_SEVERELY_ERRORED_SECONDS, nullptr);
   if (phase_ == Phase::kLosing) {
     ledger_.signalLost(now, true);
   } else if (phase_ == Phase::kShowtime || phase_ == Phase::kHandshake) {
@@ -495,7 +517,7 @@ void CopperLine::lost(uint32_t reason, EndCounter counter) {
 }
 
 void CopperLine::fail(size_t end, uint32_t reason, EndCounter counter) {
-  ledger_.count(end, counter);
+  ledger_.fail(end, counter);
   const uint32_t params[] = {reason, 0};
   ends_[end]->raiseEvent(EVENT_TYPE_LINE_FAILURE, params);
   ends_[end]->log(FRAMER_CORE, "line failure %u on link %u", params);

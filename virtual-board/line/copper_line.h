@@ -73,6 +73,7 @@ class CopperLine {
   void enterPhase(Phase phase);
   void setPhase(Phase phase);
   void updateTraffic();
+  void endAfter(Agenda::Ticket& ticket, bool wrong, double patience_s, uint32_t reason, EndCounter counter);
   void drawDurations();
   void trained();
   void trainingInterrupted();
@@ -81,7 +82,7 @@ class CopperLine {
   void nobodyFound();
   void leave(Chip& initiator);
   void lost(uint32_t reason, EndCounter counter);
-  void fail(size_t end, uint32_t reason, EndCounter counter);
+  void fail(size_t end, uint32_t reason, EndCounter counter);  // null: no counter has this failure
   void setState(Chip& chip, LineState state);
   void setBoth(LineState state);
   void logState(Chip& chip, LineState before);
@@ -107,6 +108,7 @@ class CopperLine {
   Agenda::Ticket watch_ = Agenda::kNone;
   Agenda::Ticket adaptation_ = Agenda::kNone;
   Agenda::Ticket rmcLoss_ = Agenda::kNone;
+  Agenda::Ticket severeSeconds_ = Agenda::kNone;
   double handshake_s_ = 0;
   double training_s_ = 0;
 };

@@ -11,14 +11,49 @@ namespace gfast::board {
 namespace {
 
 constexpr double kShannonGap_db = 9.8;
-// A unit is sent again for this time at most (a maximum delay of 10 ms less the way there and back).
-constexpr double kRetransmission_s = 0.008;
+// When a corrupted unit is sent again, after it was sent first: of a maximum delay of 10 ms the way there and
+// back takes 1.2 ms, and a repeat waits for its turn for up to one frame.
+constexpr double kRepeats_s[] = {0.004, 0.008};
+constexpr double kTurn_s = static_cast<double>(kSymbolsPerFrame) / kSymbolRate_hz;
+constexpr double kSymbol_s = 1.0 / kSymbolRate_hz;
 // Below this share a line counts as healthy.
 constexpr double kNegligible = 1e-7;
 
 // How often a symbol of quadrature amplitude modulation is wrong whose SNR is so far above the gap.
 double symbolErrors(double margin_db) {
   return 2 * std::erfc(std::sqrt(1.5 * powerRatio(kShannonGap_db + margin_db)));
+}
+
+// Noise that is there from 0 to `length_s`, and so again after each period. 0: only once.
+struct ImpulseTimes {
+  double length_s;
+  double period_s;
+};
+
+// How long there was noise from 0 to `until_s`.
+double noisyTime(const ImpulseTimes& times, double until_s) {
+  if (times.period_s <= 0) {
+    return std::clamp(until_s, 0.0, times.length_s);
+  }
+  const double periods = std::floor(until_s / times.period_s);
+  return periods * times.length_s + std::min(until_s - periods * times.period_s, times.length_s);
+}
+
+// The share of the units corrupted by impulses of which each repeat meets an impulse too.
+double repeatedInVain(const ImpulseTimes& times, double corrupted) {
+  constexpr int moments = 256;  // at which an impulse meets a unit
+  double lost = 0;
+  for (int i = 0; i < moments; i++) {
+    const double met_s = times.length_s * (i + 0.5) / moments;
+    double allMeet = 1;
+    for (const double repeat_s : kRepeats_s) {
+      const double earliest_s = met_s + repeat_s;
+      allMeet *=
+          corrupted * (noisyTime(times, earliest_s + kTurn_s) - noisyTime(times, earliest_s)) / kTurn_s;
+    }
+    lost += allMeet / moments;
+  }
+  return lost;
 }
 
 }  // namespace
@@ -58,18 +93,15 @@ ErrorRates lastingErrors(const LineSpectrum& spectrum, const ToneLoading& loadin
   return {share, share * share, rmcMargin < 0, false};
 }
 
-// One that lasts longer than units are sent again corrupts some of them each time. Those of a fast sequence
-// meet the repeated units as often as the others.
 ErrorRates impulseErrors(const LineFault& impulse, double corrupted) {
-  constexpr double symbol_s = 1.0 / kSymbolRate_hz;
-  const double outlasts = std::max(0.0, 1 - kRetransmission_s / std::max(impulse.length_s, symbol_s));
   if (impulse.rate_hz <= 0) {
-    return {corrupted, outlasts * corrupted, false, false};
+    return {corrupted, repeatedInVain({impulse.length_s, 0}, corrupted), false, false};
   }
   // Each impulse meets the symbols that it begins and ends in.
-  const double met = std::min(1.0, impulse.rate_hz * (impulse.length_s + symbol_s));
-  const double share = met * corrupted;
-  return {share < kNegligible ? 0 : share, std::max(outlasts * corrupted, share * share), share >= kRmcLost,
+  const double period_s = 1 / impulse.rate_hz;
+  const double length_s = std::min(impulse.length_s + kSymbol_s, period_s);
+  const double share = length_s / period_s * corrupted;
+  return {share < kNegligible ? 0 : share, repeatedInVain({length_s, period_s}, corrupted), share >= kRmcLost,
           false};
 }
 

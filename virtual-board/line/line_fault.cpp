@@ -8,7 +8,7 @@ namespace gfast::board {
 
 namespace {
 
-// Growing faults change in steps of this time.
+// Faults that grow and recede do so in steps of this time.
 constexpr double kGrowthStep_s = 10;
 
 // Whole microseconds, so that a change and the moment at which it was announced are the same.
@@ -31,21 +31,50 @@ Micros phaseOf(const FaultTimes& times, Micros now) {
 
 constexpr Micros kGrowthStep = static_cast<Micros>(kGrowthStep_s * kMicros);
 
-// The whole steps that a fault has grown, as a share.
-double grown(const LineFault& fault, double now) {
-  if (fault.grows_s <= 0) {
-    return 1;
-  }
-  const Micros steps = phaseOf(fault.times, micros(now)) / kGrowthStep;
-  return std::min(1.0, static_cast<double>(steps) * kGrowthStep_s / fault.grows_s);
+Micros wholeSteps(Micros time) {
+  return time / kGrowthStep * kGrowthStep;
 }
 
-std::optional<double> nextGrowth(const LineFault& fault, double now) {
-  if (fault.grows_s <= 0 || !fault.times.there(now) || grown(fault, now) >= 1) {
+// For how long a fault has grown less how long it has receded, in whole steps; at most `grows_s`.
+Micros growth(const LineFault& fault, Micros now) {
+  const FaultTimes& times = fault.times;
+  const Micros whole = micros(fault.grows_s);
+  const Micros phase = phaseOf(times, now);
+  if (!times.for_s) {
+    return std::min(whole, wholeSteps(phase));
+  }
+  const Micros wet = micros(*times.for_s);
+  // What is left of the times before, when it recedes for less time than it grows.
+  Micros left = 0;
+  if (const Micros period = micros(times.every_s.value_or(0)); period > 0) {
+    const Micros more = wholeSteps(wet) - wholeSteps(period - wet);
+    const Micros before = (now - micros(times.at_s)) / period;
+    left = std::max<Micros>(0, std::min(before * more, whole - wholeSteps(period - wet)));
+  }
+  const Micros most = std::min(whole, left + wholeSteps(std::min(phase, wet)));
+  return phase < wet ? most : std::max<Micros>(0, most - wholeSteps(phase - wet));
+}
+
+// How much of a fault's effect there is.
+double shareOf(const LineFault& fault, double now) {
+  const bool there = fault.times.there(now);
+  if (fault.grows_s <= 0 || micros(now) < micros(fault.times.at_s)) {
+    return there ? 1 : 0;
+  }
+  return seconds(growth(fault, micros(now))) / fault.grows_s;
+}
+
+// Steps are counted from the last time that the fault began or ended.
+std::optional<double> nextStep(const LineFault& fault, double now) {
+  if (fault.grows_s <= 0 || micros(now) < micros(fault.times.at_s)) {
     return std::nullopt;
   }
-  const Micros phase = phaseOf(fault.times, micros(now));
-  return seconds(micros(now) - phase + (phase / kGrowthStep + 1) * kGrowthStep);
+  const bool grows = fault.times.there(now);
+  if (growth(fault, micros(now)) == (grows ? micros(fault.grows_s) : 0)) {
+    return std::nullopt;
+  }
+  const Micros phase = phaseOf(fault.times, micros(now)) - (grows ? 0 : micros(*fault.times.for_s));
+  return seconds(micros(now) - phase + wholeSteps(phase) + kGrowthStep);
 }
 
 void take(std::optional<double>& earliest, std::optional<double> other) {
@@ -78,8 +107,8 @@ std::optional<double> FaultTimes::nextChange(double now) const {
 LineConditions conditionsAt(const std::vector<LineFault>& faults, double now) {
   LineConditions present;
   for (const LineFault& fault : faults) {
-    if (fault.times.there(now)) {
-      present.push_back({&fault, grown(fault, now)});
+    if (const double share = shareOf(fault, now); share > 0) {
+      present.push_back({&fault, share});
     }
   }
   return present;
@@ -89,7 +118,7 @@ std::optional<double> nextConditions(const std::vector<LineFault>& faults, doubl
   std::optional<double> earliest;
   for (const LineFault& fault : faults) {
     take(earliest, fault.times.nextChange(now));
-    take(earliest, nextGrowth(fault, now));
+    take(earliest, nextStep(fault, now));
   }
   return earliest;
 }

@@ -44,7 +44,7 @@ struct LineFault {
   double ohm = 0;               // of a joint
   std::optional<double> farad;  // in parallel with it
   bool oneWire = false;         // the impedance is in one wire alone
-  double grows_s = 0;           // until water has its full effect
+  double grows_s = 0;           // until water has its full effect, and until it has none
   // ---- Noise ----
   double level_dbm_hz = 0;
   Shape shape;
@@ -58,7 +58,7 @@ struct LineFault {
   double rate_hz = 0;     // of impulses; 0: a single one
 };
 
-// A fault that is there, and how much of its effect it has: 1, or less while it grows.
+// A fault that is there, and how much of its effect it has: 1, or less while it grows or recedes.
 struct PresentFault {
   const LineFault* fault;
   double share = 1;

@@ -4,10 +4,10 @@ namespace gfast::board {
 
 namespace {
 
-constexpr EndCounter kFields[] = {&EndCounts::lossOfSignalFailures, &EndCounts::lossOfRmcFailures,
-                                  &EndCounts::lossOfPowerFailures,  &EndCounts::lossOfMarginFailures,
-                                  &EndCounts::initialisations,      &EndCounts::failedInitialisations,
-                                  &EndCounts::lossOfSignalSeconds,  &EndCounts::unavailableSeconds};
+constexpr EndCounter kFields[] = {
+    &EndCounts::lossOfSignalFailures,  &EndCounts::lossOfRmcFailures,   &EndCounts::lossOfPowerFailures,
+    &EndCounts::lossOfMarginFailures,  &EndCounts::gainAdjustments,     &EndCounts::initialisations,
+    &EndCounts::failedInitialisations, &EndCounts::lossOfSignalSeconds, &EndCounts::unavailableSeconds};
 
 }  // namespace
 
@@ -29,6 +29,7 @@ void LineLedger::flow(double now, const std::array<StreamFraming, kEnds>& framin
   for (size_t end = 0; end < kEnds; end++) {
     streams_[end].flow(now, framing[end], errors[end]);
     withoutRmc_[1 - end].run(now, errors[end].rmcLost);
+    ends_[end].failure = nullptr;
   }
   framing_ = framing;
   flowing_ = true;
@@ -54,19 +55,26 @@ void LineLedger::signalLost(double now, bool lost) {
   withoutSignal_.run(now, lost);
 }
 
+void LineLedger::fail(size_t end, EndCounter failure) {
+  ends_[end].failure = failure;
+  if (failure != nullptr) {
+    count(end, failure);
+  }
+}
+
 void LineLedger::restarted(double now, size_t end) {
   End& self = ends_[end];
   self.nearAtStart = total(now, end);
   self.farAtStart = total(now, 1 - end);
   self.farHeard = self.farAtStart;
+  self.failure = nullptr;
 }
 
 EndView LineLedger::view(double now, size_t end) {
   const End& self = ends_[end];
   const auto state = [this](size_t sender) {
     const StreamMeter& stream = streams_[sender];
-    return StreamState{framing_[sender], stream.load_percent(), stream.lastLoss(), stream.worstLoss(),
-                       stream.severeInRow()};
+    return StreamState{framing_[sender], stream.load_percent(), stream.throughput(), stream.severeInRow()};
   };
   EndView view;
   view.near = total(now, end) - self.nearAtStart;
@@ -74,6 +82,7 @@ EndView LineLedger::view(double now, size_t end) {
   view.sends = state(end);
   view.receives = state(1 - end);
   view.showtime = flowing_;
+  view.failure = self.failure;
   view.signalLost = withoutSignal_.since.has_value();
   view.rmcLost = withoutRmc_[end].since.has_value();
   view.rmcLostFor_s = withoutRmc_[end].current(now);

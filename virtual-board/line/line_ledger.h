@@ -21,6 +21,7 @@ struct EndCounts {
   uint64_t lossOfRmcFailures = 0;
   uint64_t lossOfMarginFailures = 0;
   uint64_t lossOfPowerFailures = 0;
+  uint64_t gainAdjustments = 0;  // initiated by the transmitter at the network side
   uint64_t initialisations = 0;  // the failed ones included
   uint64_t failedInitialisations = 0;
   uint64_t lossOfSignalSeconds = 0;
@@ -34,8 +35,7 @@ EndCounts operator-(EndCounts counts, const EndCounts& before);
 struct StreamState {
   StreamFraming framing;
   uint32_t load_percent = 0;
-  double lastLoss = 0;
-  double worstLoss = 0;
+  Throughput throughput;
   uint32_t severeInRow = 0;
 };
 
@@ -47,6 +47,7 @@ struct EndView {
   StreamState sends;
   StreamState receives;
   bool showtime = false;
+  EndCounter failure = nullptr;  // that ended the last showtime; null: none, or one that has no counter
   bool signalLost = false;
   uint32_t signalLostFor_s = 0;
   bool rmcLost = false;  // nothing of the management channel arrives at this end
@@ -67,6 +68,10 @@ class LineLedger {
   void adapted(size_t sender, uint64_t StreamCounts::*kind, uint64_t exchanges) {
     streams_[sender].adapted(kind, exchanges);
   }
+  // Of either direction.
+  bool severelyErrored() const { return streams_[0].severelyErrored() || streams_[1].severelyErrored(); }
+  // Showtime ends with a failure at that end.
+  void fail(size_t end, EndCounter failure);
   void count(size_t end, EndCounter what) { ++(ends_[end].events.*what); }
   // The chip at that end has started: its counts begin at 0.
   void restarted(double now, size_t end);
@@ -89,6 +94,7 @@ class LineLedger {
     EndCounts nearAtStart;
     EndCounts farAtStart;
     EndCounts farHeard;  // the other end's, at the last moment of showtime
+    EndCounter failure = nullptr;
   };
 
   EndCounts total(double now, size_t end);

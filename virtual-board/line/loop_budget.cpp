@@ -68,6 +68,13 @@ bool Loop::passTo(double now) {
   return true;
 }
 
+size_t Loop::vectoredNeighbours() const {
+  return static_cast<size_t>(
+      std::count_if(conditions_.begin(), conditions_.end(), [](const PresentFault& present) {
+        return present.fault->kind == LineFault::Kind::kCrosstalk && present.fault->vectored;
+      }));
+}
+
 bool Loop::heard(const TonePlan& plan) const {
   return heard(plan.downstream, 1 - plan.networkEnd, plan.vectoring) &&
          heard(plan.upstream, plan.networkEnd, plan.vectoring);

@@ -57,6 +57,9 @@ class Loop {
   // As it is now.
   const Cable& cable() const { return cable_; }
 
+  // Groups of vectored lines that are there.
+  size_t vectoredNeighbours() const;
+
   // Whether the lowest subcarriers of both directions have enough SNR for a handshake.
   bool heard(const TonePlan& plan) const;
 

@@ -1,8 +1,9 @@
 // The traffic from one end of a line to the other, and its errors. Every counter is computed from it.
 //
 // A stretch is a time of showtime under the same conditions. It is counted in whole frames from its start, so
-// that counts do not depend on earlier reads. The number of corrupted data transfer units is drawn for each
-// second from the board's seed; within the second they are spread evenly.
+// that counts do not depend on earlier reads. Noise corrupts its share of the data transfer units, and
+// fractions of a unit add up. On a healthy line the number of corrupted units is drawn for each second from
+// the board's seed; within the second they are spread evenly.
 #pragma once
 
 #include <cstdint>
@@ -40,6 +41,14 @@ struct StreamCounts {
 // The counts since `before`.
 StreamCounts operator-(StreamCounts counts, const StreamCounts& before);
 
+// What is left of the expected rate: a corrupted unit takes the place of a new one (the error-free throughput
+// of ITU-T G.9701).
+struct Throughput {
+  uint32_t last = 0;   // in the last whole second of the stretch
+  uint32_t least = 0;  // in the worst second
+  uint32_t averageExpected = 0;
+};
+
 class StreamMeter {
  public:
   // `stream` tells the two directions apart, so that each has draws of its own.
@@ -55,23 +64,29 @@ class StreamMeter {
   void adapted(uint64_t StreamCounts::*kind, uint64_t exchanges) { closed_.*kind += exchanges; }
 
   StreamCounts counts(double now);
-  // The share of units that were lost for good, in the last whole second of this stretch and in the worst
-  // second since data began to flow.
-  double lastLoss() const { return lastLoss_; }
-  double worstLoss() const { return worstLoss_; }
+  // Rates since data began to flow, kbit/s.
+  const Throughput& throughput() const { return throughput_; }
+  // Whether a second like this is severely errored.
+  bool severelyErrored() const;
   // Severely errored seconds up to the last whole one.
   uint32_t severeInRow() const { return severeInRow_; }
   // The share of user data in what is sent, in per cent. The rest is idle.
   uint32_t load_percent() const { return load_percent_; }
 
  private:
-  struct Draw {
-    uint64_t bad;
-    uint64_t uncorrected;
+  struct Errors {
+    uint64_t bad = 0;
+    uint64_t uncorrected = 0;
+  };
+  // Of a unit, so that what is counted stays within half a unit of what is due.
+  struct Fractions {
+    double bad = 0.5;
+    double uncorrected = 0.5;
   };
   struct Stretch {
     double start;
     StreamFraming framing;
+    uint32_t expected_kbps;
     ErrorRates errors;
     uint64_t seconds = 0;  // whole seconds that `settled` counts
     StreamCounts settled;  // only bad and uncorrected units, and seconds
@@ -79,9 +94,16 @@ class StreamMeter {
 
   uint64_t framesIn(uint64_t seconds) const;
   uint64_t dtus(uint64_t frames) const;
-  Draw draw(uint64_t second) const;
+  Errors draw(uint64_t second, uint64_t length) const;
+  double exactlyBad(uint64_t units) const;
+  double exactlyUncorrected(uint64_t bad) const;
+  Errors noiseErrors(uint64_t units) const;
+  void carryOver(uint64_t units);
+  Errors errorsIn(uint64_t second, uint64_t units) const;
   void settle(uint64_t framesArrived);
   void judgeSecond(StreamCounts& counts, uint64_t uncorrected) const;
+  void judgeThroughput(uint64_t bad, uint64_t units);
+  void average(uint64_t frames);
   StreamCounts count(double now, uint64_t framesOnTheWay);
 
   uint64_t seed_;
@@ -89,9 +111,12 @@ class StreamMeter {
   uint32_t bitSwapPeriod_;  // frames
   uint64_t stretches_ = 0;
   StreamCounts closed_;
+  Fractions carry_;  // of earlier stretches with noise
   std::optional<Stretch> open_;
-  double lastLoss_ = 0;
-  double worstLoss_ = 0;
+  Throughput throughput_;
+  // Of the stretches since data began to flow but for the open one.
+  uint64_t framesExpected_ = 0;
+  uint64_t expectedInFrames_ = 0;  // the sum of the expected rates, frame by frame
   uint32_t severeInRow_ = 0;
 };
 

@@ -211,6 +211,7 @@ Bytes framerRaw(const LineInsight& line) {
   fillSent(block, view.near.sent, view.sends);
   fillReceived(block, view.near.received, view.receives);
   fillProcessorTime(block, view.near.sent.framesSent);
+  block.tigaExngCnt = wrapped(view.near.gainAdjustments);
   block.nearEndLossOfSignal = wrapped(view.near.lossOfSignalFailures);
   block.farEndLossOfSignal = wrapped(view.far.lossOfSignalFailures);
   if (line.everTrained()) {
@@ -249,25 +250,23 @@ Bytes fduRaw(const LineInsight& line) {
   return inChipOrder(block);
 }
 
-uint32_t throughLoss(uint32_t rate, double loss) {
-  return static_cast<uint32_t>(rate * (1 - loss));
-}
-
 void fillRates(GFAST_DERIVED_COUNTERS_S& block, const LineInsight& line) {
   const StreamRates tx = streamRates(line.view.sends.framing);
   const StreamRates rx = streamRates(line.view.receives.framing);
   block.PreShowTimeTxETR = tx.expected;
   block.PreShowTimeRxETR = rx.expected;
-  block.EFTR_min = throughLoss(rx.expected, line.view.receives.worstLoss);
+  block.EFTR_min = line.view.receives.throughput.least;
   if (!line.view.showtime) {
     return;
   }
   block.TxRateInKbps = tx.line;
   block.TxNDR = tx.net;
   block.RxNDR = rx.net;
-  block.TxETR = block.TxEtrAvg = tx.expected;
-  block.RxETR = block.RxEtrAvg = rx.expected;
-  block.EFTR = throughLoss(rx.expected, line.view.receives.lastLoss);
+  block.TxETR = tx.expected;
+  block.RxETR = rx.expected;
+  block.TxEtrAvg = line.view.sends.throughput.averageExpected;
+  block.RxEtrAvg = line.view.receives.throughput.averageExpected;
+  block.EFTR = line.view.receives.throughput.last;
   block.EocTxRateInKbps = block.EocRxRateInKbps = kEocRate_kbps;
   block.ETRds_MaxMds = streamRates(line.loop.downstream.framing).expected;
   block.ETRus_MaxMus = streamRates(line.loop.upstream.framing).expected;
@@ -289,6 +288,9 @@ Bytes derived(const LineInsight& line) {
   const EndCounts& near = view.near;
   const bool failed = view.signalLost && !view.showtime;
   block.lossOfSignalFailure = failed ? 1 : 0;
+  block.lossOfMarginFailure = view.failure == &EndCounts::lossOfMarginFailures ? 1 : 0;
+  block.lossOfRmcFailure = view.failure == &EndCounts::lossOfRmcFailures ? 1 : 0;
+  block.lossOfPowerFailure = view.failure == &EndCounts::lossOfPowerFailures ? 1 : 0;
   block.persistentLossOfSignalDefect = view.signalLost ? 1 : 0;
   block.lossOfSignalFailureCounter = wrapped(near.lossOfSignalFailures);
   block.lossOfRmcFailureCounter = wrapped(near.lossOfRmcFailures);
@@ -367,6 +369,7 @@ Bytes performanceMonitoring(const LineInsight& line) {
   G9972_PM_COUNTERS_S block{};
   fillGroup(block.ne, line.view.near, line.view.receives);
   fillGroup(block.fe, line.view.far, line.view.sends);
+  block.ne.TIGA = wrapped(line.view.near.gainAdjustments);
   block.ne.FULL_INITS = wrapped(line.view.near.initialisations);
   block.ne.FAILEDFULL_INITS = wrapped(line.view.near.failedInitialisations);
   return inChipOrder(block);
@@ -405,8 +408,7 @@ Bytes managementCounters(const LineInsight& line) {
   counters.lossOfSignalSeconds = wrapped(near.lossOfSignalSeconds);
   counters.lossOfRmcSeconds = wrapped(near.received.lossOfRmcSeconds);
   counters.unavailableSeconds = wrapped(near.unavailableSeconds);
-  counters.eftrMin =
-      throughLoss(streamRates(line.view.receives.framing).expected, line.view.receives.worstLoss);
+  counters.eftrMin = line.view.receives.throughput.least;
   counters.errorFreeBitsCounter = wrapped(errorFreeBits(near.received, line.view.receives));
   return inChipOrder(counters);
 }

@@ -34,11 +34,17 @@ bool readReadOnly(const char* text, Settings& settings) {
   return settings.readOnly || std::string_view(text) == "0";
 }
 
+bool readLog(const char* text, Settings& settings) {
+  settings.log = text;
+  return !settings.log->empty();
+}
+
 constexpr Variable kVariables[] = {
     {"GFAST_LISTEN", readListen, "must be an IPv4 address, or one with a port like 127.0.0.1:9000"},
     {"GFAST_ALLOW", readAllowed, "must list IPv4 addresses and networks, like 192.0.2.7,10.0.0.0/8"},
     {"GFAST_FILES", readFilesFolder, "must be the name of a folder"},
     {"GFAST_READ_ONLY", readReadOnly, "must be 1 or 0"},
+    {"GFAST_LOG", readLog, "must be the name of a file, or syslog"},
 };
 
 }  // namespace

@@ -29,9 +29,15 @@ TEST(GfastCuse, HelpExplainsEverything) {
   const Outcome help = outcomeOf({"--help"});
   EXPECT_EQ(help.status, 0);
   for (const char* text :
-       {"--board FILE", "--trace-requests FILE", "/dev/cuse", "CONFIG_CUSE", "exit status 2"}) {
+       {"--board FILE", "--trace-requests FILE", "--version", "/dev/cuse", "CONFIG_CUSE", "exit status 2"}) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
+}
+
+TEST(GfastCuse, TellsItsVersion) {
+  const Outcome version = outcomeOf({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, "gfast-cuse " PROJECT_VERSION "\n");
 }
 
 TEST(GfastCuse, MistakesOnTheCommandLineAreOneLineAndStatus2) {

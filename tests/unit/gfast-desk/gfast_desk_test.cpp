@@ -52,10 +52,16 @@ bool hasEnded(pid_t process) {
 TEST(GfastDesk, HelpExplainsEverything) {
   const Outcome help = outcomeOf({"--help"});
   EXPECT_EQ(help.status, 0);
-  for (const char* text :
-       {"--board FILE", "--trace-requests FILE", "PROGRAM", "/proc/gfast/rediscover", "exit status 2"}) {
+  for (const char* text : {"--board FILE", "--trace-requests FILE", "--version", "PROGRAM",
+                           "/proc/gfast/rediscover", "exit status 2"}) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
+}
+
+TEST(GfastDesk, TellsItsVersion) {
+  const Outcome version = outcomeOf({"--version"});
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, "gfast-desk " PROJECT_VERSION "\n");
 }
 
 TEST(GfastDesk, MistakesOnTheCommandLineAreOneLineAndStatus2) {

@@ -16,9 +16,9 @@ namespace {
 using std::chrono::microseconds;
 using testing::ElementsAre;
 
-constexpr time_t kStart = 1700006400;
+constexpr time_t kFastStart = 1700006400;
 
-bool always() {
+bool atOnce() {
   return true;
 }
 
@@ -30,19 +30,19 @@ int waitForNothing(FastClock& clock, microseconds duration) {
 
 TEST(FastClock, RunsSoManyTimesFaster) {
   TestClock& real = testClock();
-  FastClock clock(kStart, 60, real);
-  EXPECT_EQ(clock.now(), kStart);
+  FastClock clock(kFastStart, 60, real);
+  EXPECT_EQ(clock.now(), kFastStart);
   real.sleep(2500ms);
-  EXPECT_EQ(clock.now(), kStart + 150);
+  EXPECT_EQ(clock.now(), kFastStart + 150);
   EXPECT_EQ(clock.steady(), 150s);
   EXPECT_EQ(clock.elapsed_s(), 150.0);
 }
 
 TEST(FastClock, WaitsSoMuchShorter) {
   TestClock& real = testClock();
-  FastClock clock(kStart, 100, real);
+  FastClock clock(kFastStart, 100, real);
   clock.sleep(50s);
-  EXPECT_TRUE(clock.sleepWhile(20s, always));
+  EXPECT_TRUE(clock.sleepWhile(20s, atOnce));
   EXPECT_EQ(waitForNothing(clock, 10s), 0);
   EXPECT_THAT(real.sleeps(), ElementsAre(500ms, 200ms));
   EXPECT_EQ(real.steady(), 800ms);
@@ -51,19 +51,19 @@ TEST(FastClock, WaitsSoMuchShorter) {
 
 TEST(FastClock, CanRunSlower) {
   TestClock& real = testClock();
-  FastClock clock(kStart, 0.5, real);
+  FastClock clock(kFastStart, 0.5, real);
   clock.sleep(1s);
   EXPECT_EQ(real.steady(), 2s);
 }
 
 TEST(FastClock, PassesOnThatAWaitMayNotGoOn) {
-  FastClock clock(kStart, 100, testClock());
+  FastClock clock(kFastStart, 100, testClock());
   EXPECT_FALSE(clock.sleepWhile(20s, [] { return false; }));
 }
 
 TEST(FastClock, WaitsInRealTimeForTheWorldOutside) {
   TestClock& real = testClock();
-  FastClock clock(kStart, 100, real);
+  FastClock clock(kFastStart, 100, real);
   clock.sleepOutside(100ms);
   EXPECT_THAT(real.sleeps(), ElementsAre(100ms));
 }
@@ -71,7 +71,7 @@ TEST(FastClock, WaitsInRealTimeForTheWorldOutside) {
 // A computer that is too slow would else skip quarter hours.
 TEST(FastClock, IsHeldBackAMinuteAheadOfTheThreadThatWaitsForTheDevices) {
   TestClock& real = testClock();
-  FastClock clock(kStart, 1000, real);
+  FastClock clock(kFastStart, 1000, real);
   waitForNothing(clock, 500ms);
   real.sleep(10s);
   EXPECT_EQ(clock.steady(), 60500ms);
@@ -93,7 +93,7 @@ TEST(SpeedOption, IsANumberOrMax) {
 TEST(StartOption, IsALocalTime) {
   setenv("TZ", "LAB-2", 1);
   tzset();
-  EXPECT_EQ(parseStart("2023-11-15T02:00:00"), kStart);
+  EXPECT_EQ(parseStart("2023-11-15T02:00:00"), kFastStart);
   for (const char* text : {"", "2023-11-15", "2023-11-15T02:00:00Z", "2023-13-15T02:00:00", "now"}) {
     EXPECT_EQ(parseStart(text), std::nullopt) << text;
   }

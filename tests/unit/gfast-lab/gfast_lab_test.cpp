@@ -33,11 +33,17 @@ Outcome lab(const std::string& arguments) {
 TEST(GfastLab, HelpExplainsEverything) {
   const Outcome help = lab("--help");
   EXPECT_EQ(help.status, 0);
-  for (const char* text :
-       {"--board FILE", "--port N", "--trace-requests FILE", "--speed N", "--start TIME", "--replay FILE",
-        "--blank-into FILE", "SCRIPT", "100 m of CAD55", "seconds since start", "exit status 2"}) {
+  for (const char* text : {"--board FILE", "--port N", "--trace-requests FILE", "--version", "--speed N",
+                           "--start TIME", "--replay FILE", "--blank-into FILE", "SCRIPT", "100 m of CAD55",
+                           "seconds since start", "exit status 2"}) {
     EXPECT_THAT(help.output, HasSubstr(text));
   }
+}
+
+TEST(GfastLab, TellsItsVersion) {
+  const Outcome version = lab("--version");
+  EXPECT_EQ(version.status, 0);
+  EXPECT_EQ(version.output, "gfast-lab " PROJECT_VERSION "\n");
 }
 
 TEST(GfastLab, MistakesOnTheCommandLineAreOneLineAndStatus2) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "qvrcli/build_time.h"
 #include "qvrcli/config/config_commands.h"
 #include "qvrcli/qvrcli.h"
 #include "qvrcli/session/interpreter.h"
@@ -19,6 +20,7 @@ using namespace gfast::console;
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::MatchesRegex;
 
 std::vector<std::string> printed;
@@ -39,6 +41,7 @@ TEST(StartUp, DressesTheInterpreter) {
   EXPECT_THAT(interpreter->banner,
               MatchesRegex("Welcome to Quelvor G\\.fast CLI environment \\(build: "
                            "[A-Z][a-z][a-z] [ 0-9][0-9] [0-9]+ [0-9][0-9]:[0-9][0-9]:[0-9][0-9]\\)"));
+  EXPECT_THAT(interpreter->banner, HasSubstr(kBuildTime));
   EXPECT_STREQ(interpreter->hostname, "(gfast-cli)");
   EXPECT_EQ(interpreter->telnet_protocol, 1);
   EXPECT_EQ(interpreter->timeout_tm.tv_sec, 5);

@@ -16,7 +16,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr uint32_t kAreaSize = 64;
+constexpr uint32_t kParameterAreaSize = 64;
 
 // Parameters of length 2, 4 and others, with and without a display name, per device and per line. Id 1 is
 // missing.
@@ -44,7 +44,7 @@ class ShownParameters : public TypedConsole {
     verify();
   }
 
-  static Script loads() { return readsDictionary(kAreaSize, dictionary()); }
+  static Script loads() { return readsDictionary(kParameterAreaSize, dictionary()); }
 
   // Reads every value once, in the order of ids. A value of an odd length is read with the byte behind it.
   static Script readsValues() {

@@ -131,8 +131,8 @@ Lines display(const std::vector<Patch>& patches = {}, const Blocks& unread = {})
 // What a far end answers when it is asked for its counters and measurements.
 const Bytes kManagement = countingWords(44, 3000000001);
 
-Script asksManagement(int device) {
-  return ::asksManagement(device, kManagement);
+Script asksCounters(int device) {
+  return asksManagement(device, kManagement);
 }
 
 // The far end sends the block as it lies in its memory.
@@ -190,9 +190,9 @@ class ShowGfastCounters : public TypedConsole {
     std::vector<Step> steps{
         {[this, device, block] { return readsFarEndBlock(device, ++sequence_, *block); }, {}}};
     if (block == &kDerived) {
-      steps.push_back({[device] { return asksManagement(device); }, kDerivedPatches});
+      steps.push_back({[device] { return asksCounters(device); }, kDerivedPatches});
     } else if (block == &kFramerRaw) {
-      steps.push_back({[device] { return asksManagement(device); }, kManagementPatches});
+      steps.push_back({[device] { return asksCounters(device); }, kManagementPatches});
       steps.push_back({[device] { return reads(device, 0xE2440000, countingWords(340, kNearEndFirst)); },
                        kMirrorPatches});
       steps.push_back({[device] { return asksPmd(device); }, kPmdPatches});
@@ -382,17 +382,17 @@ const Lines kShownManagement{"fec                        3000000001",  //
 
 TEST_F(ShowRemoteManagementCounters, ShowsWhatTheFarEndCounts) {
   startDevice(0);
-  expect(asksManagement(0));
+  expect(asksCounters(0));
   EXPECT_EQ(typed("show remote-management-counters"), kShownManagement);
   startDevice(1);
-  expect(asksManagement(1));
+  expect(asksCounters(1));
   EXPECT_EQ(typed("show remote-management-counters 1"), kShownManagement);
   EXPECT_EQ(result(), CLI_OK);
 }
 
 TEST_F(ShowRemoteManagementCounters, ReportsAFarEndThatDoesNotAnswer) {
   startDevice(0);
-  expect(asksManagement(0).fails(ETIMEDOUT));
+  expect(asksCounters(0).fails(ETIMEDOUT));
   EXPECT_THAT(typed("show remote-management-counters 0"),
               ElementsAre("CLI_showRemoteManagemenCounters failed (32)"));
   EXPECT_EQ(result(), CLI_OK);

@@ -24,8 +24,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr uint32_t kDerived = 0xE2880000;
-constexpr uint32_t kFramerRaw = 0xE2440000;
+constexpr uint32_t kDerivedAddress = 0xE2880000;
+constexpr uint32_t kFramerRawAddress = 0xE2440000;
 
 // A line of the display: every value begins in column 23.
 std::string shown(const std::string& label, const std::string& value) {
@@ -202,8 +202,8 @@ TEST_F(ShowPmCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
 }
 
 Script readsLineBlocks(int device) {
-  return reads(device, kDerived, countingWords(216, 1000)) +
-         reads(device, kFramerRaw, countingWords(340, 5000));
+  return reads(device, kDerivedAddress, countingWords(216, 1000)) +
+         reads(device, kFramerRawAddress, countingWords(340, 5000));
 }
 
 const Lines kNearLine = shownRows("NE-", {{"LOS", 1033},
@@ -225,8 +225,8 @@ const Lines kNearLine = shownRows("NE-", {{"LOS", 1033},
                                           {"FAST_INITS", 1013},
                                           {"FAILEDFAST_INITS", 1014}});
 
-Script asksManagement(int device) {
-  return ::asksManagement(device, countingWords(44, 9000));
+Script asksFarEndInterval(int device) {
+  return asksManagement(device, countingWords(44, 9000));
 }
 
 using ShowLinePerformanceCounters = PerformanceCommands;
@@ -248,10 +248,10 @@ TEST_F(ShowLinePerformanceCounters, ShowsThirteenCountersOfTheFarEnd) {
     const Script up = readsIdentity(1, chipWithLine(LS_SHOWTIME));
     const Bytes derived = countingWords(216, 1000);
     const Bytes framer = countingWords(340, 5000);
-    const Script derivedAnswer = readsFarEnd(1, ++sequence, kDerived, derived);
-    const Script framerAnswer = readsFarEnd(1, ++sequence, kFramerRaw, framer);
-    expect(up + derivedAnswer + asksManagement(1) + up + framerAnswer + asksManagement(1) +
-           reads(1, kFramerRaw, countingWords(340, 7000)) +
+    const Script derivedAnswer = readsFarEnd(1, ++sequence, kDerivedAddress, derived);
+    const Script framerAnswer = readsFarEnd(1, ++sequence, kFramerRawAddress, framer);
+    expect(up + derivedAnswer + asksFarEndInterval(1) + up + framerAnswer + asksFarEndInterval(1) +
+           reads(1, kFramerRawAddress, countingWords(340, 7000)) +
            sendsToFarEnd(1, 0, MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ, {}, 14, Bytes(14, 1)));
     EXPECT_EQ(typed("show line performance-counters 1 " + end), shownRows("FE-", {{"LOS", 1033},
                                                                                   {"LOM", 1035},
@@ -301,8 +301,8 @@ TEST_F(ShowLinePerformanceCounters, RefusesAnUnknownLineAndPrintsItsUsage) {
 using ShowChannelPerformanceCounters = PerformanceCommands;
 
 TEST_F(ShowChannelPerformanceCounters, ShowsEitherEnd) {
-  const Script near =
-      reads(1, kFramerRaw, countingWords(340, 5000)) + reads(1, kDerived, countingWords(216, 1000));
+  const Script near = reads(1, kFramerRawAddress, countingWords(340, 5000)) +
+                      reads(1, kDerivedAddress, countingWords(216, 1000));
   for (const std::string end : {"", " ne", " NE"}) {
     expect(near);
     EXPECT_EQ(typed("show channel performance-counters 1" + end),
@@ -312,7 +312,7 @@ TEST_F(ShowChannelPerformanceCounters, ShowsEitherEnd) {
   expect(near);
   EXPECT_EQ(typed("show channel performance-counters 1 xx").front(), "parameter must be curr or prev");
   for (const std::string end : {"fe", "FE"}) {
-    expect(asksManagement(1));
+    expect(asksFarEndInterval(1));
     EXPECT_EQ(typed("show channel performance-counters 1 " + end),
               shownRows("FE-", {{"CV", 9001}, {"RTXUC", 9002}, {"RTXTX", 9003}, {"EFB", 9010}}));
     verify();
@@ -321,9 +321,9 @@ TEST_F(ShowChannelPerformanceCounters, ShowsEitherEnd) {
 }
 
 TEST_F(ShowChannelPerformanceCounters, ReportsAFailedRead) {
-  expect(reads(0, kFramerRaw, Bytes(340)).fails(EIO));
+  expect(reads(0, kFramerRawAddress, Bytes(340)).fails(EIO));
   EXPECT_THAT(typed("show channel performance-counters 0"), ElementsAre("QVR_readGfastCounters failed"));
-  expect(asksManagement(0).fails(ETIMEDOUT));
+  expect(asksFarEndInterval(0).fails(ETIMEDOUT));
   EXPECT_THAT(typed("show channel performance-counters 0 fe"), ElementsAre("QVR_readGfastCounters failed"));
 }
 

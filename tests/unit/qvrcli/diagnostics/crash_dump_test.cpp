@@ -18,7 +18,7 @@ using namespace gfast::console;
 
 namespace {
 
-constexpr uint32_t kUntouched = 0xEEEEEEEE;
+constexpr uint32_t kNoResult = 0xEEEEEEEE;
 
 // The lines of one block in a dump: word i is `first` plus i.
 std::string block(int wordsPerLine, uint32_t first, uint32_t words = kWords) {
@@ -41,7 +41,7 @@ class CrashDumpFile : public testing::Test {
   CrashDumpFile() {
     for (DEV_INF_S& device : devices_) {
       for (uint32_t i = 0; i < kWords; i++) {
-        store_be32(device.bytes + 4 * i, kUntouched);
+        store_be32(device.bytes + 4 * i, kNoResult);
       }
     }
   }
@@ -58,7 +58,7 @@ class CrashDumpFile : public testing::Test {
   // The first words of the block are `first` plus their index; those behind them have not changed.
   void expectBlock(size_t device, uint32_t first, uint32_t words = kWords) const {
     for (uint32_t i = 0; i < kWords; i++) {
-      ASSERT_EQ(word(device, i), i < words ? first + i : kUntouched) << "device " << device << " word " << i;
+      ASSERT_EQ(word(device, i), i < words ? first + i : kNoResult) << "device " << device << " word " << i;
     }
   }
 
@@ -81,7 +81,7 @@ TEST_F(CrashDumpFile, IsReadWithFourWordsPerLineButNoSurplusWords) {
 TEST_F(CrashDumpFile, BeginsAtTheBlocksAddressOnly) {
   EXPECT_TRUE(load(1, "E30FFFFC: 00000001\nE3100004: 00000002\nE310000: 00000003\n" + block(1, 0x1000)));
   expectBlock(0, 0x1000);
-  expectBlock(1, kUntouched, 0);
+  expectBlock(1, kNoResult, 0);
 }
 
 TEST_F(CrashDumpFile, GoesOnWhateverAddressesFollow) {
@@ -141,7 +141,7 @@ TEST_F(CrashDumpFile, MayBeASavedSession) {
 
 TEST_F(CrashDumpFile, HoldsNoBlockWithoutItsAddress) {
   EXPECT_TRUE(load(1, "E3200000: 00000001\nE3200004: 00000002\n"));
-  expectBlock(0, kUntouched, 0);
+  expectBlock(0, kNoResult, 0);
 }
 
 TEST_F(CrashDumpFile, HasZeroForAWordThatIsNotHexadecimal) {
@@ -154,7 +154,7 @@ TEST_F(CrashDumpFile, HasZeroForAWordThatIsNotHexadecimal) {
   for (uint32_t i = 0; i < expected.size(); i++) {
     EXPECT_EQ(word(0, i), expected[i]) << i;
   }
-  EXPECT_EQ(word(0, 16), kUntouched);
+  EXPECT_EQ(word(0, 16), kNoResult);
 }
 
 TEST_F(CrashDumpFile, SkipsLinesOfAnotherForm) {
@@ -165,7 +165,7 @@ TEST_F(CrashDumpFile, SkipsLinesOfAnotherForm) {
                    "E3100004: 00000002\n"));
   EXPECT_EQ(word(0, 0), 1U);
   EXPECT_EQ(word(0, 1), 2U);
-  EXPECT_EQ(word(0, 2), kUntouched);
+  EXPECT_EQ(word(0, 2), kNoResult);
 }
 
 TEST_F(CrashDumpFile, HasItsLongLinesCut) {
@@ -175,7 +175,7 @@ TEST_F(CrashDumpFile, HasItsLongLinesCut) {
   EXPECT_EQ(word(0, 0), 1U);
   EXPECT_EQ(word(0, 1), 0U);
   EXPECT_EQ(word(0, 2), 3U);
-  EXPECT_EQ(word(0, 3), kUntouched);
+  EXPECT_EQ(word(0, 3), kNoResult);
 }
 
 TEST_F(CrashDumpFile, MayHaveLinesOf80Characters) {
@@ -229,7 +229,7 @@ TEST_F(CrashDumpFile, FailsForAnyOtherNumberOfWordsPerLine) {
     EXPECT_FALSE(load(number, block(1, 0x1000))) << number;
     EXPECT_FALSE(load(number, "")) << number;
   }
-  expectBlock(0, kUntouched, 0);
+  expectBlock(0, kNoResult, 0);
 }
 
 TEST_F(CrashDumpFile, FailsWhenItCannotBeRead) {

@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 using LineControl = TypedConsole;
 
-constexpr const char* kNoLine = "invalid parameter - line number must be between 0..1";
+constexpr const char* kNoLineToControl = "invalid parameter - line number must be between 0..1";
 
 TEST_F(LineControl, RestartsALineThatIsUp) {
   ChipIdentity up;
@@ -67,7 +67,7 @@ TEST_F(LineControl, DeactivatesNothingWithoutALine) {
 
 TEST_F(LineControl, RefusesAnUnknownLine) {
   for (const char* line : {"restart line 2", "activate line -1", "deactivate line 17"}) {
-    EXPECT_THAT(typed(line), ElementsAre(kNoLine)) << line;
+    EXPECT_THAT(typed(line), ElementsAre(kNoLineToControl)) << line;
   }
 }
 

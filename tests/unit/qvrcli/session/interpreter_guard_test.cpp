@@ -20,10 +20,10 @@ namespace {
 using testing::ElementsAre;
 using testing::Gt;
 
-std::vector<std::string> printed;
+std::vector<std::string> printedLines;
 
 void remember(cli_def* /*cli*/, const char* line) {
-  printed.emplace_back(line);
+  printedLines.emplace_back(line);
 }
 
 int printFruit(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
@@ -47,9 +47,9 @@ class GuardedFilters : public testing::Test {
   void TearDown() override { cli_done(cli_); }
 
   std::vector<std::string> run(const std::string& line) {
-    printed.clear();
+    printedLines.clear();
     cli_run_command(cli_, line.c_str());
-    return printed;
+    return printedLines;
   }
 
   cli_def* cli_ = nullptr;

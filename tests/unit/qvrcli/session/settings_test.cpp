@@ -15,6 +15,7 @@ TEST(Settings, RestrictNothingWithoutAnEnvironment) {
   EXPECT_FALSE(settings->allowed);
   EXPECT_FALSE(settings->filesFolder);
   EXPECT_FALSE(settings->readOnly);
+  EXPECT_FALSE(settings->log);
 }
 
 TEST(Settings, AreWhatTheEnvironmentSays) {
@@ -22,12 +23,14 @@ TEST(Settings, AreWhatTheEnvironmentSays) {
   setenv("GFAST_ALLOW", "10.0.0.0/8,127.0.0.1", 1);
   setenv("GFAST_FILES", "/var/tmp", 1);
   setenv("GFAST_READ_ONLY", "1", 1);
+  setenv("GFAST_LOG", "/var/log/gfast.log", 1);
   const auto settings = readSettings();
   ASSERT_TRUE(settings);
   EXPECT_EQ(settings->listen->port, 5000);
   EXPECT_EQ(settings->allowed->size(), 2U);
   EXPECT_EQ(settings->filesFolder, "/var/tmp");
   EXPECT_TRUE(settings->readOnly);
+  EXPECT_EQ(settings->log, "/var/log/gfast.log");
 }
 
 TEST(Settings, TakeReadOnly0ForOff) {
@@ -57,6 +60,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Mistake{"GFAST_LISTEN", "localhost",
                 "GFAST_LISTEN=localhost: must be an IPv4 address, or one with a port like 127.0.0.1:9000\n"},
+        Mistake{"GFAST_LOG", "", "GFAST_LOG=: must be the name of a file, or syslog\n"},
         Mistake{"GFAST_LISTEN", "",
                 "GFAST_LISTEN=: must be an IPv4 address, or one with a port like 127.0.0.1:9000\n"},
         Mistake{

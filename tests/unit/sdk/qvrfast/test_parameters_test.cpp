@@ -7,7 +7,7 @@ using namespace gfast;
 
 namespace {
 
-constexpr double kAceOff = -35.72;
+constexpr double kTransmitAceOff = -35.72;
 
 // A direction of the line, read at one of its sides.
 struct Way {
@@ -70,7 +70,7 @@ class TestParameters : public ToneTest {
 
   static double levelOf(int exponent, uint32_t tone) {
     const double f = tone * 0.05175 / 106;
-    return -20 * std::log10(2.0) * exponent + (0.25 - 0.15 * f + 2.3 * f * f) + kAceOff;
+    return -20 * std::log10(2.0) * exponent + (0.25 - 0.15 * f + 2.3 * f * f) + kTransmitAceOff;
   }
 
   Script readsSent(bool far, int device, const std::vector<int>& levels) {

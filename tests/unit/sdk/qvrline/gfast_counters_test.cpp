@@ -11,7 +11,7 @@ using namespace gfast;
 
 namespace {
 
-constexpr uint32_t kFirst = 0x01020304;  // no byte alike, so a wrong byte order shows
+constexpr uint32_t kFirstWord = 0x01020304;  // no byte alike, so a wrong byte order shows
 
 // An operation that reads a block, with the block's size and its address for line index 0.
 struct Reader {
@@ -81,11 +81,11 @@ TEST(CounterBlocks, AreReadFromTheDeviceOfTheLineInOneRequest) {
   for (const Reader& block : readers()) {
     for (QVR_lineId_t line = 0; line < QVR_K_MAX_LINES; line++) {
       SCOPED_TRACE(block.name);
-      driver.expect(reads(line, block.address, countingWords(block.size, kFirst)));
+      driver.expect(reads(line, block.address, countingWords(block.size, kFirstWord)));
       Bytes bytes(block.size, 0xAA);
       EXPECT_EQ(block.read(line, bytes), QVR_E_STATUS_OK);
       for (uint32_t i = 0; i < block.size / 4; i++) {
-        EXPECT_EQ(valueAt(bytes, i), kFirst + i) << "word " << i;
+        EXPECT_EQ(valueAt(bytes, i), kFirstWord + i) << "word " << i;
       }
       driver.verify();
     }
@@ -112,10 +112,10 @@ TEST(CounterBlocks, FailedReadConvertsOrClearsWhatTheBlockHeld) {
   for (const Reader& block : readers()) {
     SCOPED_TRACE(block.name);
     driver.expect(reads(0, block.address, Bytes(block.size)).fails(EIO));
-    Bytes bytes = countingWords(block.size, kFirst);
+    Bytes bytes = countingWords(block.size, kFirstWord);
     EXPECT_EQ(block.read(0, bytes), QVR_E_MEMREAD_ERROR);
     for (uint32_t i = 0; i < block.size / 4; i++) {
-      EXPECT_EQ(valueAt(bytes, i), block.clearedOnFailure ? 0 : kFirst + i) << "word " << i;
+      EXPECT_EQ(valueAt(bytes, i), block.clearedOnFailure ? 0 : kFirstWord + i) << "word " << i;
     }
     driver.verify();
   }

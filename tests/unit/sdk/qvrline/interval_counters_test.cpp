@@ -14,7 +14,7 @@ using testing::IsEmpty;
 
 constexpr time_t kBoundary = 1700000100;
 
-Script readsCounters(int device, uint32_t first) {
+Script readsIntervalCounters(int device, uint32_t first) {
   return reads(device, 0xF0000000, countingWords(156, first));
 }
 
@@ -73,7 +73,7 @@ TEST(IntervalCounters, StartAgainFromTheLatestRead) {
 }
 
 TEST_F(QuarterHour, IsReportedForEachLineAndTheNextStartsThere) {
-  driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
+  driver_.expect(readsIntervalCounters(0, 1000) + readsIntervalCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
   EXPECT_THAT(updates(), ElementsAre(Update{0, kBoundary, 1000, 5}, Update{1, kBoundary, 2000, 5}));
   expectCountingWords(countersOf(0).curr15minSnapshot, 1000);
@@ -83,7 +83,7 @@ TEST_F(QuarterHour, IsReportedForEachLineAndTheNextStartsThere) {
 
 TEST_F(QuarterHour, LogsALineThatCannotBeReadAndKeepsItsCounters) {
   const TraceLog trace;
-  driver_.expect(readsCounters(0, 1000).fails(EIO) + readsCounters(1, 2000));
+  driver_.expect(readsIntervalCounters(0, 1000).fails(EIO) + readsIntervalCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
   EXPECT_THAT(updates(), ElementsAre(Update{1, kBoundary, 2000, 5}));
   EXPECT_EQ(countersOf(0).curr15minSnapshot.ne.LOS, 7U);
@@ -95,7 +95,7 @@ TEST_F(QuarterHour, LogsALineThatCannotBeReadAndKeepsItsCounters) {
 
 TEST_F(QuarterHour, OnlyLogsWhenNoLineCanBeRead) {
   const TraceLog trace;
-  driver_.expect(readsCounters(0, 0).fails(EIO) + readsCounters(1, 0).fails(EIO));
+  driver_.expect(readsIntervalCounters(0, 0).fails(EIO) + readsIntervalCounters(1, 0).fails(EIO));
   QVR_15minCounterEventHandler(kBoundary);
   EXPECT_THAT(updates(), IsEmpty());
   EXPECT_EQ(trace.lines().size(), 2U);
@@ -103,7 +103,7 @@ TEST_F(QuarterHour, OnlyLogsWhenNoLineCanBeRead) {
 
 TEST_F(QuarterHour, StartsTheNextWithoutACallback) {
   QVR_register15minCounterUpdateNotificationCB(nullptr);
-  driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
+  driver_.expect(readsIntervalCounters(0, 1000) + readsIntervalCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
   EXPECT_THAT(updates(), IsEmpty());
   expectCountingWords(countersOf(0).prev15minSnapshot, 1000);
@@ -116,7 +116,7 @@ TEST_F(QuarterHour, ReadDuringTheCallbackDoesNotMoveTheNextStart) {
     later.ne.LOS = 1500;
     storeLatestCounters(line, later);
   });
-  driver_.expect(readsCounters(0, 1000) + readsCounters(1, 2000));
+  driver_.expect(readsIntervalCounters(0, 1000) + readsIntervalCounters(1, 2000));
   QVR_15minCounterEventHandler(kBoundary);
   expectCountingWords(countersOf(0).prev15minSnapshot, 1000);
   expectCountingWords(countersOf(1).prev15minSnapshot, 2000);

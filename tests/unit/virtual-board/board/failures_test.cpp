@@ -63,6 +63,17 @@ TEST(LoopEvents, AWeakBurstIsCorrected) {
   EXPECT_LE(pm(bench, 1).ne.RTXUC, 2U);
 }
 
+// In each second 0.1 units are lost.
+TEST(LoopEvents, FractionsOfLostUnitsAddUp) {
+  Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.01\nfor_s = 300"));
+  bench.wait(310);
+  const double due = 300 * derived(bench, 1).RxNDR * 1e3 / 8 / 889 * std::pow(0.01, 3);
+  const double lost = framer(bench, 1).rtxuc;
+  EXPECT_GT(due, 20);
+  EXPECT_NEAR(lost, due, 2);
+  EXPECT_NEAR(pm(bench, 1).ne.ES, due, 2);
+}
+
 TEST(LoopEvents, AStrongBurstMakesSeverelyErroredSeconds) {
   Bench bench(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 5"));
   bench.wait(20);
@@ -71,6 +82,24 @@ TEST(LoopEvents, AStrongBurstMakesSeverelyErroredSeconds) {
   EXPECT_EQ(pm(bench, 0).ne.FRA, 5U);
   EXPECT_EQ(pm(bench, 0).ne.LORS, 0U);
   EXPECT_LT(derived(bench, 0).EFTR_min, derived(bench, 0).RxETR);
+}
+
+TEST(LoopEvents, MoreThanTenSeverelyErroredSecondsEndShowtime) {
+  Bench ten(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 10"));
+  ten.wait(30);
+  EXPECT_EQ(ten.events(0), "");
+  EXPECT_EQ(pm(ten, 0).ne.SES, 10U);
+  Bench more(withShowtime("[[loop_event]]\nat_s = 10\nerrors = 0.2\nfor_s = 12"));
+  more.wait(21);
+  EXPECT_EQ(more.events(0), "");
+  EXPECT_GE(derived(more, 0).continuousSeverlyErroredSeconds, 10U);
+  more.wait(9);
+  for (const int device : {0, 1}) {
+    EXPECT_EQ(more.events(device), "failure 2 6>7 7>3 3>4 4>5 5>6");
+    EXPECT_EQ(pm(more, device).ne.FULL_INITS, 2U);
+    EXPECT_EQ(pm(more, device).ne.LOS + pm(more, device).ne.LOR + pm(more, device).ne.LOM, 0U);
+    EXPECT_EQ(derived(more, device).continuousSeverlyErroredSeconds, 0U);
+  }
 }
 
 TEST(LoopEvents, ABurstThatStopsTheManagementChannelEndsShowtime) {

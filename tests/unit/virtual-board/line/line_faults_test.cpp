@@ -77,18 +77,46 @@ TEST(LineFaults, AnotherCableInTheMiddleLosesItsShare) {
   EXPECT_NEAR(mixed, (own + other) / 2, 0.3);
 }
 
-TEST(LineFaults, WaterWeakensMoreAndMore) {
+TEST(LineFaults, WaterWeakensMoreAndMoreAndLeavesAsSlowly) {
   Bench bench(faulty("kind = \"water\"\nat_m = 20\nlength_m = 30\ngrows_s = 300\nat_s = 10\nfor_s = 1000"));
-  double before = measured(bench, 1).received_dbm_hz[1500];
-  const double dry = before;
+  const auto level = [&bench] { return measured(bench, 1).received_dbm_hz[1500]; };
+  const double dry = level();
+  std::vector<double> wetter{dry};
   for (int minute = 0; minute < 5; minute++) {
     bench.wait(minute == 0 ? 70.01 : 60);
-    const double now = measured(bench, 1).received_dbm_hz[1500];
-    EXPECT_LT(now, before - 0.2) << minute;
-    before = now;
+    wetter.push_back(level());
+    EXPECT_LT(wetter.back(), wetter[wetter.size() - 2] - 0.2) << minute;
   }
-  bench.wait(1000);
-  EXPECT_NEAR(measured(bench, 1).received_dbm_hz[1500], dry, 0.01);
+  bench.wait(1000 - 300);
+  for (int minute = 0; minute < 5; minute++) {
+    EXPECT_NEAR(level(), wetter.back(), 0.01) << minute;
+    wetter.pop_back();
+    bench.wait(60);
+  }
+  EXPECT_NEAR(level(), dry, 0.01);
+}
+
+// Rain of two minutes every three: one minute's water is left each time.
+TEST(LineFaults, WaterThatHasNoTimeToLeaveAddsUp) {
+  Bench rain(faulty(
+      "kind = \"water\"\nat_m = 20\nlength_m = 30\ngrows_s = 300\nat_s = 10\nfor_s = 120\nevery_s = 180"));
+  Bench flood(faulty("kind = \"water\"\nat_m = 20\nlength_m = 30\ngrows_s = 300\nat_s = 10"));
+  const auto level = [](Bench& bench) { return measured(bench, 1).received_dbm_hz[1500]; };
+  rain.wait(10.01);
+  flood.wait(10.01);
+  for (int i = 0; i < 4; i++) {
+    EXPECT_NEAR(level(rain), level(flood), 0.01) << i;
+    rain.wait(180);
+    flood.wait(60);
+  }
+  const double fourMinutes = level(flood);
+  EXPECT_NEAR(level(rain), fourMinutes, 0.01);
+  // From now on each rain wets the cable through.
+  rain.wait(90);
+  flood.wait(60);
+  EXPECT_NEAR(level(rain), level(flood), 0.01);
+  rain.wait(90);
+  EXPECT_NEAR(level(rain), fourMinutes, 0.01);
 }
 
 TEST(LineFaults, NoiseIsHeardAtItsPlaceAndWeakerAtTheOtherEnd) {
@@ -327,8 +355,92 @@ TEST(LineReacts, RepeatedImpulsesAreRetransmittedAsOftenAsTheyCome) {
   const double share = static_cast<double>(after.numOfBadRxDTUs - before.numOfBadRxDTUs) /
                        (after.numOfRxDTUs - before.numOfRxDTUs);
   EXPECT_NEAR(share, 100 * (100e-6 + 1 / 48000.0), 0.001);
-  EXPECT_LT(after.rtxuc - before.rtxuc, (after.numOfBadRxDTUs - before.numOfBadRxDTUs) / 1000);
   EXPECT_EQ(framer(bench, 1).snrMargin, 60U);
+}
+
+// Impulses of 10 s, and how many of the units that they corrupt are lost.
+struct Impulses {
+  const char* length_ms;
+  const char* rate_hz;
+  double leastLost;
+  double mostLost;
+
+  friend void PrintTo(const Impulses& impulses, std::ostream* out) {
+    *out << impulses.length_ms << " ms at " << impulses.rate_hz << " Hz";
+  }
+};
+
+class RepeatedImpulses : public testing::TestWithParam<Impulses> {};
+
+TEST_P(RepeatedImpulses, AreCorrectedWhenARepeatMeetsTheQuiet) {
+  const Impulses& impulses = GetParam();
+  Bench bench(
+      faulty("kind = \"impulse\"\nat_m = 100\nlevel_dbm_hz = -70\nat_s = 10\nfor_s = 10\nlength_ms = " +
+             std::string(impulses.length_ms) + "\nrate_hz = " + impulses.rate_hz));
+  bench.wait(10);
+  const auto before = framer(bench, 1);
+  const uint32_t errored = pm(bench, 1).ne.ES;
+  bench.wait(10);
+  const auto after = framer(bench, 1);
+  ASSERT_EQ(bench.events(1), "");
+  const double bad = after.numOfBadRxDTUs - before.numOfBadRxDTUs;
+  const double lost = after.rtxuc - before.rtxuc;
+  EXPECT_GE(lost / bad, impulses.leastLost);
+  EXPECT_LE(lost / bad, impulses.mostLost);
+  if (impulses.mostLost == 0) {
+    EXPECT_EQ(pm(bench, 1).ne.ES, errored);
+  }
+}
+
+// Repeats are sent 4 and 8 ms after a unit, or up to one frame later.
+constexpr Impulses kImpulses[] = {{"0.1", "100", 0, 0},
+                                  {"0.2", "100", 0, 0},
+                                  {"2", "100", 0, 0},
+                                  {"0.2", "120", 0, 0},
+                                  // Of some units both repeats meet the next impulse.
+                                  {"4", "120", 0.005, 0.05},
+                                  // The impulses come as often as the repeats.
+                                  {"0.2", "250", 0.02, 0.1},
+                                  // Each repeat meets one of twenty.
+                                  {"0.03", "1000", 0.001, 0.01}};
+INSTANTIATE_TEST_SUITE_P(LineReacts, RepeatedImpulses, testing::ValuesIn(kImpulses));
+
+TEST(LineReacts, UnitsThatAreSentAgainCostThroughput) {
+  Bench bench(
+      faulty("kind = \"impulse\"\nat_m = 100\nlevel_dbm_hz = -70\nlength_ms = 2\nrate_hz = 100\n"
+             "at_s = 10\nfor_s = 60"));
+  bench.wait(9);
+  const auto before = derived(bench, 1);
+  EXPECT_NEAR(before.EFTR, before.RxETR, 50);
+  EXPECT_NEAR(before.EFTR_min, before.RxETR, 50);
+  bench.wait(30);
+  const auto now = derived(bench, 1);
+  EXPECT_EQ(now.RxETR, before.RxETR);
+  EXPECT_NEAR(now.EFTR, now.RxETR * (1 - 100 * (2e-3 + 1 / 48000.0)), 10);
+  EXPECT_NEAR(now.EFTR_min, now.EFTR, 10);
+  EXPECT_EQ(farCounters(bench, 0).eftrMin, now.EFTR_min);
+  EXPECT_EQ(pm(bench, 1).ne.RTXUC, 0U);
+  bench.wait(60);
+  EXPECT_NEAR(derived(bench, 1).EFTR, before.RxETR, 50);
+  EXPECT_EQ(derived(bench, 1).EFTR_min, now.EFTR_min);
+}
+
+TEST(LineReacts, TheAverageOfARateCountsEachSecondOfShowtime) {
+  Bench bench(faulty("kind = \"noise\"\nat_m = 100\nlevel_dbm_hz = -115\nat_s = 100"));
+  bench.wait(99);
+  const auto before = derived(bench, 1);
+  EXPECT_EQ(before.RxEtrAvg, before.RxETR);
+  bench.wait(101);
+  const auto after = derived(bench, 1);
+  ASSERT_LT(after.RxETR, before.RxETR * 9 / 10);
+  EXPECT_NEAR(after.RxEtrAvg, (before.RxETR + after.RxETR) / 2.0, before.RxETR * 0.01);
+  EXPECT_EQ(derived(bench, 0).TxEtrAvg, after.RxEtrAvg);
+  // A new training begins a new average.
+  bench.board.cutLoop(true);
+  bench.wait(5);
+  bench.board.cutLoop(false);
+  bench.wait(20);
+  EXPECT_EQ(derived(bench, 1).RxEtrAvg, derived(bench, 1).RxETR);
 }
 
 TEST(LineReacts, ALineWhoseLoopChangesInTrainingComesUpOnTheNewOne) {

@@ -2,6 +2,8 @@
 // boards are tried, GFAST_RANDOM_HOURS how long each runs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 
 #include "unit/virtual-board/measured/tone_memory.h"
@@ -56,21 +58,52 @@ constexpr const char* kKinds[] = {
     "kind = \"crosstalk\"\nlength_m = 80\nlines = 3\nlevel_dbm_hz = -76\nvectored = true",
     "kind = \"impulse\"\nlevel_dbm_hz = -85\nlength_ms = 0.2\nrate_hz = 120",
     "kind = \"supply\"\nlevel_dbm_hz = -85\nswitching_khz = 250"};
-constexpr const char* kCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
+constexpr const char* kRandomCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
 
-std::string randomBoard(uint64_t board, double duration_s) {
+// When a fault of the line is there. Water leaves later than its time says.
+struct FaultTime {
+  double from_s;
+  double to_s;
+  bool impulses;
+};
+
+struct RandomBoard {
+  std::string toml;
+  std::vector<FaultTime> faults;
+
+  bool impulsesAt(double from_s, double to_s) const {
+    return std::any_of(faults.begin(), faults.end(), [=](const FaultTime& fault) {
+      return fault.impulses && fault.from_s <= to_s && fault.to_s >= from_s;
+    });
+  }
+  bool changesIn(double from_s, double to_s) const {
+    const auto within = [=](double time) { return time >= from_s && time <= to_s; };
+    return std::any_of(faults.begin(), faults.end(), [&within](const FaultTime& fault) {
+      return within(fault.from_s) || within(fault.to_s);
+    });
+  }
+};
+
+RandomBoard randomBoard(uint64_t board, double duration_s) {
   Dice dice(board);
   const double length_m = dice.between(5, 350);
-  std::string toml = "[board]\nseed = " + std::to_string(board) + "\n[loop]\ncable = \"" +
-                     dice.oneOf(kCables) + "\"\nlength_m = " + number(length_m) +
-                     "\nnoise_dbm_hz = " + number(dice.between(-150, -130)) + "\n";
+  RandomBoard random;
+  const std::string cable = dice.oneOf(kRandomCables);
+  random.toml = "[board]\nseed = " + std::to_string(board) + "\n[loop]\ncable = \"" + cable +
+                "\"\nlength_m = " + number(length_m) +
+                "\nnoise_dbm_hz = " + number(dice.between(-150, -130)) + "\n";
   for (int i = 0; i < 4; i++) {
-    toml += std::string("[[line_fault]]\n") + dice.oneOf(kKinds) +
-            "\nat_m = " + number(dice.between(0, length_m)) +
-            "\nat_s = " + number(dice.between(10, duration_s / 2)) +
-            "\nfor_s = " + number(dice.between(5, duration_s / 3)) + "\n";
+    const std::string kind = dice.oneOf(kKinds);
+    const std::string at_m = number(dice.between(0, length_m));
+    const double at_s = dice.between(10, duration_s / 2);
+    const double for_s = dice.between(5, duration_s / 3);
+    random.toml += "[[line_fault]]\n" + kind + "\nat_m = " + at_m + "\nat_s = " + number(at_s) +
+                   "\nfor_s = " + number(for_s) + "\n";
+    random.faults.push_back({at_s, at_s + for_s, kind.find("impulse") != std::string::npos});
   }
-  return toml;
+  std::sort(random.faults.begin(), random.faults.end(),
+            [](const FaultTime& one, const FaultTime& other) { return one.from_s < other.from_s; });
+  return random;
 }
 
 // Of one direction: what follows from what.
@@ -156,24 +189,107 @@ void expectCountersFollow(const Moment& before, const Moment& after, int receive
   }
 }
 
+// The share of data transfer units in which a symbol of a subcarrier is wrong, from its SNR and its bits.
+double corruptedShare(Bench& bench, int receiver) {
+  const Measured tones = measured(bench, receiver);
+  const auto bits = bitsReceived(bench, receiver);
+  double wrong = 0;
+  for (uint32_t tone = 0; tone < 2048; tone++) {
+    if (bits[tone] != 0) {
+      // The code is worth 5 dB.
+      const double above = std::pow(10, 0.5) * tones.snr[tone] / (std::exp2(bits[tone]) - 1);
+      wrong += 2 * std::erfc(std::sqrt(1.5 * above));
+    }
+  }
+  const double unit = receiver == 0 ? 224 * 5 : 240 * 4;
+  return 1 - std::exp(-wrong * unit / framer(bench, receiver).RxBD);
+}
+
+bool inShowtime(Bench& bench) {
+  return bench.lineState(0) == 6 && bench.lineState(1) == 6;
+}
+
+uint32_t exchanges(const GFAST_FRAMER_RAW_COUNTERS_S& raw) {
+  return raw.sraRxExngCnt + raw.fraRxExngCnt + raw.bitswapRxExngCnt + raw.rpaRxExngCnt;
+}
+
+// Half a second, before a receiver changes its bits. A subcarrier's SNR is measured to 0.03 dB and better,
+// which is a third of a small error rate.
+void expectErrorsFollowFromNoise(Bench& bench, int receiver, int& compared) {
+  const auto before = framer(bench, receiver);
+  const double share = corruptedShare(bench, receiver);
+  bench.wait(0.5);
+  const auto after = framer(bench, receiver);
+  if (!inShowtime(bench) || exchanges(before) != exchanges(after) || before.RxBD == 0) {
+    return;
+  }
+  const double units = after.numOfRxDTUs - before.numOfRxDTUs;
+  const double bad = after.numOfBadRxDTUs - before.numOfBadRxDTUs;
+  const double lost = after.rtxuc - before.rtxuc;
+  if (units * share < 1) {
+    // The few of a healthy line.
+    EXPECT_LE(bad, 5);
+  } else if (units * share > 50) {
+    EXPECT_GT(bad, units * share / 2);
+    EXPECT_LT(bad, units * share * 2);
+    compared++;
+  }
+  if (const double due = units * share * share * share; due > 50) {
+    EXPECT_GT(lost, due / 4);
+    EXPECT_LT(lost, due * 4);
+  }
+}
+
+void expectFewLostUnitsWithMargin(const RandomBoard& board, const Moment& before, const Moment& after,
+                                  int receiver) {
+  const auto& one = before.raw[receiver];
+  const auto& other = after.raw[receiver];
+  const bool sheltered =
+      static_cast<int32_t>(one.snrMargin) >= 0 && static_cast<int32_t>(other.snrMargin) >= 0;
+  if (!sheltered || board.impulsesAt(before.at_s, after.at_s) || board.changesIn(before.at_s, after.at_s) ||
+      before.pms[receiver].ne.UAS != after.pms[receiver].ne.UAS) {
+    return;
+  }
+  // A healthy line loses one in ten minutes.
+  EXPECT_LE(other.rtxuc - one.rtxuc, 2U);
+}
+
+// Waits until this moment. Whenever a fault begins, looks at what it does before a receiver reacts.
+void waitUntil(Bench& bench, const RandomBoard& board, double until_s, int& compared) {
+  for (const FaultTime& fault : board.faults) {
+    const double soon_s = fault.from_s + 0.1;
+    if (soon_s <= bench.now || soon_s > until_s - 1) {
+      continue;
+    }
+    bench.wait(soon_s - bench.now);
+    if (inShowtime(bench) && !board.impulsesAt(bench.now, bench.now + 1)) {
+      for (const int receiver : {0, 1}) {
+        expectErrorsFollowFromNoise(bench, receiver, compared);
+      }
+    }
+  }
+  bench.wait(until_s - bench.now);
+}
+
 }  // namespace
 
 TEST(LineInvariants, HoldOnRandomBoards) {
   const auto boards = static_cast<uint64_t>(setting("GFAST_RANDOM_BOARDS", 2));
   const double duration_s = 3600 * setting("GFAST_RANDOM_HOURS", 0.1);
   int compared = 0;  // how often counters were compared with rates
-  for (uint64_t board = 1; board <= boards; board++) {
-    const std::string toml = randomBoard(board, duration_s);
-    SCOPED_TRACE(toml);
-    Bench bench(toml);
+  int noisy = 0;     // how often errors were compared with noise
+  for (uint64_t number = 1; number <= boards; number++) {
+    const RandomBoard board = randomBoard(number, duration_s);
+    SCOPED_TRACE(board.toml);
+    Bench bench(board.toml);
     for (int step = 0; step < 12; step++) {
-      bench.wait(duration_s / 12 + 0.0137);
+      waitUntil(bench, board, bench.now + duration_s / 12 + 0.0137, noisy);
       // Some seconds apart, so that a line that nothing happens to makes no adaptation of its own between
       // them.
-      const bool up = bench.lineState(0) == 6 && bench.lineState(1) == 6;
+      const bool up = inShowtime(bench);
       const Moment before = momentOf(bench);
       bench.wait(20);
-      const bool upNow = bench.lineState(0) == 6 && bench.lineState(1) == 6;
+      const bool upNow = inShowtime(bench);
       const Moment now = momentOf(bench);
       for (const int receiver : {0, 1}) {
         if (upNow) {
@@ -182,17 +298,19 @@ TEST(LineInvariants, HoldOnRandomBoards) {
         }
         if (upNow && up) {
           expectCountersFollow(before, now, receiver, compared);
+          expectFewLostUnitsWithMargin(board, before, now, receiver);
         }
       }
       ASSERT_FALSE(HasFailure()) << "at " << bench.now;
     }
   }
   EXPECT_GT(compared, 0);
+  EXPECT_GT(noisy, 0);
 }
 
 // One seed, one history.
 TEST(LineInvariants, TheSameBoardHasTheSameHistory) {
-  const std::string toml = randomBoard(3, 300);
+  const std::string toml = randomBoard(3, 300).toml;
   Bench often(toml);
   Bench once(toml);
   while (often.now < 300) {
