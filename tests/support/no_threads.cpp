@@ -1,4 +1,5 @@
-// For test programs that are marked with ONE_THREAD: the C++ library finds this function before the C library's.
+// For test programs that are marked with ONE_THREAD: the C++ library finds this function before the C
+// library's.
 
 #include <cstdio>
 #include <cstdlib>
