@@ -115,7 +115,25 @@ ConsoleClient::ConsoleClient(Address address, Limits limits, Tell tell)
     : address_(std::move(address)), limits_(limits), tell_(std::move(tell)) {}
 
 ConsoleClient::~ConsoleClient() {
+  if (socket_ >= 0 && hasPrompt()) {
+    quit();
+  }
   disconnect();
+}
+
+// A console behind a serial line is not told when a connection just ends.
+void ConsoleClient::quit() {
+  constexpr int kTries = 10;
+  if (!sendAll(socket_, "quit\r\n")) {
+    return;
+  }
+  for (int i = 0; i < kTries; i++) {
+    char ignored[256];
+    pollfd ready{socket_, POLLIN, 0};
+    if (poll(&ready, 1, 100) > 0 && recv(socket_, ignored, sizeof ignored, 0) <= 0) {
+      return;
+    }
+  }
 }
 
 void ConsoleClient::disconnect() {
@@ -173,7 +191,8 @@ void ConsoleClient::awaitFirstPrompt() {
                                     std::chrono::duration_cast<std::chrono::seconds>(limits_.busy).count()));
     }
     if (!told && waited > kTellAfter) {
-      tell_(fmt::format("{} is busy with another session; waiting", nameOf(address_)));
+      tell_(fmt::format("{} has no prompt yet: it may be busy with another session; waiting",
+                        nameOf(address_)));
       told = true;
     }
     if (receive(100ms) == Received::kEnd) {

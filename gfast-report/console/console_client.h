@@ -33,7 +33,7 @@ class ConsoleClient {
 
   // Connects with the first command. `tell` takes a line about what it waits for.
   ConsoleClient(Address address, Limits limits, Tell tell);
-  ~ConsoleClient();
+  ~ConsoleClient();  // ends the session as a user does
   ConsoleClient(const ConsoleClient&) = delete;
   ConsoleClient& operator=(const ConsoleClient&) = delete;
 
@@ -48,6 +48,7 @@ class ConsoleClient {
   void awaitFirstPrompt();
   bool typeAndRead(const std::string& command);  // false: the session is lost
   bool awaitPrompt();
+  void quit();
   Received receive(std::chrono::milliseconds patience);
   void disconnect();
   bool hasPrompt() const;

@@ -326,7 +326,7 @@ void takeDays(Taking& taking) {
 // one, so it tells how far that is from UTC, if only the board's clock is right.
 void shiftToUtc(Taking& taking) {
   constexpr time_t kStep = 900;
-  constexpr time_t kFarthest = 14 * 3600;
+  constexpr time_t kFarthest = 50400;  // 14 hours
   auto& quarterHours = taking.line.quarterHours;
   if (!quarterHours.running) {
     return;

@@ -10,6 +10,8 @@ namespace {
 
 constexpr double kStationExcess_db = 10;
 constexpr double kStationDip_db = 6;
+// A pair whose wires are alike hears a strong station, too, but below this.
+constexpr float kHeardStation_dbmHz = -120;
 constexpr size_t kWidestStation = 24;  // tones
 // More of them are no stations, but the harmonics of something that switches.
 constexpr size_t kMostStations = 12;
@@ -119,7 +121,8 @@ std::vector<Station> stationsOf(const ToneDirection& tones) {
     }
     const size_t loudest = loudestIn(noise, from, tone);
     const double dip = dipAt(tones.snr_db, loudest);
-    if (tone - from < kWidestStation && dip >= kStationDip_db) {
+    const bool heard = *noise[loudest] > kHeardStation_dbmHz;
+    if (tone - from < kWidestStation && heard && dip >= kStationDip_db) {
       stations.push_back({loudest, *noise[loudest], dip});
     }
   }

@@ -106,6 +106,19 @@ TEST_F(Client, ReturnsWhatIsPrintedWithoutEchoAndPrompt) {
   EXPECT_EQ(ask(server), "42\r\n");
 }
 
+TEST_F(Client, QuitsAtTheEnd) {
+  std::string last;
+  {
+    Server server({[&last](int connection) {
+      greet(connection);
+      answer(connection);
+      last = heard(connection);
+    }});
+    EXPECT_EQ(ask(server), "42\r\n");
+  }
+  EXPECT_EQ(last, "quit\r\n");
+}
+
 TEST_F(Client, BeginsASessionAnewWhenItIsLost) {
   Server server({[](int connection) {
                    greet(connection);

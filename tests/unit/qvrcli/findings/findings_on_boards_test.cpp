@@ -111,6 +111,7 @@ const Case kCases[] = {
      "9.6 MHz (31 m broadcasting): -96 dBm/Hz of noise, SNR 38 dB lower"},
     {"StationGone", "line-radio.toml", 300, {}, ""},
     {"ThreeStations", "faults/radio-station.toml", 4000, {"radio-station"}, "7.3 MHz (41 m broadcasting)"},
+    {"StationsAtABalancedPair", "faults/radio-station-balanced.toml", 4000, {}, ""},
     {"Impulses", "faults/impulses.toml", 1500, {"impulses"}, "Impulses (downstream)"},
     {"NoImpulses", "faults/impulses.toml", 1190, {}, ""},
     {"LampImpulses", "line-impulses.toml", 190, {"impulses"}, "Impulses (downstream)"},

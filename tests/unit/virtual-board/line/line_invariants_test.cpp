@@ -213,8 +213,8 @@ uint32_t exchanges(const GFAST_FRAMER_RAW_COUNTERS_S& raw) {
   return raw.sraRxExngCnt + raw.fraRxExngCnt + raw.bitswapRxExngCnt + raw.rpaRxExngCnt;
 }
 
-// Half a second, before a receiver changes its bits. A subcarrier's SNR is measured to 0.03 dB and better,
-// which is a third of a small error rate.
+// Looks at half a second, before a receiver changes its bits. A small error of the measured SNR is a large
+// one of the errors that follow from it, so they are compared within a factor.
 void expectErrorsFollowFromNoise(Bench& bench, int receiver, int& compared) {
   const auto before = framer(bench, receiver);
   const double share = corruptedShare(bench, receiver);
@@ -278,8 +278,8 @@ TEST(LineInvariants, HoldOnRandomBoards) {
   const double duration_s = 3600 * setting("GFAST_RANDOM_HOURS", 0.1);
   int compared = 0;  // how often counters were compared with rates
   int noisy = 0;     // how often errors were compared with noise
-  for (uint64_t number = 1; number <= boards; number++) {
-    const RandomBoard board = randomBoard(number, duration_s);
+  for (uint64_t seed = 1; seed <= boards; seed++) {
+    const RandomBoard board = randomBoard(seed, duration_s);
     SCOPED_TRACE(board.toml);
     Bench bench(board.toml);
     for (int step = 0; step < 12; step++) {
