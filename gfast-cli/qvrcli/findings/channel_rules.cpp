@@ -109,7 +109,7 @@ Comb combAt(double first, const std::vector<Notch>& notches, const Curve& curve)
 Comb combOf(const Curve& curve) {
   const std::vector<Notch> notches = notchesOf(curve);
   for (const Notch& notch : notches) {
-    const Comb comb = combAt(notch.tone, notches, curve);
+    Comb comb = combAt(notch.tone, notches, curve);
     if (!comb.notches.empty()) {
       return comb;
     }
