@@ -174,6 +174,26 @@ def with_a_radio_station(browser):
         browser.save("page-radio.png")
 
 
+def with_a_mask(browser):
+    with open(os.path.join(boards, "faults", "masked-band.toml")) as file:
+        board = file.read().replace('side = "dp"\n', 'side = "dp"\nline = "showtime"\n')
+    with page_of(browser, board):
+        wait_for(lambda: browser.script("shown !== null"), 40, "tones")
+        assert [100, 1600] in browser.script("masks"), browser.script("masks")
+        browser.script("moveTo(1600)")
+        browser.await_text("#cursor", "tone 1600, 82.800 MHz, masked")
+        browser.script("moveTo(1601)")
+        assert "masked" not in browser.text("#cursor")
+        # The mask is darker than a tone beside it.
+        pixel = """(() => { const graph = graphs.snr; const canvas = graph.hidden_; const area = graph.getArea();
+            const scale = canvas.width / canvas.clientWidth; const at = (tone) => canvas.getContext('2d').getImageData(
+              Math.round(graph.toDomXCoord(tone) * scale), Math.round((area.y + 3) * scale), 1, 1).data[3];
+            return [at(1000), at(1650)]; })()"""
+        masked, beside = browser.script(pixel)
+        assert masked > 80 > beside, (masked, beside)
+        browser.save("page-mask.png")
+
+
 def drops_and_comes_back(browser):
     board = '[[device]]\nline = "showtime"\n[[loop_event]]\nat_s = 8\ncut = true\n[[loop_event]]\nat_s = 18\ncut = false\n'
     with page_of(browser, board) as lab:
@@ -208,7 +228,7 @@ def as_one_file(browser):
 
 
 with Browser() as browser:
-    for case in (in_showtime, in_training, with_a_radio_station, drops_and_comes_back, as_one_file):
+    for case in (in_showtime, in_training, with_a_radio_station, with_a_mask, drops_and_comes_back, as_one_file):
         case(browser)
         print(case.__name__, "passed")
     browser.expect_no_errors()

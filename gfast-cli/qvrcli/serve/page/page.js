@@ -149,6 +149,7 @@ let shown = null;  // the tones on the page
 let kept = null;   // those compared with
 let tone = 500;    // under the cursor
 let band = [0, kTones - 1];
+let masks = [];    // [from, to]: tones that are left out between those in use
 
 function rowsOf(table) {
   const rows = [];
@@ -161,15 +162,29 @@ function rowsOf(table) {
   return rows;
 }
 
+// Tones without SNR in both directions, where tones above and below have one.
+function masksIn(tones) {
+  const found = [];
+  let last = null;
+  for (let i = 0; i < kTones; i++) {
+    if (typeof tones.ds.snr[i] !== 'number' && typeof tones.us.snr[i] !== 'number') continue;
+    if (last !== null && i > last + 1) found.push([last + 1, i - 1]);
+    last = i;
+  }
+  return found;
+}
+
+function fillTones(context, area, graph, from, to) {
+  const left = Math.max(graph.toDomXCoord(from), area.x);
+  const right = Math.min(graph.toDomXCoord(Math.min(to, kTones - 1)), area.x + area.w);
+  if (right >= left) context.fillRect(left, area.y, Math.max(1, right - left), area.h);
+}
+
 function markBands(context, area, graph) {
   context.fillStyle = colour('--band');
-  for (const [from, to] of kBands) {
-    const left = graph.toDomXCoord(from / kToneSpacing_MHz);
-    const right = graph.toDomXCoord(Math.min(to / kToneSpacing_MHz, kTones - 1));
-    if (right >= area.x && left <= area.x + area.w) {
-      context.fillRect(Math.max(left, area.x), area.y, Math.max(1, Math.min(right, area.x + area.w) - Math.max(left, area.x)), area.h);
-    }
-  }
+  for (const [from, to] of kBands) fillTones(context, area, graph, from / kToneSpacing_MHz, to / kToneSpacing_MHz);
+  context.fillStyle = colour('--mask');
+  for (const [from, to] of masks) fillTones(context, area, graph, from - 0.5, to + 0.5);
 }
 
 function optionsOf(table) {
@@ -211,7 +226,8 @@ function showCursor() {
   const values = (tables) => `${text(tables.bits[tone], 0)} bits, SNR ${text(tables.snr[tone], 1)} dB, noise ${text(tables.noise[tone], 1)} dBm/Hz, HLOG ${text(tables.hlog[tone], 1)} dB`;
   const box = byId('cursor');
   box.replaceChildren();
-  add(box, 'div', `tone ${tone}, ${(tone * kToneSpacing_MHz).toFixed(3)} MHz`);
+  const masked = masks.some(([from, to]) => from <= tone && tone <= to);
+  add(box, 'div', `tone ${tone}, ${(tone * kToneSpacing_MHz).toFixed(3)} MHz${masked ? ', masked' : ''}`);
   add(box, 'div', `downstream ${values(shown.ds)}`, 'ds');
   add(box, 'div', `upstream ${values(shown.us)}`, 'us');
   if (kept) {
@@ -240,6 +256,7 @@ function draw() {
   byId('none').hidden = shown !== null;
   byId('before').hidden = byId('alone').hidden = kept === null;
   if (shown === null) return;
+  masks = masksIn(shown);
   for (const table of kPlots) {
     if (graphs[table]) graphs[table].destroy();
     graphs[table] = new Dygraph(byId(table), rowsOf(table), optionsOf(table));
