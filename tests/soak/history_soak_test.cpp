@@ -272,10 +272,10 @@ TEST_F(Week, HistoryEqualsWhatTheChipsCounted) {
   for (const ExpectedHistory& line : expected_) {
     EXPECT_EQ(line.week()[0], uint64_t{kCuts}) << "LOS: every cut";
     EXPECT_EQ(line.week()[22], uint64_t{kCuts}) << "of the far end as well";
-    for (const size_t word : {2, 4, 5, 6, 7, 8, 9, 13, 14, 15, 16, 18, 19, 20, 21}) {
+    for (const size_t word : {2U, 4U, 5U, 6U, 7U, 8U, 9U, 13U, 14U, 15U, 16U, 18U, 19U, 20U, 21U}) {
       EXPECT_GT(line.week()[word], 0U) << "near-end word " << word;
     }
-    for (const size_t word : {24, 26, 27, 28, 29, 30, 31, 32, 33, 34, 35, 36, 37, 38}) {
+    for (const size_t word : {24U, 26U, 27U, 28U, 29U, 30U, 31U, 32U, 33U, 34U, 35U, 36U, 37U, 38U}) {
       EXPECT_GT(line.week()[word], 0U) << "far-end word " << word;
     }
   }

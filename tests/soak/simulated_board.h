@@ -16,6 +16,7 @@
 #include "clock/clock.h"
 #include "driver/driver.h"
 #include "qvrdev/notification.h"
+#include "support/bytes.h"  // before the board's names, which have Bytes as well
 #include "virtual-board/board/board_config.h"
 #include "virtual-board/board/virtual_board.h"
 

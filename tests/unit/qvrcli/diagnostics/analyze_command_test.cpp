@@ -20,14 +20,14 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-using Lines = std::vector<std::string>;
+using Printed = std::vector<std::string>;
 
 class AnalyzeCrashDump : public testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(chdir(directory_.path().c_str()), 0); }
 
-  Lines typed(const std::string& line) {
-    const Lines lines = console_.run(line);
+  Printed typed(const std::string& line) {
+    const Printed lines = console_.run(line);
     EXPECT_EQ(console_.result(), CLI_OK);
     return lines;
   }
@@ -57,7 +57,7 @@ class AnalyzeCrashDump : public testing::Test {
   CapturedConsole console_;
 };
 
-const Lines kLead = {
+const Printed kLead = {
     "",
     "<Leading Assert>",
     "",
@@ -73,7 +73,7 @@ const Lines kLead = {
     "",
 };
 
-std::string joined(const Lines& lines) {
+std::string joined(const Printed& lines) {
   std::string text;
   for (const std::string& line : lines) {
     text += line + "\n";
@@ -92,9 +92,9 @@ std::string without(std::string text, const std::string& piece) {
 
 TEST_F(AnalyzeCrashDump, PrintsBothDevicesAndTheLeadingAssertion) {
   writeDump();
-  const Lines lines = typed("analyze crashdump 1 dump.txt");
+  const Printed lines = typed("analyze crashdump 1 dump.txt");
   ASSERT_GT(lines.size(), kLead.size());
-  EXPECT_EQ(Lines(lines.end() - static_cast<long>(kLead.size()), lines.end()), kLead);
+  EXPECT_EQ(Printed(lines.end() - static_cast<long>(kLead.size()), lines.end()), kLead);
   EXPECT_EQ(lines[0], "deviceId                                  0");
   EXPECT_EQ(lines[2], "firmwareVersion                           00010001");
   EXPECT_THAT(joined(lines), HasSubstr(" \ndeviceId                                  1\n"
@@ -116,7 +116,7 @@ TEST_F(AnalyzeCrashDump, WritesTheSameToAFile) {
 
 TEST_F(AnalyzeCrashDump, NamesNoAssertionWhenThereIsNone) {
   directory_.write("dump.txt", "");
-  const Lines lines = typed("analyze crashdump 4 dump.txt");
+  const Printed lines = typed("analyze crashdump 4 dump.txt");
   EXPECT_THAT(joined(lines), HasSubstr("Assert Id                                 00000000 (0)\n"
                                        "Symbol Counter                            00000000\n"));
   EXPECT_THAT(joined(lines), HasSubstr("CPU                                       FRAMER\n"
