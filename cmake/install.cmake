@@ -58,9 +58,16 @@ install(FILES gfast-sdk/std/c_words.h DESTINATION ${headers}/std COMPONENT libra
 set(package ${CMAKE_INSTALL_LIBDIR}/cmake/gfast-sdk)
 set_target_properties(gfast-kernel-driver PROPERTIES EXPORT_NAME kernel-driver)
 if(GFAST_SANITIZE)
-  # Archives that are built with a sanitizer need its runtime wherever they are linked.
-  target_link_options(gfast-sdk INTERFACE $<INSTALL_INTERFACE:-fsanitize=${GFAST_SANITIZE}>)
-  set(SANITIZE " -fsanitize=${GFAST_SANITIZE}")
+  # Archives that are built with a sanitizer need its runtime wherever they are linked, and what it has for C++ in a C
+  # program, too.
+  set(runtime -fsanitize=${GFAST_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    list(APPEND runtime -fsanitize-link-c++-runtime)
+  endif()
+  foreach(option ${runtime})
+    target_link_options(gfast-sdk INTERFACE $<INSTALL_INTERFACE:${option}>)
+    string(APPEND SANITIZE " ${option}")
+  endforeach()
 endif()
 install(
   TARGETS gfast-sdk gfast-kernel-driver

@@ -261,7 +261,7 @@ DescriptorLimit exchangeDescriptorLimit(pid_t process, const DescriptorLimit* li
 }
 
 TEST(HostileClient, ConnectsWhenTheServerHasNoDescriptors) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef GFAST_UBSAN
   GTEST_SKIP() << "UBSan needs descriptors of its own to look at an object's type";
 #endif
   LabServer lab;

@@ -112,8 +112,8 @@ struct Cable::Walk {
 
   // Takes the part of an element that lies between these places.
   void take(const Element& element, double from_m, double to_m) {
-    const LineConstants& line = constants[element.medium];
     if (element.kind == Element::Kind::kStretch) {
+      const LineConstants& line = constants[element.medium];
       const double begin_m = std::max(element.at_m, from_m);
       const double length_m = std::min(element.at_m + element.length_m, to_m) - begin_m;
       if (length_m > 0) {
@@ -121,8 +121,9 @@ struct Cable::Walk {
         lost += line.propagation * length_m;
       }
     } else if (element.at_m >= from_m && element.at_m < to_m) {
+      // A joint is of no medium: a cable without length has none.
       chain =
-          chain * (element.kind == Element::Kind::kTap ? tap(line, element.length_m)
+          chain * (element.kind == Element::Kind::kTap ? tap(constants[element.medium], element.length_m)
                                                        : joint(jointImpedance(*element.joint, frequency_hz)));
     }
   }

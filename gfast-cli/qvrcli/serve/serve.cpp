@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <thread>
@@ -120,8 +121,7 @@ bool serveReadings(const std::string& where, std::function<bool(int connection)>
     return false;
   }
   Readings& readings = Readings::start();
-  // Never destroyed: its threads serve until the process ends.
-  auto* const server = new WebServer(
+  auto server = std::make_unique<WebServer>(
       [&readings](const std::string& path) { return answerTo(readings, path); }, std::move(admits));
   const int port = server->bind(place->address, place->port);
   if (port < 0) {
@@ -131,7 +131,8 @@ bool serveReadings(const std::string& where, std::function<bool(int connection)>
   const bool bracketed = place->address.find(':') != std::string::npos;
   std::printf("Serving http://%s%s%s:%d/\n", bracketed ? "[" : "", place->address.c_str(),
               bracketed ? "]" : "", port);
-  std::thread([server] { server->run(); }).detach();
+  // Never destroyed: its threads serve until the process ends.
+  std::thread([served = server.release()] { served->run(); }).detach();
   return true;
 }
 

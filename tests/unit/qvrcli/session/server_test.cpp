@@ -234,6 +234,9 @@ TEST_F(Server, ServesWhoeverIsOnItsListUntilAcceptReturnsDescriptor0) {
 }
 
 TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnceAlsoWithAList) {
+#ifdef GFAST_UBSAN
+  GTEST_SKIP() << "UBSan needs descriptors of its own to look at a new thread's type";
+#endif
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
   const ConsoleSession client(portOf(listener_));
@@ -244,7 +247,6 @@ TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnceAlsoWithAList) {
       close(STDIN_FILENO);
     }
   });
-  clockSource().sleep({});  // UBSan needs a descriptor when it checks an object's type for the first time
   testing::internal::CaptureStdout();
   setrlimit(RLIMIT_NOFILE, &none);
   serveSessions(cli_, listener_, parseNetworks("127.0.0.1"));
