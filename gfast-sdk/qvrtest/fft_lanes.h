@@ -41,12 +41,16 @@ struct OneLane {
 
 #ifdef __SSE2__
 struct TwoLanes {
-  using Vector = double __attribute__((vector_size(16), aligned(8), may_alias));
+  using Vector = double __attribute__((vector_size(16)));
+  // In memory it may begin at any double.
+  struct __attribute__((packed, may_alias)) Anywhere {
+    Vector v;
+  };
   using Bits = long long __attribute__((vector_size(16)));
   static constexpr size_t kWidth = 2;
 
-  static Vector load(const double* from) { return *reinterpret_cast<const Vector*>(from); }
-  static void store(double* to, Vector v) { *reinterpret_cast<Vector*>(to) = v; }
+  static Vector load(const double* from) { return reinterpret_cast<const Anywhere*>(from)->v; }
+  static void store(double* to, Vector v) { reinterpret_cast<Anywhere*>(to)->v = v; }
   static Vector all(double value) { return Vector{value, value}; }
   static Vector magnitude(Vector v) {
     constexpr long long kNoSign = 0x7FFFFFFFFFFFFFFF;
@@ -76,12 +80,16 @@ struct TwoLanes {
 
 #ifdef __AVX2__
 struct FourLanes {
-  using Vector = double __attribute__((vector_size(32), aligned(8), may_alias));
+  using Vector = double __attribute__((vector_size(32)));
+  // In memory it may begin at any double.
+  struct __attribute__((packed, may_alias)) Anywhere {
+    Vector v;
+  };
   using Bits = long long __attribute__((vector_size(32)));
   static constexpr size_t kWidth = 4;
 
-  static Vector load(const double* from) { return *reinterpret_cast<const Vector*>(from); }
-  static void store(double* to, Vector v) { *reinterpret_cast<Vector*>(to) = v; }
+  static Vector load(const double* from) { return reinterpret_cast<const Anywhere*>(from)->v; }
+  static void store(double* to, Vector v) { reinterpret_cast<Anywhere*>(to)->v = v; }
   static Vector all(double value) { return Vector{value, value, value, value}; }
   static Vector magnitude(Vector v) {
     constexpr long long kNoSign = 0x7FFFFFFFFFFFFFFF;

@@ -113,7 +113,12 @@ TEST_F(RecordingDriverTest, HasWhatAFarEndIsAskedAlthoughItsAnswerReplacesIt) {
   const int descriptor = driver().open(0);
   char buffer[8] = {1, 2, 3};
   gfast_iocreq request = emptyRequest();
-  request.req_u.farendmsg = {0, MGMT_FAR_END_REQ_TYPE_READMEM, buffer, 8, 3, 8, 0};
+  // An assignment of the whole would bring padding, whose bytes nobody chooses.
+  gfast_farendmsg& message = request.req_u.farendmsg;
+  message.farend_msg_req_type = MGMT_FAR_END_REQ_TYPE_READMEM;
+  message.buf = buffer;
+  message.bufsize = message.inmsg_datalen = 8;
+  message.outmsg_datalen = 3;
   EXPECT_EQ(driver().request(descriptor, DFEIOCFARENDMSG, request), 0);
   EXPECT_EQ(recorded(),
             "c 0 open = ok\n"
@@ -218,7 +223,10 @@ TEST_F(RecordingDriverTest, SaysOnceThatAFileCannotBeWrittenAndRequestsGoOn) {
     for (int i = 0; i < 2; i++) {
       char bytes[4];
       gfast_iocreq request = emptyRequest();
-      request.req_u.memread = {kAddress, 4, bytes, 4, 0, 0};
+      request.req_u.memread.hw_mem_addr = kAddress;
+      request.req_u.memread.hw_mem_len = 4;
+      request.req_u.memread.buf = bytes;
+      request.req_u.memread.bufsize = 4;
       EXPECT_EQ(driver().request(descriptor, DFEIOCMEMRD, request), 0);
       EXPECT_EQ(bytes[3], 4);
     }
