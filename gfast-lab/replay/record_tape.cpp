@@ -8,7 +8,7 @@ namespace gfast::replay {
 namespace {
 
 // Longer than that thread waits when a descriptor was closed under it.
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::seconds kStuckAfter{2};
 
 // Where in a round the reading of these records comes.
 int rankOf(TraceKind kind, int device) {
@@ -36,7 +36,7 @@ void RecordTape::add(const TracedExchange& exchange) {
 void RecordTape::advance(uint64_t now_us) {
   const auto now = std::chrono::steady_clock::now();
   while (end_ < records_.size() && rounds_us_[records_[end_].round] <= now_us &&
-         (front_ == end_ || now - moved_ > kPatience)) {
+         (front_ == end_ || now - moved_ > kStuckAfter)) {
     putAside(end_);
     end_ = endOfRound(end_);
     moved_ = now;

@@ -15,10 +15,10 @@ namespace {
 using namespace gfast::console;
 
 constexpr double kLeft = 60;
-constexpr double kWidth = 820;  // of the plots
+constexpr double kPlotWidth = 820;  // of the plots
 constexpr double kTop = 40;
-constexpr double kHeight = 130;  // of one plot
-constexpr double kEach = 170;    // from one plot to the next
+constexpr double kPlotHeight = 130;  // of one plot
+constexpr double kEach = 170;        // from one plot to the next
 constexpr const char* kDownColour = "#0072b2";
 constexpr const char* kUpColour = "#d55e00";
 constexpr double kDownWidth = 2.5;
@@ -40,11 +40,11 @@ void widen(Range& range, const Table& table) {
 }
 
 double xOf(double tone) {
-  return kLeft + tone / QVR_MAX_NUMBER_OF_TONES * kWidth;
+  return kLeft + tone / QVR_MAX_NUMBER_OF_TONES * kPlotWidth;
 }
 
 double yOf(double value, const Range& range, double top) {
-  return top + kHeight * (range.highest - value) / (range.highest - range.lowest);
+  return top + kPlotHeight * (range.highest - value) / (range.highest - range.lowest);
 }
 
 using Levels = std::vector<std::optional<float>>;
@@ -71,14 +71,14 @@ std::string textAt(double x, double y, const char* anchor, const std::string& te
 std::string frameAt(double top, const Range& range, const char* title) {
   std::string frame =
       fmt::format("<rect x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\" fill=\"none\" stroke=\"#888\"/>\n",
-                  kLeft, top, kWidth, kHeight);
+                  kLeft, top, kPlotWidth, kPlotHeight);
   frame += textAt(kLeft, top - 6, "start", title);
   frame += textAt(kLeft - 6, top + 10, "end", fmt::format("{:.0f}", range.highest));
-  frame += textAt(kLeft - 6, top + kHeight, "end", fmt::format("{:.0f}", range.lowest));
+  frame += textAt(kLeft - 6, top + kPlotHeight, "end", fmt::format("{:.0f}", range.lowest));
   for (int mhz = 0; mhz <= 100; mhz += 20) {
     const double x = xOf(mhz * 1e6 / kToneSpacing_hz);
-    frame += fmt::format("<path d=\"M{0:.1f} {1}V{2}\" stroke=\"#ccc\"/>\n", x, top, top + kHeight);
-    frame += textAt(x, top + kHeight + 14, "middle", fmt::format("{}", mhz));
+    frame += fmt::format("<path d=\"M{0:.1f} {1}V{2}\" stroke=\"#ccc\"/>\n", x, top, top + kPlotHeight);
+    frame += textAt(x, top + kPlotHeight + 14, "middle", fmt::format("{}", mhz));
   }
   return frame;
 }
@@ -129,7 +129,7 @@ std::string svgPlot(const LineReading& line, const std::string& heading) {
         "<text x=\"{}\" y=\"16\" text-anchor=\"end\"><tspan fill=\"{}\">downstream</tspan> <tspan "
         "fill=\"{}\">upstream"
         "</tspan>, MHz</text>\n",
-        kLeft + kWidth, kDownColour, kUpColour);
+        kLeft + kPlotWidth, kDownColour, kUpColour);
     drawing += plotAt(kTop, "Bits per tone", bitsInUse(down), bitsInUse(up));
     drawing += plotAt(kTop + kEach, "SNR, dB", down.snr_db, up.snr_db);
     drawing += plotAt(kTop + 2 * kEach, "Noise, dBm/Hz", down.noise_dbmHz, up.noise_dbmHz);

@@ -16,7 +16,7 @@ namespace {
 
 using namespace gfast::console;
 
-constexpr size_t kWidth = 79;
+constexpr size_t kTextWidth = 79;
 
 template <typename Value>
 std::string orDash(const std::optional<Value>& value, double unit, const char* name) {
@@ -111,7 +111,7 @@ std::string wrapped(const std::string& text, size_t indent) {
   for (size_t at = 0; at < text.size();) {
     const size_t end = std::min(text.find(' ', at), text.size());
     const std::string word = text.substr(at, end - at);
-    if (!line.empty() && line.size() + 1 + word.size() > kWidth) {
+    if (!line.empty() && line.size() + 1 + word.size() > kTextWidth) {
       all += line + "\n";
       line = std::string(indent, ' ') + word;
     } else {

@@ -56,7 +56,7 @@ class SystemClock final : public Clock {
 };
 
 // Never destroyed: the notification thread may still use it while the process exits.
-std::atomic<Clock*>& installed() {
+std::atomic<Clock*>& installedClock() {
   static auto* system = new SystemClock;
   static std::atomic<Clock*> clock{system};
   return clock;
@@ -65,9 +65,9 @@ std::atomic<Clock*>& installed() {
 }  // namespace
 
 void gfast::installClock(Clock& clock) {
-  installed() = &clock;
+  installedClock() = &clock;
 }
 
 Clock& gfast::clockSource() {
-  return *installed();
+  return *installedClock();
 }

@@ -8,16 +8,16 @@ using namespace gfast;
 
 namespace {
 
-std::atomic<bool (*)()> installed{nullptr};
+std::atomic<bool (*)()> installedAnswer{nullptr};
 
 }  // namespace
 
 void gfast::installMayGoOn(bool (*mayGoOn)()) {
-  installed = mayGoOn;
+  installedAnswer = mayGoOn;
 }
 
 bool gfast::mayGoOn() {
-  bool (*const ask)() = installed;
+  bool (*const ask)() = installedAnswer;
   return ask == nullptr || ask();
 }
 

@@ -24,7 +24,7 @@ class NoDriver final : public Driver {
 };
 
 // Never destroyed: the notification thread may still use it while the process exits.
-std::atomic<Driver*>& installed() {
+std::atomic<Driver*>& installedDriver() {
   static auto* none = new NoDriver;
   static std::atomic<Driver*> driver{none};
   return driver;
@@ -33,9 +33,9 @@ std::atomic<Driver*>& installed() {
 }  // namespace
 
 void gfast::installDriver(Driver& driver) {
-  installed() = &driver;
+  installedDriver() = &driver;
 }
 
 Driver& gfast::driver() {
-  return *installed();
+  return *installedDriver();
 }

@@ -12,7 +12,7 @@ using namespace gfast;
 
 namespace {
 
-using Bytes = std::span<uint8_t>;
+using WritableBytes = std::span<uint8_t>;
 
 constexpr uint32_t kMacLength = 6;
 constexpr uint32_t kSerialLength = 32;
@@ -30,7 +30,8 @@ void blankText(uint8_t& byte) {
 }
 
 // Blanks those of `bytes`, which lie at `address`, that lie in the secret's place. Places do not wrap.
-void blankOverlap(uint32_t address, Bytes bytes, uint32_t secret, uint32_t length, void (*blank)(uint8_t&)) {
+void blankOverlap(uint32_t address, WritableBytes bytes, uint32_t secret, uint32_t length,
+                  void (*blank)(uint8_t&)) {
   for (size_t i = 0; i < bytes.size(); i++) {
     const uint64_t place = uint64_t{address} + i;
     if (place >= secret && place < uint64_t{secret} + length) {
@@ -39,7 +40,7 @@ void blankOverlap(uint32_t address, Bytes bytes, uint32_t secret, uint32_t lengt
   }
 }
 
-void blankMemory(uint32_t address, Bytes bytes) {
+void blankMemory(uint32_t address, WritableBytes bytes) {
   blankOverlap(address, bytes, VIRT_ADDR_B0_REGS + B0_REGS_MAC_ADDRESS, kMacLength, blankMac);
   for (uint32_t line = 0; line < kLinesInInventory; line++) {
     const uint32_t area = VIRT_BASE_ADDR_INVENTORY_PER_LINE_PARAMS(line);
@@ -50,7 +51,7 @@ void blankMemory(uint32_t address, Bytes bytes) {
 }
 
 // Far-end memory stands behind the header of the message that asks for it or brings it.
-void blankFarEndMemory(std::span<const uint8_t> header, Bytes message) {
+void blankFarEndMemory(std::span<const uint8_t> header, WritableBytes message) {
   if (header.size() >= MGMT_HEADER_SIZE && message.size() > MGMT_HEADER_SIZE) {
     blankMemory(load_le32(&header[MGMT_HEADER_ADDRESS]), message.subspan(MGMT_HEADER_SIZE));
   }

@@ -26,7 +26,6 @@ namespace gfast::board {
 namespace {
 
 constexpr int64_t kWordMax = std::numeric_limits<uint32_t>::max();
-constexpr double kLatest_s = 1e9;
 // Limits of what hosts can read: an event record must fit their buffer, a log text has a length of one byte,
 // and they print at most twelve parameters.
 constexpr size_t kMaxEventParams = (QVR_K_MAX_EVT_BUFFER_LEN - GFAST_EVENT_PARAMS) / 4;

@@ -8,7 +8,6 @@ namespace {
 
 using Kind = LineFault::Kind;
 
-constexpr double kLatest_s = 1e9;
 constexpr double kShortest_s = 1e-3;
 constexpr double kLongest_m = 2000;
 constexpr double kHighest_mhz = 212;

@@ -13,6 +13,8 @@
 
 namespace gfast::board {
 
+constexpr double kLatest_s = 1e9;  // of all times in a board file
+
 struct Choice {
   const char* name;
   int value;

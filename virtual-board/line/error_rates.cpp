@@ -10,7 +10,6 @@ namespace gfast::board {
 
 namespace {
 
-constexpr double kShannonGap_db = 9.8;
 // When a corrupted unit is sent again, after it was sent first: of a maximum delay of 10 ms the way there and
 // back takes 1.2 ms, and a repeat waits for its turn for up to one frame.
 constexpr double kRepeats_s[] = {0.004, 0.008};

@@ -10,8 +10,7 @@ namespace gfast::board {
 
 namespace {
 
-// The gap to the capacity at an error ratio of 1e-7, and what coding gains of it.
-constexpr double kShannonGap_db = 9.8;
+// What coding gains of the gap.
 constexpr double kCodingGain_db = 5;
 
 // The robust management channel (ITU-T G.9701): few bits a subcarrier, and more margin than data has.

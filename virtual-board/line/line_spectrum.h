@@ -14,6 +14,9 @@ namespace gfast::board {
 // Symbols over which the SNR is measured.
 constexpr uint32_t kSnrWindow = 256;
 
+// The gap to the capacity at an error ratio of 1e-7, without coding.
+constexpr double kShannonGap_db = 9.8;
+
 // What lies between transmitter and receiver, by subcarrier.
 struct Path {
   std::vector<std::complex<double>> gain;

@@ -15,10 +15,10 @@ namespace {
 constexpr double kNominalSteps = 4096;
 constexpr double kNominal_dbm = 4;
 // Power of the second-order products over that of the third-order ones, in a balanced circuit.
-constexpr double kBalance_db = -10;
+constexpr double kSecondOrder_db = -10;
 // Range of the programmable gain, and the highest peak that it allows, relative to the nominal level.
-constexpr double kLeastGain_db = -12;
-constexpr double kMostGain_db = 60;
+constexpr double kLeastProgrammed_db = -12;
+constexpr double kMostProgrammed_db = 60;
 constexpr double kHighestPeak = 7;
 
 // The gain that brings the signal to its nominal level, unless a peak would be too high.
@@ -31,7 +31,7 @@ double gainFor(std::span<const double> signal) {
   }
   const double rms = std::sqrt(energy / static_cast<double>(std::max<size_t>(signal.size(), 1)));
   const double wanted_db = -amplitudeDecibels(std::max(rms, peak / kHighestPeak));
-  return std::sqrt(powerRatio(std::clamp(std::floor(wanted_db), kLeastGain_db, kMostGain_db)));
+  return std::sqrt(powerRatio(std::clamp(std::floor(wanted_db), kLeastProgrammed_db, kMostProgrammed_db)));
 }
 
 int16_t converted(double x) {
@@ -44,7 +44,7 @@ int16_t converted(double x) {
 // For a Gaussian x of variance 1, the distortion has a power of 2 in x^2 and of 6 in x^3. The third-order
 // term of a driver is negative: it compresses.
 FrontEnd::FrontEnd(double distortion_db, uint32_t seed)
-    : second_(std::sqrt(powerRatio(distortion_db + kBalance_db) / 2)),
+    : second_(std::sqrt(powerRatio(distortion_db + kSecondOrder_db) / 2)),
       third_(-std::sqrt(powerRatio(distortion_db) / 6)),
       random_(seed) {}
 

@@ -121,7 +121,7 @@ constexpr Command kRecordCommands[] = {
            "get [<line-id>] : { 0 }"),
 };
 
-constexpr auto kCommands = [] {
+constexpr auto kConfigCommands = [] {
   std::array<Command, kConfigWords.size() + std::size(kRecordCommands)> commands{};
   const auto end = std::ranges::transform(kConfigWords, commands.begin(), commandOf).out;
   std::ranges::copy(kRecordCommands, end);
@@ -131,7 +131,7 @@ constexpr auto kCommands = [] {
 }  // namespace
 
 std::span<const Command> configCommands() {
-  return kCommands;
+  return kConfigCommands;
 }
 
 }  // namespace gfast::console

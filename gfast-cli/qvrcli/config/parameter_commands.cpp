@@ -71,7 +71,7 @@ int CLI_showParams(cli_def* session, const char* /*command*/, char* argv[], int 
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kParameterCommands[] = {
     exec("show dictionary", "Show parameter dictionary", CLI_showDictionary, anyNumber, kReads,
          "show dictionary"),
     exec("show params", "Show device parameter values", CLI_showParams, between<0, 1>, kReads,
@@ -81,7 +81,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> parameterCommands() {
-  return kCommands;
+  return kParameterCommands;
 }
 
 uint32_t paramNameToParamId(const char* xi_name) {

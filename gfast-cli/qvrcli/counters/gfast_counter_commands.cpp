@@ -10,7 +10,7 @@ namespace gfast::console {
 
 namespace {
 
-constexpr uint8_t kLabelWidth = 25;
+constexpr uint8_t kCounterLabelWidth = 25;
 
 // The blocks of the line and the end last shown.
 GFAST_DERIVED_COUNTERS_S derivedCounters;
@@ -117,7 +117,7 @@ int CLI_showRemoteManagementCounters(cli_def* cli, const char* /*command*/, char
     cli_print(cli, "CLI_showRemoteManagemenCounters failed (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-  const LabelledLines lines(cli, kLabelWidth);
+  const LabelledLines lines(cli, kCounterLabelWidth);
 #define PRINT_LABELLED(field) lines.print(#field, counters.field);
   G9701_MANAGEMENT_COUNTERS_FIELDS(PRINT_LABELLED, PRINT_LABELLED)
 #undef PRINT_LABELLED
@@ -136,7 +136,7 @@ int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[
     cli_print(cli, "CLI_showPMDTestParameters failed (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-  const LabelledLines lines(cli, kLabelWidth);
+  const LabelledLines lines(cli, kCounterLabelWidth);
   lines.print("SNRM", parameters.SNRM);
   lines.print("ATTNDR", parameters.ATTNDR);
   lines.print("nearEnd_ACTATP", parameters.nearEnd_ACTATP);
@@ -146,7 +146,7 @@ int CLI_showPMDTestParameters(cli_def* cli, const char* /*command*/, char* argv[
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kGfastCounterCommands[] = {
     exec("show gfast-counters", "Show G.fast counters for line", CLI_showGfastCounters, between<1, 2>, kReads,
          "show gfast-counters <line-id> [(ne | fe)]"),
     exec("show remote-management-counters", "Show remote FTU management counters for line",
@@ -159,7 +159,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> gfastCounterCommands() {
-  return kCommands;
+  return kGfastCounterCommands;
 }
 
 }  // namespace gfast::console

@@ -12,7 +12,7 @@ namespace gfast::console {
 
 namespace {
 
-constexpr uint8_t kLabelWidth = 20;
+constexpr uint8_t kRecordLabelWidth = 20;
 
 // A counter beyond 31 bits shows as a negative number.
 void printCount(const LabelledLines& lines, std::string_view label, uint32_t value) {
@@ -28,7 +28,7 @@ struct Shown {
 
 template <typename Group, size_t Count>
 void printGroup(cli_def* session, bool nearEnd, const Shown<Group> (&rows)[Count], const Group& group) {
-  const LabelledLines lines(session, kLabelWidth);
+  const LabelledLines lines(session, kRecordLabelWidth);
   for (const Shown<Group>& row : rows) {
     printCount(lines, fmt::format("{}-{}", nearEnd ? "NE" : "FE", row.name), group.*row.counter);
   }
@@ -165,7 +165,7 @@ constexpr History kQuarterHours{QVR_numberOf15minHistoryIntervals, QVR_getPrev15
 constexpr History kDays{QVR_numberOf24hrHistoryIntervals, QVR_getPrev24hrCounters, true};
 
 void printInterval(cli_def* session, const QVR_intervalLinkCounterDB_t& interval, bool nearEndFirst) {
-  const LabelledLines lines(session, kLabelWidth);
+  const LabelledLines lines(session, kRecordLabelWidth);
   printCount(lines, "collection time:", interval.collectionTime);
   lines.print("timestamp:", interval.timestampString);
   printInvalid(lines, isInvalid(nearEndFirst ? interval.neCounters : interval.feCounters));
@@ -203,7 +203,7 @@ int showCount(cli_def* session, char* argv[], int argc, const History& history) 
 
 // Prints one interval of the history. TRUE makes the library go on with the next one.
 BOOL CLI_printCounterHistory(QVR_lineId_t lineId, QVR_intervalLinkCounterDB_t* interval) {
-  const LabelledLines lines(cli, kLabelWidth);
+  const LabelledLines lines(cli, kRecordLabelWidth);
   lines.print("Line", lineId);
   lines.print("intervalNumber", interval->intervalNumber);
   lines.print("neCounters", isInvalid(interval->neCounters) ? "INVALID" : "VALID");
@@ -269,7 +269,7 @@ int CLI_dump15minCountersHistoryDB(cli_def* session, const char* /*command*/, ch
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kPerformanceCommands[] = {
     exec("show pm-counters", "Show performance monitoring counters for line",
          CLI_showPerformanceMonitoringCounters, atLeast<1>, kReads, "show pm-counters <line-id>"),
     exec("show 15min-counters", "Show 15-minute performance counters", CLI_show15minCounters, between<0, 2>,
@@ -293,7 +293,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> performanceCommands() {
-  return kCommands;
+  return kPerformanceCommands;
 }
 
 }  // namespace gfast::console

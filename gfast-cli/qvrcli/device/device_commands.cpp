@@ -139,7 +139,7 @@ int CLI_restartSystem(cli_def* cli, const char* /*command*/, char* argv[], int a
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kDeviceCommands[] = {
     exec("show device-info", "Show device information", CLI_showDeviceInfo, between<0, 1>, kReads,
          "show device-info [<device-id>]"),
     exec("restart system", "Restart the system", CLI_restartSystem, between<0, 2>, kChanges,
@@ -153,7 +153,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> deviceCommands() {
-  return kCommands;
+  return kDeviceCommands;
 }
 
 }  // namespace gfast::console

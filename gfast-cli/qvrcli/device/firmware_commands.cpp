@@ -115,7 +115,7 @@ int CLI_eraseFlash(cli_def* cli, const char* /*command*/, char* argv[], int argc
   return erase(cli, argv, argc, QVR_eraseFlash, "Failed erasing flash");
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kFirmwareCommands[] = {
     exec("load bootloader", "Erase bootloader from flash", CLI_loadBootloader, between<0, 2>, kChanges,
          "load bootloader [<filename>] [<device-id>] : { B1.bin, 0 }"),
     exec("upgrade bootloader", "Upgrade bootloader", CLI_upgradeBootloader, between<0, 2>, kChanges,
@@ -138,7 +138,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> firmwareCommands() {
-  return kCommands;
+  return kFirmwareCommands;
 }
 
 }  // namespace gfast::console

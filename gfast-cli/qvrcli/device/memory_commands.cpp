@@ -136,7 +136,7 @@ int CLI_writeMemory(cli_def* cli, const char* /*command*/, char* argv[], int arg
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kMemoryCommands[] = {
     exec("read memory", "Read memory from device", CLI_readMemory, atLeast<3>, kReads,
          "read memory <device-id | line-id> <address> <length> [(ne | fe)]"),
     exec("read sbr", "Read software boot register (SBR)", CLI_readSBR, between<0, 1>, kReads,
@@ -148,7 +148,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> memoryCommands() {
-  return kCommands;
+  return kMemoryCommands;
 }
 
 void dumpMemoryToFile(FILE* file, QVR_deviceId_t deviceId, uint32_t address, uint32_t length) {

@@ -79,7 +79,7 @@ int CLI_analyzeCrashDump(cli_def* cli, const char* /*command*/, char* argv[], in
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kAnalyzeCommands[] = {
     exec("analyze crashdump", "Analyze crash dump file", CLI_analyzeCrashDump, between<1, 3>, writesFile(2),
          "analyze crashdump <number-of-addresses-per-line> <crashdump-filename> [<output-file>]"),
 };
@@ -87,7 +87,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> analyzeCommands() {
-  return kCommands;
+  return kAnalyzeCommands;
 }
 
 }  // namespace gfast::console

@@ -46,7 +46,7 @@ int CLI_showExtcomTestResults(cli_def* cli, const char* /*command*/, char* /*arg
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kExtcomCommands[] = {
     exec("show extcom-results", "Shows Extcom test results", CLI_showExtcomTestResults, between<0, 1>,
          kChanges, "start extcom-text"),
     exec("start extcom-test", "Starts Extcom PRBS test", CLI_startExtcomTest, between<0, 1>, kChanges,
@@ -56,7 +56,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> extcomCommands() {
-  return kCommands;
+  return kExtcomCommands;
 }
 
 }  // namespace gfast::console

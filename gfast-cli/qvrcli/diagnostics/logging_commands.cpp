@@ -73,7 +73,7 @@ int CLI_setLogLevel(cli_def* cli, const char* /*command*/, char* argv[], int /*a
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kLoggingCommands[] = {
     exec("show log-level", "Show current log level", CLI_showLogLevel, exactly<0>, kReads, "show log-level"),
     exec("set log-level", "Set current log level", CLI_setLogLevel, exactly<1>, kReads,
          "set log-level <0..4> : 0=LOG_CRIT, 1=LOG_ERR, 2=LOG_WARNING, 3=LOG_INFO, 4=LOG_DEBUG"),
@@ -85,7 +85,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> loggingCommands() {
-  return kCommands;
+  return kLoggingCommands;
 }
 
 }  // namespace gfast::console

@@ -167,7 +167,7 @@ int CLI_testAfePerformanceMTPRInLoop(cli_def* cli, const char* /*command*/, char
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kSignalCommands[] = {
     exec("test afe-loop", "Test AFE Tx-Rx path", CLI_testAfeTxRxPath, between<2, 4>, kChanges,
          "test afe-loop <tx-line-id> <rx-line-id> [<txsignal-filename>] [<fdsignal-filename>] : { "
          "<default-signal>, fdsignal.out } "),
@@ -189,7 +189,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> signalCommands() {
-  return kCommands;
+  return kSignalCommands;
 }
 
 }  // namespace gfast::console

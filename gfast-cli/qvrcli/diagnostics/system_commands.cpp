@@ -29,7 +29,7 @@ int CLI_showSystemRestartState(cli_def* cli, const char* /*command*/, char* /*ar
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kSystemCommands[] = {
     exec("show version", "Shows SDK version identifier", CLI_showVersion, anyNumber, kReads, "show version"),
     exec("show system restart-state", "Show system restart state", CLI_showSystemRestartState, exactly<0>,
          kReads, "show system restart-state"),
@@ -38,7 +38,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> systemCommands() {
-  return kCommands;
+  return kSystemCommands;
 }
 
 }  // namespace gfast::console

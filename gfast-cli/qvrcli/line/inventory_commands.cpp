@@ -80,7 +80,7 @@ constexpr bool anyNumberButFour(int argc) {
   return argc != 4;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kInventoryCommands[] = {
     exec("show inventory", "Show inventory information for line", CLI_showInventory, between<0, 1>, kReads,
          "show inventory [<line-id>] : { 0 }"),
     exec("set inventory", "Set some inventory parameters", CLI_setInventory, anyNumberButFour, kChanges,
@@ -91,7 +91,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> inventoryCommands() {
-  return kCommands;
+  return kInventoryCommands;
 }
 
 }  // namespace gfast::console

@@ -42,7 +42,7 @@ int CLI_deactivateLine(cli_def* cli, const char* /*command*/, char* argv[], int 
   return argc > 0 ? setActivation(cli, argv, argc, FALSE) : CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kLineControlCommands[] = {
     exec("restart line", "Restart a G.fast line or all active lines", CLI_resetLine, exactly<1>, kChanges,
          "restart line <line-id> | all"),
     exec("activate line", "Activate a line", CLI_activateLine, exactly<1>, kChanges,
@@ -54,7 +54,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> lineControlCommands() {
-  return kCommands;
+  return kLineControlCommands;
 }
 
 }  // namespace gfast::console

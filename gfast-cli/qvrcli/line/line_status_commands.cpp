@@ -17,7 +17,6 @@ constexpr uint8_t kStatusLabelWidth = 20;
 constexpr uint8_t kChannelLabelWidth = 15;
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
-constexpr size_t kTheLine = 0;  // the only one of a device
 
 // CLI_ERROR when the line has no device, or when its device does not answer.
 int printLineState(cli_def* cli, QVR_lineId_t line) {
@@ -165,7 +164,7 @@ int CLI_showNumberOfReboots(cli_def* cli, const char* /*command*/, char* /*argv*
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kLineStatusCommands[] = {
     exec("show init-failure-cause", "Show initialization failure causes", CLI_showInitFailureCause,
          between<0, 1>, kReads, "show init-failure-cause [<lineId>]"),
     exec("show line state", "Show line state", CLI_showLineState, between<0, 1>, kReads,
@@ -187,7 +186,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> lineStatusCommands() {
-  return kCommands;
+  return kLineStatusCommands;
 }
 
 QVR_lineId_t numberOfLinesFound() {

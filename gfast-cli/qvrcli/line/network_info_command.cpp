@@ -13,7 +13,6 @@ namespace gfast::console {
 namespace {
 
 static_assert(QVR_K_MAX_LINES_PER_DEVICE == 1);
-constexpr size_t kTheLine = 0;  // the only one of a device
 constexpr int kUnknownState = -1;
 constexpr double kKbitInMbit = 1000.0;
 constexpr double kTooWide = 9999.5;  // Mbit/s; the columns hold four digits
@@ -117,7 +116,7 @@ int CLI_showNetworkInfo(cli_def* cli, const char* /*command*/, char* /*argv*/[],
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kNetworkInfoCommands[] = {
     exec("show network-info", "Show network information", CLI_showNetworkInfo, exactly<0>, kReads,
          "show network-info"),
 };
@@ -125,7 +124,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> networkInfoCommands() {
-  return kCommands;
+  return kNetworkInfoCommands;
 }
 
 }  // namespace gfast::console

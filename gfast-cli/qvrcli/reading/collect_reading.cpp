@@ -275,12 +275,12 @@ struct DirectionTables {
   QVR_retval_t (*attenuation)(QVR_lineId_t, G9972_SATN_t*);
 };
 
-constexpr DirectionTables kDownstream{QVR_getLineStatusBITSpsds, QVR_getLineStatusSNRpsds,
-                                      QVR_getLineStatusALNpsds, QVR_getLineStatusHLOGpsds,
-                                      QVR_getSignalAttenuationds};
-constexpr DirectionTables kUpstream{QVR_getLineStatusBITSpsus, QVR_getLineStatusSNRpsus,
-                                    QVR_getLineStatusALNpsus, QVR_getLineStatusHLOGpsus,
-                                    QVR_getSignalAttenuationus};
+constexpr DirectionTables kDownstreamTables{QVR_getLineStatusBITSpsds, QVR_getLineStatusSNRpsds,
+                                            QVR_getLineStatusALNpsds, QVR_getLineStatusHLOGpsds,
+                                            QVR_getSignalAttenuationds};
+constexpr DirectionTables kUpstreamTables{QVR_getLineStatusBITSpsus, QVR_getLineStatusSNRpsus,
+                                          QVR_getLineStatusALNpsus, QVR_getLineStatusHLOGpsus,
+                                          QVR_getSignalAttenuationus};
 
 ToneDirection readDirection(QVR_lineId_t line, const DirectionTables& tables, bool sent) {
   ToneDirection direction;
@@ -331,8 +331,8 @@ std::shared_ptr<const ToneReading> collectTones(QVR_lineId_t line) {
   }
   const bool networkSide = QVR_isNetworkSideLine(line) != FALSE;
   auto tones = std::make_shared<ToneReading>();
-  tones->downstream = readDirection(line, kDownstream, networkSide);
-  tones->upstream = readDirection(line, kUpstream, !networkSide);
+  tones->downstream = readDirection(line, kDownstreamTables, networkSide);
+  tones->upstream = readDirection(line, kUpstreamTables, !networkSide);
   tones->time = clockSource().now();
   return tones;
 }

@@ -32,7 +32,7 @@ int CLI_runScript(cli_def* cli, const char* /*command*/, char* argv[], int argc)
   return runScript(cli, filename, iterations);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kSessionCommands[] = {
     exec("sleep", "Sleep for some seconds", CLI_sleep, exactly<1>, kReads, "sleep <seconds>"),
     exec("run", "Run a CLI script file", CLI_runScript, between<0, 2>, kReads,
          "run [<filename>] [<iterations>]: { clitest.txt }"),
@@ -41,7 +41,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> sessionCommands() {
-  return kCommands;
+  return kSessionCommands;
 }
 
 }  // namespace gfast::console

@@ -12,7 +12,7 @@ namespace gfast::console {
 
 namespace {
 
-constexpr uint8_t kLabelWidth = 20;
+constexpr uint8_t kRateLabelWidth = 20;
 
 // kbit/s, in the network's directions.
 struct Rates {
@@ -81,11 +81,11 @@ int CLI_showLineETR(cli_def* cli, const char* /*command*/, char* argv[], int arg
     cli_print(cli, "Failed getting ETR (%d)", static_cast<int>(status));
     return CLI_OK;
   }
-  printRates(LabelledLines(cli, kLabelWidth), rates);
+  printRates(LabelledLines(cli, kRateLabelWidth), rates);
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kEtrCommands[] = {
     exec("show ETR", "Show Expected ThRoughput (ETR) for line", CLI_showLineETR, exactly<1>, kReads,
          "show ETR <lineId>"),
 };
@@ -93,7 +93,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> etrCommands() {
-  return kCommands;
+  return kEtrCommands;
 }
 
 }  // namespace gfast::console

@@ -19,7 +19,7 @@ constexpr uint8_t kLabelWidth = 20;
 // The tables of the last command; static, because they are large.
 QVR_BLT_t sentBits;
 QVR_BLT_t receivedBits;
-QVR_SNRTBL_t snr;
+QVR_SNRTBL_t snrTable;
 QVR_FEQ_t feq;
 QVR_FEQ_t calibratedFeq;
 
@@ -38,7 +38,7 @@ uint32_t lowestOf(const QVR_medleyset_t& set) {
 QVR_retval_t readSnr(QVR_lineId_t line, End end, const QVR_linePhyParams_t& tones, uint32_t* firstTone) {
   *firstTone = tones.firstTone;
   if (end == End::kNear) {
-    return QVR_readSNRTable(line, snr);
+    return QVR_readSNRTable(line, snrTable);
   }
   QVR_medleyset_t sent;
   const QVR_retval_t status = QVR_getMedleySet(line, TRUE, &sent);
@@ -46,7 +46,7 @@ QVR_retval_t readSnr(QVR_lineId_t line, End end, const QVR_linePhyParams_t& tone
     return status;
   }
   *firstTone = lowestOf(sent);
-  return QVR_readFarEndSNRTable(line, snr);
+  return QVR_readFarEndSNRTable(line, snrTable);
 }
 
 // What `show phy info` shows of a line.
@@ -59,7 +59,7 @@ struct PhyInfo {
 void clearTables() {
   std::fill(std::begin(sentBits), std::end(sentBits), 0);
   std::fill(std::begin(receivedBits), std::end(receivedBits), 0);
-  std::fill(std::begin(snr), std::end(snr), 0.0F);
+  std::fill(std::begin(snrTable), std::end(snrTable), 0.0F);
   std::fill(std::begin(feq), std::end(feq), 0.0);
   std::fill(std::begin(calibratedFeq), std::end(calibratedFeq), 0.0);
 }
@@ -105,7 +105,7 @@ void printPhyInfo(const TableOutput& out, const PhyInfo& info) {
   out.row("# Frequency\tBITS(tx) BITS(rx) SNR\t\tFEQ(calib)\tFEQ");
   for (uint32_t subcarrier = 0; subcarrier < QVR_MAX_NUMBER_OF_TONES; subcarrier++) {
     out.row("{:09.5f}\t{}\t{}\t{:.5f}\t{:.5f}\t{:.5f}", subcarrier * QVR_K_SUBCARRIER_SPACING_MHZ,
-            sentBits[subcarrier], receivedBits[subcarrier], valueAt(snr, info.firstSnrTone, subcarrier),
+            sentBits[subcarrier], receivedBits[subcarrier], valueAt(snrTable, info.firstSnrTone, subcarrier),
             valueAt(calibratedFeq, info.tones.firstTone, subcarrier),
             valueAt(feq, info.tones.firstTone, subcarrier));
   }
@@ -177,7 +177,7 @@ int CLI_showPhyInfo(cli_def* cli, const char* /*command*/, char* argv[], int arg
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kPhyCommands[] = {
     exec("show afe-params", "Show AFE parameters for a line or all lines", CLI_showAfeParams, between<0, 2>,
          kReads, "show afe-params [<lineId>] [ne | fe] : { <ALL> ne  }"),
     exec("show phy info", "Show PHY-level information for line", CLI_showPhyInfo, between<0, 3>,
@@ -189,7 +189,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> phyCommands() {
-  return kCommands;
+  return kPhyCommands;
 }
 
 }  // namespace gfast::console

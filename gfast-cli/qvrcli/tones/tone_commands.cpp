@@ -129,7 +129,7 @@ int CLI_showSATN(cli_def* cli, const char* /*command*/, char* argv[], int argc) 
   return CLI_OK;
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kToneCommands[] = {
     exec("show BITSps", "Show bit-loading per sub-carrier", CLI_showBITSps, between<0, 3>, writesFile(2),
          "show BITSps [<lineId>] [ds | us] [<filename>] : { 0, us, <NONE> }"),
     exec("show BITS-RMCps", "Show bit-loading per sub-carrier for RMC symbol", CLI_showBITSRMCps,
@@ -148,7 +148,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> toneCommands() {
-  return kCommands;
+  return kToneCommands;
 }
 
 }  // namespace gfast::console

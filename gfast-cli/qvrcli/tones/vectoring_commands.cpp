@@ -115,7 +115,7 @@ int CLI_showPrecoderMatrix(cli_def* cli, const char* /*command*/, char* argv[], 
   return showMatrix(cli, argv, argc, kPrecoder);
 }
 
-constexpr Command kCommands[] = {
+constexpr Command kVectoringCommands[] = {
     exec("show vectoring canceler", "Show vectoring canceler matrix for a line", CLI_showCancelerMatrix,
          exactly<2>, kChanges, "show vectoring canceler <line-id> <filename>"),
     exec("show vectoring precoder", "Show vectoring precoder matrix for a line", CLI_showPrecoderMatrix,
@@ -125,7 +125,7 @@ constexpr Command kCommands[] = {
 }  // namespace
 
 std::span<const Command> vectoringCommands() {
-  return kCommands;
+  return kVectoringCommands;
 }
 
 }  // namespace gfast::console
