@@ -12,6 +12,7 @@
 #include "virtual-board/description/foreign_text.h"
 #include "virtual-board/description/line_fault_tables.h"
 #include "virtual-board/description/parameter_settings.h"
+#include "virtual-board/description/spectrum_table.h"
 #include "virtual-board/description/toml_reader.h"
 #include "virtual-board/line/loop_budget.h"
 
@@ -158,10 +159,12 @@ bool together(LineState state) {
 
 bool trainable(const BoardConfig& config) {
   const size_t network = config.device[0].firmware.networkSide() ? 0 : 1;
+  Loop loop(config.loop);
   TonePlan plan =
-      tonePlan(Parameters(config.device[network].params), Parameters(config.device[1 - network].params));
+      tonePlan(Parameters(config.device[network].params), Parameters(config.device[1 - network].params),
+               config.loop.limits, loop.electricalLength_db(false));
   plan.networkEnd = network;
-  return Loop(config.loop).budget(plan).trainable;
+  return loop.budget(plan).trainable;
 }
 
 // A line that starts in handshake, training or showtime needs two ends and a loop for it.
@@ -238,6 +241,9 @@ BoardConfig readRoot(TomlReader root) {
   }
   if (auto loop = root.table("loop", "[loop]")) {
     readLoopTable(*loop, config.loop);
+  }
+  if (auto spectrum = root.table("spectrum", "[spectrum]")) {
+    config.loop.limits = readSpectrumTable(*spectrum);
   }
   readLineFaults(root, config.loop);
   readDevices(root, config);

@@ -124,7 +124,8 @@ bool CopperLine::canMeet() const {
 
 TonePlan CopperLine::plan() const {
   const bool first = ends_[0]->networkSide();
-  TonePlan plan = tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters());
+  TonePlan plan = tonePlan(ends_[first ? 0 : 1]->parameters(), ends_[first ? 1 : 0]->parameters(),
+                           loop_.limits(), loop_.electricalLength_db(false));
   plan.networkEnd = first ? 0 : 1;
   return plan;
 }

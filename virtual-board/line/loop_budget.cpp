@@ -99,6 +99,10 @@ double Loop::loss_db(double frequency_hz) const {
   return -amplitudeDecibels(std::abs(cable_.insertionGain(frequency_hz)));
 }
 
+double Loop::electricalLength_db(bool networkEnd) const {
+  return loss_db(kElectricalLength_hz) + receiverOf(networkEnd).loss_db;
+}
+
 bool Loop::soonEnough() const {
   return 2 * cable_.delay_s() <= kMostRoundTrip_s;
 }
@@ -136,7 +140,7 @@ DirectionBudget Loop::directionBudget(const TonePlan& plan, const DirectionPlan&
   framing.dtu = direction.dtu;
   framing.seamlessRateAdaptation = direction.seamlessRateAdaptation;
   framing.fastRateAdaptation = direction.fastRateAdaptation;
-  budget.electricalLength = tenthsOf(loss_db(kElectricalLength_hz) + traits.loss_db);
+  budget.electricalLength = tenthsOf(electricalLength_db(receiver == plan.networkEnd));
   budget.loading = loading;
   budget.measured(spectrum, direction);
   return budget;

@@ -71,6 +71,10 @@ class Loop {
   // What the impulses that are there corrupt, by the end that sends.
   std::array<ErrorRates, 2> impulses(const LoopBudget& budget);
 
+  // The loss at 1 MHz as an end's receiver estimates it.
+  double electricalLength_db(bool networkEnd) const;
+  const SpectrumLimits& limits() const { return config_.limits; }
+
   // Of the lowest subcarriers, on average.
   double arrivingLoss_db(const TonePlan& plan) const;
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "virtual-board/line/line_fault.h"
+#include "virtual-board/line/spectrum_limits.h"
 
 namespace gfast::board {
 
@@ -20,6 +21,7 @@ struct LoopConfig {
   std::vector<BridgedTap> taps;
   bool cut = false;
   std::vector<LineFault> faults{};
+  SpectrumLimits limits{};
 };
 
 }  // namespace gfast::board

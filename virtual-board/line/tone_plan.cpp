@@ -42,9 +42,8 @@ constexpr struct {
 
 constexpr uint32_t kRfiBands = 16;
 constexpr uint32_t kPsdBands = 8;
-// A medley set holds at most so many.
+// A medley set holds at most so many; what lies above them is not used.
 constexpr size_t kMostBands = 31;
-static_assert(kRfiBands + std::size(kAmateurBands) < kMostBands);
 
 constexpr uint32_t kMostMargin = 310;  // 0.1 dB
 constexpr uint32_t kPilotSpacing = 128;
@@ -149,6 +148,37 @@ void scale(DirectionPlan& plan, double mostPower_dbm) {
   }
 }
 
+double levelAt(const std::vector<LevelPoint>& points, uint32_t tone) {
+  const auto above = std::find_if(points.begin(), points.end(),
+                                  [tone](const LevelPoint& point) { return point.tone >= tone; });
+  if (above == points.begin() || above == points.end()) {
+    return above == points.end() ? points.back().dbm_hz : above->dbm_hz;
+  }
+  const LevelPoint& below = *std::prev(above);
+  return below.dbm_hz +
+         (above->dbm_hz - below.dbm_hz) * (tone - below.tone) / static_cast<double>(above->tone - below.tone);
+}
+
+void limit(DirectionPlan& plan, const DirectionSpectrumLimits& limits) {
+  for (const ToneBand& band : limits.masked) {
+    spare(plan.medley, band.first, band.last);
+  }
+  for (uint32_t tone = 0; !limits.levels.empty() && tone < kTones; tone++) {
+    plan.sent_dbm_hz[tone] = std::min(plan.sent_dbm_hz[tone], levelAt(limits.levels, tone));
+  }
+}
+
+void backOff(DirectionPlan& plan, const PowerBackOff& backOff, double estimated_db) {
+  constexpr double least_db = 1.8;
+  const double loss_db = std::max(least_db, backOff.forced_db.value_or(estimated_db));
+  const double equal_db = std::max(0.0, 10 * std::log10(backOff.reference_db / loss_db));
+  for (uint32_t tone = 0; tone < kTones; tone++) {
+    const double root = std::sqrt(tone * kSubcarrierSpacing_mhz);
+    plan.sent_dbm_hz[tone] =
+        std::min(plan.sent_dbm_hz[tone], -backOff.a_dbm_hz + equal_db + (loss_db - backOff.b_dbm_hz) * root);
+  }
+}
+
 std::vector<ToneBand> bandsOf(const ToneMask& medley) {
   std::vector<ToneBand> bands;
   for (uint32_t tone = 0; tone < kTones; tone++) {
@@ -199,7 +229,7 @@ void shareFrame(TonePlan& plan, const Parameters& network) {
 }
 
 DirectionPlan spectrumOf(const DirectionLimits& limits, const Parameters& network,
-                         const Parameters& subscriber) {
+                         const Parameters& subscriber, const DirectionSpectrumLimits& allowed) {
   DirectionPlan plan;
   plan.medley.set();
   for (const Parameters* end : {&network, &subscriber}) {
@@ -209,8 +239,12 @@ DirectionPlan spectrumOf(const DirectionLimits& limits, const Parameters& networ
   }
   spare(plan.medley, 0, kFirstTone - 1);
   spare(plan.medley, limits.lastTone + 1, kTopmostTone);
-  scale(plan, limits.mostPower_dbm);
+  limit(plan, allowed);
   plan.bands = bandsOf(plan.medley);
+  if (plan.bands.size() > kMostBands) {
+    plan.bands.resize(kMostBands);
+    spare(plan.medley, plan.bands.back().last + 1U, kTopmostTone);
+  }
   plan.pilots = pilotsOf(plan.medley);
   plan.reserve = limits.reserve;
   plan.mostRmcBits = limits.mostRmcBits;
@@ -222,10 +256,16 @@ DirectionPlan spectrumOf(const DirectionLimits& limits, const Parameters& networ
 
 }  // namespace
 
-TonePlan tonePlan(const Parameters& network, const Parameters& subscriber) {
+TonePlan tonePlan(const Parameters& network, const Parameters& subscriber, const SpectrumLimits& limits,
+                  double electricalLength_db) {
   TonePlan plan;
-  plan.downstream = spectrumOf(kDownstream, network, subscriber);
-  plan.upstream = spectrumOf(kUpstream, network, subscriber);
+  plan.downstream = spectrumOf(kDownstream, network, subscriber, limits.downstream);
+  plan.upstream = spectrumOf(kUpstream, network, subscriber, limits.upstream);
+  if (limits.backOff) {
+    backOff(plan.upstream, *limits.backOff, electricalLength_db);
+  }
+  scale(plan.downstream, kDownstream.mostPower_dbm);
+  scale(plan.upstream, kUpstream.mostPower_dbm);
   plan.vectoring = network.running(PARAMS_vectoringEnabled) != 0;
   shareFrame(plan, network);
   plan.downstream.targetMargin = margin(network, PARAMS_dsMargin);

@@ -3,8 +3,8 @@
 //
 // Frame, margins and adaptations are set by the network side. Both ends spare what either has to
 // spare: the bands of RFIBand and IARBands, the subcarriers outside of the first and the last bandStart, and
-// the levels by which the bands are lowered. The lower of both bit-loading limits applies. Upstream ends a
-// few subcarriers below downstream and is sent with less power.
+// the levels by which the bands are lowered, and both keep to the limits of the operator. The lower of both
+// bit-loading limits applies. Upstream ends a few subcarriers below downstream and is sent with less power.
 #pragma once
 
 #include <array>
@@ -14,17 +14,11 @@
 
 #include "virtual-board/base/line_framing.h"
 #include "virtual-board/chip/parameters.h"
+#include "virtual-board/line/spectrum_limits.h"
 
 namespace gfast::board {
 
 using ToneMask = std::bitset<kTones>;
-
-// From first to last subcarrier, both included.
-struct ToneBand {
-  uint16_t first;
-  uint16_t last;
-  bool operator==(const ToneBand&) const = default;
-};
 
 struct DirectionPlan {
   ToneMask medley;
@@ -52,6 +46,8 @@ struct TonePlan {
   bool operator==(const TonePlan&) const = default;
 };
 
-TonePlan tonePlan(const Parameters& network, const Parameters& subscriber);
+// With the loss at 1 MHz that the subscriber's modem estimates.
+TonePlan tonePlan(const Parameters& network, const Parameters& subscriber, const SpectrumLimits& limits = {},
+                  double electricalLength_db = 0);
 
 }  // namespace gfast::board

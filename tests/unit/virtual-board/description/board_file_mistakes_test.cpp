@@ -195,6 +195,28 @@ TEST(BoardFileMistakes, InLoopAndDeviceEvents) {
   });
 }
 
+TEST(BoardFileMistakes, InWhatAnOperatorAllows) {
+  std::string many = "[spectrum]\npsdmask_us = [ ";
+  for (int i = 0; i < 17; i++) {
+    many += "{ tone = " + std::to_string(i) + ", dbm_hz = -80 }, ";
+  }
+  expectMistakes({
+      {"[spectrum]\ncarmask = []", "2: unknown key \"carmask\" in [spectrum]"},
+      {"[spectrum]\ncarmask_ds = [ { from = 5 } ]", "2: carmask_ds needs \"to\""},
+      {"[spectrum]\ncarmask_ds = [ { from = 5, to = 4 } ]", "2: \"to\" must not be below \"from\""},
+      {"[spectrum]\ncarmask_ds = [ { from = 5, to = 2048 } ]", "2: \"to\" must be between 0 and 2047"},
+      {"[spectrum]\npsdmask_us = [ { tone = 5, dbm_hz = 1 } ]", "2: \"dbm_hz\" must be between -200 and 0"},
+      {"[spectrum]\npsdmask_us = [ { tone = 5, dbm_hz = -80 }, { tone = 5, dbm_hz = -90 } ]",
+       "2: \"tone\" must rise from point to point"},
+      {"[spectrum]\nupbo = { a = 80 }", "2: upbo needs \"b\""},
+      {"[spectrum]\nupbo = { a = 80, b = 101 }", "2: \"b\" must be between 0 and 100"},
+      {"[spectrum]\nupbo = { a = 80, b = 1, forced_db = 129 }", "2: \"forced_db\" must be between 0 and 128"},
+      {many + "]", "2: \"psdmask_us\" must have at most 16 entries"},
+      {"[spectrum]\nupbo = { a = 100, b = 100 }\n[[device]]\nline = \"showtime\"",
+       "4: \"line\" needs a loop that is not too long to train"},
+  });
+}
+
 TEST(BoardFileMistakes, InCrashes) {
   const std::string good = "[[crash]]\ndevice = 0\nprocessor = \"cp\"\nassert_id = 1\n";
   EXPECT_EQ(mistake(good), "none");

@@ -58,6 +58,12 @@ constexpr const char* kKinds[] = {
     "kind = \"crosstalk\"\nlength_m = 80\nlines = 3\nlevel_dbm_hz = -76\nvectored = true",
     "kind = \"impulse\"\nlevel_dbm_hz = -85\nlength_ms = 0.2\nrate_hz = 120",
     "kind = \"supply\"\nlevel_dbm_hz = -85\nswitching_khz = 250"};
+// What an operator allows.
+constexpr const char* kAllowed[] = {
+    "", "",
+    "[spectrum]\ncarmask_ds = [ { from = 600, to = 700 } ]\ncarmask_us = [ { from = 300, to = 350 } ]\n",
+    "[spectrum]\npsdmask_ds = [ { tone = 43, dbm_hz = -72 }, { tone = 1900, dbm_hz = -95 } ]\n",
+    "[spectrum]\nupbo = { a = 82.0, b = 1.5, reference_db = 6.0 }\n"};
 constexpr const char* kRandomCables[] = {"CAD55", "CAT5", "T05u", "T05b", "T05h"};
 
 // When a fault of the line is there. Water leaves later than its time says.
@@ -101,6 +107,7 @@ RandomBoard randomBoard(uint64_t board, double duration_s) {
                    "\nfor_s = " + number(for_s) + "\n";
     random.faults.push_back({at_s, at_s + for_s, kind.find("impulse") != std::string::npos});
   }
+  random.toml += dice.oneOf(kAllowed);
   std::sort(random.faults.begin(), random.faults.end(),
             [](const FaultTime& one, const FaultTime& other) { return one.from_s < other.from_s; });
   return random;

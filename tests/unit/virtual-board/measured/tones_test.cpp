@@ -193,6 +193,67 @@ TEST(Tones, ParametersLowerOrNarrowTheSpectrum) {
   EXPECT_EQ(medley(narrow, 0, VIRT_ADDR_MEDLEY_SET_DS(0)).bands, "60-1000");
 }
 
+TEST(Tones, AMaskedSubcarrierIsNotSentInItsDirection) {
+  Bench bench(std::string("[spectrum]\ncarmask_us = [ { from = 600, to = 700 }, { from = 43, to = 43 } ]\n") +
+              kShowtime);
+  EXPECT_EQ(medley(bench, 1, VIRT_ADDR_MEDLEY_SET_US(0)).bands, "44-599 701-1959");
+  EXPECT_EQ(medley(bench, 0, VIRT_ADDR_MEDLEY_SET_US(0)).bands, "43-1971");
+}
+
+TEST(Tones, ASetThatWouldHaveTooManyBandsEndsEarlier) {
+  std::string text = "[spectrum]\ncarmask_ds = [ ";
+  for (uint32_t i = 0; i < 16; i++) {
+    text += "{ from = " + std::to_string(100 + 10 * i) + ", to = " + std::to_string(100 + 10 * i) + " }, ";
+  }
+  text += " ]\n[[device]]\nline = \"showtime\"\n[device.params]\n";
+  for (uint32_t i = 0; i < 16; i++) {
+    text += "RFIBand_" + std::to_string(i) + " = " + std::to_string((1100 + 9 * i) * 0x10001U) + '\n';
+  }
+  Bench bench(text);
+  const std::string bands = medley(bench, 0, VIRT_ADDR_MEDLEY_SET_US(0)).bands;
+  EXPECT_EQ(std::count(bands.begin(), bands.end(), '-'), 31);
+  EXPECT_TRUE(bands.ends_with(" 1218-1225")) << bands;
+  EXPECT_TRUE(medley(bench, 1, VIRT_ADDR_MEDLEY_SET_US(0)).bands.ends_with("-1959"));
+}
+
+TEST(Tones, LevelsOfAnOperatorAreNotExceeded) {
+  Bench bench(std::string("[spectrum]\n"
+                          "psdmask_ds = [ { tone = 500, dbm_hz = -80 }, { tone = 1000, dbm_hz = -90 } ]\n") +
+              kShowtime);
+  EXPECT_NEAR(sent_dbm_hz(bench, 0, 43), -80, 0.01);
+  EXPECT_NEAR(sent_dbm_hz(bench, 0, 750), -85, 0.01);
+  EXPECT_NEAR(sent_dbm_hz(bench, 0, 1971), -90, 0.01);
+  Bench usual(kShowtime);
+  EXPECT_EQ(sent_dbm_hz(bench, 1, 750), sent_dbm_hz(usual, 1, 750));
+}
+
+// What arrives at the network side is the same of a near modem and of a farther one.
+TEST(Tones, UpstreamPowerBackOffMakesLinesArriveAlike) {
+  const auto arriving = [](const std::string& length_m, const std::string& spectrum) {
+    Bench bench("[loop]\nlength_m = " + length_m + '\n' + spectrum + kShowtime);
+    return received_dbm_hz(bench, 0, 100);
+  };
+  EXPECT_GT(arriving("100", ""), arriving("200", "") + 4);
+  // The network side's filter takes 1 dB.
+  const std::string backOff = "[spectrum]\nupbo = { a = 95.0, b = 1.5 }\n";
+  const double asked_dbm_hz = -95 - 1.5 * std::sqrt(100 * 0.05175) - 1;
+  EXPECT_NEAR(arriving("100", backOff), asked_dbm_hz, 1);
+  EXPECT_NEAR(arriving("200", backOff), asked_dbm_hz, 1);
+}
+
+TEST(Tones, UpstreamPowerBackOffFollowsTheLossAtOneMegahertz) {
+  const auto sent = [](const std::string& upbo, int device = 1) {
+    Bench bench("[loop]\nlength_m = 20\n[spectrum]\nupbo = { a = 95.0, b = 1.5" + upbo + " }\n" + kShowtime);
+    return sent_dbm_hz(bench, device, 400);
+  };
+  const double root = std::sqrt(400 * 0.05175);
+  EXPECT_NEAR(sent(""), -95 + (1.8 - 1.5) * root, 0.01);  // at least 1.8 dB
+  EXPECT_NEAR(sent(", forced_db = 3.0"), -95 + (3.0 - 1.5) * root, 0.01);
+  EXPECT_NEAR(sent(", reference_db = 18.0"), -95 + 10 + (1.8 - 1.5) * root, 0.01);
+  EXPECT_NEAR(sent(", reference_db = 1.0"), -95 + (1.8 - 1.5) * root, 0.01);
+  EXPECT_GT(sent("", 0), -85);  // downstream is not backed off
+}
+
 TEST(Tones, TheTransmitPowerIs4dBmDownstreamAnd3Upstream) {
   Bench bench(kShowtime);
   for (const int device : {0, 1}) {
