@@ -106,7 +106,7 @@ class Session:
         """The lines that a session shows: prompt, what is typed, the answer."""
         self.socket.sendall(line.encode() + b"\r")
         text, next_prompt = self.answer()
-        shown = (self.prompt + text).replace("\r", "").split("\n")
+        shown = (self.prompt + text).replace("\r", "").removesuffix("\n").split("\n")
         self.prompt = next_prompt
         return shown
 
