@@ -1,5 +1,6 @@
 #!/usr/bin/python3
-"""Every block of commands in the documents is run, and what stands below a command is what it prints.
+"""Every block of commands in the documents is run, and what stands below a command is what it prints. Links within the
+project lead to what is there.
 
 usage: documents_test.py TREE PROGRAM...
 
@@ -37,6 +38,7 @@ RUN_ELSEWHERE = [
 ]
 
 MARK = re.compile(r"<!-- not run: .*\w.* -->")
+LINK = re.compile(r"""(?:\]\(|src=")(?!https?:)([^)"#\s]*)#?([^)"\s]*)[)"]""")
 PROMPT = re.compile(r"\(gfast-cli\)(\(config\))?> ")
 
 
@@ -73,6 +75,14 @@ def blocks_of(lines):
             continue
         i += 1
     return blocks
+
+
+def anchor_of(heading):
+    return re.sub(r"[^\w -]", "", heading.strip().lower()).replace(" ", "-")
+
+
+def anchors_in(text):
+    return {anchor_of(heading) for heading in re.findall(r"^#+ (.*)", text, re.M)}
 
 
 class Session:
@@ -149,6 +159,7 @@ class Document:
                     printed += self.lines[block.begin : block.end]
                 done = block.end
         printed += self.lines[done:]
+        self.check_links()
         if os.environ.get("GFAST_RENEW_TEXTS") and printed != self.lines:
             (self.tree / self.name).write_text("\n".join(printed) + "\n")
         return self.failures
@@ -256,6 +267,15 @@ class Document:
             (self.folder / file[1]).write_text("".join(line + "\n" for line in shown))
         text = self.shell(command)[1]
         return text.removesuffix("\n").split("\n") if text else []
+
+    def check_links(self):
+        """Links within the project, to a file, a folder or a heading."""
+        shown = {i for block in blocks_of(self.lines) for i in range(block.begin, block.end)}
+        for i, line in enumerate(self.lines):
+            for path, anchor in [] if i in shown else LINK.findall(line):
+                place = (self.tree / self.name).parent / path if path else self.tree / self.name
+                if not place.exists() or (anchor and anchor not in anchors_in(place.read_text())):
+                    self.failures.append(f"{self.name}:{i + 1}: nothing is at {path}{'#' if anchor else ''}{anchor}")
 
     def check_names(self, block):
         """What a block that is not run names must be there all the same."""
