@@ -73,6 +73,8 @@ def blocks_of(lines):
                 i -= 1
             blocks.append(Block(lines, begin, i))
             continue
+        elif lines[i].lstrip().startswith("```"):
+            raise Failure(f"line {i + 1}: the fence of a block is indented")
         i += 1
     return blocks
 
@@ -140,6 +142,12 @@ class Document:
         self.failures.append(f"{self.name}:{block.begin + 1}: {what}")
 
     def run(self):
+        try:
+            return self.run_blocks(blocks_of(self.lines))
+        except (Failure, ValueError) as failure:
+            return [f"{self.name}: {failure}"]
+
+    def run_blocks(self, blocks):
         printed, done = [], 0
         with tempfile.TemporaryDirectory() as folder:
             self.folder = pathlib.Path(folder)
@@ -150,7 +158,7 @@ class Document:
                 "TZ": "UTC0",
                 "HOME": folder,
             }
-            for block in blocks_of(self.lines):
+            for block in blocks:
                 printed += self.lines[done : block.begin]
                 try:
                     printed += self.judged(block)
@@ -159,7 +167,7 @@ class Document:
                     printed += self.lines[block.begin : block.end]
                 done = block.end
         printed += self.lines[done:]
-        self.check_links()
+        self.check_links(blocks)
         if os.environ.get("GFAST_RENEW_TEXTS") and printed != self.lines:
             (self.tree / self.name).write_text("\n".join(printed) + "\n")
         return self.failures
@@ -268,9 +276,9 @@ class Document:
         text = self.shell(command)[1]
         return text.removesuffix("\n").split("\n") if text else []
 
-    def check_links(self):
+    def check_links(self, blocks):
         """Links within the project, to a file, a folder or a heading."""
-        shown = {i for block in blocks_of(self.lines) for i in range(block.begin, block.end)}
+        shown = {i for block in blocks for i in range(block.begin, block.end)}
         for i, line in enumerate(self.lines):
             for path, anchor in [] if i in shown else LINK.findall(line):
                 place = (self.tree / self.name).parent / path if path else self.tree / self.name
