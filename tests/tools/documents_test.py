@@ -52,8 +52,8 @@ class Block:
     def __init__(self, lines, begin, end, fence=None):
         self.begin, self.end, self.fence = begin, end, fence
         self.lines = [line if fence is not None else line[4:] for line in lines[begin:end]]
-        above = lines[begin - (1 if fence is None else 2)] if begin > 1 else ""
-        self.marked = MARK.fullmatch(above) is not None
+        above = lines[: begin if fence is None else begin - 1]
+        self.marked = MARK.fullmatch(next((line for line in reversed(above) if line), "")) is not None
 
     def shows_commands(self):
         return any(line.startswith("$ ") or PROMPT.match(line) for line in self.lines)
@@ -66,7 +66,7 @@ def blocks_of(lines):
         if lines[i].startswith("```"):
             i = lines.index("```", i + 1)
             blocks.append(Block(lines, begin + 1, i, lines[begin][3:]))
-        elif lines[i].startswith("    ") and (i == 0 or not lines[i - 1] or lines[i - 1].startswith("<!--")):
+        elif lines[i].startswith("    ") and (i == 0 or not lines[i - 1]):
             while i < len(lines) and (lines[i].startswith("    ") or not lines[i]):
                 i += 1
             while not lines[i - 1]:
