@@ -16,6 +16,7 @@ QVR_ENUM(QVR_fwState_t){
     FW_APP = 3,  // application firmware
 };
 
+// Whether the library reaches a device.
 QVR_ENUM(QVR_deviceState_t){
     SS_INACTIVE_STATE = 0,  // absent or lost
     SS_IDLE_STATE = 1,      // never set, as SS_CONFIG_STATE and SS_RESTARTING
@@ -29,49 +30,55 @@ QVR_ENUM(G9701_linkState_t){
     LS_SELFTEST = 0,      LS_UNIT_FAIL = 1,          LS_IDLE = 2,     LS_SILENT = 3,
     LS_INIT_HS = 4,       LS_INIT_TRAIN = 5,         LS_SHOWTIME = 6, LS_DEACTIVATING1 = 7,
     LS_DEACTIVATING2 = 8, LS_PRE_DEACTIVATING1_E = 9};
-typedef G9701_linkState_t QVR_lineState_t;
-typedef G9701_linkState_t QVR_linkStateEventMask_t;
+typedef G9701_linkState_t QVR_lineState_t;           // state of a line
+typedef G9701_linkState_t QVR_linkStateEventMask_t;  // not consulted
 
+// Why a line went down.
 typedef LINK_FAILURE_TYPE_E QVR_lineFailureReason_t;
 
+// Version of the firmware.
 typedef struct QVR_versionNumber_t {
+  // Shown the other way around, as chipset.ga.rc.profile.
   uint8_t versionProfile;
   uint8_t versionRc;
   uint8_t versionGa;
   uint8_t versionChipset;
 } QVR_versionNumber_t;
 
-typedef char QVR_dateStr_t[12];  // 11 characters
-typedef char QVR_timeStr_t[9];
-typedef uint8_t QVR_macAddress_t[6];
-typedef uint32_t QVR_temperature_t;  // degrees Celsius
-typedef char G9972_vendorID_t[8];    // ITU-T G.994.1 vendor id bytes, in chip order
+typedef char QVR_dateStr_t[12];       // 11 characters
+typedef char QVR_timeStr_t[9];        // 8 characters
+typedef uint8_t QVR_macAddress_t[6];  // first byte first
+typedef uint32_t QVR_temperature_t;   // degrees Celsius
+typedef char G9972_vendorID_t[8];     // ITU-T G.994.1 vendor id bytes, in chip order
 
+// The part of the running quarter hour in which counters are collected.
 typedef struct QVR_counterCollectionInterval_t {
   uint32_t startOfCollectionPeriodInInterval;  // seconds before the end of the interval, 0: not set
-  uint32_t endOfCollectionPeriodInInterval;
+  uint32_t endOfCollectionPeriodInInterval;    // not used
 } QVR_counterCollectionInterval_t;
 
+// What the library knows of a device, as last read and as last told by the chip.
 typedef struct QVR_deviceInfo_t {
-  QVR_fwState_t fwState;
-  QVR_deviceState_t deviceState;
-  uint32_t devInfVersion;  // of the device-information image
-  QVR_versionNumber_t firmwareVersion;
-  QVR_dateStr_t date;  // build date of the firmware
-  QVR_timeStr_t time;  // build time; the chip gives its first two characters only
-  QVR_macAddress_t mainDFEMacAddress;
-  uint8_t numberOfLines;  // always 1
-  QVR_bool_t isDPdevice;  // TRUE: network (distribution point) side, chipset 1 or 3
-  QVR_lineState_t lineState[QVR_K_MAX_LINES_PER_DEVICE];
-  QVR_lineFailureReason_t lineFailureReason[QVR_K_MAX_LINES_PER_DEVICE];
-  uint32_t lineStartupTime[QVR_K_MAX_LINES_PER_DEVICE];  // milliseconds
+  QVR_fwState_t fwState;                // which firmware runs
+  QVR_deviceState_t deviceState;        // whether it answers
+  uint32_t devInfVersion;               // of the device-information image
+  QVR_versionNumber_t firmwareVersion;  // of the firmware that runs
+  QVR_dateStr_t date;                   // build date of the firmware
+  QVR_timeStr_t time;                   // build time; the chip gives its first two characters only
+  QVR_macAddress_t mainDFEMacAddress;   // of the chip
+  uint8_t numberOfLines;                // always 1
+  QVR_bool_t isDPdevice;                // TRUE: network (distribution point) side, chipset 1 or 3
+  QVR_lineState_t lineState[QVR_K_MAX_LINES_PER_DEVICE];                  // of each line
+  QVR_lineFailureReason_t lineFailureReason[QVR_K_MAX_LINES_PER_DEVICE];  // the last one
+  uint32_t lineStartupTime[QVR_K_MAX_LINES_PER_DEVICE];                   // milliseconds
   uint8_t lineIDs[QVR_K_MAX_LINES_PER_DEVICE];  // internal ids in the table, logical ids in a caller's copy
-  G9972_initSuccessFailureCause_t initsFcause[QVR_K_MAX_LINES_PER_DEVICE];
-  uint8_t initLastSignalds[QVR_K_MAX_LINES_PER_DEVICE];
-  uint8_t initLastSignalus[QVR_K_MAX_LINES_PER_DEVICE];
-  QVR_temperature_t temperatureInCelcius;
-  G9972_vendorID_t vendorId;
-  QVR_counterCollectionInterval_t counterCollectionInterval[QVR_K_MAX_LINES_PER_DEVICE];
+  G9972_initSuccessFailureCause_t
+      initsFcause[QVR_K_MAX_LINES_PER_DEVICE];           // how the last initialisation ended
+  uint8_t initLastSignalds[QVR_K_MAX_LINES_PER_DEVICE];  // its last signal downstream
+  uint8_t initLastSignalus[QVR_K_MAX_LINES_PER_DEVICE];  // its last signal upstream
+  QVR_temperature_t temperatureInCelcius;                // of the chip, below zero in two's complement
+  G9972_vendorID_t vendorId;                             // for the handshake
+  QVR_counterCollectionInterval_t counterCollectionInterval[QVR_K_MAX_LINES_PER_DEVICE];  // of each line
   eConfigState configState;  // line state when bit 15 of the SBR is clear
 } QVR_deviceInfo_t;
 

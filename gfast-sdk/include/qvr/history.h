@@ -6,12 +6,13 @@
 
 QVR_BEGIN_C
 
-typedef uint32_t G9972_eventCounter_t;
+typedef uint32_t G9972_eventCounter_t;         // times that something happened
 typedef uint32_t G9972_eventSecondsCounter_t;  // seconds in which something was so
 typedef uint32_t G9972_EFB_t;                  // units of G9772_EFB_UNITS bits
 typedef uint32_t G9972_measuredTime_t;         // seconds
 typedef char G9972_timeStamp_t[30];            // local time, "%Y-%m-%dT%H:%M:%S+%Z"
 
+// What the history counts in, and how much of it is kept.
 #define G9772_EFB_UNITS 65536U
 #define QVR_K_NUMBER_OF_15MIN_INTERVALS_IN_DAY 96U
 #define QVR_K_NUMBER_OF_15MIN_INTERVALS_IN_HISTORY 96U
@@ -19,16 +20,17 @@ typedef char G9972_timeStamp_t[30];            // local time, "%Y-%m-%dT%H:%M:%S
 #define QVR_K_SECS_IN_15MIN_COLLECTION_INTERVAL 900U
 #define QVR_K_SECS_IN_24HR_COLLECTION_INTERVAL 86400U
 
+// When counters were collected.
 typedef struct QVR_TimeInterval_t {
-  uint32_t intervalNumber;
+  uint32_t intervalNumber;    // see the operation that fills it
   G9972_measuredTime_t TIME;  // covered
   QVR_bool_t INVALID;         // not complete
-  G9972_timeStamp_t STAMP;
+  G9972_timeStamp_t STAMP;    // when the interval ended, or was looked at
 } QVR_TimeInterval_t;
 
 // Counters of a line at one end.
 typedef struct QVR_linePerformance_t {
-  QVR_TimeInterval_t timeInterval;
+  QVR_TimeInterval_t timeInterval;  // when they were collected
   // Failures: loss of signal, of margin, of the RMC, of power.
   G9972_eventCounter_t LOS;
   G9972_eventCounter_t LOM;
@@ -54,38 +56,41 @@ typedef struct QVR_linePerformance_t {
 
 // Counters of what a line carries, at one end.
 typedef struct QVR_ChannelPerformance_t {
-  QVR_TimeInterval_t timeInterval;
-  G9972_eventCounter_t CV;     // code violations
-  G9972_eventCounter_t RTXUC;  // data transfer units that no retransmission corrected
-  G9972_eventCounter_t RTXTX;  // data transfer units retransmitted
-  G9972_EFB_t EFB;             // error-free bits
+  QVR_TimeInterval_t timeInterval;  // when they were collected
+  G9972_eventCounter_t CV;          // code violations
+  G9972_eventCounter_t RTXUC;       // data transfer units that no retransmission corrected
+  G9972_eventCounter_t RTXTX;       // data transfer units retransmitted
+  G9972_EFB_t EFB;                  // error-free bits
 } QVR_ChannelPerformance_t;
 
+// All counters at one end.
 typedef struct QVR_performanceCounterDB_t {
-  QVR_linePerformance_t linePerformanceCounters;
-  QVR_ChannelPerformance_t channelPerformanceCounters;
+  QVR_linePerformance_t linePerformanceCounters;        // of the line
+  QVR_ChannelPerformance_t channelPerformanceCounters;  // of what it carries
 } QVR_performanceCounterDB_t;
 
 // One interval of the history.
 typedef struct QVR_intervalLinkCounterDB_t {
-  uint32_t intervalNumber;
-  G9972_measuredTime_t collectionTime;  // actually collected
-  G9972_timeStamp_t timestampString;
-  time_t timestamp;
-  QVR_performanceCounterDB_t neCounters;
-  QVR_performanceCounterDB_t feCounters;
+  uint32_t intervalNumber;  // of a quarter hour: 1 to 96, of the one that begins when this one ends
+  G9972_measuredTime_t collectionTime;    // actually collected
+  G9972_timeStamp_t timestampString;      // the same time in words
+  time_t timestamp;                       // when the interval ended, or was looked at
+  QVR_performanceCounterDB_t neCounters;  // of the near end
+  QVR_performanceCounterDB_t feCounters;  // of the far end
 } QVR_intervalLinkCounterDB_t;
 
+// Which failures came: loss of signal, of margin, of the RMC.
 typedef struct QVR_lineFailureDesc_t {
-  QVR_bool_t LOS;
-  QVR_bool_t LOM;
-  QVR_bool_t LOR;
+  QVR_bool_t LOS;  // loss of signal
+  QVR_bool_t LOM;  // loss of margin
+  QVR_bool_t LOR;  // loss of the RMC
 } QVR_lineFailureDesc_t;
 
+// What failed, and when.
 typedef struct QVR_lineFailures_t {
-  G9972_timeStamp_t timeStampString;
-  time_t timeStamp;
-  QVR_lineFailureDesc_t lineFailures;
+  G9972_timeStamp_t timeStampString;   // the same time in words
+  time_t timeStamp;                    // when the chip told it
+  QVR_lineFailureDesc_t lineFailures;  // which ones
 } QVR_lineFailures_t;
 
 // The counters as they stand, since the chip started. Of timeInterval only intervalNumber is set, to 0, and

@@ -41,6 +41,7 @@ QVR_lineId_t QVR_int2log(QVR_lineId_t xi_internalId);
 // FALSE.
 QVR_bool_t QVR_isLineUp(QVR_lineId_t xi_lineId);
 
+// Is told of a line's transition, with the line's logical id.
 typedef void (*QVR_LinkStateChangeCB)(QVR_lineId_t xi_lineId, G9701_linkState_t xi_oldState,
                                       G9701_linkState_t xi_newState);
 

@@ -70,6 +70,7 @@ QVR_retval_t QVR_upgradeManufactureBlock(QVR_deviceId_t xi_deviceId, const char*
 QVR_retval_t QVR_rebootDevice(QVR_deviceId_t xi_deviceId, QVR_fwState_t xi_nextState);
 
 // QVR_rebootDevice into FW_APP when xi_reboot is TRUE, into FW_B0 otherwise.
+//   as QVR_rebootDevice
 QVR_retval_t QVR_reset(QVR_deviceId_t xi_deviceId, QVR_bool_t xi_reboot);
 
 // Moves the whole system between line state and system configuration state.

@@ -8,8 +8,8 @@
 
 QVR_BEGIN_C
 
-#define QVR_K_NULL_HANDLE (-1)
-#define QVR_K_SECS_IN_15MIN_INTERVAL 900U
+#define QVR_K_NULL_HANDLE (-1)             // no slot: any that is free
+#define QVR_K_SECS_IN_15MIN_INTERVAL 900U  // a quarter hour
 
 // Callbacks run on the notification thread, without any lock held, and must not block for long: while one
 // runs, events, quarter-hour boundaries and the liveness watch of every device wait.

@@ -16,9 +16,9 @@ typedef std::complex<double> QVR_complex_t;
 typedef double _Complex QVR_complex_t;
 #endif
 
-#define QVR_K_SIGNAL_POINTS 4096U
-#define QVR_K_SIGNAL_WORDS 2048U
-#define QVR_K_MTPR_TONES 96U
+#define QVR_K_SIGNAL_POINTS 4096U  // of a symbol, in time or in frequency
+#define QVR_K_SIGNAL_WORDS 2048U   // of a transmit signal
+#define QVR_K_MTPR_TONES 96U       // subcarriers that a test signal leaves empty
 
 // A symbol in time or, as the transform of a real symbol, in frequency.
 typedef QVR_complex_t QVR_signal_t[QVR_K_SIGNAL_POINTS];
@@ -36,6 +36,7 @@ typedef double QVR_MTPR_t[1024];
 #define QVR_K_NUMBER_OF_EXTCOM_PORTS_PER_DEVICE E_EXTCOM_PORT_LAST
 #define QVR_K_NUMBER_OF_LANES_PER_EXTCOM_PORT E_EXTCOM_LANE_LAST
 
+// What the check of the links between chips counted.
 typedef struct QVR_extcomPortErrors_t {
   // Errors of the pseudo-random sequence by device, port and lane; -1: not measured.
   int32_t extcomPortErrorsOnDevice[2][QVR_K_NUMBER_OF_EXTCOM_PORTS_PER_DEVICE]
@@ -45,10 +46,11 @@ typedef struct QVR_extcomPortErrors_t {
 // Steps of a device program.
 QVR_ENUM(QVR_memop_t){QVR_MEMOP_READMEM = 0, QVR_MEMOP_WRITEMEM = 1};
 
+// One step of a device program.
 typedef struct QVR_instruction_t {
-  QVR_memop_t memop;
-  int32_t deviceId;
-  uint32_t addr;
+  QVR_memop_t memop;  // what is done
+  int32_t deviceId;   // with which device
+  uint32_t addr;      // where in its memory
   // Written: the word. Read: the slot of the module's results that takes it.
   uint32_t value;
 } QVR_instruction_t;

@@ -6,9 +6,9 @@
 
 QVR_BEGIN_C
 
-typedef uint8_t G9972_initLastSignal_t;
-typedef uint32_t G9972_DataRate_t;  // kbit/s
-typedef uint32_t QVR_wireLength_t;
+typedef uint8_t G9972_initLastSignal_t;  // number of a signal of the initialisation (ITU-T G.997.2)
+typedef uint32_t G9972_DataRate_t;       // kbit/s
+typedef uint32_t QVR_wireLength_t;       // a plain number, see EWL
 
 // Power state of the link (ITU-T G.997.2).
 QVR_ENUM(G9972_LINK_STATE_t){G9972_LINK_STATE_L0N = 0, G9972_LINK_STATE_L21N = 1, G9972_LINK_STATE_L21B = 2,
@@ -17,12 +17,13 @@ QVR_ENUM(G9972_LINK_STATE_t){G9972_LINK_STATE_L0N = 0, G9972_LINK_STATE_L21N = 1
 // What a margin or a power shows that is not available.
 #define QVR_K_LEVEL_NOT_AVAILABLE (-512)
 
+// How a line is (ITU-T G.997.2).
 typedef struct QVR_lineStatus_t {
-  G9972_initSuccessFailureCause_t INITSFCAUSE;
-  G9972_initLastSignal_t INITLASTSIGNALds;  // last signal of the initialisation sent downstream
+  G9972_initSuccessFailureCause_t INITSFCAUSE;  // how the last initialisation ended
+  G9972_initLastSignal_t INITLASTSIGNALds;      // last signal of the initialisation sent downstream
   G9972_initLastSignal_t INITLASTSIGNALus;
-  G9972_LINK_STATE_t LINK_STATE;
-  int16_t SNRMds;  // noise margin, 0.1 dB
+  G9972_LINK_STATE_t LINK_STATE;  // power state
+  int16_t SNRMds;                 // noise margin, 0.1 dB
   int16_t SNRMus;
   uint16_t UPBOKLE;    // estimated electrical length, 0.1 dB
   uint16_t UPBOKLE_R;  // the same as the far end estimates it
@@ -49,12 +50,13 @@ typedef struct QVR_channelStatus_t {
 // One end (ITU-T G.997.2). Bytes as the equipment gives them: texts end at their first zero byte or fill the
 // field.
 typedef struct QVR_inventoryParameters_t {
-  char GHS_VENDOR[8];  // ITU-T G.994.1 vendor id
-  char VERSION[16];
-  char SYSTEM_VENDOR[8];
-  char SERIALNR[32];
+  char GHS_VENDOR[8];     // ITU-T G.994.1 vendor id
+  char VERSION[16];       // version of the equipment
+  char SYSTEM_VENDOR[8];  // who made the equipment
+  char SERIALNR[32];      // serial number of the equipment
 } QVR_inventoryParameters_t;
 
+// Both ends of a line.
 typedef struct QVR_inventoryObject_t {
   QVR_inventoryParameters_t FTU_O;  // network end
   QVR_inventoryParameters_t FTU_R;  // subscriber end

@@ -13,28 +13,31 @@ QVR_BEGIN_C
 
 // Subcarriers from first to last, both included.
 typedef struct QVR_band_t {
-  uint16_t firstSubCarrier;
-  uint16_t lastSubCarrier;
+  uint16_t firstSubCarrier;  // the lowest one
+  uint16_t lastSubCarrier;   // the highest one
 } QVR_band_t;
 
+#define MAX_NUM_BANDS_IN_MEDLEY_SET 32U  // of a direction
+
 // The subcarriers that carry a direction's signal.
-#define MAX_NUM_BANDS_IN_MEDLEY_SET 32U
 typedef struct QVR_medleyset_t {
-  QVR_band_t bands[MAX_NUM_BANDS_IN_MEDLEY_SET];
-  uint16_t numBands;
-  uint16_t numSubCarriers;
+  QVR_band_t bands[MAX_NUM_BANDS_IN_MEDLEY_SET];  // as many as numBands says
+  uint16_t numBands;                              // bands in use
+  uint16_t numSubCarriers;                        // subcarriers of all bands
 } QVR_medleyset_t;
 #define QVR_K_MEDLEY_SET_SIZE 132U  // bytes in chip memory, fields in the order above
 
 typedef QVR_bool_t QVR_medleySetLUT_t[QVR_MAX_NUMBER_OF_TONES];  // TRUE: the subcarrier is in the set
 
+// Bits that a subcarrier may carry.
 #define G9972_BITS_LOWEST 0
 #define G9972_BITS_HIGHEST 14
+
 typedef int32_t QVR_BLT_t[QVR_MAX_NUMBER_OF_TONES];  // bits of each subcarrier
 
-typedef float QVR_SNR_t;  // dB
-typedef QVR_SNR_t QVR_SNRTBL_t[QVR_MAX_NUMBER_OF_TONES];
-typedef double QVR_FEQ_t[QVR_MAX_NUMBER_OF_TONES];
+typedef float QVR_SNR_t;                                  // dB
+typedef QVR_SNR_t QVR_SNRTBL_t[QVR_MAX_NUMBER_OF_TONES];  // dB of each subcarrier
+typedef double QVR_FEQ_t[QVR_MAX_NUMBER_OF_TONES];        // amplitude of each subcarrier
 
 // Analogue front end.
 typedef struct QVR_AFE_PARAMS_t {
@@ -42,12 +45,13 @@ typedef struct QVR_AFE_PARAMS_t {
   uint32_t aceOnOff;  // 1: the analogue canceller of echo is on
 } QVR_AFE_PARAMS_t;
 
+// The subcarriers that the chip processes.
 typedef struct QVR_linePhyParams_t {
-  uint32_t firstTone;  // first processed subcarrier
-  uint32_t numProcessedTones;
+  uint32_t firstTone;          // first processed subcarrier
+  uint32_t numProcessedTones;  // how many follow from there
 } QVR_linePhyParams_t;
 
-typedef uint8_t G9972_BITSps_t[QVR_MAX_NUMBER_OF_TONES];
+typedef uint8_t G9972_BITSps_t[QVR_MAX_NUMBER_OF_TONES];  // bits of each subcarrier
 
 // SNR in dB = value / 2 - 32.
 typedef uint8_t G9972_SNRps_t[QVR_MAX_NUMBER_OF_TONES];
@@ -65,13 +69,14 @@ typedef int16_t G9972_SATN_t;  // signal attenuation, 0.1 dB
 
 // Vectoring coefficients between the lines of a cable.
 #define COEF_NUM_USERS 16U
+// One part of the coefficients: row the line that is disturbed, column the line that disturbs it.
 typedef struct QVR_realMatrix_t {
-  double matrix[COEF_NUM_USERS][COEF_NUM_USERS];
+  double matrix[COEF_NUM_USERS][COEF_NUM_USERS];  // [row][column]
 } QVR_realMatrix_t;
 // Of one pair of subcarriers.
 typedef struct QVR_tonePairMatrix_t {
-  QVR_realMatrix_t coefficients_re;
-  QVR_realMatrix_t coefficients_im;
+  QVR_realMatrix_t coefficients_re;  // real parts
+  QVR_realMatrix_t coefficients_im;  // imaginary parts
 } QVR_tonePairMatrix_t;
 typedef QVR_tonePairMatrix_t* QVR_cancelerMatrix_t;  // one element a pair of subcarriers
 
@@ -148,7 +153,9 @@ QVR_retval_t QVR_getLineStatusSNRpsus(QVR_lineId_t xi_lineId, G9972_SNRps_t xo_s
 QVR_retval_t QVR_getLineStatusALNpsds(QVR_lineId_t xi_lineId, G9972_ALNps_t xo_noise);
 QVR_retval_t QVR_getLineStatusALNpsus(QVR_lineId_t xi_lineId, G9972_ALNps_t xo_noise);
 
-// These say in the trace log, as errors, which reading failed.
+// The channel's magnitude by subcarrier, likewise. These say in the trace log, as errors, which reading
+// failed.
+//   as QVR_readTxSignal and QVR_readRxSignal, or those of the far end, then as QVR_getMedleySet
 QVR_retval_t QVR_getLineStatusHLOGpsds(QVR_lineId_t xi_lineId, G9972_HLOGps_t xo_hlog);
 QVR_retval_t QVR_getLineStatusHLOGpsus(QVR_lineId_t xi_lineId, G9972_HLOGps_t xo_hlog);
 
@@ -161,6 +168,7 @@ QVR_retval_t QVR_getSignalAttenuationus(QVR_lineId_t xi_lineId, G9972_SATN_t* xo
 
 // HLOG from levels sent and received, dBm/Hz, both from the first processed subcarrier on as the line was
 // last found to be framed; only the medley set is read.
+//   as QVR_getMedleySet
 QVR_retval_t QVR_getLineStatusHLOGps(QVR_lineId_t xi_lineId, const double* xi_sent, const double* xi_received,
                                      G9972_HLOGps_t xo_hlog);
 

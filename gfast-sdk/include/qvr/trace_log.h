@@ -5,9 +5,11 @@
 
 QVR_BEGIN_C
 
+// Severity of a message, the most severe first.
 QVR_ENUM(QVR_logSeverity_t){QVRLOG_CRIT = 0, QVRLOG_ERR = 1, QVRLOG_WARNING = 2, QVRLOG_INFO = 3,
                             QVRLOG_DEBUG = 4};
 
+// Takes one message: a text with its line end, valid during the call.
 typedef void (*QVR_traceLogHandlerCB)(QVR_logSeverity_t xi_severity, const char* xi_message);
 
 // Does nothing: the trace log needs no start. Always QVR_E_STATUS_OK.

@@ -5,6 +5,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+// Around declarations with C linkage.
 #ifdef __cplusplus
 #define QVR_BEGIN_C extern "C" {
 #define QVR_END_C }
@@ -35,6 +36,7 @@ typedef QVR_bool_t BOOL;
 
 // ---- Results ----
 
+// What an operation answers: one of the QVR_E codes below.
 typedef uint32_t QVR_retval_t;
 
 QVR_WORDS{
@@ -81,6 +83,7 @@ QVR_WORDS{
     QVR_E_FAREND_EOC_NACK = 40,
 };
 
+// Whether an answer is QVR_E_STATUS_OK, or anything else.
 #define QVR_STATUS_OK(status) ((status) == QVR_E_STATUS_OK)
 #define QVR_STATUS_ERROR(status) ((status) != QVR_E_STATUS_OK)
 
@@ -93,13 +96,13 @@ const char* QVR_resultText(QVR_retval_t xi_result);
 typedef int32_t QVR_deviceId_t;  // 0 .. QVR_K_MAX_DEVICES-1
 typedef int32_t QVR_lineId_t;    // 0 .. QVR_K_MAX_LINES-1; a logical line id unless called internal
 
-#define QVR_K_MAX_DEVICES 2
-#define QVR_K_MAX_LINES 2
-#define QVR_K_MAX_LINES_PER_DEVICE 1
-#define QVR_K_DEVICE_ID_FIRST 0
-#define QVR_K_DEVICE_ID_LAST (QVR_K_MAX_DEVICES - 1)
-#define QVR_K_DEVICE_NULL (-1)
-#define QVR_K_LINE_ID_LAST (QVR_K_MAX_LINES - 1)
-#define QVR_K_UNDEFINED_LINE (-1)
+#define QVR_K_MAX_DEVICES 2                           // chips of a board
+#define QVR_K_MAX_LINES 2                             // of all devices together
+#define QVR_K_MAX_LINES_PER_DEVICE 1                  // of one chip
+#define QVR_K_DEVICE_ID_FIRST 0                       // the device that must answer
+#define QVR_K_DEVICE_ID_LAST (QVR_K_MAX_DEVICES - 1)  // the highest device id
+#define QVR_K_DEVICE_NULL (-1)                        // no device
+#define QVR_K_LINE_ID_LAST (QVR_K_MAX_LINES - 1)      // the highest line id
+#define QVR_K_UNDEFINED_LINE (-1)                     // no line
 
 QVR_END_C

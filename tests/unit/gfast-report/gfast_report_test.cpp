@@ -183,7 +183,7 @@ std::vector<Example> examplesIn(const std::string& manual) {
   std::istringstream lines(manual);
   for (std::string line; std::getline(lines, line);) {
     if (line.starts_with("```")) {
-      inside = line == "```text";
+      inside = line == "```console";
     } else if (inside && line.starts_with("$ gfast-report ")) {
       examples.push_back({line.substr(line.find(' ', 2) + 1), ""});
     } else if (inside) {
