@@ -41,7 +41,7 @@ BridgedTap readTap(TomlReader& table, double loopLength_m) {
 void readLoopTable(TomlReader table, LoopConfig& loop) {
   loop.cable = readCable(table).value_or(loop.cable);
   loop.length_m = table.number("length_m", 0, kLongestLoop_m).value_or(loop.length_m);
-  loop.noise_dbm_hz = table.number("noise_dbm_hz", -200, 0).value_or(loop.noise_dbm_hz);
+  loop.noise_dbm_hz = table.number("noise_dbm_hz", kLeastLevel_dbm_hz, 0).value_or(loop.noise_dbm_hz);
   loop.cut = table.boolean("cut").value_or(loop.cut);
   auto taps = table.tables("taps", "taps");
   if (taps.size() > kMaxTaps) {

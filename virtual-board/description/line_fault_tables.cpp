@@ -11,7 +11,6 @@ using Kind = LineFault::Kind;
 constexpr double kShortest_s = 1e-3;
 constexpr double kLongest_m = 2000;
 constexpr double kHighest_mhz = 212;
-constexpr double kLeastLevel_dbm_hz = -200;
 constexpr size_t kMostPoints = 64;
 
 void readTimes(TomlReader& table, FaultTimes& times) {

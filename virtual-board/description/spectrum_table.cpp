@@ -7,7 +7,6 @@ namespace gfast::board {
 namespace {
 
 constexpr size_t kMostEntries = 16;  // of a list
-constexpr double kLeastLevel_dbm_hz = -200;
 constexpr double kMostParameter = 100;
 constexpr double kMostLoss_db = 128;
 

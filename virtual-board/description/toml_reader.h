@@ -13,7 +13,9 @@
 
 namespace gfast::board {
 
-constexpr double kLatest_s = 1e9;  // of all times in a board file
+// Of all times and levels in a board file.
+constexpr double kLatest_s = 1e9;
+constexpr double kLeastLevel_dbm_hz = -200;
 
 struct Choice {
   const char* name;
