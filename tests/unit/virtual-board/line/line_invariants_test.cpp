@@ -220,14 +220,17 @@ uint32_t exchanges(const GFAST_FRAMER_RAW_COUNTERS_S& raw) {
   return raw.sraRxExngCnt + raw.fraRxExngCnt + raw.bitswapRxExngCnt + raw.rpaRxExngCnt;
 }
 
-// Looks at half a second, before a receiver changes its bits. A small error of the measured SNR is a large
-// one of the errors that follow from it, so they are compared within a factor.
-void expectErrorsFollowFromNoise(Bench& bench, int receiver, int& compared) {
+// Looks at half a second, before a receiver changes its bits, and in which no fault comes or goes. A small
+// error of the measured SNR is a large one of the errors that follow from it, so they are compared within a
+// factor.
+void expectErrorsFollowFromNoise(Bench& bench, const RandomBoard& board, int receiver, int& compared) {
+  const double start_s = bench.now;
   const auto before = framer(bench, receiver);
   const double share = corruptedShare(bench, receiver);
   bench.wait(0.5);
   const auto after = framer(bench, receiver);
-  if (!inShowtime(bench) || exchanges(before) != exchanges(after) || before.RxBD == 0) {
+  if (!inShowtime(bench) || exchanges(before) != exchanges(after) || before.RxBD == 0 ||
+      board.changesIn(start_s, bench.now)) {
     return;
   }
   const double units = after.numOfRxDTUs - before.numOfRxDTUs;
@@ -271,7 +274,7 @@ void waitUntil(Bench& bench, const RandomBoard& board, double until_s, int& comp
     bench.wait(soon_s - bench.now);
     if (inShowtime(bench) && !board.impulsesAt(bench.now, bench.now + 1)) {
       for (const int receiver : {0, 1}) {
-        expectErrorsFollowFromNoise(bench, receiver, compared);
+        expectErrorsFollowFromNoise(bench, board, receiver, compared);
       }
     }
   }
