@@ -184,6 +184,20 @@ TEST_F(ShowPhyInfo, ShowsNoBitsOfAnotherLineWhenTheLoadingCannotBeRead) {
                                             "005.22675\t0\t0\t10.29999\t-45.47180\t-45.72000"));
 }
 
+TEST_F(ShowPhyInfo, ShowsNoSnrOrSignalOfAnotherLineWithMoreSubcarriers) {
+  expect(readsNearEnd(0));
+  typed("show phy info 0");
+  const Script findsNone = findsLineUp(1) + readsFraming(1, kFirstTone, 0);
+  expect(findsNone +                                                //
+         findsNone + readsSet(1, true) + readsLoading(1, true) +    //
+         findsNone + readsSet(1, false) + readsLoading(1, false) +  //
+         findsNone + readsScaling(1, 1000, 20) + findsNone + readsFrontEnd(1));
+  Lines rows =
+      shown("005.17500\t5\t9\t0.00000\t0.00000\t0.00000", "005.22675\t0\t0\t0.00000\t0.00000\t0.00000");
+  rows[2] = "100\t\t0";
+  EXPECT_EQ(typed("show phy info 1"), rows);
+}
+
 TEST_F(ShowPhyInfo, WritesIntoAFileAndPrintsNothing) {
   expect(readsNearEnd(0));
   EXPECT_THAT(typed("show phy info 0 ne " + file_.file()), IsEmpty());

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "chip/registers.h"
+#include "qvrline/snr_tables.h"
 #include "unit/sdk/qvrline/tone_test.h"
 
 using namespace gfast;
@@ -154,6 +155,13 @@ TEST_F(NearEndSnr, FailsAndFillsNothingWhenAnyRequestFails) {
                             });
 }
 
+TEST_F(NearEndSnr, IsReadAtTheLinesIndexOnItsDevice) {
+  addLine(0, 1, 3, TRUE);
+  const LineInShowtime line{0, QVR_lineDescriptorForLine(0), {43, 1}};
+  driver_.expect(reads(1, 0xE4D80000 + 4 * 43, Bytes(12)).fails(EIO));
+  EXPECT_EQ(readSnr(line, LineEnd::kNear, snr_), QVR_E_ERROR);
+}
+
 TEST_F(SnrTables, FailForALineThatIsDownOrHasNoDevice) {
   addLine(1, QVR_K_DEVICE_NULL, 0, FALSE);
   for (const auto read : {QVR_readSNRTable, QVR_readFarEndSNRTable}) {
@@ -181,6 +189,14 @@ TEST_F(FarEndSnr, RequestHasTheExactBytes) {
   EXPECT_EQ(QVR_readFarEndSNRTable(0, snr_), QVR_E_STATUS_OK);
   EXPECT_EQ(snr_[0], 8.0F);
   EXPECT_EQ(filled(), 1U);
+}
+
+// The device has one line, with the index 0.
+TEST_F(FarEndSnr, IsNotAskedOverALineThatItsDeviceDoesNotHave) {
+  addLine(0, 0, 1, TRUE);
+  const LineInShowtime line{0, QVR_lineDescriptorForLine(0), {43, 1}};
+  driver_.expect(reads(0, 0xE6180000, medleySet({{0, 9}})));
+  EXPECT_EQ(readSnr(line, LineEnd::kFar, snr_), QVR_E_LINE_NOT_ACTIVE);
 }
 
 TEST_F(FarEndSnr, IsReadFromSubcarrier0InBlocksOf248AndStoredFromTheLowest) {
