@@ -158,6 +158,9 @@ TEST_F(Server, EndsWhenAcceptReturnsDescriptor0) {
 }
 
 TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnce) {
+#ifdef GFAST_UBSAN
+  GTEST_SKIP() << "UBSan needs descriptors of its own to look at an object's type";
+#endif
   rlimit limit{};
   getrlimit(RLIMIT_NOFILE, &limit);
   ConsoleSession client(portOf(listener_));
@@ -169,7 +172,6 @@ TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnce) {
       close(STDIN_FILENO);
     }
   });
-  clockSource().sleep({});  // UBSan needs a descriptor when it checks an object's type for the first time
   setrlimit(RLIMIT_NOFILE, &none);
   serveSessions(cli_, listener_);
   std::string expected;
