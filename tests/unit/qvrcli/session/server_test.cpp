@@ -206,6 +206,9 @@ TEST_F(Server, PrintsWhoConnectedAndThatItListensAgain) {
 }
 
 TEST_F(Server, ServesWhoeverIsOnItsListUntilAcceptReturnsDescriptor0) {
+#ifdef GFAST_UBSAN
+  GTEST_SKIP() << "UBSan opens descriptors of its own, and may take 0 before accept does";
+#endif
   cli_register_command(cli_, nullptr, "free", freeDescriptor0, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, nullptr);
   const uint16_t port = portOf(listener_);
   testing::internal::CaptureStdout();
