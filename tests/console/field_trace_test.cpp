@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -43,7 +44,8 @@ struct Outcome {
 };
 
 // What a session prints, and what comes by itself in between, apart: which lines of the one stand between
-// which of the other is a matter of moments.
+// which of the other is a matter of moments. So is the second in which an event is told, and whether a
+// quarter hour ends meanwhile.
 struct Printed {
   std::string session;
   std::string events;
@@ -52,12 +54,21 @@ struct Printed {
 };
 
 Printed sorted(const std::string& output) {
+  static const std::regex timeOfDay("\\d\\d:\\d\\d:\\d\\d");
   Printed printed;
   std::istringstream lines(output);
   for (std::string line; std::getline(lines, line);) {
+    if (line.find("] QVR_15minCounter") != std::string::npos ||
+        line.find("] QVR_update15minPeformance") != std::string::npos) {
+      continue;
+    }
     const bool event =
         line.starts_with("Link [") || line.starts_with("Line failure") || line.starts_with("DFE");
-    (event ? printed.events : printed.session) += line + '\n';
+    if (event) {
+      printed.events += std::regex_replace(line, timeOfDay, "hh:mm:ss") + '\n';
+    } else {
+      printed.session += line + '\n';
+    }
   }
   return printed;
 }
