@@ -247,14 +247,15 @@ TEST_F(Server, TakesAFailedAcceptForASessionThatEndsAtOnceAlsoWithAList) {
   const ConsoleSession client(portOf(listener_));
   const rlimit none{static_cast<rlim_t>(client.socket()) + 1, limit.rlim_max};
   testClock().onSleep([&] {
+    // The list's thread may accept at any moment, and must find no other descriptor free.
     if (testClock().sleeps().size() == 4) {
-      setrlimit(RLIMIT_NOFILE, &limit);
       close(STDIN_FILENO);
     }
   });
   testing::internal::CaptureStdout();
   setrlimit(RLIMIT_NOFILE, &none);
   serveSessions(cli_, listener_, parseNetworks("127.0.0.1"));
+  setrlimit(RLIMIT_NOFILE, &limit);
   testing::internal::GetCapturedStdout();
   EXPECT_GE(testClock().sleeps().size(), 4U);
 }
