@@ -11,6 +11,7 @@
 
 #include "chip/tones.h"
 #include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/fraction.h"
 #include "qvrcli/text/table_output.h"
 
 namespace gfast::console {
@@ -64,8 +65,9 @@ std::string coefficientsText(const QVR_tonePairMatrix_t& pair) {
   std::string text;
   for (uint32_t row = 0; row < COEF_NUM_USERS; row++) {
     for (uint32_t column = 0; column < COEF_NUM_USERS; column++) {
-      fmt::format_to(std::back_inserter(text), "{:f} {:f} ", pair.coefficients_re.matrix[row][column],
-                     pair.coefficients_im.matrix[row][column]);
+      fmt::format_to(std::back_inserter(text), "{:.6f} {:.6f} ",
+                     Fraction{pair.coefficients_re.matrix[row][column]},
+                     Fraction{pair.coefficients_im.matrix[row][column]});
     }
   }
   return text;
