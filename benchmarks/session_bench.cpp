@@ -1,15 +1,16 @@
-// How long an operator waits: commands of 2048 rows over a loopback session, the way to "Listening on port",
-// and memory at the prompt; each compared with the smallest libcli server.
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
+// How long an operator waits: a command of one line, commands of 2048 rows over a loopback session, the way
+// to "Listening on port"; and memory at the prompt. The yardstick is the smallest libcli server, and for
+// tables that the far end measures, the time that the board needs for the exchanges with it.
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
-#include <memory>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "row.h"
 #include "support/board_texts.h"
 #include "support/console_session.h"
 #include "support/temporary_folder.h"
@@ -17,176 +18,160 @@
 namespace {
 
 using Command = std::vector<std::string>;
-using Seconds = std::chrono::duration<double>;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
-// Commands of 2048 rows: memory in words of 4 bytes, and the tables by subcarrier, at the near end and the
-// far end.
-constexpr const char* kRowsCommands[] = {"read memory 0 d0000000 8192",
-                                         "show BITSps 0 ds",
-                                         "show BITS-RMCps 0 ds",
-                                         "show SNRps 0 us",
-                                         "show SNRps 0 ds",
-                                         "show ALNps 0 us",
-                                         "show ALNps 0 ds",
-                                         "show HLOGps 0 us",
-                                         "show HLOGps 0 ds",
-                                         "show phy info 0 ne",
-                                         "show phy info 0 fe"};
+constexpr int kPlainTimes = 15;
+constexpr int kConsoleTimes = 100;
+constexpr int kStarts = 40;
+constexpr auto kExchange = 4ms;  // with the far end, on the virtual board
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-// What one server measured; the ratios are printed at the end.
-struct Measured {
-  std::vector<double> start_s;
-  long resident_kib = 0;
+struct Table {
+  const char* command;
+  int exchanges;  // with the far end
 };
 
-Measured product;
-Measured yardstick;
+constexpr Table kTables[] = {{"read memory 0 d0000000 8192", 0},
+                             {"show BITSps 0 ds", 0},
+                             {"show BITS-RMCps 0 ds", 0},
+                             {"show SNRps 0 us", 0},
+                             {"show ALNps 0 us", 0},
+                             {"show phy info 0 ne", 0},
+                             {"show HLOGps 0 us", 8},
+                             {"show SNRps 0 ds", 8},
+                             {"show HLOGps 0 ds", 22},
+                             {"show ALNps 0 ds", 30},
+                             {"show phy info 0 fe", 30}};
 
-Command productCommand() {
-  return {GFAST_LAB, "--port", "0"};
+double medianTime_ms(int times, const std::function<void()>& work) {
+  std::vector<double> all_ms;
+  for (int i = 0; i < times; i++) {
+    const auto start = steady_clock::now();
+    work();
+    all_ms.push_back(Milliseconds(steady_clock::now() - start).count());
+  }
+  return medianOf(all_ms);
 }
 
-// With lines that are up from the start.
-Command showtimeCommand() {
-  static const TemporaryFolder folder;
-  static const std::string board = folder.write("board.toml", boardWithLines("showtime"));
-  return {GFAST_LAB, "--board", board, "--port", "0"};
+// How long a line takes whose text is known.
+double typed_ms(const Command& command, const char* line, const std::string& text, int times) {
+  ConsoleProgram program("", command);
+  ConsoleSession session(program.port());
+  session.readUntil("> ");
+  return medianTime_ms(times, [&] {
+    if (session.type(line) != text) {
+      std::fprintf(stderr, "session-bench: %s: another text\n", line);
+      std::exit(EXIT_FAILURE);
+    }
+  });
 }
 
-// The rows of one command, which both servers print.
-class Rows {
- public:
-  explicit Rows(const char* command) : command_(command) {
-    ConsoleProgram lab("", showtimeCommand());
-    ConsoleSession session(lab.port());
-    session.awaitPrompt();
-    text_ = session.type(command_);
-    std::string lines = text_;
-    std::erase(lines, '\r');
-    file_ = folder_.write("rows.txt", lines);
-  }
+std::string textOf(const Command& console, const char* line) {
+  ConsoleProgram program("", console);
+  ConsoleSession session(program.port());
+  session.awaitPrompt();
+  return session.type(line);
+}
 
-  void typeAtConsole(benchmark::State& state) { type(state, showtimeCommand(), command_, console_s_); }
-  void typeAtPlainServer(benchmark::State& state) { type(state, {PLAIN_SERVER, file_}, "rows", plain_s_); }
+double plain_ms(const std::string& text) {
+  const TemporaryFolder folder;
+  std::string lines = text;
+  std::erase(lines, '\r');
+  return typed_ms({PLAIN_SERVER, folder.write("rows.txt", lines)}, "rows", text, kPlainTimes);
+}
 
-  void printRatio() const {
-    if (!plain_s_.empty() && !console_s_.empty()) {
-      const double plain_ms = 1000 * median(plain_s_);
-      const double console_ms = 1000 * median(console_s_);
-      std::printf("%-28s plain libcli %7.2f ms, console %7.2f ms: %.1f times faster\n", command_, plain_ms,
-                  console_ms, plain_ms / console_ms);
+double exchanges_ms(int count) {
+  return medianTime_ms(kPlainTimes, [&] {
+    for (int i = 0; i < count; i++) {
+      std::this_thread::sleep_for(kExchange);
     }
+  });
+}
+
+void measureTable(const Command& console, const Table& table) {
+  const std::string text = textOf(console, table.command);
+  const double console_ms = typed_ms(console, table.command, text, kConsoleTimes);
+  if (table.exchanges == 0) {
+    printRow(table.command, console_ms, plain_ms(text), "ms", ">= 40");
+  } else {
+    printRow(table.command, console_ms, exchanges_ms(table.exchanges), "ms", "<= 1.1");
   }
+}
 
- private:
-  void type(benchmark::State& state, const Command& command, const char* line,
-            std::vector<double>& measured) {
-    ConsoleProgram program("", command);
-    ConsoleSession session(program.port());
-    session.readUntil("> ");
-    for (auto _ : state) {
-      const auto start = steady_clock::now();
-      const std::string text = session.type(line);
-      const double seconds = Seconds(steady_clock::now() - start).count();
-      if (text != text_) {
-        state.SkipWithError("the rows differ");
-        return;
-      }
-      state.SetIterationTime(seconds);
-      measured.push_back(seconds);
-    }
-  }
+void measureRoundTrip(const Command& console) {
+  const char* const line = "show number lines";
+  const std::string text = textOf(console, line);
+  printRow("round trip, " + std::string(line), typed_ms(console, line, text, kConsoleTimes), plain_ms(text),
+           "ms", ">= 1");
+}
 
-  const char* command_;
-  TemporaryFolder folder_;
-  std::string file_;
-  std::string text_;
-  std::vector<double> plain_s_;
-  std::vector<double> console_s_;
-};
-
-void startServer(benchmark::State& state, const Command& command, Measured* measured) {
-  for (auto _ : state) {
+double start_ms(const Command& command) {
+  std::vector<double> all_ms;
+  for (int i = 0; i < kStarts; i++) {
     const auto start = steady_clock::now();
     ConsoleProgram program("", command);
     program.port();
-    const double seconds = Seconds(steady_clock::now() - start).count();
-    state.SetIterationTime(seconds);
-    measured->start_s.push_back(seconds);
+    all_ms.push_back(Milliseconds(steady_clock::now() - start).count());
   }
+  return medianOf(all_ms);
 }
 
-long residentKib(pid_t pid) {
+double resident_kib(pid_t pid) {
   std::ifstream status("/proc/" + std::to_string(pid) + "/status");
   for (std::string line; std::getline(status, line);) {
     if (line.starts_with("VmRSS:")) {
-      return std::stol(line.substr(6));
+      return std::stod(line.substr(6));
     }
   }
   return 0;
 }
 
-void atThePrompt(benchmark::State& state, const Command& command, Measured* measured) {
-  for (auto _ : state) {
-    ConsoleProgram program("", command);
-    ConsoleSession session(program.port());
-    session.readUntil("> ");
-    measured->resident_kib = residentKib(program.pid());
-    state.SetIterationTime(0.001);
-  }
-  state.counters["resident_KiB"] = static_cast<double>(measured->resident_kib);
+pid_t childOf(pid_t parent) {
+  const std::string number = std::to_string(parent);
+  pid_t child = 0;
+  std::ifstream("/proc/" + number + "/task/" + number + "/children") >> child;
+  return child;
 }
 
-void printRatios() {
-  const double bare_ms = 1000 * median(yardstick.start_s);
-  const double start_ms = 1000 * median(product.start_s);
-  std::printf("start to listen: plain libcli %7.2f ms, console %7.2f ms: ratio %.1f\n", bare_ms, start_ms,
-              start_ms / bare_ms);
-  std::printf("resident memory: plain libcli %7ld KiB, console %6ld KiB: ratio %.1f\n",
-              yardstick.resident_kib, product.resident_kib,
-              static_cast<double>(product.resident_kib) / static_cast<double>(yardstick.resident_kib));
+double residentAtPrompt_kib(const Command& command) {
+  ConsoleProgram program("", command);
+  ConsoleSession session(program.port());
+  session.readUntil("> ");
+  return resident_kib(program.pid());
+}
+
+// Of a console in front of device files, which another process serves.
+double residentUnderDesk_kib(const char* console) {
+  ConsoleProgram desk("", {GFAST_DESK, "--", console});
+  ConsoleSession session(desk.port());
+  session.awaitPrompt();
+  return resident_kib(childOf(desk.pid()));
+}
+
+void measureMemory(const Command& lab, const Command& plain) {
+  const double plain_kib = residentAtPrompt_kib(plain);
+  const auto print = [plain_kib](const char* who, double kib) {
+    printRow("resident at the prompt, " + std::string(who), kib, plain_kib, "KiB", "<= 1.5");
+  };
+  print("gfast-cli as on a board", residentUnderDesk_kib(BOARD_CONSOLE));
+  print("gfast-cli with HTTP", residentUnderDesk_kib(GFAST_CLI));
+  print("gfast-lab", residentAtPrompt_kib(lab));
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  const auto add = [](const std::string& name, auto&& function, int iterations) {
-    benchmark::RegisterBenchmark(name.c_str(), function)
-        ->UseManualTime()
-        ->Iterations(iterations)
-        ->Unit(benchmark::kMillisecond);
-  };
-  std::vector<std::unique_ptr<Rows>> tables;
-  for (const char* command : kRowsCommands) {
-    tables.push_back(std::make_unique<Rows>(command));
-    Rows* const rows = tables.back().get();
-    const std::string name = command;
-    add(
-        "plain/" + name, [rows](auto& state) { rows->typeAtPlainServer(state); }, 40);
-    add(
-        "console/" + name, [rows](auto& state) { rows->typeAtConsole(state); }, 200);
+int main() {
+  setenv("GFAST_LISTEN", "127.0.0.1:0", 1);  // gfast-cli has no option for its port
+  const TemporaryFolder folder;
+  const Command showtime{GFAST_LAB, "--board", folder.write("board.toml", boardWithLines("showtime")),
+                         "--port", "0"};
+  const Command console{GFAST_LAB, "--port", "0"};
+  const Command plain{PLAIN_SERVER};
+  measureRoundTrip(showtime);
+  for (const Table& table : kTables) {
+    measureTable(showtime, table);
   }
-  add(
-      "start/plain", [](auto& state) { startServer(state, {PLAIN_SERVER}, &yardstick); }, 20);
-  add(
-      "start/console", [](auto& state) { startServer(state, productCommand(), &product); }, 20);
-  add(
-      "prompt/plain", [](auto& state) { atThePrompt(state, {PLAIN_SERVER}, &yardstick); }, 1);
-  add(
-      "prompt/console", [](auto& state) { atThePrompt(state, productCommand(), &product); }, 1);
-  benchmark::RunSpecifiedBenchmarks();
-  for (const auto& table : tables) {
-    table->printRatio();
-  }
-  if (!product.start_s.empty() && !yardstick.start_s.empty()) {
-    printRatios();
-  }
-  return 0;
+  printRow("from start to \"Listening on port\"", start_ms(console), start_ms(plain), "ms", "< 20 ms");
+  measureMemory(console, plain);
 }
