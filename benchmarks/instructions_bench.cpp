@@ -27,43 +27,49 @@ namespace {
 
 constexpr double kTraining_s = 60;
 
-// A number of a row, read in all the ways that its format may ask for.
+// A number of a row, as each format may ask for it.
 struct Number {
   double real;
   int whole;
-  unsigned hex;
 };
 
 using Row = std::vector<Number>;
-using PrintRow = void (*)(FILE* out, const Row& row);
+// Where a row goes by printf's rules: to a file, or, as a line, to an interpreter.
+struct Output {
+  FILE* file;
+  cli_def* cli = nullptr;
 
-void printBits(FILE* out, const Row& row) {
-  std::fprintf(out, "%d  %.5f  %d\r\n", row[0].whole, row[1].real, row[2].whole);
-}
-
-void printSnr(FILE* out, const Row& row) {
-  std::fprintf(out, "%.5f  %d  %.1f\r\n", row[0].real, row[1].whole, row[2].real);
-}
-
-void printNoise(FILE* out, const Row& row) {
-  std::fprintf(out, "%.5f %d %.1f\r\n", row[0].real, row[1].whole, row[2].real);
-}
-
-void printPhyInfo(FILE* out, const Row& row) {
-  std::fprintf(out, "%09.5f\t%d\t%d\t%.5f\t%.5f\t%.5f\r\n", row[0].real, row[1].whole, row[2].whole,
-               row[3].real, row[4].real, row[5].real);
-}
-
-void printMemory(FILE* out, const Row& row) {
-  std::fprintf(out, "%08x: %08x\r\n", row[0].hex, row[1].hex);
-}
-
-void printMatrix(FILE* out, const Row& row) {
-  std::fprintf(out, "%09.5f ", row[0].real);
-  for (size_t i = 1; i < row.size(); i += 2) {
-    std::fprintf(out, "%f %f ", row[i].real, row[i + 1].real);
+  template <typename... Values>
+  void print(const char* format, Values... values) const {
+    if (cli == nullptr) {
+      std::fprintf(file, format, values...);
+    } else {
+      cli_print(cli, format, values...);
+    }
   }
-  std::fprintf(out, "\n");
+};
+
+using PrintRow = void (*)(const Output& out, const Row& row);
+
+void printSnr(const Output& out, const Row& row) {
+  out.print("%.5f  %d  %.1f", row[0].real, row[1].whole, row[2].real);
+}
+
+void printNoise(const Output& out, const Row& row) {
+  out.print("%.5f %d %.1f", row[0].real, row[1].whole, row[2].real);
+}
+
+void printPhyInfo(const Output& out, const Row& row) {
+  out.print("%09.5f\t%d\t%d\t%.5f\t%.5f\t%.5f", row[0].real, row[1].whole, row[2].whole, row[3].real,
+            row[4].real, row[5].real);
+}
+
+void printMatrix(const Output& out, const Row& row) {
+  out.print("%09.5f ", row[0].real);
+  for (size_t i = 1; i < row.size(); i += 2) {
+    out.print("%f %f ", row[i].real, row[i + 1].real);
+  }
+  out.print("%s", "\n");
 }
 
 struct LongCommand {
@@ -72,23 +78,24 @@ struct LongCommand {
   PrintRow printRow;
   bool isToFile = false;
 
-  const char* lineEnd() const { return isToFile ? "\n" : "\r\n"; }
+  const char* lineEnd() const { return isToFile ? "\n" : ""; }  // what the row's format has
 };
 
 constexpr size_t kMatrixNumbers = 1 + 2 * COEF_NUM_USERS * COEF_NUM_USERS;
 
-constexpr LongCommand kLongCommands[] = {{"show vectoring canceler 0", kMatrixNumbers, printMatrix, true},
-                                         {"show vectoring precoder 0", kMatrixNumbers, printMatrix, true},
-                                         {"show phy info 0 ne", 6, printPhyInfo},
-                                         {"show phy info 0 fe", 6, printPhyInfo},
-                                         {"show ALNps 0 us", 3, printNoise},
-                                         {"show ALNps 0 ds", 3, printNoise},
-                                         {"show HLOGps 0 us", 3, printNoise},
-                                         {"show HLOGps 0 ds", 3, printNoise},
-                                         {"show SNRps 0 us", 3, printSnr},
-                                         {"show SNRps 0 ds", 3, printSnr},
-                                         {"show BITSps 0 ds", 3, printBits},
-                                         {"read memory 0 d0000000 8192", 2, printMemory}};
+constexpr LongCommand kLongCommands[] = {
+    {"show vectoring canceler 0", kMatrixNumbers, printMatrix, true},
+    {"show vectoring precoder 0", kMatrixNumbers, printMatrix, true},
+    {"show phy info 0 ne", 6, printPhyInfo},
+    {"show phy info 0 fe", 6, printPhyInfo},
+    {"show ALNps 0 us", 3, printNoise},
+    {"show ALNps 0 ds", 3, printNoise},
+    {"show HLOGps 0 us", 3, printNoise},
+    {"show HLOGps 0 ds", 3, printNoise},
+    {"show SNRps 0 us", 3, printSnr},
+    {"show SNRps 0 ds", 3, printSnr},
+
+};
 
 // The counter prints here.
 void mark() {
@@ -103,13 +110,12 @@ void name(const std::string& what) {
 // The words of a line, as numbers whether they are some or not.
 Row rowOf(std::string line) {
   for (char& character : line) {
-    character = character == '\t' || character == ':' ? ' ' : character;
+    character = character == '\t' ? ' ' : character;
   }
   Row row;
   std::istringstream words(line);
   for (std::string word; words >> word;) {
-    row.push_back({std::strtod(word.c_str(), nullptr), std::atoi(word.c_str()),
-                   static_cast<unsigned>(std::strtoul(word.c_str(), nullptr, 16))});
+    row.push_back({std::strtod(word.c_str(), nullptr), std::atoi(word.c_str())});
   }
   return row;
 }
@@ -118,7 +124,7 @@ std::string printed(PrintRow printRow, const Row& row) {
   char* text = nullptr;
   size_t length = 0;
   FILE* const out = open_memstream(&text, &length);
-  printRow(out, row);
+  printRow({out}, row);
   std::fclose(out);
   std::string result(text, length);
   std::free(text);
@@ -182,16 +188,23 @@ class Console {
   }
 
   void countPrintf(const std::vector<Line>& lines, const LongCommand& command) {
+    cli_def* const cli = simulated_.interpreter();
+    cli_print_callback(cli, nullptr);
+    FILE* const before = cli->client;
+    cli->client = session_;
+    const Output out{session_, command.isToFile ? nullptr : cli};
     mark();
     for (const Line& line : lines) {
       if (line.isRow) {
-        command.printRow(session_, line.row);
+        command.printRow(out, line.row);
       } else {
-        std::fprintf(session_, "%s%s", line.text.c_str(), command.lineEnd());
+        out.print("%s%s", line.text.c_str(), command.lineEnd());
       }
     }
     std::fflush(session_);
     mark();
+    cli->client = before;
+    simulated_.keepPrints();
   }
 
  private:

@@ -92,4 +92,13 @@ bool writeFraction(double value, int digits, int width, FractionText& text) {
   return true;
 }
 
+void appendFraction(std::string& text, double value, int digits) {
+  FractionText written;
+  if (writeFraction(value, digits, 0, written)) {
+    text += written.view();
+  } else {
+    text += fmt::format("{:.{}f}", value, digits);
+  }
+}
+
 }  // namespace gfast::console

@@ -6,7 +6,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <string>
+#include <string_view>
 
 namespace gfast::console {
 
@@ -19,12 +20,16 @@ struct FractionText {
   char* begin = characters + kSize;
 
   const char* end() const { return characters + kSize; }
+  std::string_view view() const { return {begin, static_cast<size_t>(end() - begin)}; }
 };
 
 // Writes the value with 1 to kMostFractionDigits digits behind the point, correctly rounded, as "%.*f" does,
 // and with zeros in front up to the width. false: it needs more care (NaN, infinite, very large, or small but
 // not 0), and nothing was written.
 bool writeFraction(double value, int digits, int width, FractionText& text);
+
+// Appends the value, of any kind, with so many digits behind the point.
+void appendFraction(std::string& text, double value, int digits);
 
 // A value of a table's row. It understands "{:.5f}" and, with zeros in front, "{:09.5f}".
 struct Fraction {
@@ -59,7 +64,7 @@ class fmt::formatter<gfast::console::Fraction> {
     if (!gfast::console::writeFraction(fraction.value, digits_, width_, text)) {
       return fmt::format_to(context.out(), "{:0{}.{}f}", fraction.value, width_, digits_);
     }
-    return std::copy(static_cast<const char*>(text.begin), text.end(), context.out());
+    return fmt::formatter<std::string_view>().format(text.view(), context);
   }
 
  private:

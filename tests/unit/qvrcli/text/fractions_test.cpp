@@ -73,6 +73,9 @@ void expectSame(double value) {
   EXPECT_EQ(fmt::format("{:.5f}", Fraction{value}), fmt::format("{:.5f}", value));
   EXPECT_EQ(fmt::format("{:.9f}", Fraction{value}), fmt::format("{:.9f}", value));
   EXPECT_EQ(fmt::format("{:09.5f}", Fraction{value}), fmt::format("{:09.5f}", value));
+  std::string text = "x";
+  gfast::console::appendFraction(text, value, 6);
+  EXPECT_EQ(text, fmt::format("x{:f}", value));
 }
 
 TEST(TableFractions, AreWrittenAsOthersAre) {
