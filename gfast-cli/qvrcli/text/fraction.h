@@ -24,8 +24,8 @@ struct FractionText {
 };
 
 // Writes the value with 1 to kMostFractionDigits digits behind the point, correctly rounded, as "%.*f" does,
-// and with zeros in front up to the width. false: it needs more care (NaN, infinite, very large, or small but
-// not 0), and nothing was written.
+// and with zeros in front up to the width. false: it needs more care (NaN, infinite, very large, or small
+// with many bits), and nothing was written.
 bool writeFraction(double value, int digits, int width, FractionText& text);
 
 // Appends the value, of any kind, with so many digits behind the point.
