@@ -56,7 +56,7 @@ double signedValue(const uint8_t* bytes) {
 // The coefficient's power in dB, of which the received one is the inverse.
 double receivedPower(const Equaliser& equaliser, uint32_t entry) {
   const uint8_t* mantissa = &equaliser.mantissas[size_t{entry} * kMantissaSize];
-  const double power = std::pow(2.0, static_cast<int8_t>(equaliser.exponents[entry]));
+  const double power = std::ldexp(1.0, static_cast<int8_t>(equaliser.exponents[entry]));
   const double re = signedValue(mantissa) * power * QVR_K_RX_FEQ_UNIT;
   const double im = signedValue(mantissa + kValueSize) * power * QVR_K_RX_FEQ_UNIT;
   return -10.0 * std::log10(re * re + im * im + kLeastPower);

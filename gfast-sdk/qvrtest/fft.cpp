@@ -19,6 +19,10 @@ constexpr double k2Pi = 6.283185307179586;
 // A line of the processor's cache, which holds whole vectors.
 constexpr std::align_val_t kAlignment{64};
 
+// Doubles between real and imaginary parts: places that are a power of two apart would share a few lines of
+// the cache.
+constexpr size_t kGap = 16;
+
 // FFT_init sets these. The vectors live until the process ends.
 int m_nSize = 0;
 BOOL m_isUnitary = TRUE;
@@ -26,16 +30,17 @@ BOOL m_isMixed = FALSE;
 size_t tableSize = 0;  // the least power of two that is not below m_nSize; 0: nothing is allocated
 
 // The factors e^(-2*pi*i*k/N), laid out for the stages: that of span s finds its own at s .. 2s-1. All real
-// parts, then all imaginary parts, tableSize each.
+// parts, then, behind the gap, all imaginary parts, tableSize each.
 double* m_twiddles = nullptr;
 
-QVR_complex_t* m_work = nullptr;  // tableSize points
+QVR_complex_t* m_work = nullptr;  // tableSize points, and room for the gap
 
 const FftVariant* stagesVariant = nullptr;  // the fastest, unless one was selected
 
 FftWorkspace workspace() {
   auto* work = reinterpret_cast<double*>(m_work);
-  return {static_cast<size_t>(m_nSize), m_twiddles, m_twiddles + tableSize, work, work + tableSize};
+  const size_t imaginary = tableSize + kGap;
+  return {static_cast<size_t>(m_nSize), m_twiddles, m_twiddles + imaginary, work, work + imaginary};
 }
 
 // True for every positive size, because the bits that are shifted out are not checked.
@@ -62,8 +67,8 @@ bool reserve(size_t points) {
   }
   release(m_twiddles);
   release(m_work);
-  m_twiddles = allocate<double>(2 * wanted);
-  m_work = allocate<QVR_complex_t>(wanted);
+  m_twiddles = allocate<double>(2 * wanted + kGap);
+  m_work = allocate<QVR_complex_t>(wanted + kGap / 2);
   if (m_twiddles == nullptr || m_work == nullptr) {
     release(m_twiddles);
     release(m_work);
@@ -78,7 +83,7 @@ bool reserve(size_t points) {
 // size each stage has its own step.
 void fillTwiddles(size_t points) {
   double* re = m_twiddles;
-  double* im = m_twiddles + tableSize;
+  double* im = m_twiddles + tableSize + kGap;
   for (size_t span = tableSize / 2; span > 0; span /= 2) {
     const bool isRepeated = points == tableSize && span < points / 2;
     const size_t step = points / (2 * span);

@@ -16,6 +16,9 @@ struct Stages {
   // Up to this magnitude no sum of any transform overflows, so no product is infinite or no number.
   static constexpr double kLargestCareless = 0x1p900;
 
+  // So many points, 16 bytes each, fit the smallest cache of a processor together with their factors.
+  static constexpr size_t kCachedPoints = 1024;
+
   struct Points {
     Vector re;
     Vector im;
@@ -110,8 +113,8 @@ struct Stages {
     return (number & (highest - 1)) | highest;
   }
 
-  static void singleStage(const FftWorkspace& work, size_t span) {
-    for (size_t block = 0; block < work.size; block += 2 * span) {
+  static void singleStage(const FftWorkspace& work, size_t span, size_t first, size_t end) {
+    for (size_t block = first; block < end; block += 2 * span) {
       for (size_t t = 0; t < span; t += Lanes::kWidth) {
         Points upper = load(work.re, work.im, block + t);
         Points lower = load(work.re, work.im, block + t + span);
@@ -122,8 +125,8 @@ struct Stages {
     }
   }
 
-  static void twoStages(const FftWorkspace& work, size_t span) {
-    for (size_t block = 0; block < work.size; block += 4 * span) {
+  static void twoStages(const FftWorkspace& work, size_t span, size_t first, size_t end) {
+    for (size_t block = first; block < end; block += 4 * span) {
       for (size_t t = 0; t < span; t += Lanes::kWidth) {
         Rows rows = loadRows(work, block + t, span);
         rows.transform(work, span, t);
@@ -154,19 +157,32 @@ struct Stages {
     }
   }
 
+  // All stages between the first two and the last two. Those whose butterflies stay within a part of the
+  // points are done part by part, while the cache holds the part.
+  static void middleStages(const FftWorkspace& work) {
+    const bool hasSingle = __builtin_ctzll(work.size) % 2 != 0;
+    const size_t firstSpan = hasSingle ? 8 : 4;
+    const size_t part = work.size < kCachedPoints ? work.size : kCachedPoints;
+    size_t span = firstSpan;
+    for (size_t first = 0; first < work.size; first += part) {
+      if (hasSingle) {
+        singleStage(work, 4, first, first + part);
+      }
+      for (span = firstSpan; span < work.size / 4 && 4 * span <= part; span *= 4) {
+        twoStages(work, span, first, first + part);
+      }
+    }
+    for (; span < work.size / 4; span *= 4) {
+      twoStages(work, span, 0, work.size);
+    }
+  }
+
   static bool transform(const FftWorkspace& work, const FftOutput& rule, const double* input,
                         double* output) {
     if (!firstStages(work, input)) {
       return false;
     }
-    size_t span = 4;
-    if (__builtin_ctzll(work.size) % 2 != 0) {
-      singleStage(work, span);
-      span *= 2;
-    }
-    for (; span < work.size / 4; span *= 4) {
-      twoStages(work, span);
-    }
+    middleStages(work);
     rule.realOnly ? lastStages<true>(work, rule.gain, output) : lastStages<false>(work, rule.gain, output);
     return true;
   }

@@ -238,7 +238,7 @@ TEST(CheckIncludes, LeavesAloneWhatIncludesNothing) {
 TEST(CheckIncludes, LeavesAloneWhatTestsInclude) {
   const Tree tree;
   tree.write("tests/unit/any_test.cpp", "#include <regex>\n#include \"missing.h\"\n");
-  tree.write("bench/any.cpp", "#include <benchmark/benchmark.h>\n");
+  tree.write("benchmarks/any.cpp", "#include <benchmark/benchmark.h>\n");
   EXPECT_EQ(check(tree.root()).output, "");
 }
 

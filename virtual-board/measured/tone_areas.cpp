@@ -168,10 +168,12 @@ FeqCoefficient feqCoefficient(const LineInsight& line, uint32_t entry) {
   const uint32_t tone = kFirstTone + entry;
   const double path_db = receivePath_db(aceOn(line) ? kPathWithCanceller : kPathWithoutCanceller, tone);
   const double power_db = path_db - rxGain_db(line) - spectrum.received_dbm_hz[tone];
-  const double phase = spectrum.snr[tone] > 0 ? -std::arg(spectrum.gain[tone]) : 0;
+  // Without angles, which would take most of the time.
+  const std::complex<double>& gain = spectrum.gain[tone];
+  const std::complex<double> turn = spectrum.snr[tone] > 0 ? std::conj(gain) / std::abs(gain) : 1;
   // The inverse of a very weak signal would not fit an exponent.
   constexpr double most_db = 700;
-  const auto value = std::polar(amplitudeRatio(std::min(power_db, most_db)), phase) / QVR_K_RX_FEQ_UNIT;
+  const auto value = amplitudeRatio(std::min(power_db, most_db)) / QVR_K_RX_FEQ_UNIT * turn;
   const double larger = std::max(std::abs(value.real()), std::abs(value.imag()));
   const int exponent = std::clamp(std::ilogb(larger / kFeqFull), -128, 127);
   return {value / std::exp2(exponent), exponent};

@@ -1,7 +1,9 @@
 #include "qvrcli/session/session_printer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
 #include <string_view>
 
 #include "qvrcli/session/libcli_structs.h"
@@ -16,15 +18,14 @@ constexpr char kRefusedCommand[] = {kRefusedLine, '\0'};
 
 // Whether the line that runs stands for one that was refused. It is not one to bring back later.
 bool takeRefusedLine(cli_def* cli) {
-  int last = MAX_HISTORY - 1;
-  while (last >= 0 && cli->history[last] == nullptr) {
-    last--;
-  }
-  if (last < 0 || std::string_view(cli->history[last]) != kRefusedCommand) {
+  // Behind the first empty entry all are empty.
+  const auto end = std::partition_point(std::begin(cli->history), std::end(cli->history),
+                                        [](const char* line) { return line != nullptr; });
+  if (end == std::begin(cli->history) || std::string_view(*(end - 1)) != kRefusedCommand) {
     return false;
   }
-  std::free(cli->history[last]);
-  cli->history[last] = nullptr;
+  std::free(*(end - 1));
+  *(end - 1) = nullptr;
   return true;
 }
 

@@ -7,12 +7,17 @@
 #include <cstdio>
 #include <iterator>
 #include <optional>
+#include <type_traits>
 
+#include "qvrcli/text/fraction.h"
 #include "qvrcli/text/text_files.h"
 
 namespace gfast::console {
 
 class TableOutput {
+  template <typename Value>
+  using Printed = std::conditional_t<std::is_same_v<Value, double>, Fraction, const Value&>;
+
  public:
   explicit TableOutput(cli_def* cli) : cli_(cli) {}
 
@@ -21,12 +26,12 @@ class TableOutput {
 
   bool goesToFile() const { return file_.has_value(); }
 
-  // One row. A session ends it by itself; in a file a line end is written. By {fmt}, because printf would
-  // take most of the time of a table of fractions.
+  // One row. A session ends it by itself; in a file a line end is written. Fractions would take most of the
+  // time of a table, so their digits are not left to {fmt}.
   template <typename... Values>
-  void row(fmt::format_string<const Values&...> format, const Values&... values) const {
+  void row(fmt::format_string<Printed<Values>...> format, const Values&... values) const {
     fmt::memory_buffer text;
-    fmt::format_to(std::back_inserter(text), format, values...);
+    fmt::format_to(std::back_inserter(text), format, Printed<Values>{values}...);
     print(text);
   }
 

@@ -1,16 +1,15 @@
 #include "qvrcli/tones/vectoring_commands.h"
 
-#include <fmt/format.h>
 #include <qvr.h>
 
 #include <algorithm>
-#include <iterator>
 #include <memory>
 #include <new>
 #include <string>
 
 #include "chip/tones.h"
 #include "qvrcli/text/argument_reader.h"
+#include "qvrcli/text/fraction.h"
 #include "qvrcli/text/table_output.h"
 
 namespace gfast::console {
@@ -18,6 +17,7 @@ namespace gfast::console {
 namespace {
 
 constexpr uint32_t kSubcarriersPerPair = 2;
+constexpr int kCoefficientDigits = 6;  // behind the point
 
 struct MatrixKind {
   QVR_retval_t (*read)(QVR_lineId_t line, uint16_t tonePairs, QVR_tonePairMatrix_t* matrices);
@@ -64,8 +64,10 @@ std::string coefficientsText(const QVR_tonePairMatrix_t& pair) {
   std::string text;
   for (uint32_t row = 0; row < COEF_NUM_USERS; row++) {
     for (uint32_t column = 0; column < COEF_NUM_USERS; column++) {
-      fmt::format_to(std::back_inserter(text), "{:f} {:f} ", pair.coefficients_re.matrix[row][column],
-                     pair.coefficients_im.matrix[row][column]);
+      appendFraction(text, pair.coefficients_re.matrix[row][column], kCoefficientDigits);
+      text += ' ';
+      appendFraction(text, pair.coefficients_im.matrix[row][column], kCoefficientDigits);
+      text += ' ';
     }
   }
   return text;

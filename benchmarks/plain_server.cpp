@@ -1,5 +1,8 @@
-// The yardstick: the smallest libcli server. Its one command, `rows`, prints the lines of a file with
-// libcli's own output.
+// The yardstick: the smallest libcli server. Its command `rows` prints the lines of a file with libcli's own
+// output, its command `nothing` does nothing.
+//
+// usage: plain-server [ROWS]
+//        plain-server --script SCRIPT   runs the script and ends
 #include <arpa/inet.h>
 #include <libcli.h>
 #include <netinet/in.h>
@@ -8,6 +11,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -21,6 +25,21 @@ int printRows(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*arg
     cli_print(cli, "%s", row.c_str());
   }
   return CLI_OK;
+}
+
+int doNothing(cli_def* /*cli*/, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
+  return CLI_OK;
+}
+
+int runScript(cli_def* cli, const char* path) {
+  FILE* const script = std::fopen(path, "r");
+  if (script == nullptr) {
+    std::perror(path);
+    return 1;
+  }
+  cli_file(cli, script, PRIVILEGE_UNPRIVILEGED, MODE_EXEC);
+  std::fclose(script);
+  return 0;
 }
 
 int listenOnLoopback() {
@@ -44,15 +63,19 @@ int listenOnLoopback() {
 
 int main(int argc, char* argv[]) {
   std::signal(SIGPIPE, SIG_IGN);
+  cli_def* cli = cli_init();
+  cli_set_hostname(cli, "(gfast-cli)");
+  cli_register_command(cli, nullptr, "rows", printRows, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, "Print the rows");
+  cli_register_command(cli, nullptr, "nothing", doNothing, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, "Do nothing");
+  if (argc > 2 && std::strcmp(argv[1], "--script") == 0) {
+    return runScript(cli, argv[2]);
+  }
   if (argc > 1) {
     std::ifstream file(argv[1]);
     for (std::string row; std::getline(file, row);) {
       rows.push_back(row);
     }
   }
-  cli_def* cli = cli_init();
-  cli_set_hostname(cli, "(gfast-cli)");
-  cli_register_command(cli, nullptr, "rows", printRows, PRIVILEGE_UNPRIVILEGED, MODE_EXEC, "Print the rows");
   const int listener = listenOnLoopback();
   while (listener >= 0) {
     const int session = accept(listener, nullptr, nullptr);

@@ -1,8 +1,10 @@
 // The computing time of a capture of a test signal, beside the time it has to wait: from the request to the
 // missing-tone power ratios, with chips that answer at once and a clock that only adds up the waits.
 //
-// With a number as its argument it makes so many captures and prints nothing, for counting instructions.
+// With an argument it makes one capture for counting instructions, beside a plain transform of the same size:
+// see instructions_bench.cpp.
 #include <qvr.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -19,6 +21,7 @@
 #include "qvrline/line_table.h"
 #include "qvrtest/default_signal.h"
 #include "std/byte_order.h"
+#include "support/plain_transform.h"
 
 using namespace gfast;
 
@@ -28,6 +31,7 @@ using namespace std::chrono_literals;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int kCaptures = 1000;
+constexpr int kPoints = 4096;
 constexpr auto kSettlingTime =
     50ms;  // between the signal's start and its capture, in the tests of the front end
 
@@ -89,18 +93,31 @@ void capture() {
   QVR_calcMTPR(spectrum, ratios);
 }
 
+void countInstructions() {
+  const Points input = randomPoints(kPoints);
+  Points output(input.size());
+  PlainTransform plain(kPoints, {"unitary", TRUE, TRUE}, Direction::kForward);
+  capture();
+  std::printf("name\tone capture\n");
+  std::fflush(stdout);
+  getppid();
+  capture();
+  getppid();
+  getppid();
+  plain.run(input, output);
+  getppid();
+}
+
 }  // namespace
 
-int main(int argc, char* argv[]) {
+int main(int argc, char* /*argv*/[]) {
   static PromptChip chip;
   static AddingClock clock;
   installDriver(chip);
   installClock(clock);
   addLine(0, 0, 0, TRUE);
   if (argc > 1) {
-    for (int i = 0; i < std::atoi(argv[1]); i++) {
-      capture();
-    }
+    countInstructions();
     return 0;
   }
   std::vector<double> times_ms;
