@@ -3,6 +3,8 @@
 //
 // usage: plain-server [ROWS]
 //        plain-server --script SCRIPT   runs the script and ends
+//
+// plain-web-server is the same beside the smallest cpp-httplib server.
 #include <arpa/inet.h>
 #include <libcli.h>
 #include <netinet/in.h>
@@ -16,9 +18,28 @@
 #include <string>
 #include <vector>
 
+#ifdef PLAIN_HTTP
+#include <httplib.h>
+
+#include <thread>
+#endif
+
 namespace {
 
 std::vector<std::string> rows;
+
+#ifdef PLAIN_HTTP
+void serveHttp() {
+  static httplib::Server server;
+  server.Get("/", [](const httplib::Request&, httplib::Response& answer) {
+    answer.set_content("ok\n", "text/plain");
+  });
+  server.bind_to_any_port("127.0.0.1");
+  std::thread([] { server.listen_after_bind(); }).detach();
+}
+#else
+void serveHttp() {}
+#endif
 
 int printRows(cli_def* cli, const char* /*command*/, char* /*argv*/[], int /*argc*/) {
   for (const std::string& row : rows) {
@@ -76,6 +97,7 @@ int main(int argc, char* argv[]) {
       rows.push_back(row);
     }
   }
+  serveHttp();
   const int listener = listenOnLoopback();
   while (listener >= 0) {
     const int session = accept(listener, nullptr, nullptr);

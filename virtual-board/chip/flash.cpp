@@ -10,6 +10,8 @@ namespace gfast::board {
 
 namespace {
 
+constexpr uint8_t kErased = 0xFF;
+
 const FlashRegion* regionOf(uint32_t address) {
   static constexpr FlashRegion regions[] = {kBootloaderRegion, kManufacturerRegion, kAppRegion};
   const auto* found = std::find_if(
@@ -39,8 +41,9 @@ int Flash::erase(uint16_t type, uint32_t address) {
   if (size == 0 || within >= FLASH_SIZE) {
     return EINVAL;
   }
-  const uint32_t start = within - within % size;
-  std::fill_n(bytes_.begin() + start, size, uint8_t{0xFF});
+  const size_t start = within - within % size;
+  const auto sector = std::span(bytes_).subspan(std::min(start, bytes_.size()));
+  std::ranges::fill(sector.first(std::min<size_t>(size, sector.size())), kErased);
   return 0;
 }
 
@@ -52,6 +55,7 @@ int Flash::program(uint32_t address, std::span<const uint8_t> image) {
   if (image.size() > region->end - address) {
     return EFBIG;
   }
+  bytes_.resize(std::max(bytes_.size(), address + image.size()), kErased);
   std::transform(image.begin(), image.end(), bytes_.begin() + address, bytes_.begin() + address,
                  [](uint8_t wanted, uint8_t present) { return static_cast<uint8_t>(wanted & present); });
   return 0;
@@ -61,8 +65,14 @@ int Flash::read(uint32_t address, std::span<uint8_t> out) const {
   if (address > FLASH_SIZE || out.size() > FLASH_SIZE - address) {
     return EINVAL;
   }
-  std::copy_n(bytes_.begin() + address, out.size(), out.begin());
+  const auto programmed = region({address, address + static_cast<uint32_t>(out.size())});
+  std::ranges::fill(std::ranges::copy(programmed, out.begin()).out, out.end(), kErased);
   return 0;
+}
+
+std::span<const uint8_t> Flash::region(const FlashRegion& region) const {
+  const size_t from = std::min<size_t>(region.start, bytes_.size());
+  return std::span(bytes_).subspan(from, std::min<size_t>(region.end, bytes_.size()) - from);
 }
 
 }  // namespace gfast::board

@@ -18,11 +18,9 @@ constexpr FlashRegion kBootloaderRegion{FLASH_BOOTLOADER_START, FLASH_MANUFACTUR
 constexpr FlashRegion kManufacturerRegion{FLASH_MANUFACTURER_BLOCK_START, FLASH_APP_FIRMWARE_START};
 constexpr FlashRegion kAppRegion{FLASH_APP_FIRMWARE_START, FLASH_SIZE};
 
+// New ones are erased.
 class Flash {
  public:
-  // Erased to 0xFF.
-  Flash() : bytes_(FLASH_SIZE, uint8_t{0xFF}) {}
-
   // Erases the sector that holds the address, or all sectors. Returns 0, or EINVAL: no such type or address.
   int erase(uint16_t type, uint32_t address);
 
@@ -34,11 +32,12 @@ class Flash {
   // Returns 0, or EINVAL: the range reaches past the end.
   int read(uint32_t address, std::span<uint8_t> out) const;
 
-  std::span<const uint8_t> region(const FlashRegion& region) const {
-    return std::span(bytes_).subspan(region.start, region.end - region.start);
-  }
+  // Of a region, as far as anything was ever programmed.
+  std::span<const uint8_t> region(const FlashRegion& region) const;
 
  private:
+  // Up to the last one that was ever programmed. What is behind is 0xFF, as after erasing, and takes no
+  // memory.
   std::vector<uint8_t> bytes_;
 };
 

@@ -62,25 +62,36 @@ std::optional<double> medianIn(const Levels& levels, size_t from, size_t to) {
   return values.size() < kFewest ? std::nullopt : std::optional(medianOf(values));
 }
 
+constexpr size_t kNear = 12;
+constexpr size_t kFar = 60;
+
 struct Sides {
   std::optional<double> below, above;
 };
 
 Sides sidesOf(const Levels& levels, size_t tone) {
-  constexpr size_t kNear = 12;
-  constexpr size_t kFar = 60;
   const size_t from = tone < kFar ? 0 : tone - kFar;
   const size_t to = tone < kNear ? 0 : tone - kNear;
   return {medianIn(levels, from, to), medianIn(levels, tone + kNear + 1, tone + kFar + 1)};
 }
 
-// How far the noise of a tone is above that on both sides of it.
-double excessAt(const Levels& noise, size_t tone) {
-  if (!noise[tone]) {
-    return 0;
+float lowestAround(const Levels& levels, size_t tone) {
+  float lowest = *levels[tone];
+  for (size_t i = tone < kFar ? 0 : tone - kFar; i < std::min(tone + kFar + 1, levels.size()); i++) {
+    lowest = std::min(lowest, levels[i].value_or(lowest));
+  }
+  return lowest;
+}
+
+// Whether the noise of a tone is far above that on both sides of it.
+bool standsOut(const Levels& noise, size_t tone) {
+  // No median is below the lowest level, which is found sooner.
+  if (!noise[tone] || *noise[tone] - lowestAround(noise, tone) < kStationExcess_db) {
+    return false;
   }
   const Sides sides = sidesOf(noise, tone);
-  return sides.below && sides.above ? *noise[tone] - std::max(*sides.below, *sides.above) : 0;
+  return sides.below && sides.above &&
+         *noise[tone] - std::max(*sides.below, *sides.above) >= kStationExcess_db;
 }
 
 double dipAt(const Levels& snr, size_t tone) {
@@ -112,11 +123,11 @@ std::vector<Station> stationsOf(const ToneDirection& tones) {
   const Levels& noise = tones.noise_dbmHz;
   std::vector<Station> stations;
   for (size_t tone = 0; tone < noise.size(); tone++) {
-    if (excessAt(noise, tone) < kStationExcess_db) {
+    if (!standsOut(noise, tone)) {
       continue;
     }
     const size_t from = tone;
-    while (tone + 1 < noise.size() && excessAt(noise, tone + 1) >= kStationExcess_db) {
+    while (tone + 1 < noise.size() && standsOut(noise, tone + 1)) {
       tone++;
     }
     const size_t loudest = loudestIn(noise, from, tone);

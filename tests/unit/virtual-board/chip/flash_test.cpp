@@ -43,6 +43,17 @@ TEST(FlashErase, SetsASectorOf4KiB) {
   EXPECT_NE(bench.readFlash(0, 0x22000, 4), kErased);
 }
 
+TEST(FlashErase, SetsWhatWasProgrammedUpToItsEnd) {
+  ErasedBench bench;
+  const TempFile image(fullOf(0x2800));
+  bench.program(0, image.path(), 0x20000);
+  EXPECT_EQ(bench.erase(0, FLASHERASE_4KB, 0x22000), "ok");  // its last part
+  EXPECT_EQ(bench.readFlash(0, 0x21FFE, 4), "55 55 ff ff");
+  EXPECT_EQ(bench.readFlash(0, 0x227FE, 4), kErased);
+  EXPECT_EQ(bench.erase(0, FLASHERASE_64KB, 0xF0000), "ok");  // where nothing was ever programmed
+  EXPECT_EQ(bench.readFlash(0, 0x21FFE, 4), "55 55 ff ff");
+}
+
 TEST(FlashErase, SetsEverythingWhateverTheAddress) {
   Bench bench;
   EXPECT_EQ(bench.erase(0, FLASHERASE_ALL, 0xFFFFFFFF), "ok");
@@ -143,6 +154,14 @@ TEST(FlashProgram, AnAddressOutsideFlashIsRefused) {
   const TempFile image("x");
   EXPECT_EQ(bench.program(0, image.path(), FLASH_SIZE), "EINVAL");
   EXPECT_EQ(bench.program(0, image.path(), 0xFFFFFFFF), "EINVAL");
+}
+
+TEST(FlashRead, GivesErasedBytesWhereNothingWasProgrammed) {
+  ErasedBench bench;
+  const TempFile image(fullOf(2));
+  bench.program(0, image.path(), 0xF0000);
+  EXPECT_EQ(bench.readFlash(0, 0xEFFFE, 6), "ff ff 55 55 ff ff");
+  EXPECT_EQ(bench.readFlash(0, 0x10000, 2), "ff ff");
 }
 
 TEST(FlashRead, RefusesToReachPastTheEnd) {
