@@ -78,8 +78,7 @@ install(EXPORT gfast-sdk-targets NAMESPACE gfast-sdk:: DESTINATION ${package} CO
 
 configure_package_config_file(
   cmake/gfast-sdk-config.cmake.in gfast-sdk-config.cmake INSTALL_DESTINATION ${package})
-# Before 1.0 a minor version may change anything.
-write_basic_package_version_file(gfast-sdk-config-version.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(gfast-sdk-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(
   FILES
     ${CMAKE_CURRENT_BINARY_DIR}/gfast-sdk-config.cmake
