@@ -24,13 +24,13 @@ constexpr const char* kUpColour = "#d55e00";
 constexpr double kDownWidth = 2.5;
 constexpr double kUpWidth = 1.25;
 
-struct Range {
+struct ValueRange {
   double lowest = 1e9;
   double highest = -1e9;
 };
 
 template <typename Table>
-void widen(Range& range, const Table& table) {
+void widen(ValueRange& range, const Table& table) {
   for (const auto& value : table) {
     if (value) {
       range.lowest = std::min(range.lowest, static_cast<double>(*value));
@@ -43,14 +43,15 @@ double xOf(double tone) {
   return kLeft + tone / QVR_MAX_NUMBER_OF_TONES * kPlotWidth;
 }
 
-double yOf(double value, const Range& range, double top) {
+double yOf(double value, const ValueRange& range, double top) {
   return top + kPlotHeight * (range.highest - value) / (range.highest - range.lowest);
 }
 
 using Levels = std::vector<std::optional<float>>;
 
 // One path; a tone without a value ends a piece of it.
-std::string pathOf(const Levels& values, const Range& range, double top, const char* colour, double width) {
+std::string pathOf(const Levels& values, const ValueRange& range, double top, const char* colour,
+                   double width) {
   std::string path;
   bool drawing = false;
   for (size_t tone = 0; tone < values.size(); tone++) {
@@ -68,7 +69,7 @@ std::string textAt(double x, double y, const char* anchor, const std::string& te
   return fmt::format("<text x=\"{:.1f}\" y=\"{:.1f}\" text-anchor=\"{}\">{}</text>\n", x, y, anchor, text);
 }
 
-std::string frameAt(double top, const Range& range, const char* title) {
+std::string frameAt(double top, const ValueRange& range, const char* title) {
   std::string frame =
       fmt::format("<rect x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\" fill=\"none\" stroke=\"#888\"/>\n",
                   kLeft, top, kPlotWidth, kPlotHeight);
@@ -84,7 +85,7 @@ std::string frameAt(double top, const Range& range, const char* title) {
 }
 
 std::string plotAt(double top, const char* title, const Levels& downstream, const Levels& upstream) {
-  Range range;
+  ValueRange range;
   widen(range, downstream);
   widen(range, upstream);
   if (range.lowest > range.highest) {

@@ -12,7 +12,7 @@ using namespace gfast;
 
 namespace {
 
-constexpr size_t kWordSize = 4;
+constexpr size_t kStoredWordSize = 4;
 constexpr uint32_t kBitsOfLinkState = 4;
 constexpr size_t kDateWords = 6;
 constexpr size_t kDateLength = sizeof(QVR_dateStr_t) - 1;
@@ -22,7 +22,7 @@ constexpr uint8_t kLinesOfChip = 1;
 // Firmware texts come with two characters a word, in its bits 0-7 and 16-23.
 void copyTextWords(char* text, const uint8_t* words, size_t count) {
   for (size_t i = 0; i < count; i++) {
-    const uint32_t word = load_le32(words + i * kWordSize);
+    const uint32_t word = load_le32(words + i * kStoredWordSize);
     text[2 * i] = static_cast<char>(word & 0xFFU);
     text[2 * i + 1] = static_cast<char>((word >> 16) & 0xFFU);
   }
@@ -53,7 +53,7 @@ void fillIdentity(QVR_deviceInfo_t& record, const DeviceImages& images) {
 }
 
 void fillLine(QVR_deviceInfo_t& record, QVR_deviceId_t device, uint8_t line, const DeviceImages& images) {
-  const uint8_t* info = images.info.data() + line * kWordSize;
+  const uint8_t* info = images.info.data() + line * kStoredWordSize;
   const uint32_t linkStates = load_le32(images.b0Regs.data() + B0_REGS_LINK_STATES);
   const uint32_t lastSignal = load_le32(info + DEV_INF_LAST_SIGNAL);
   record.lineState[line] = static_cast<QVR_lineState_t>((linkStates >> (line * kBitsOfLinkState)) & 0xFU);

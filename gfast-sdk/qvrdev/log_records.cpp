@@ -22,7 +22,7 @@ namespace {
 
 using Bytes = std::span<const uint8_t>;
 
-constexpr size_t kWordSize = 4;
+constexpr size_t kParamSize = 4;
 
 std::string timeOfDay() {
   const time_t now = clockSource().now();
@@ -57,14 +57,14 @@ class LogRecord {
   // Always the twelve words behind the text, however many belong to the record.
   LogParams params() const {
     LogParams words{};
-    for (size_t i = 0; i < words.size() && afterText() + kWordSize * (i + 1) <= left_.size(); i++) {
-      words[i] = load_le32(&left_[afterText() + kWordSize * i]);
+    for (size_t i = 0; i < words.size() && afterText() + kParamSize * (i + 1) <= left_.size(); i++) {
+      words[i] = load_le32(&left_[afterText() + kParamSize * i]);
     }
     return words;
   }
 
   Bytes next() const {
-    const size_t length = afterText() + kWordSize * numParams() + (textLength() & 1U);
+    const size_t length = afterText() + kParamSize * numParams() + (textLength() & 1U);
     return left_.subspan(std::min(length, left_.size()));
   }
 

@@ -20,13 +20,13 @@ constexpr uint32_t kBlockHeader = 2 * kGuardWord;
 constexpr uint32_t kBlockData = kBlockSize - kBlockHeader;
 constexpr int MAX_ALLOWED_STRAIGHT_FAILURES = 16;
 
-constexpr uint32_t kValueSize = sizeof(int16_t);
+constexpr uint32_t kCoefficientSize = sizeof(int16_t);
 constexpr uint32_t kValuesPerTonePair = COEF_NUM_USERS * COEF_NUM_USERS * 2;
 
-using Block = std::array<uint8_t, kBlockSize>;
+using MatrixBlock = std::array<uint8_t, kBlockSize>;
 using LineReader = QVR_retval_t (*)(QVR_lineId_t line, uint16_t tonePairs, QVR_tonePairMatrix_t* matrices);
 
-bool readSettled(QVR_deviceId_t device, uint32_t address, Block* block) {
+bool readSettled(QVR_deviceId_t device, uint32_t address, MatrixBlock* block) {
   return QVR_STATUS_OK(QVR_readmem(device, address, block->data(), kBlockSize)) &&
          load_le32(block->data()) == load_le32(&(*block)[kGuardWord]);
 }
@@ -52,7 +52,7 @@ QVR_retval_t readMatrix(QVR_lineId_t lineId, uint32_t (*addressOf)(uint32_t link
     return QVR_E_FAILED_TO_ALLOCATE_MEMORY;
   }
   const QVR_retval_t status =
-      QVR_readVectMatrix(lineId, addressOf(line.narrowLineID), values.get(), count * kValueSize);
+      QVR_readVectMatrix(lineId, addressOf(line.narrowLineID), values.get(), count * kCoefficientSize);
   if (QVR_STATUS_OK(status)) {
     transpose(values.get(), tonePairs, matrices + size_t{tonePairs} * static_cast<size_t>(lineId));
   }
@@ -77,7 +77,7 @@ QVR_retval_t QVR_readVectMatrix(QVR_lineId_t xi_lineId, uint32_t xi_address, int
   if (device == QVR_K_DEVICE_NULL) {
     return QVR_E_NO_DEVICE_FOR_LINE;
   }
-  Block block;
+  MatrixBlock block;
   int failures = 0;
   for (uint32_t offset = 0; offset < xi_sizeInBytes;) {
     if (!readSettled(device, xi_address + offset, &block)) {
@@ -88,7 +88,7 @@ QVR_retval_t QVR_readVectMatrix(QVR_lineId_t xi_lineId, uint32_t xi_address, int
     }
     failures = 0;
     const uint32_t amount = std::min(kBlockData, xi_sizeInBytes - offset);
-    for (uint32_t i = 0; i + kValueSize <= amount; i += kValueSize) {
+    for (uint32_t i = 0; i + kCoefficientSize <= amount; i += kCoefficientSize) {
       *xo_values++ = static_cast<int16_t>(load_le16(&block[kBlockHeader + i]));
     }
     offset += amount;

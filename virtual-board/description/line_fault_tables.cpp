@@ -6,10 +6,10 @@ namespace gfast::board {
 
 namespace {
 
-using Kind = LineFault::Kind;
+using FaultKind = LineFault::Kind;
 
 constexpr double kShortest_s = 1e-3;
-constexpr double kLongest_m = 2000;
+constexpr double kLongestFault_m = 2000;
 constexpr double kHighest_mhz = 212;
 constexpr size_t kMostPoints = 64;
 
@@ -58,7 +58,7 @@ void readLevels(TomlReader& table, LineFault& fault) {
 }
 
 void readStretch(TomlReader& table, LineFault& fault) {
-  fault.length_m = needed(table, "length_m", 0, kLongest_m);
+  fault.length_m = needed(table, "length_m", 0, kLongestFault_m);
 }
 
 void readJoint(TomlReader& table, LineFault& fault) {
@@ -152,7 +152,7 @@ LineFault readLineFaultTable(TomlReader& table, const LoopConfig& loop) {
                                                                 {names[8], 8},
                                                                 {names[9], 9}}));
   LineFault fault;
-  fault.kind = static_cast<Kind>(kind);
+  fault.kind = static_cast<FaultKind>(kind);
   readTimes(table, fault.times);
   fault.at_m = needed(table, "at_m", 0, loop.length_m);
   kReaders[kind](table, fault);

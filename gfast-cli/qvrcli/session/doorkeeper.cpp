@@ -18,7 +18,7 @@ namespace gfast::console {
 namespace {
 
 // More stay in the system's own queue.
-constexpr size_t kMostWaiting = 50;
+constexpr size_t kMostWaitingClients = 50;
 
 // Where an IPv6 address carries the IPv4 address that it stands for.
 constexpr size_t kMappedAt = 12;
@@ -98,7 +98,7 @@ void Doorkeeper::put(int connection) {
   std::unique_lock guard(lock_);
   waiting_.push_back(connection);
   changed_.notify_all();
-  const size_t most = connection < 0 ? 0 : kMostWaiting - 1;
+  const size_t most = connection < 0 ? 0 : kMostWaitingClients - 1;
   changed_.wait(guard, [=, this] { return waiting_.size() <= most; });
 }
 

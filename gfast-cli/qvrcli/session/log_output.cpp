@@ -17,7 +17,7 @@ namespace gfast::console {
 
 namespace {
 
-constexpr size_t kLongestLine = 1024;
+constexpr size_t kLogLineSize = 1024;
 constexpr int kMode = 0640;  // others need not know who connects
 
 // For the handler of a signal, and never freed.
@@ -140,7 +140,7 @@ void sayLines(int descriptor, void (*say)(const char* line)) {
   if (lines == nullptr) {
     return;
   }
-  std::array<char, kLongestLine> line{};
+  std::array<char, kLogLineSize> line{};
   while (std::fgets(line.data(), line.size(), lines) != nullptr) {
     line[std::strcspn(line.data(), "\r\n")] = '\0';
     if (line[0] != '\0') {

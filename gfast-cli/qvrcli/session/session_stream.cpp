@@ -23,7 +23,7 @@ FILE* bufferedStream = nullptr;
 char streamBuffer[64 * 1024];
 
 // A burst of log lines between two looks; some 100 bytes each.
-constexpr size_t kMostWaiting = 5000;  // lines
+constexpr size_t kMostWaitingLines = 5000;  // lines
 
 struct WaitingLines {
   std::mutex lock;
@@ -89,7 +89,7 @@ bool sessionLost(const cli_def* cli) {
 void printLater(const char* text) {
   WaitingLines& waiting = waitingLines();
   const std::lock_guard guard(waiting.lock);
-  if (waiting.lines.size() < kMostWaiting) {
+  if (waiting.lines.size() < kMostWaitingLines) {
     waiting.lines.emplace_back(text);
   } else {
     waiting.lost++;

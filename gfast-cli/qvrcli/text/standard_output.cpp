@@ -14,7 +14,7 @@ namespace gfast::console {
 
 namespace {
 
-constexpr size_t kMostWaiting = 5000;  // texts, some 100 bytes each
+constexpr size_t kMostWaitingTexts = 5000;  // texts, some 100 bytes each
 constexpr int kForEver = -1;
 
 struct WaitingTexts {
@@ -84,7 +84,7 @@ void printWithoutWaiting(std::string_view text) {
     print(text);
     return;
   }
-  if (waiting.lost == 0 && waiting.texts.size() < kMostWaiting) {
+  if (waiting.lost == 0 && waiting.texts.size() < kMostWaitingTexts) {
     waiting.texts.emplace_back(text);
   } else {
     waiting.lost++;

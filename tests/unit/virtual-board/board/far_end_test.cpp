@@ -7,7 +7,7 @@ using namespace gfast::board;
 
 namespace {
 
-constexpr uint16_t kInventory = MGMT_FAR_END_REQ_TYPE_INVENTORY;
+constexpr uint16_t kInventoryRequest = MGMT_FAR_END_REQ_TYPE_INVENTORY;
 constexpr uint16_t kRead = MGMT_FAR_END_REQ_TYPE_READMEM;
 constexpr uint16_t kWrite = MGMT_FAR_END_REQ_TYPE_WRITEMEM;
 constexpr uint16_t kPmd = MGMT_FAR_END_REQ_TYPE_PMD_SINGLE_READ;
@@ -65,7 +65,7 @@ TEST(FarEnd, ReturnsTheCountersOfTheOtherEnd) {
 
 TEST(FarEnd, InventoryNamesTheOtherModem) {
   Bench bench("[[device]]\nline = \"showtime\"\n[[device]]\nside = \"cpe\"\nfirmware = \"2.7.1.4\"");
-  const auto record = fromHex(bench.farEnd(0, kInventory));
+  const auto record = fromHex(bench.farEnd(0, kInventoryRequest));
   ASSERT_EQ(record.size(), 56U);
   EXPECT_EQ(hex(record.data(), 8), "56 42 48 4f 4d 45 00 00");  // VBOARD
   EXPECT_STREQ(reinterpret_cast<const char*>(&record[8]), "7.1.4 v2");
