@@ -1,6 +1,4 @@
 // How long a scrape and the page take, beside the smallest server that sends the same bytes.
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -11,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "loopback_listener.h"
 #include "row.h"
 #include "support/board_texts.h"
 #include "support/console_session.h"
@@ -55,21 +54,11 @@ void answer(int listener, const std::string& bytes) {
 }
 
 double plainTime_ms(const std::string& bytes) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  const int listener = socket(AF_INET, SOCK_STREAM, 0);
-  auto* generic = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener, generic, length) != 0 || listen(listener, 1) != 0 ||
-      getsockname(listener, generic, &length) != 0) {
-    std::perror("http-bench");
-    std::exit(EXIT_FAILURE);
-  }
-  std::thread server(answer, listener, bytes);
-  const double time_ms = medianTime_ms(ntohs(address.sin_port), "/");
+  const LoopbackListener listener = listenOnLoopback();
+  std::thread server(answer, listener.socket, bytes);
+  const double time_ms = medianTime_ms(listener.port, "/");
   server.join();
-  close(listener);
+  close(listener.socket);
   return time_ms;
 }
 

@@ -5,11 +5,8 @@
 //        plain-server --script SCRIPT   runs the script and ends
 //
 // plain-web-server is the same beside the smallest cpp-httplib server.
-#include <arpa/inet.h>
 #include <libcli.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
@@ -17,6 +14,8 @@
 #include <fstream>
 #include <string>
 #include <vector>
+
+#include "loopback_listener.h"
 
 #ifdef PLAIN_HTTP
 #include <httplib.h>
@@ -63,23 +62,6 @@ int runScript(cli_def* cli, const char* path) {
   return 0;
 }
 
-int listenOnLoopback() {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  const int listener = socket(AF_INET, SOCK_STREAM, 0);
-  auto* generic = reinterpret_cast<sockaddr*>(&address);
-  if (bind(listener, generic, length) != 0 || listen(listener, 1) != 0 ||
-      getsockname(listener, generic, &length) != 0) {
-    std::perror("plain-server");
-    return -1;
-  }
-  std::printf("Listening on port %d\n", ntohs(address.sin_port));
-  std::fflush(stdout);
-  return listener;
-}
-
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -98,12 +80,13 @@ int main(int argc, char* argv[]) {
     }
   }
   serveHttp();
-  const int listener = listenOnLoopback();
-  while (listener >= 0) {
-    const int session = accept(listener, nullptr, nullptr);
+  const LoopbackListener listener = listenOnLoopback();
+  std::printf("Listening on port %d\n", listener.port);
+  std::fflush(stdout);
+  for (;;) {
+    const int session = accept(listener.socket, nullptr, nullptr);
     if (session >= 0) {
       cli_loop(cli, session);
     }
   }
-  return 1;
 }
