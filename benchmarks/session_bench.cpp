@@ -1,7 +1,9 @@
 // How long an operator waits: a command of one line, commands of 2048 rows over a loopback session, the way
 // to "Listening on port"; and memory at the prompt. The yardstick is the smallest libcli server, and for
 // tables that the far end measures, the time that the board needs for the exchanges with it.
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -23,7 +25,8 @@ using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
 constexpr int kPlainTimes = 15;
-constexpr int kConsoleTimes = 100;
+constexpr int kConsoleTimes = 40;
+constexpr int kRounds = 5;
 constexpr int kStarts = 40;
 constexpr auto kExchange = 4ms;  // with the far end, on the virtual board
 
@@ -54,17 +57,23 @@ double medianTime_ms(int times, const std::function<void()>& work) {
   return medianOf(all_ms);
 }
 
-// How long a line takes whose text is known.
+// How long a line takes whose text is known: the median of each round, and of the rounds the one that others
+// on the computer disturbed least.
 double typed_ms(const Command& command, const char* line, const std::string& text, int times) {
   ConsoleProgram program("", command);
   ConsoleSession session(program.port());
   session.readUntil("> ");
-  return medianTime_ms(times, [&] {
-    if (session.type(line) != text) {
-      std::fprintf(stderr, "session-bench: %s: another text\n", line);
-      std::exit(EXIT_FAILURE);
-    }
-  });
+  double least_ms = HUGE_VAL;
+  for (int i = 0; i < kRounds; i++) {
+    const double round_ms = medianTime_ms(times, [&] {
+      if (session.type(line) != text) {
+        std::fprintf(stderr, "session-bench: %s: another text\n", line);
+        std::exit(EXIT_FAILURE);
+      }
+    });
+    least_ms = std::min(least_ms, round_ms);
+  }
+  return least_ms;
 }
 
 std::string textOf(const Command& console, const char* line) {

@@ -95,6 +95,15 @@ TEST_F(Tones, WholeTablesMatchTheTranscript) {
   }
 }
 
+// However many rows are printed at a time, a filter sees each by itself.
+TEST_F(Tones, RowsAreFilteredOneByOne) {
+  const std::vector<std::string> rows = linesOf(typed("show BITSps 0 ds"));
+  EXPECT_EQ(typed("show BITSps 0 ds | count"), std::to_string(kRows) + "\n");
+  EXPECT_EQ(typed("show BITSps 0 ds | begin " + rows[2046].substr(0, 4)),
+            rows[2046] + "\n" + rows[2047] + "\n");
+  EXPECT_EQ(typed("show BITSps 0 ds | include 51.75000"), rows[1000] + "\n");
+}
+
 TEST_F(Tones, FileHoldsTheRowsOfTheSession) {
   for (const std::string& table : kTables) {
     for (const std::string& end : kEnds) {

@@ -44,8 +44,13 @@ class Lab:
         return self
 
     def __exit__(self, *_):
-        self.process.kill()
-        self.process.wait()
+        # Asks first: a program that may end by itself can write what it counts for tools/coverage.
+        self.process.terminate()
+        try:
+            self.process.wait(5)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
         self.output.close()
         self.folder.cleanup()
 

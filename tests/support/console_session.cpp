@@ -69,6 +69,18 @@ std::vector<std::string> words(const std::string& text) {
   _exit(127);
 }
 
+// Asks first: a program that may end by itself can write what it counts for tools/coverage.
+void endProcess(pid_t pid) {
+  kill(pid, SIGTERM);
+  const auto end = Clock::now() + std::chrono::seconds(5);
+  while (waitpid(pid, nullptr, WNOHANG) == 0) {
+    if (Clock::now() > end) {
+      kill(pid, SIGKILL);
+    }
+    usleep(500);
+  }
+}
+
 }  // namespace
 
 ConsoleProgram::ConsoleProgram(const std::string& launcher, const std::vector<std::string>& command,
@@ -95,8 +107,7 @@ ConsoleProgram::ConsoleProgram(const std::string& launcher, const std::vector<st
 
 ConsoleProgram::~ConsoleProgram() {
   if (pid_ > 0) {
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
+    endProcess(pid_);
   }
   ::close(outputPipe_);
   ::close(errorPipe_);
@@ -225,14 +236,18 @@ bool ConsoleSession::receiveSome(milliseconds patience) {
   char buffer[65536];
   const ssize_t count = recv(socket_, buffer, sizeof buffer, 0);
   ended_ = count <= 0;
-  for (ssize_t i = 0; i < count; i++) {
+  std::string_view rest(buffer, ended_ ? 0 : static_cast<size_t>(count));
+  while (!rest.empty()) {
+    size_t taken = 1;
     if (telnet_ > 0) {
       telnet_--;
-    } else if (buffer[i] == telnetCommand) {
+    } else if (rest.front() == telnetCommand) {
       telnet_ = 2;
     } else {
-      received_ += buffer[i];
+      taken = std::min(rest.find(telnetCommand), rest.size());
+      received_ += rest.substr(0, taken);
     }
+    rest.remove_prefix(taken);
   }
   return !ended_;
 }

@@ -1,5 +1,7 @@
 #include "virtual-board/base/sparse_memory.h"
 
+#include <algorithm>
+
 namespace gfast::board {
 
 const SparseMemory::Page* SparseMemory::find(uint32_t address) const {
@@ -43,12 +45,16 @@ bool SparseMemory::write(uint32_t address, std::span<const uint8_t> bytes) {
 }
 
 void SparseMemory::copyOver(uint32_t address, std::span<uint8_t> out) const {
-  for (uint8_t& byte : out) {
-    const Page* page = find(address);
-    if (page != nullptr && page->written.test(address % kPageSize)) {
-      byte = page->bytes[address % kPageSize];
+  while (!out.empty()) {
+    const uint32_t first = address % kPageSize;
+    const auto count = static_cast<uint32_t>(std::min<size_t>(out.size(), kPageSize - first));
+    if (const Page* page = find(address); page != nullptr) {
+      for (uint32_t i = 0; i < count; i++) {
+        out[i] = page->written.test(first + i) ? page->bytes[first + i] : out[i];
+      }
     }
-    address++;
+    out = out.subspan(count);
+    address += count;
   }
 }
 

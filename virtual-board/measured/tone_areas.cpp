@@ -135,8 +135,8 @@ double rxGain_db(const LineInsight& line) {
   return std::clamp(std::round(kConverterLevel_dbm - line.receives().powerReceived / 10.0), 0.0,
                     kMostGain_db);
 }
-bool aceOn(const LineInsight& line) {
-  return rxGain_db(line) >= kAceFrom_db;
+bool aceOn(double gain_db) {
+  return gain_db >= kAceFrom_db;
 }
 
 // The loss of the receive path before the equaliser, in dB: little at the bottom of the band, more towards
@@ -166,17 +166,18 @@ struct FeqCoefficient {
 FeqCoefficient feqCoefficient(const LineInsight& line, uint32_t entry) {
   const LineSpectrum& spectrum = *line.receives().spectrum;
   const uint32_t tone = kFirstTone + entry;
-  const double path_db = receivePath_db(aceOn(line) ? kPathWithCanceller : kPathWithoutCanceller, tone);
-  const double power_db = path_db - rxGain_db(line) - spectrum.received_dbm_hz[tone];
+  const double gain_db = rxGain_db(line);
+  const double path_db = receivePath_db(aceOn(gain_db) ? kPathWithCanceller : kPathWithoutCanceller, tone);
+  const double power_db = path_db - gain_db - spectrum.received_dbm_hz[tone];
   // Without angles, which would take most of the time.
   const std::complex<double>& gain = spectrum.gain[tone];
-  const std::complex<double> turn = spectrum.snr[tone] > 0 ? std::conj(gain) / std::abs(gain) : 1;
+  const std::complex<double> turn = spectrum.snr[tone] > 0 ? std::conj(gain) / std::sqrt(std::norm(gain)) : 1;
   // The inverse of a very weak signal would not fit an exponent.
   constexpr double most_db = 700;
   const auto value = amplitudeRatio(std::min(power_db, most_db)) / QVR_K_RX_FEQ_UNIT * turn;
   const double larger = std::max(std::abs(value.real()), std::abs(value.imag()));
   const int exponent = std::clamp(std::ilogb(larger / kFeqFull), -128, 127);
-  return {value / std::exp2(exponent), exponent};
+  return {value * std::ldexp(1.0, -exponent), exponent};
 }
 
 void storeFeqMantissa(const LineInsight& line, uint32_t entry, uint8_t* bytes) {
@@ -194,7 +195,7 @@ void storeRxGain(const LineInsight& line, uint32_t /*entry*/, uint8_t* bytes) {
 }
 
 void storeAceMode(const LineInsight& line, uint32_t /*entry*/, uint8_t* bytes) {
-  store_le32(bytes, aceOn(line) ? 1 : 0);
+  store_le32(bytes, aceOn(rxGain_db(line)) ? 1 : 0);
 }
 
 // ---- The transmitter ----
@@ -292,15 +293,17 @@ Bytes ToneArea::read(const LineInsight& line, uint32_t offset, uint32_t partLeng
     std::copy_n(guard, kWord, guard + kWord);
     std::copy_n(guard, lead, part.begin());
   }
-  const uint32_t first = offset / entrySize;
   const uint32_t end = std::min(offset + partLength - lead, length);
-  Bytes entries;
-  for (uint32_t entry = first; entry * entrySize < end; entry++) {
-    entries.resize(entries.size() + entrySize);
-    store(line, entry, &entries[entries.size() - entrySize]);
+  if (offset >= end) {
+    return part;
   }
-  const uint32_t skipped = offset - first * entrySize;
-  std::copy_n(entries.begin() + skipped, end > offset ? end - offset : 0, part.begin() + lead);
+  const uint32_t first = offset / entrySize;
+  const uint32_t count = (end + entrySize - 1) / entrySize - first;
+  Bytes entries(size_t{count} * entrySize);
+  for (uint32_t i = 0; i < count; i++) {
+    store(line, first + i, &entries[size_t{i} * entrySize]);
+  }
+  std::copy_n(entries.begin() + (offset - first * entrySize), end - offset, part.begin() + lead);
   return part;
 }
 

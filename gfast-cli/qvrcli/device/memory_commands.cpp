@@ -1,5 +1,6 @@
 #include "qvrcli/device/memory_commands.h"
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "chip/boot_register.h"
 #include "qvrcli/text/argument_reader.h"
 #include "qvrcli/text/arguments.h"
+#include "qvrcli/text/table_output.h"
 #include "std/byte_order.h"
 
 namespace gfast::console {
@@ -22,13 +24,15 @@ namespace {
 constexpr int kMaxLength = 65536;  // bytes one command reads or writes
 constexpr int kBadArgument = 1;    // returned to libcli for a bad address or read length
 
-// "address: word" for every 4 bytes; what is missing from the last word is zero.
-template <typename PrintLine>
-void formatMemory(uint32_t address, const uint8_t* bytes, uint32_t length, PrintLine printLine) {
+constexpr auto kRow = FMT_COMPILE("{:8x}: {:08x}");  // of an address and its word
+
+// Prints every 4 bytes as a word; what is missing from the last word is zero.
+template <typename PrintWord>
+void printWords(uint32_t address, const uint8_t* bytes, uint32_t length, PrintWord printWord) {
   for (uint32_t i = 0; i < length; i += 4) {
     uint8_t word[4] = {};
     std::memcpy(word, bytes + i, std::min<uint32_t>(4, length - i));
-    printLine(fmt::format("{:8x}: {:08x}", address + i, load_le32(word)).c_str());
+    printWord(address + i, load_le32(word));
   }
 }
 
@@ -94,8 +98,10 @@ int CLI_readMemory(cli_def* cli, const char* /*command*/, char* argv[], int argc
   const End end = words.end(3, "parameter must be ne or fe", OtherWord::kNearEnd);
   std::vector<uint8_t> bytes(static_cast<size_t>(length));
   if (readMemory(cli, words, end, address, bytes)) {
-    formatMemory(address, bytes.data(), static_cast<uint32_t>(length),
-                 [cli](const char* line) { cli_print(cli, "%s", line); });
+    TableOutput out(cli);
+    printWords(address, bytes.data(), static_cast<uint32_t>(length),
+               [&out](uint32_t at, uint32_t word) { out.row(kRow, at, word); });
+    out.finish();
   }
   return CLI_OK;
 }
@@ -161,7 +167,9 @@ void dumpMemoryToFile(FILE* file, QVR_deviceId_t deviceId, uint32_t address, uin
     std::printf("Failed reading memory from %1u bytes from device %d at address %08X", length, deviceId,
                 address);
   }
-  formatMemory(address, bytes.get(), length, [file](const char* line) { std::fprintf(file, "%s\n", line); });
+  printWords(address, bytes.get(), length, [file](uint32_t at, uint32_t word) {
+    std::fprintf(file, "%s\n", fmt::format(kRow, at, word).c_str());
+  });
 }
 
 }  // namespace gfast::console

@@ -49,7 +49,8 @@ void printToSession(cli_def* cli, const char* line) {
   if (takeRefusedLine(cli)) {
     std::fprintf(cli->client, "Line too long (more than %zu characters)\r\n", kLongestLine);
   } else {
-    std::fprintf(cli->client, "%s\r\n", line);
+    std::fputs(line, cli->client);
+    std::fputs("\r\n", cli->client);
   }
 }
 

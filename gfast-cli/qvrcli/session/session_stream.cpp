@@ -20,7 +20,7 @@ namespace {
 
 // The buffered stream that takes the place of the session's while a command runs.
 FILE* bufferedStream = nullptr;
-char streamBuffer[64 * 1024];
+char streamBuffer[16 * 1024];
 
 // A burst of log lines between two looks; some 100 bytes each.
 constexpr size_t kMostWaitingLines = 5000;  // lines

@@ -4,6 +4,7 @@
 // gives all their digits exactly.
 #pragma once
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 
 #include <string>
@@ -64,7 +65,7 @@ class fmt::formatter<gfast::console::Fraction> {
     if (!gfast::console::writeFraction(fraction.value, digits_, width_, text)) {
       return fmt::format_to(context.out(), "{:0{}.{}f}", fraction.value, width_, digits_);
     }
-    return fmt::formatter<std::string_view>().format(text.view(), context);
+    return fmt::format_to(context.out(), FMT_COMPILE("{}"), text.view());
   }
 
  private:

@@ -15,17 +15,21 @@ bool TableOutput::open(const char* filename) {
   return false;
 }
 
-void TableOutput::print(fmt::memory_buffer& text) const {
-  if (file_) {
-    text.push_back('\n');
-    std::fwrite(text.data(), 1, text.size(), file_->get());
-  } else {
-    text.push_back('\0');
-    cli_print(cli_, "%s", text.data());
+void TableOutput::printRows() {
+  if (rows_.size() == 0) {
+    return;
   }
+  if (file_) {
+    std::fwrite(rows_.data(), 1, rows_.size(), file_->get());
+  } else {
+    rows_.data()[rows_.size() - 1] = '\0';  // the interpreter ends the last row by itself
+    cli_print(cli_, "%s", rows_.data());
+  }
+  rows_.clear();
 }
 
 void TableOutput::finish() {
+  printRows();
   if (file_ && !file_->finish()) {
     cli_print(cli_, "Could not write file %s", filename_);
   }

@@ -1,11 +1,12 @@
 // Where the rows of a table go: to the session, or to a file that the operator names.
 #pragma once
 
+#include <fmt/compile.h>
 #include <fmt/format.h>
 #include <libcli.h>
 
+#include <cstddef>
 #include <cstdio>
-#include <iterator>
 #include <optional>
 #include <type_traits>
 
@@ -26,22 +27,28 @@ class TableOutput {
 
   bool goesToFile() const { return file_.has_value(); }
 
-  // One row. A session ends it by itself; in a file a line end is written. Fractions would take most of the
-  // time of a table, so their digits are not left to {fmt}.
-  template <typename... Values>
-  void row(fmt::format_string<Printed<Values>...> format, const Values&... values) const {
-    fmt::memory_buffer text;
-    fmt::format_to(std::back_inserter(text), format, Printed<Values>{values}...);
-    print(text);
+  // One row; its format is an FMT_COMPILE. Most of the time of a table would go into reading the format anew
+  // for each row, and into the digits of its fractions, which are not left to {fmt}.
+  template <typename Format, typename... Values>
+  void row(const Format& format, const Values&... values) {
+    fmt::format_to(fmt::appender(rows_), format, Printed<Values>{values}...);
+    rows_.push_back('\n');
+    if (rows_.size() >= kMostHeld) {
+      printRows();
+    }
   }
 
-  // Closes the file, and reports one that did not take all rows.
+  // Prints the rows that are still held, closes the file, and reports one that did not take all rows.
   void finish();
 
  private:
-  void print(fmt::memory_buffer& text) const;
+  // Rows are printed some at a time: that the interpreter formats each text once more counts less then.
+  static constexpr size_t kMostHeld = 4096;
+
+  void printRows();
 
   cli_def* cli_;
+  fmt::memory_buffer rows_;  // each with its line end
   const char* filename_ = nullptr;
   std::optional<OutputFile> file_;
 };

@@ -94,18 +94,19 @@ double valueAt(const Value (&table)[QVR_MAX_NUMBER_OF_TONES], uint32_t first, ui
   return std::isfinite(value) ? value : 0.0;
 }
 
-void printPhyInfo(const TableOutput& out, const PhyInfo& info) {
-  out.row("# PHY Params:");
-  out.row("# firstTone\tnumProcessedTones");
-  out.row("{}\t\t{}", info.tones.firstTone, info.tones.numProcessedTones);
-  out.row("# AFE Params:");
-  out.row("# rxGain\taceOnOff");
-  out.row("{:.5f}\t\t{}", info.frontEnd.rxGain, info.frontEnd.aceOnOff);
-  out.row("# PHY Info:");
-  out.row("# Frequency\tBITS(tx) BITS(rx) SNR\t\tFEQ(calib)\tFEQ");
+void printPhyInfo(TableOutput& out, const PhyInfo& info) {
+  out.row(FMT_COMPILE("# PHY Params:"));
+  out.row(FMT_COMPILE("# firstTone\tnumProcessedTones"));
+  out.row(FMT_COMPILE("{}\t\t{}"), info.tones.firstTone, info.tones.numProcessedTones);
+  out.row(FMT_COMPILE("# AFE Params:"));
+  out.row(FMT_COMPILE("# rxGain\taceOnOff"));
+  out.row(FMT_COMPILE("{:.5f}\t\t{}"), info.frontEnd.rxGain, info.frontEnd.aceOnOff);
+  out.row(FMT_COMPILE("# PHY Info:"));
+  out.row(FMT_COMPILE("# Frequency\tBITS(tx) BITS(rx) SNR\t\tFEQ(calib)\tFEQ"));
   for (uint32_t subcarrier = 0; subcarrier < QVR_MAX_NUMBER_OF_TONES; subcarrier++) {
-    out.row("{:09.5f}\t{}\t{}\t{:.5f}\t{:.5f}\t{:.5f}", subcarrier * QVR_K_SUBCARRIER_SPACING_MHZ,
-            sentBits[subcarrier], receivedBits[subcarrier], valueAt(snrTable, info.firstSnrTone, subcarrier),
+    out.row(FMT_COMPILE("{:09.5f}\t{}\t{}\t{:.5f}\t{:.5f}\t{:.5f}"),
+            subcarrier * QVR_K_SUBCARRIER_SPACING_MHZ, sentBits[subcarrier], receivedBits[subcarrier],
+            valueAt(snrTable, info.firstSnrTone, subcarrier),
             valueAt(calibratedFeq, info.tones.firstTone, subcarrier),
             valueAt(feq, info.tones.firstTone, subcarrier));
   }

@@ -30,25 +30,25 @@ struct ToneTable {
   QVR_retval_t (*upstream)(QVR_lineId_t line, Value* values);
   QVR_retval_t (*downstream)(QVR_lineId_t line, Value* values);
   const char* failure;
-  void (*printRow)(const TableOutput& out, uint32_t subcarrier, Value value);
+  void (*printRow)(TableOutput& out, uint32_t subcarrier, Value value);
   Value (&values)[QVR_MAX_NUMBER_OF_TONES];
 };
 
-void printBits(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  out.row("{}  {:.5f}  {}", subcarrier, frequency_MHz(subcarrier), value);
+void printBits(TableOutput& out, uint32_t subcarrier, uint8_t value) {
+  out.row(FMT_COMPILE("{}  {:.5f}  {}"), subcarrier, frequency_MHz(subcarrier), value);
 }
 
-void printSnr(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
+void printSnr(TableOutput& out, uint32_t subcarrier, uint8_t value) {
   const char* const gap = out.goesToFile() ? " " : "  ";
-  out.row("{:.5f}  {}{}{:.1f}", frequency_MHz(subcarrier), value, gap, value / 2.0 - 32);
+  out.row(FMT_COMPILE("{:.5f}  {}{}{:.1f}"), frequency_MHz(subcarrier), value, gap, value / 2.0 - 32);
 }
 
-void printNoise(const TableOutput& out, uint32_t subcarrier, uint8_t value) {
-  out.row("{:.5f} {} {:.1f}", frequency_MHz(subcarrier), value, -33 - value / 2.0);
+void printNoise(TableOutput& out, uint32_t subcarrier, uint8_t value) {
+  out.row(FMT_COMPILE("{:.5f} {} {:.1f}"), frequency_MHz(subcarrier), value, -33 - value / 2.0);
 }
 
-void printMagnitude(const TableOutput& out, uint32_t subcarrier, int16_t value) {
-  out.row("{:.5f} {} {:.1f}", frequency_MHz(subcarrier), value, 6 - value / 10.0);
+void printMagnitude(TableOutput& out, uint32_t subcarrier, int16_t value) {
+  out.row(FMT_COMPILE("{:.5f} {} {:.1f}"), frequency_MHz(subcarrier), value, 6 - value / 10.0);
 }
 
 constexpr ToneTable<uint8_t> kBits = {QVR_getLineStatusBITSpsus, QVR_getLineStatusBITSpsds,

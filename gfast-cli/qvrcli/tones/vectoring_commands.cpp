@@ -73,14 +73,14 @@ std::string coefficientsText(const QVR_tonePairMatrix_t& pair) {
   return text;
 }
 
-void printMatrices(const TableOutput& out, const LineMatrices& matrices) {
+void printMatrices(TableOutput& out, const LineMatrices& matrices) {
   std::string text;
   for (uint32_t i = 0; i < matrices.subcarriers(); i++) {
     if (i % kSubcarriersPerPair == 0) {
       text = coefficientsText(matrices.ofLine[i / kSubcarriersPerPair]);
     }
     const double frequency_MHz = (matrices.tones.firstTone + i) * QVR_K_SUBCARRIER_SPACING_MHZ;
-    out.row("{:09.5f} {}", frequency_MHz, text);
+    out.row(FMT_COMPILE("{:09.5f} {}"), frequency_MHz, text);
   }
 }
 
