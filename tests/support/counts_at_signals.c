@@ -1,6 +1,6 @@
 /*
- * Linked into every program that tools/coverage builds: one that a signal or abort() ends writes what it has
- * counted, too. Many tests end a console that serves, and that is how.
+ * Linked into every program that tools/coverage builds: one that a signal, abort() or a fault ends writes
+ * what it has counted, too. Many tests end a console that serves, and that is how.
  */
 #include <signal.h>
 #include <stddef.h>
@@ -13,7 +13,7 @@ static void writeCountsAndEnd(int number) {
 }
 
 __attribute__((constructor)) static void writeCountsAtSignals(void) {
-  static const int kEnding[] = {SIGTERM, SIGABRT, SIGINT, SIGHUP, SIGQUIT};
+  static const int kEnding[] = {SIGTERM, SIGABRT, SIGSEGV, SIGINT, SIGHUP, SIGQUIT};
   for (size_t i = 0; i < sizeof kEnding / sizeof kEnding[0]; i++) {
     struct sigaction action = {.sa_handler = writeCountsAndEnd, .sa_flags = (int)SA_RESETHAND};
     struct sigaction before;
