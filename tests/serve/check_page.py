@@ -43,7 +43,9 @@ class Browser:
         self.driver.get(f"http://{lab.address}/")
 
     def text(self, selector):
-        return self.driver.execute_script("return document.querySelector(arguments[0]).textContent", selector)
+        """Empty where the page shows no such element, or not yet."""
+        found = "const found = document.querySelector(arguments[0]); return found ? found.textContent : ''"
+        return self.driver.execute_script(found, selector)
 
     def await_text(self, selector, text, seconds=30):
         wait_for(lambda: text in self.text(selector), seconds, f"{text!r} in {selector}: {self.text(selector)!r}")
