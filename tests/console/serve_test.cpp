@@ -292,6 +292,24 @@ TEST_F(Serve, ClosesWhatIsTooMuchAndWhatIsTooSlow) {
   EXPECT_THAT(get("/metrics"), StartsWith("HTTP/1.1 200 "));
 }
 
+bool hasIpv6() {
+  sockaddr_in6 own{};
+  own.sin6_family = AF_INET6;
+  own.sin6_addr = in6addr_loopback;
+  const int tried = ::socket(AF_INET6, SOCK_STREAM, 0);
+  const bool bound = bind(tried, reinterpret_cast<sockaddr*>(&own), sizeof own) == 0;
+  ::close(tried);
+  return bound;
+}
+
+TEST(ServeAddress, MayBeOfIpv6InBrackets) {
+  if (!hasIpv6()) {
+    GTEST_SKIP() << "this machine has no IPv6";
+  }
+  ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", quietBoard(), "--port", "0", "--http", "[::1]:0"});
+  EXPECT_THAT(program.awaitOutput("Listening on port "), HasSubstr("Serving http://[::1]:"));
+}
+
 TEST(ServeAddress, IsRefusedInOneLine) {
   for (const std::string where : {"x", "70000", "-1", ":80", "127.0.0.1:", "127.0.0.1:x", "1.2.3.4.5:80"}) {
     ConsoleProgram program(LAUNCHER, {gfastLab(), "--board", quietBoard(), "--port", "0", "--http", where});
