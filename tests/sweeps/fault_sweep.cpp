@@ -2,11 +2,12 @@
 // the console goes on. Each case runs in a fork of a console in showtime, so it begins as all others do, and
 // a process that ends is counted, not suffered.
 //
-//   fault_sweep [--every N] [--only TEXT] [--verbose]
+//   fault_sweep [--faults N] [--bytes N] [--only TEXT] [--verbose]
 //
-// --every N takes each N-th case, --only those of commands that contain the text. The last line tells how
-// many commands, requests and cases there were and which processes ended. Exit status 1: a case failed; 2: a
-// command of the vocabulary is not in the list.
+// --faults N takes each N-th case of requests that fail, --bytes N each N-th of answers with other bytes,
+// --only those of commands that contain the text. The last lines tell how many commands, requests and cases
+// there were and which processes ended. Exit status 1: a case failed; 2: a command of the vocabulary is not
+// in the list.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
