@@ -1,10 +1,10 @@
 // Loop-back tests of the analogue front end: the path, and the missing-tone power ratio of one capture and of
 // several.
 #include <cmath>
+#include <iterator>
 
 #include "qvrtest/default_signal.h"
 #include "qvrtest/test_pattern.h"
-#include "support/plain_transform.h"
 #include "unit/sdk/qvrtest/signals.h"
 
 using namespace gfast;
@@ -183,6 +183,24 @@ TEST_F(AfeMtprLoop, ReturnsDecibelsForOneCapture) {
   EXPECT_NEAR(ratios_[0], 20, 0.01);
   QVR_testAfePerformanceMTPR(0, 1, generatedWords().data(), spectrum_.data(), ratios_.data());
   EXPECT_NEAR(ratios_[0], 100, 0.1);
+}
+
+// Neighbours that differ, and two captures that do: the plain loop says what comes out, to the last digits.
+TEST_F(AfeMtprLoop, TakesTheMeanOfTheNeighboursDecibels) {
+  const Words captured[] = {tonesAround60(8000, 700, 1000), tonesAround60(3000, 900, 2000)};
+  const Script sending = sends(0, generatedWords());
+  driver_.expect(sending + capturesSymbol(1, captured[0]) + sending + capturesSymbol(1, captured[1]));
+  EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
+  double decibels[3];
+  for (size_t i = 0; i < std::size(decibels); i++) {
+    double power = 0;
+    for (const Words& words : captured) {
+      power += std::norm(plainSpectrum(words)[59 + i]);
+    }
+    EXPECT_NEAR(spectrum_[59 + i].real() / power, 1, 1e-12) << i;
+    decibels[i] = 10 * std::log10(power);
+  }
+  EXPECT_NEAR(ratios_[0], (decibels[0] + decibels[2]) / 2 - decibels[1], 1e-9);
 }
 
 TEST_F(AfeMtprLoop, PrintsTheNumberOfEveryCapture) {

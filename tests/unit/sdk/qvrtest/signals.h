@@ -8,6 +8,7 @@
 #include "support/assertions.h"
 #include "support/devices.h"
 #include "support/lines.h"
+#include "support/plain_transform.h"
 #include "support/test_clock.h"
 #include "support/test_symbols.h"
 
@@ -25,6 +26,18 @@ inline int lowSample(uint32_t word) {
 
 inline int highSample(uint32_t word) {
   return static_cast<int16_t>(word >> 16);
+}
+
+// What a capture of these words becomes, by the plain loop.
+inline Points plainSpectrum(const Words& words) {
+  Points samples;
+  for (const uint32_t word : words) {
+    samples.emplace_back(lowSample(word));
+    samples.emplace_back(highSample(word));
+  }
+  Points spectrum(samples.size());
+  PlainTransform(samples.size(), {"unitary", TRUE, TRUE}, Direction::kForward).run(samples, spectrum);
+  return spectrum;
 }
 
 // Both lines are in the table, both devices open, and time passes at once.
