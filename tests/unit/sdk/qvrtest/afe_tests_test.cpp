@@ -139,7 +139,7 @@ TEST_F(AfeMtpr, ReturnsLinearRatiosAndTheSpectrum) {
   EXPECT_EQ(QVR_testAfePerformanceMTPR(0, 1, nullptr, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
   EXPECT_NEAR(ratios_[0], 4, 0.001);
   EXPECT_EQ(ratios_[96], 7);
-  EXPECT_NEAR(std::abs(spectrum_[60]), 4000 * 4096 / 2 / 64.0, 10);
+  EXPECT_NEAR(std::abs(spectrum_[60]), 4000.0 * 4096 / 2 / 64, 10);
 }
 
 TEST_F(AfeMtpr, ShowsOnlyRoundingWhenThePathReturnsTheSignal) {
@@ -164,7 +164,7 @@ TEST_F(AfeMtprLoop, ReturnsDecibelsAndTheSummedPowers) {
   EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
   EXPECT_NEAR(ratios_[0], 3.01, 0.01);
   EXPECT_EQ(ratios_[96], 7);
-  const double amplitude = 8000 * 4096 / 2 / 64.0;
+  const double amplitude = 8000.0 * 4096 / 2 / 64;
   EXPECT_NEAR(spectrum_[59].real() / (2 * amplitude * amplitude), 1, 0.001);
   EXPECT_EQ(spectrum_[59].imag(), 0);
 }
@@ -215,7 +215,7 @@ TEST_F(AfeMtprLoop, GoesOnAfterAFailureAndReturnsTheLastCode) {
   const Script once = sends(0, generatedWords()) + capturesSymbol(1, tonesAround60(8000, 4000, 8000));
   driver_.expect(once + once.failingAt(once.size() - 1, EIO));
   EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_MEMREAD_ERROR);
-  const double amplitude = 8000 * 4096 / 2 / 64.0;
+  const double amplitude = 8000.0 * 4096 / 2 / 64;
   EXPECT_NEAR(spectrum_[59].real() / (2 * amplitude * amplitude), 1, 0.001);
   driver_.expect(once.failingAt(0, EIO) + once);
   EXPECT_EQ(QVR_testAfePerformanceMTPRInLoop(0, 1, 2, spectrum_.data(), ratios_.data()), QVR_E_STATUS_OK);
